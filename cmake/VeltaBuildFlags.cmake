@@ -1,0 +1,30 @@
+# Compiler settings shared by every target, as the interface library velta::flags.
+
+set(VELTA_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize takes them")
+
+add_library(velta_flags INTERFACE)
+add_library(velta::flags ALIAS velta_flags)
+
+set_target_properties(velta_flags PROPERTIES INTERFACE_POSITION_INDEPENDENT_CODE ON)
+target_compile_features(velta_flags INTERFACE cxx_std_20)
+set(CMAKE_CXX_EXTENSIONS OFF)
+
+if(CMAKE_CXX_COMPILER_ID MATCHES "GNU|Clang")
+    # Voice analysis promises results to the last bit: no product may be fused into a sum.
+    target_compile_options(velta_flags INTERFACE
+        -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor -Woverloaded-virtual
+        -Werror -ffp-contract=off)
+elseif(MSVC)
+    target_compile_options(velta_flags INTERFACE /W4 /WX /permissive- /utf-8 /fp:precise)
+endif()
+
+if(VELTA_SANITIZE)
+    target_compile_options(velta_flags INTERFACE
+        -fsanitize=${VELTA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(velta_flags INTERFACE -fsanitize=${VELTA_SANITIZE})
+endif()
+
+find_program(VELTA_CCACHE ccache)
+if(VELTA_CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${VELTA_CCACHE}")
+endif()
