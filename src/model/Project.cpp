@@ -1,0 +1,84 @@
+#include "model/Project.h"
+
+#include "model/GridSubdivision.h"
+#include "model/ProjectJson.h"
+#include "music/Beats.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+/// Makes the records known by name, so that signals may carry them through any connection.
+void registerMetaTypes()
+{
+    qRegisterMetaType<TimeSignature>();
+    qRegisterMetaType<KeySignature>();
+    qRegisterMetaType<LoopSection>();
+    qRegisterMetaType<GridSubdivisionLevel>();
+}
+
+/// Raises `end` to a position that is a finite number.
+void raiseTo(double& end, double position)
+{
+    if (std::isfinite(position))
+        end = std::max(end, position);
+}
+
+} // namespace
+
+Project::Project(QObject* parent) : QObject(parent)
+{
+    registerMetaTypes();
+}
+
+QJsonObject Project::toJson() const
+{
+    return ProjectJson::write(*this);
+}
+
+void Project::loadJson(const QJsonObject& json)
+{
+    ProjectJson::read(json, this);
+}
+
+Project* Project::fromJson(const QJsonObject& json, QObject* parent)
+{
+    auto* project = new Project(parent);
+    project->loadJson(json);
+    return project;
+}
+
+double Project::endBeat() const
+{
+    const double bar = beatsPerBar();
+    if (!isBarLength(bar))
+        return 0.0;
+    double end = 0.0;
+    for (const Track& track : tracks) {
+        for (const MelodyBlock& block : track.melodyBlocks)
+            raiseTo(end, block.startBeat + block.durationBeats);
+        for (const LoopBlock& block : track.loopBlocks)
+            raiseTo(end, block.startBeat + block.durationBeats);
+    }
+    for (const AudioTrack& track : audioTracks) {
+        for (const AudioClip& clip : track.clips)
+            raiseTo(end, clip.offsetBeats + clip.durationBeats);
+    }
+    for (const HarmonyBlock& block : harmonyTrack.blocks) {
+        if (!block.events.isEmpty())
+            raiseTo(end, bar * (block.barIndex + 1.0));
+    }
+    return std::ceil(end / bar) * bar;
+}
+
+int Project::barCount(int minimum) const
+{
+    const double bar = beatsPerBar();
+    if (!isBarLength(bar))
+        return minimum;
+    const double bars = std::ceil(endBeat() / bar);
+    constexpr double kMost = std::numeric_limits<int>::max();
+    return std::max(minimum, static_cast<int>(std::min(bars, kMost)));
+}
