@@ -1,0 +1,45 @@
+#pragma once
+
+#include "content/Instrument.h"
+
+#include <QList>
+#include <QObject>
+
+/// Every instrument that may be named by id: the built-in General MIDI ones, then those that
+/// content packages declare. Instruments are never removed while the program runs.
+class InstrumentLibrary : public QObject {
+    Q_OBJECT
+
+public:
+    /// Starts empty. Recorded banks are looked up under `bankRoot`.
+    explicit InstrumentLibrary(const QString& bankRoot, QObject* parent = nullptr);
+
+    /// Registers the sixteen built-in instruments.
+    void loadBuiltinGmInstruments();
+
+    /// Adds an instrument, or overwrites in its place the one of the same id.
+    void registerInstrument(const Instrument& instrument);
+
+    /// The first instrument with this id, or null. Lives until the next registerInstrument().
+    const Instrument* find(const QString& id) const;
+
+    /// In order of first registration.
+    const QList<Instrument>& instruments() const { return instruments_; }
+
+    /// Full path of the instrument's own bank; empty if it names none.
+    QString customBankAbsolutePath(const Instrument& instrument) const;
+
+    /// Whether the bank of a recorded instrument is on disk at this moment.
+    bool customBankAvailable(const Instrument& instrument) const;
+
+    /// Zero-based General MIDI program for when no recorded bank plays the instrument. A recorded
+    /// instrument gets the stand-in of its id or category, whatever program it declares.
+    int effectiveGmProgram(const Instrument& instrument) const;
+
+signals:
+    void instrumentsChanged();
+
+private:
+    QString bankRoot_;
+    QList<Instrument> instruments_;
+};
