@@ -1,0 +1,332 @@
+#include "content/InstrumentLibrary.h"
+#include "content/LoopLibrary.h"
+#include "music/ChordMapper.h"
+
+#include <QDir>
+#include <QFile>
+#include <QMap>
+#include <QSet>
+#include <QTest>
+
+namespace {
+
+using Section = LoopSection;
+
+struct PitchSpan {
+    int lowest;
+    int highest;
+};
+
+/// Compass of the instruments in use, by General MIDI program: the lowest and the highest note
+/// that a player has. Wider ones of a family stand for their relatives.
+const QMap<int, PitchSpan> kCompass{
+    {0, {21, 108}},  // piano
+    {15, {64, 91}},  // charango, a dulcimer by its sound
+    {21, {53, 93}},  // accordion, right hand
+    {23, {36, 95}},  // bandoneon, both hands
+    {24, {40, 88}},  // nylon guitar, up to the requinto
+    {27, {40, 86}},  // electric guitar
+    {32, {28, 67}},  // double bass
+    {33, {28, 67}},  // electric bass
+    {40, {55, 100}}, // violin
+    {75, {62, 95}},  // pan pipes
+};
+
+/// How far mapping onto a chord may move a note, besides the song's own key.
+constexpr int kTritone = 6;
+
+/// Keys of the General MIDI drum kit.
+constexpr PitchSpan kDrumKeys{35, 81};
+
+struct Content {
+    Content()
+        : instruments(QString()),
+          library(QCoreApplication::applicationDirPath() + "/resources/loops", &instruments)
+    {
+        instruments.loadBuiltinGmInstruments();
+        library.reload();
+    }
+
+    InstrumentLibrary instruments;
+    LoopLibrary library;
+};
+
+/// The rhythms as the build stages them: loading writes an index beside them.
+Content& content()
+{
+    static Content loaded;
+    return loaded;
+}
+
+struct Loop {
+    Rhythm rhythm;
+    LoopLayer layer;
+    LoopVariant variant;
+
+    double beats() const { return variant.durationBars * rhythm.timeSignature.beatsPerBar(); }
+
+    QString name() const
+    {
+        return QString("%1, %2 %3")
+            .arg(layer.id, loopSectionToString(variant.section))
+            .arg(variant.variantIndex);
+    }
+};
+
+QList<Loop> allLoops()
+{
+    QList<Loop> loops;
+    for (const Rhythm& rhythm : content().library.rhythms()) {
+        for (const LoopLayer& layer : content().library.layersForRhythm(rhythm.id)) {
+            for (const Section section :
+                 {Section::Intro, Section::Normal, Section::Intermedio, Section::Final}) {
+                for (const LoopVariant& variant : content().library.variantsFor(layer.id, section))
+                    loops.append({rhythm, layer, variant});
+            }
+        }
+    }
+    return loops;
+}
+
+bool isWhiteKey(int pitch)
+{
+    return KeySignature().degreeOfPitchClass(pitch) != 0;
+}
+
+double notesPerBar(const LoopVariant& variant)
+{
+    return static_cast<double>(variant.notes.size()) / variant.durationBars;
+}
+
+} // namespace
+
+/// Holds the rhythms of this repository to what a pupil expects of them.
+class InstalledRhythmsTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void thereIsARhythmForEveryMeterOfANewWork_data();
+    void thereIsARhythmForEveryMeterOfANewWork();
+    void everyFileLoads();
+    void everyRhythmHasItsStyleTempoAndGroove();
+    void everyRhythmHasAWholeBand();
+    void everyLayerHasAllSections();
+    void normalVariantsRiseInDensity();
+    void notesStayInsideTheirLoop();
+    void noPitchIsStruckTwiceAtOnceOrWhileItRings();
+    void noTwoVariantsOfALayerAreEqual();
+    void pitchedLayersKeepToTheWhiteKeys();
+    void pitchedLayersFitTheirInstrument();
+    void percussionUsesTheDrumKit();
+    void velocitiesBreathe();
+    void grooveOffsetsLieInsideTheBar();
+    void everyLoopStaysInEveryKeyOnEveryDegree();
+};
+
+void InstalledRhythmsTest::thereIsARhythmForEveryMeterOfANewWork_data()
+{
+    QTest::addColumn<TimeSignature>("meter");
+    QTest::newRow("4/4") << TimeSignature{4, 4, false};
+    QTest::newRow("3/4") << TimeSignature{3, 4, false};
+    QTest::newRow("2/4") << TimeSignature{2, 4, false};
+    QTest::newRow("6/8") << TimeSignature{6, 8, true};
+}
+
+void InstalledRhythmsTest::thereIsARhythmForEveryMeterOfANewWork()
+{
+    QFETCH(TimeSignature, meter);
+    const auto& rhythms = content().library.rhythms();
+    QVERIFY(std::ranges::any_of(
+        rhythms, [&](const Rhythm& rhythm) { return rhythm.timeSignature == meter; }));
+}
+
+void InstalledRhythmsTest::everyFileLoads()
+{
+    const QDir installed(content().library.installedDir());
+    const QStringList files = installed.entryList(QDir::Files);
+    QVERIFY(files.size() >= 4);
+    QCOMPARE(content().library.rhythms().size(), files.size());
+    for (const Rhythm& rhythm : content().library.rhythms())
+        QVERIFY2(files.contains(rhythm.id + ".content.json"), qPrintable(rhythm.id));
+}
+
+void InstalledRhythmsTest::everyRhythmHasItsStyleTempoAndGroove()
+{
+    for (const Rhythm& rhythm : content().library.rhythms()) {
+        const auto& styles = content().library.styles();
+        QVERIFY2(std::ranges::find(styles, rhythm.styleId, &MusicalStyle::id) != styles.end(),
+                 qPrintable(rhythm.id));
+        QVERIFY(rhythm.displayName != rhythm.id);
+        QVERIFY(rhythm.bpmMin < rhythm.referenceBpm && rhythm.referenceBpm < rhythm.bpmMax);
+        const GrooveTemplate* groove = content().library.grooveForRhythm(rhythm.id);
+        QVERIFY2(groove && groove->offsets.size() >= 2, qPrintable(rhythm.id));
+    }
+}
+
+void InstalledRhythmsTest::everyRhythmHasAWholeBand()
+{
+    for (const Rhythm& rhythm : content().library.rhythms()) {
+        const QList<LoopLayer> layers = content().library.layersForRhythm(rhythm.id);
+        QVERIFY(layers.size() >= 4);
+        const auto pitched = std::ranges::count(layers, true, &LoopLayer::pitched);
+        QVERIFY2(pitched >= 3 && pitched < layers.size(), qPrintable(rhythm.id));
+        for (const LoopLayer& layer : layers) {
+            QVERIFY2(content().instruments.find(layer.instrumentId), qPrintable(layer.id));
+            QVERIFY(layer.label != layer.id);
+        }
+    }
+}
+
+void InstalledRhythmsTest::everyLayerHasAllSections()
+{
+    for (const Rhythm& rhythm : content().library.rhythms()) {
+        for (const LoopLayer& layer : content().library.layersForRhythm(rhythm.id)) {
+            const auto count = [&](Section section) {
+                return content().library.variantsFor(layer.id, section).size();
+            };
+            QVERIFY2(count(Section::Normal) >= 3, qPrintable(layer.id));
+            QVERIFY2(count(Section::Intro) >= 1, qPrintable(layer.id));
+            QVERIFY2(count(Section::Intermedio) >= 1, qPrintable(layer.id));
+            QVERIFY2(count(Section::Final) >= 1, qPrintable(layer.id));
+        }
+    }
+}
+
+void InstalledRhythmsTest::normalVariantsRiseInDensity()
+{
+    for (const Rhythm& rhythm : content().library.rhythms()) {
+        for (const LoopLayer& layer : content().library.layersForRhythm(rhythm.id)) {
+            double former = 0.0;
+            qint32 number = 0;
+            for (const LoopVariant& variant :
+                 content().library.variantsFor(layer.id, Section::Normal)) {
+                QCOMPARE(variant.variantIndex, ++number);
+                QVERIFY2(notesPerBar(variant) > former, qPrintable(layer.id));
+                former = notesPerBar(variant);
+            }
+        }
+    }
+}
+
+void InstalledRhythmsTest::notesStayInsideTheirLoop()
+{
+    for (const Loop& loop : allLoops()) {
+        QVERIFY2(!loop.variant.notes.isEmpty(), qPrintable(loop.name()));
+        for (const NoteEvent& note : loop.variant.notes) {
+            QVERIFY2(note.startBeat >= 0.0 && note.startBeat < loop.beats(),
+                     qPrintable(loop.name()));
+            QVERIFY2(note.durationBeats > 0.0 &&
+                         note.startBeat + note.durationBeats <= loop.beats() + 0.1,
+                     qPrintable(loop.name()));
+        }
+    }
+}
+
+void InstalledRhythmsTest::noPitchIsStruckTwiceAtOnceOrWhileItRings()
+{
+    for (const Loop& loop : allLoops()) {
+        QMap<int, double> ringsUntil;
+        QList<NoteEvent> notes = loop.variant.notes;
+        std::ranges::stable_sort(notes, {}, &NoteEvent::startBeat);
+        for (const NoteEvent& note : notes) {
+            QVERIFY2(note.startBeat >= ringsUntil.value(note.pitch, 0.0) - 1e-9,
+                     qPrintable(loop.name()));
+            ringsUntil[note.pitch] = note.startBeat + note.durationBeats;
+        }
+    }
+}
+
+void InstalledRhythmsTest::noTwoVariantsOfALayerAreEqual()
+{
+    QMap<QString, QList<QList<NoteEvent>>> seen;
+    for (const Loop& loop : allLoops()) {
+        QVERIFY2(!seen[loop.layer.id].contains(loop.variant.notes), qPrintable(loop.name()));
+        seen[loop.layer.id].append(loop.variant.notes);
+    }
+}
+
+void InstalledRhythmsTest::pitchedLayersKeepToTheWhiteKeys()
+{
+    for (const Loop& loop : allLoops()) {
+        for (const NoteEvent& note : loop.variant.notes)
+            QVERIFY2(!loop.layer.pitched || isWhiteKey(note.pitch), qPrintable(loop.name()));
+    }
+}
+
+void InstalledRhythmsTest::pitchedLayersFitTheirInstrument()
+{
+    for (const Loop& loop : allLoops()) {
+        if (!loop.layer.pitched)
+            continue;
+        const Instrument* instrument = content().instruments.find(loop.layer.instrumentId);
+        const int program = content().instruments.effectiveGmProgram(*instrument);
+        QVERIFY2(kCompass.contains(program), qPrintable(loop.layer.instrumentId));
+        const PitchSpan compass = kCompass.value(program);
+        for (const NoteEvent& note : loop.variant.notes)
+            QVERIFY2(note.pitch - kTritone >= compass.lowest &&
+                         note.pitch + kTritone <= compass.highest,
+                     qPrintable(loop.name() + QString(": %1").arg(note.pitch)));
+    }
+}
+
+void InstalledRhythmsTest::percussionUsesTheDrumKit()
+{
+    for (const Loop& loop : allLoops()) {
+        if (loop.layer.pitched)
+            continue;
+        QCOMPARE(content().instruments.find(loop.layer.instrumentId)->category,
+                 InstrumentCategory::Percussion);
+        for (const NoteEvent& note : loop.variant.notes)
+            QVERIFY2(note.pitch >= kDrumKeys.lowest && note.pitch <= kDrumKeys.highest,
+                     qPrintable(loop.name()));
+    }
+}
+
+void InstalledRhythmsTest::velocitiesBreathe()
+{
+    for (const Loop& loop : allLoops()) {
+        const auto [softest, loudest] =
+            std::ranges::minmax(loop.variant.notes, {}, &NoteEvent::velocity);
+        QVERIFY2(softest.velocity >= 20 && loudest.velocity <= 120, qPrintable(loop.name()));
+        if (notesPerBar(loop.variant) >= 3)
+            QVERIFY2(loudest.velocity - softest.velocity >= 5, qPrintable(loop.name()));
+    }
+}
+
+void InstalledRhythmsTest::grooveOffsetsLieInsideTheBar()
+{
+    for (const Rhythm& rhythm : content().library.rhythms()) {
+        for (const GrooveOffset& offset : content().library.grooveForRhythm(rhythm.id)->offsets) {
+            QVERIFY2(offset.position >= 0.0 && offset.position < rhythm.timeSignature.beatsPerBar(),
+                     qPrintable(rhythm.id));
+            QVERIFY2(std::abs(offset.timingOffsetBeats) <= 0.2, qPrintable(rhythm.id));
+            QVERIFY2(std::abs(offset.velocityOffset) <= 30, qPrintable(rhythm.id));
+        }
+    }
+}
+
+void InstalledRhythmsTest::everyLoopStaysInEveryKeyOnEveryDegree()
+{
+    QSet<int> written;
+    for (const Loop& loop : allLoops()) {
+        for (const NoteEvent& note : loop.variant.notes) {
+            if (loop.layer.pitched)
+                written.insert(note.pitch);
+        }
+    }
+    QVERIFY(written.size() > 10);
+    for (int mode = 0; mode < 4; ++mode) {
+        for (int root = 0; root < 12; ++root) {
+            const KeySignature key{.rootPitchClass = root, .mode = static_cast<KeyMode>(mode)};
+            for (int degree = 1; degree <= 7; ++degree) {
+                for (const int pitch : written) {
+                    const int heard = ChordMapper::mapPitch(pitch, key, degree);
+                    QVERIFY(key.degreeOfPitchClass(heard) != 0);
+                }
+            }
+        }
+    }
+}
+
+QTEST_GUILESS_MAIN(InstalledRhythmsTest)
+#include "InstalledRhythmsTest.moc"
