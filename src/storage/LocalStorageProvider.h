@@ -1,0 +1,26 @@
+#pragma once
+
+#include "storage/ProjectStorageProvider.h"
+
+/// Works as folders under one root, each with a project.json and its audio files. There is no
+/// index: the folders are the list.
+class LocalStorageProvider : public ProjectStorageProvider {
+public:
+    /// An empty root stands for the folder "Velta" in the user's documents, into which works of
+    /// the older layout, under the application's data, are moved.
+    explicit LocalStorageProvider(const QString& root);
+
+    QList<ProjectInfo> listProjects() override;
+    Project* loadProject(const QString& id, QObject* parent) override;
+    bool saveProject(const QString& id, const Project& project) override;
+    bool deleteProject(const QString& id) override;
+
+    /// Lower case, with "_" for every run of other characters than a-z and 0-9, at most 40 long;
+    /// then "_2", "_3"... until no folder has that name. "proyecto" for an empty title.
+    QString createProjectId(const QString& name) override;
+
+    QString projectFolder(const QString& id) const override;
+
+private:
+    QString root_;
+};

@@ -1,0 +1,322 @@
+#include "storage/LocalStorageProvider.h"
+
+#include "model/Project.h"
+#include "support/Files.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+
+namespace {
+
+/// Sets how many hours ago a folder was last changed.
+void setFolderAge(const QString& path, int hours)
+{
+    const auto now = std::filesystem::file_time_type::clock::now();
+    std::filesystem::last_write_time(path.toStdString(), now - std::chrono::hours(hours));
+}
+
+} // namespace
+
+class LocalStorageProviderTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void savedWorksComeBack();
+    void theFileIsIndentedJson();
+    void savingRewritesTheFileInPlace();
+    void savingMakesAMissingFolderAgain();
+    void savingFailsWhereNoFolderCanBe();
+    void loadingWhatIsNoProjectGivesNull_data();
+    void loadingWhatIsNoProjectGivesNull();
+    void listingSkipsWhatIsNoProject();
+    void listingNamesAWorkWithoutANameByItsFolder();
+    void listingFollowsTheFoldersTimeNewestFirst();
+    void deletingTakesTheWholeFolder();
+    void deletingWhatIsNotThereFails();
+    void idsAreMadeFromTitles_data();
+    void idsAreMadeFromTitles();
+    void takenIdsGetANumber();
+    void theNumberComesBehindTheFortyCharacters();
+    void anIdMakesNoFolder();
+    void theFolderOfAnEmptyIdIsTheRootAndASlash();
+    void anEmptyRootIsTheDocumentsFolder();
+    void worksOfTheOlderLayoutMove();
+    void aTakenNameStaysInTheOlderLayout();
+    void aGivenRootMovesNothing();
+
+private:
+    QString root() const { return dir_->filePath("Velta"); }
+
+    QString older() const
+    {
+        return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/proyectos";
+    }
+
+    std::unique_ptr<QTemporaryDir> dir_;
+    QByteArray home_;
+};
+
+void LocalStorageProviderTest::init()
+{
+    dir_ = std::make_unique<QTemporaryDir>();
+    home_ = qgetenv("HOME");
+    qputenv("HOME", dir_->filePath("home").toUtf8());
+    QStandardPaths::setTestModeEnabled(true);
+}
+
+void LocalStorageProviderTest::cleanup()
+{
+    qputenv("HOME", home_);
+}
+
+void LocalStorageProviderTest::savedWorksComeBack()
+{
+    LocalStorageProvider storage(root());
+    Project project;
+    project.name = "Zamba de mi pueblo";
+    project.bpm = 84;
+    project.tracks.append(Track());
+    QVERIFY(storage.saveProject("zamba", project));
+
+    QObject parent;
+    const Project* loaded = storage.loadProject("zamba", &parent);
+    QVERIFY(loaded);
+    QCOMPARE(loaded->parent(), &parent);
+    QCOMPARE(loaded->toJson(), project.toJson());
+}
+
+void LocalStorageProviderTest::theFileIsIndentedJson()
+{
+    LocalStorageProvider storage(root());
+    const Project project;
+    QVERIFY(storage.saveProject("obra", project));
+    QCOMPARE(bytesOf(root() + "/obra/project.json"),
+             QJsonDocument(project.toJson()).toJson(QJsonDocument::Indented));
+}
+
+void LocalStorageProviderTest::savingRewritesTheFileInPlace()
+{
+    LocalStorageProvider storage(root());
+    writeBytes(root() + "/obra/project.json", QByteArray(100000, ' '));
+    QFile held(root() + "/obra/project.json");
+    QVERIFY(held.open(QIODevice::ReadOnly));
+    QVERIFY(storage.saveProject("obra", Project()));
+    QVERIFY(held.readAll().startsWith("{\n"));
+    QCOMPARE(QDir(root() + "/obra").entryList(QDir::Files), QStringList{"project.json"});
+}
+
+void LocalStorageProviderTest::savingMakesAMissingFolderAgain()
+{
+    LocalStorageProvider storage(root());
+    QVERIFY(storage.saveProject("obra", Project()));
+    QVERIFY(QDir(root()).removeRecursively());
+    QVERIFY(storage.saveProject("obra", Project()));
+    QVERIFY(QFile::exists(root() + "/obra/project.json"));
+}
+
+void LocalStorageProviderTest::savingFailsWhereNoFolderCanBe()
+{
+    LocalStorageProvider storage(root());
+    writeBytes(root() + "/obra", "a file");
+    QVERIFY(!storage.saveProject("obra", Project()));
+    QDir().mkpath(root() + "/otra/project.json");
+    QVERIFY(!storage.saveProject("otra", Project()));
+}
+
+void LocalStorageProviderTest::loadingWhatIsNoProjectGivesNull_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("nothing") << QByteArray();
+    QTest::newRow("no JSON") << QByteArray("obra");
+    QTest::newRow("half a document") << QByteArray("{\"name\": \"Zam");
+    QTest::newRow("a list") << QByteArray("[]");
+    QTest::newRow("binary") << QByteArray("\x00\xFF\xFE{", 4);
+}
+
+void LocalStorageProviderTest::loadingWhatIsNoProjectGivesNull()
+{
+    QFETCH(QByteArray, content);
+    LocalStorageProvider storage(root());
+    writeBytes(root() + "/obra/project.json", content);
+    QVERIFY(!storage.loadProject("obra", this));
+    QVERIFY(!storage.loadProject("no_such_work", this));
+}
+
+void LocalStorageProviderTest::listingSkipsWhatIsNoProject()
+{
+    LocalStorageProvider storage(root());
+    QVERIFY(storage.saveProject("buena", Project()));
+    QDir().mkpath(root() + "/sin_archivo");
+    writeBytes(root() + "/rota/project.json", "{");
+    writeBytes(root() + "/lista/project.json", "[1]");
+    writeBytes(root() + "/suelto.json", "{}");
+    const QList<ProjectInfo> projects = storage.listProjects();
+    QCOMPARE(projects.size(), 1);
+    QCOMPARE(projects[0].id, "buena");
+    QCOMPARE(projects[0].folderPath, root() + "/buena");
+    QCOMPARE(projects[0].modifiedAt, QFileInfo(root() + "/buena/project.json").lastModified());
+}
+
+void LocalStorageProviderTest::listingNamesAWorkWithoutANameByItsFolder()
+{
+    LocalStorageProvider storage(root());
+    writeBytes(root() + "/sin_nombre/project.json", "{}");
+    writeBytes(root() + "/numero/project.json", R"({"name": 5})");
+    writeBytes(root() + "/vacio/project.json", R"({"name": ""})");
+    QMap<QString, QString> names;
+    for (const ProjectInfo& info : storage.listProjects())
+        names[info.id] = info.name;
+    QCOMPARE(names, (QMap<QString, QString>{
+                        {"sin_nombre", "sin_nombre"}, {"numero", "numero"}, {"vacio", ""}}));
+    const std::unique_ptr<Project> loaded(storage.loadProject("sin_nombre", nullptr));
+    QCOMPARE(loaded->name, QString());
+}
+
+void LocalStorageProviderTest::listingFollowsTheFoldersTimeNewestFirst()
+{
+    LocalStorageProvider storage(root());
+    for (const char* id : {"a", "b", "c"})
+        QVERIFY(storage.saveProject(id, Project()));
+    setFolderAge(root() + "/a", 2);
+    setFolderAge(root() + "/b", 1);
+    setFolderAge(root() + "/c", 3);
+    // Rewriting the file does not touch the folder's time, and so not the order.
+    QVERIFY(storage.saveProject("c", Project()));
+    QStringList ids;
+    for (const ProjectInfo& info : storage.listProjects())
+        ids.append(info.id);
+    QCOMPARE(ids, (QStringList{"b", "a", "c"}));
+}
+
+void LocalStorageProviderTest::deletingTakesTheWholeFolder()
+{
+    LocalStorageProvider storage(root());
+    QVERIFY(storage.saveProject("obra", Project()));
+    QVERIFY(storage.saveProject("otra", Project()));
+    writeBytes(root() + "/obra/toma_1.wav", "RIFF");
+    QVERIFY(storage.deleteProject("obra"));
+    QVERIFY(!QFile::exists(root() + "/obra"));
+    QVERIFY(QFile::exists(root() + "/otra/project.json"));
+}
+
+void LocalStorageProviderTest::deletingWhatIsNotThereFails()
+{
+    LocalStorageProvider storage(root());
+    QVERIFY(storage.saveProject("obra", Project()));
+    QVERIFY(!storage.deleteProject("no_such_work"));
+    QVERIFY(!storage.deleteProject(QString()));
+    QVERIFY(QFile::exists(root() + "/obra/project.json"));
+}
+
+void LocalStorageProviderTest::idsAreMadeFromTitles_data()
+{
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<QString>("id");
+    QTest::newRow("an accent is a foreign character") << "Mi canción"
+                                                      << "mi_canci_n";
+    QTest::newRow("underscores at the ends stay") << "¡Hola!"
+                                                  << "_hola_";
+    QTest::newRow("a run becomes one underscore") << "a  -- b"
+                                                  << "a_b";
+    QTest::newRow("digits stay") << "Tema 2"
+                                 << "tema_2";
+    QTest::newRow("no title") << ""
+                              << "proyecto";
+    QTest::newRow("spaces and punctuation only") << " ...! "
+                                                 << "_";
+    QTest::newRow("sixty letters are cut to forty") << QString(60, 'x') << QString(40, 'x');
+    QTest::newRow("a path stays inside the root") << "../../etc"
+                                                  << "_etc";
+}
+
+void LocalStorageProviderTest::idsAreMadeFromTitles()
+{
+    QFETCH(QString, title);
+    LocalStorageProvider storage(root());
+    QTEST(storage.createProjectId(title), "id");
+}
+
+void LocalStorageProviderTest::takenIdsGetANumber()
+{
+    LocalStorageProvider storage(root());
+    for (const char* expected : {"tarea", "tarea_2", "tarea_3"}) {
+        const QString id = storage.createProjectId("Tarea");
+        QCOMPARE(id, expected);
+        QVERIFY(storage.saveProject(id, Project()));
+    }
+}
+
+void LocalStorageProviderTest::theNumberComesBehindTheFortyCharacters()
+{
+    LocalStorageProvider storage(root());
+    QVERIFY(storage.saveProject(QString(40, 'x'), Project()));
+    QCOMPARE(storage.createProjectId(QString(60, 'X')), QString(40, 'x') + "_2");
+}
+
+void LocalStorageProviderTest::anIdMakesNoFolder()
+{
+    LocalStorageProvider storage(root());
+    storage.createProjectId("Tarea");
+    QCOMPARE(QDir(root()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+}
+
+void LocalStorageProviderTest::theFolderOfAnEmptyIdIsTheRootAndASlash()
+{
+    QCOMPARE(LocalStorageProvider(root()).projectFolder(QString()), root() + "/");
+}
+
+void LocalStorageProviderTest::anEmptyRootIsTheDocumentsFolder()
+{
+    const LocalStorageProvider storage{QString()};
+    const QString expected =
+        QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) + "/Velta";
+    QVERIFY(expected.startsWith(dir_->path()));
+    QCOMPARE(storage.projectFolder("obra"), expected + "/obra");
+    QVERIFY(QDir(expected).exists());
+}
+
+void LocalStorageProviderTest::worksOfTheOlderLayoutMove()
+{
+    writeBytes(older() + "/zamba/project.json", R"({"name": "Zamba"})");
+    writeBytes(older() + "/zamba/toma.wav", "RIFF");
+    LocalStorageProvider storage{QString()};
+    QCOMPARE(storage.listProjects().size(), 1);
+    QCOMPARE(storage.listProjects()[0].name, "Zamba");
+    QVERIFY(QFile::exists(storage.projectFolder("zamba") + "/toma.wav"));
+    QVERIFY(!QFile::exists(older()));
+}
+
+void LocalStorageProviderTest::aTakenNameStaysInTheOlderLayout()
+{
+    const QString documents =
+        QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation) + "/Velta";
+    writeBytes(older() + "/zamba/project.json", R"({"name": "vieja"})");
+    writeBytes(older() + "/gato/project.json", R"({"name": "Gato"})");
+    writeBytes(documents + "/zamba/project.json", R"({"name": "nueva"})");
+    LocalStorageProvider storage{QString()};
+    QCOMPARE(bytesOf(documents + "/zamba/project.json"), R"({"name": "nueva"})");
+    QCOMPARE(bytesOf(older() + "/zamba/project.json"), R"({"name": "vieja"})");
+    QVERIFY(QFile::exists(documents + "/gato/project.json"));
+    QVERIFY(!QFile::exists(older() + "/gato"));
+}
+
+void LocalStorageProviderTest::aGivenRootMovesNothing()
+{
+    writeBytes(older() + "/zamba/project.json", "{}");
+    LocalStorageProvider storage(root());
+    QVERIFY(storage.listProjects().isEmpty());
+    QVERIFY(QFile::exists(older() + "/zamba/project.json"));
+}
+
+QTEST_GUILESS_MAIN(LocalStorageProviderTest)
+#include "LocalStorageProviderTest.moc"
