@@ -1,0 +1,114 @@
+#include "voice/AudioDecoder.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <sndfile.h>
+
+#include <algorithm>
+#include <memory>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+struct SndFileCloser {
+    void operator()(SNDFILE* file) const { sf_close(file); }
+};
+
+using SndFile = std::unique_ptr<SNDFILE, SndFileCloser>;
+
+/// Null without an error of libsndfile for a path that C would cut at a null character.
+SndFile openFile(const QString& path, int mode, SF_INFO* info)
+{
+    if (path.contains(QChar::Null))
+        return nullptr;
+    // A bare "-" would stand for the standard streams.
+    return SndFile(sf_open(QDir().absoluteFilePath(path).toUtf8().constData(), mode, info));
+}
+
+/// False for what may block or never end, as pipes and devices do.
+bool mayBeRead(const QString& path)
+{
+    if (path.contains(QChar::Null))
+        return false;
+    const QFileInfo entry(path);
+    return !entry.exists() || entry.isFile();
+}
+
+/// Frames asked of libsndfile at once: what a header claims is not trusted with memory.
+constexpr sf_count_t kReadFrames = 65536;
+
+/// All samples of an open file, or none when they are more than AudioDecoder::kMaxSamples.
+QList<float> readSamples(SNDFILE* file, const SF_INFO& info)
+{
+    QList<float> samples;
+    sf_count_t framesLeft = info.frames;
+    while (framesLeft > 0) {
+        const sf_count_t wanted = std::min(framesLeft, kReadFrames);
+        const qsizetype filled = samples.size();
+        if (filled + wanted * info.channels > AudioDecoder::kMaxSamples)
+            return {};
+        samples.resize(filled + wanted * info.channels);
+        const sf_count_t read = sf_readf_float(file, samples.data() + filled, wanted);
+        framesLeft -= read;
+        if (read < wanted) {
+            samples.resize(filled + std::max<sf_count_t>(read, 0) * info.channels);
+            break;
+        }
+    }
+    return samples;
+}
+
+} // namespace
+
+AudioDecoder::Result AudioDecoder::decode(const QString& path)
+{
+    Result result;
+    result.error = u"archivo vacío o ilegible"_s;
+    if (!mayBeRead(path))
+        return result;
+    SF_INFO info{};
+    const SndFile file = openFile(path, SFM_READ, &info);
+    if (!file) {
+        result.error = QString::fromUtf8(sf_strerror(nullptr));
+        return result;
+    }
+    result.sampleRate = info.samplerate;
+    result.channels = info.channels;
+    result.samples = readSamples(file.get(), info);
+    result.ok = !result.samples.isEmpty();
+    if (result.ok)
+        result.error.clear();
+    return result;
+}
+
+QList<float> AudioDecoder::toMono(const Result& result)
+{
+    if (result.channels < 2)
+        return result.samples;
+    const qsizetype frames = result.samples.size() / result.channels;
+    QList<float> mono(frames);
+    const float* sample = result.samples.constData();
+    for (float& out : mono) {
+        float sum = 0.0F;
+        for (int channel = 0; channel < result.channels; ++channel)
+            sum += *sample++;
+        out = sum / static_cast<float>(result.channels);
+    }
+    return mono;
+}
+
+bool AudioDecoder::writeWav(const QString& path, const QList<float>& samples, int sampleRate,
+                            int channels)
+{
+    SF_INFO info{};
+    info.samplerate = sampleRate;
+    info.channels = channels;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    const SndFile file = openFile(path, SFM_WRITE, &info);
+    if (!file)
+        return false;
+    const sf_count_t frames = samples.size() / channels;
+    return sf_writef_float(file.get(), samples.constData(), frames) == frames;
+}

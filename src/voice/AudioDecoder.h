@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+/// Reads and writes audio files through libsndfile.
+class AudioDecoder {
+public:
+    struct Result {
+        /// Interleaved, -1.0 to 1.0 for ordinary files.
+        QList<float> samples;
+        /// Hz.
+        int sampleRate = 0;
+        int channels = 0;
+        /// At least one frame was read.
+        bool ok = false;
+        /// What went wrong when `ok` is false.
+        QString error;
+    };
+
+    /// Samples that a file may hold, all channels together: over an hour and a half of mono, and
+    /// 1 GiB of memory. A longer file is refused.
+    static constexpr qint64 kMaxSamples = qint64(1) << 28;
+
+    /// Reads a whole file of any format that libsndfile knows.
+    static Result decode(const QString& path);
+
+    /// The mean of the channels, frame by frame; a mono result is shared without a copy.
+    static QList<float> toMono(const Result& result);
+
+    /// Writes interleaved samples as a 16-bit PCM WAV. False if the file cannot be made or does
+    /// not take all frames.
+    static bool writeWav(const QString& path, const QList<float>& samples, int sampleRate,
+                         int channels);
+};

@@ -1,0 +1,450 @@
+#include "voice/PitchShifter.h"
+
+#include "support/SeededRandom.h"
+#include "support/Tones.h"
+
+#include <QTest>
+
+#include <bit>
+#include <limits>
+
+namespace {
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+const QList<float>& window()
+{
+    static const QList<float> values = [] {
+        QList<float> hann(2048);
+        for (int i = 0; i < 2048; ++i)
+            hann[i] =
+                static_cast<float>(0.5 - 0.5 * std::cos(2.0 * 3.14159265358979323846 * i / 2047.0));
+        return hann;
+    }();
+    return values;
+}
+
+/// What the shifter adds up: the windowed readings, and the windows themselves.
+struct Overlap {
+    QList<float> readings;
+    QList<float> windows;
+};
+
+/// One frame of the plain form, every bound asked for every sample.
+void addPlainFrame(const QList<float>& samples, int start, float ratio, Overlap& overlap)
+{
+    const auto count = static_cast<int>(samples.size());
+    for (int i = 0; i < 2048; ++i) {
+        const int o = start + i;
+        if (o >= count)
+            return;
+        const float position = static_cast<float>(i) * ratio + static_cast<float>(start);
+        const int k = static_cast<int>(position);
+        if (k + 1 >= count)
+            return;
+        const float part = position - static_cast<float>(k);
+        const float reading = (1 - part) * samples[k] + part * samples[k + 1];
+        overlap.readings[o] += reading * window()[i];
+        overlap.windows[o] += window()[i];
+    }
+}
+
+/// The plain form of the shifter. A ratio that is not a number counts as out of range.
+QList<float> plainShift(const QList<float>& samples, const QList<float>& ratios)
+{
+    if (samples.isEmpty() || ratios.isEmpty())
+        return samples;
+    const auto count = static_cast<int>(samples.size());
+    Overlap overlap{Tones::silence(count), Tones::silence(count)};
+    for (int frame = 0; frame == 0 || frame * 512 + 512 < count; ++frame) {
+        float ratio = frame < ratios.size() ? ratios[frame] : ratios.last();
+        if (std::isnan(ratio) || ratio <= 0.25F || ratio >= 4.0F)
+            ratio = 1.0F;
+        addPlainFrame(samples, frame * 512, ratio, overlap);
+    }
+    QList<float> result(count);
+    for (int i = 0; i < count; ++i)
+        result[i] =
+            overlap.windows[i] <= 0.0001F ? samples[i] : overlap.readings[i] / overlap.windows[i];
+    return result;
+}
+
+/// Nothing if two lists hold the same bits, else the first place where they part.
+QString difference(const QList<float>& actual, const QList<float>& expected)
+{
+    if (actual.size() != expected.size())
+        return QString("%1 values, not %2").arg(actual.size()).arg(expected.size());
+    for (qsizetype i = 0; i < actual.size(); ++i) {
+        if (std::bit_cast<quint32>(actual[i]) != std::bit_cast<quint32>(expected[i]))
+            return QString("sample %1 is %2, not %3")
+                .arg(i)
+                .arg(static_cast<double>(actual[i]), 0, 'g', 9)
+                .arg(static_cast<double>(expected[i]), 0, 'g', 9);
+    }
+    return {};
+}
+
+double largestDifference(const QList<float>& a, const QList<float>& b)
+{
+    double largest = a.size() == b.size() ? 0.0 : 1e9;
+    for (qsizetype i = 0; i < std::min(a.size(), b.size()); ++i)
+        largest =
+            std::max(largest, std::abs(static_cast<double>(a[i]) - static_cast<double>(b[i])));
+    return largest;
+}
+
+QList<float> ramp(qsizetype count)
+{
+    QList<float> samples(count);
+    for (qsizetype i = 0; i < count; ++i)
+        samples[i] = static_cast<float>(i);
+    return samples;
+}
+
+} // namespace
+
+class PitchShifterTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void withoutSamplesOrRatiosNothingIsDone();
+    void ratiosOfOneReturnTheInputUpToRounding_data();
+    void ratiosOfOneReturnTheInputUpToRounding();
+    void theLastRatioServesForLaterFrames();
+    void ratiosBeyondTheFramesAreNotUsed();
+    void ratiosOutOfRangeActAsOne_data();
+    void ratiosOutOfRangeActAsOne();
+    void ratiosJustInsideTheRangeAreApplied_data();
+    void ratiosJustInsideTheRangeAreApplied();
+
+    void aShortInputIsReadAtTheSpeedOfTheRatio_data();
+    void aShortInputIsReadAtTheSpeedOfTheRatio();
+    void theFirstSamplesKeepTheInput();
+    void whatNoFrameReachesKeepsTheInput();
+    void aFrameRunsWhileMoreThanAHopIsLeft_data();
+    void aFrameRunsWhileMoreThanAHopIsLeft();
+    void theOutputIsAsLongAsTheInput();
+
+    void aFrameSoundsAtThePitchOfItsRatio_data();
+    void aFrameSoundsAtThePitchOfItsRatio();
+    void movingTheInputByAHopMovesTheOutputByAHop_data();
+    void movingTheInputByAHopMovesTheOutputByAHop();
+    void noOutputIsLouderThanTheLoudestInput();
+
+    void theBitsAreThoseOfThePlainForm_data();
+    void theBitsAreThoseOfThePlainForm();
+    void theBitsAreThoseOfThePlainFormForRandomRatios();
+    void theBitsAreThoseOfThePlainFormForHostileRatios();
+    void theBitsAreThoseOfThePlainFormWherePositionsLoseTheirFractions();
+    void samplesThatAreNoNumbersStayNearTheirPlace();
+};
+
+void PitchShifterTest::withoutSamplesOrRatiosNothingIsDone()
+{
+    const QList<float> samples = Tones::noise(3000, 1);
+    const QList<float> unchanged = PitchShifter::process(samples, {});
+    QCOMPARE(unchanged.constData(), samples.constData());
+    QVERIFY(PitchShifter::process({}, {2.0F}).isEmpty());
+    QVERIFY(PitchShifter::process({}, {}).isEmpty());
+}
+
+void PitchShifterTest::ratiosOfOneReturnTheInputUpToRounding_data()
+{
+    QTest::addColumn<qsizetype>("count");
+    for (const qsizetype count : {1, 2, 100, 511, 512, 513, 1024, 1025, 2047, 2048, 2560, 20000})
+        QTest::addRow("%d samples", static_cast<int>(count)) << count;
+}
+
+void PitchShifterTest::ratiosOfOneReturnTheInputUpToRounding()
+{
+    QFETCH(qsizetype, count);
+    const QList<float> samples = Tones::noise(count, 2, 1.0);
+    for (const qsizetype ratios : {1, 3, 100}) {
+        const QList<float> shifted = PitchShifter::process(samples, QList<float>(ratios, 1.0F));
+        QVERIFY(largestDifference(shifted, samples) <= 1e-6);
+    }
+}
+
+void PitchShifterTest::theLastRatioServesForLaterFrames()
+{
+    const QList<float> samples = Tones::voice({}, 44100, 8192);
+    QList<float> whole(15, 1.25F);
+    whole[0] = 0.8F;
+    QCOMPARE(difference(PitchShifter::process(samples, {0.8F, 1.25F}),
+                        PitchShifter::process(samples, whole)),
+             QString());
+}
+
+void PitchShifterTest::ratiosBeyondTheFramesAreNotUsed()
+{
+    // 4096 samples have frames at 0, 512, ... 3072: seven.
+    const QList<float> samples = Tones::voice({}, 44100, 4096);
+    const QList<float> seven(7, 1.25F);
+    QCOMPARE(difference(PitchShifter::process(samples, seven + QList<float>(50, 3.0F)),
+                        PitchShifter::process(samples, seven)),
+             QString());
+    const QList<float> six = seven.first(6) + QList<float>{3.0F};
+    QVERIFY(PitchShifter::process(samples, six) != PitchShifter::process(samples, seven));
+}
+
+void PitchShifterTest::ratiosOutOfRangeActAsOne_data()
+{
+    QTest::addColumn<float>("ratio");
+    QTest::newRow("0.25") << 0.25F;
+    QTest::newRow("just below 0.25") << std::nextafter(0.25F, 0.0F);
+    QTest::newRow("0") << 0.0F;
+    QTest::newRow("minus 0") << -0.0F;
+    QTest::newRow("negative") << -1.5F;
+    QTest::newRow("4") << 4.0F;
+    QTest::newRow("just above 4") << std::nextafter(4.0F, 5.0F);
+    QTest::newRow("1e30") << 1e30F;
+    QTest::newRow("the largest number") << std::numeric_limits<float>::max();
+    QTest::newRow("infinity") << kInfinity;
+    QTest::newRow("minus infinity") << -kInfinity;
+    QTest::newRow("not a number") << kNaN;
+    QTest::newRow("a denormal number") << std::numeric_limits<float>::denorm_min();
+}
+
+void PitchShifterTest::ratiosOutOfRangeActAsOne()
+{
+    QFETCH(float, ratio);
+    const QList<float> samples = Tones::voice({}, 44100, 6000);
+    QCOMPARE(
+        difference(PitchShifter::process(samples, {ratio}), PitchShifter::process(samples, {1.0F})),
+        QString());
+    QCOMPARE(difference(PitchShifter::process(samples, {1.5F, ratio, 0.5F}),
+                        PitchShifter::process(samples, {1.5F, 1.0F, 0.5F})),
+             QString());
+}
+
+void PitchShifterTest::ratiosJustInsideTheRangeAreApplied_data()
+{
+    QTest::addColumn<float>("ratio");
+    QTest::newRow("0.2501") << 0.2501F;
+    QTest::newRow("just above 0.25") << std::nextafter(0.25F, 1.0F);
+    QTest::newRow("3.999") << 3.999F;
+    QTest::newRow("just below 4") << std::nextafter(4.0F, 0.0F);
+}
+
+void PitchShifterTest::ratiosJustInsideTheRangeAreApplied()
+{
+    QFETCH(float, ratio);
+    // One frame alone, on a ramp: sample i holds what stood at i * ratio.
+    const QList<float> shifted = PitchShifter::process(ramp(1000), {ratio});
+    for (const qsizetype i : {10, 100, 200})
+        QVERIFY(std::abs(shifted[i] - static_cast<float>(i) * ratio) < 0.01F);
+}
+
+void PitchShifterTest::aShortInputIsReadAtTheSpeedOfTheRatio_data()
+{
+    QTest::addColumn<float>("ratio");
+    QTest::addColumn<int>("count");
+    QTest::addColumn<int>("reached");
+    // Readings end before the last sample: i * ratio + 1 < count.
+    QTest::newRow("half speed") << 0.5F << 1000 << 1000;
+    QTest::newRow("double speed") << 2.0F << 1000 << 500;
+    QTest::newRow("three times the speed") << 3.0F << 900 << 300;
+    QTest::newRow("as it is, all but the last sample") << 1.0F << 700 << 699;
+    QTest::newRow("1024 samples are still one frame") << 0.5F << 1024 << 1024;
+}
+
+void PitchShifterTest::aShortInputIsReadAtTheSpeedOfTheRatio()
+{
+    QFETCH(float, ratio);
+    QFETCH(int, count);
+    QFETCH(int, reached);
+    const QList<float> shifted = PitchShifter::process(ramp(count), {ratio});
+    QCOMPARE(shifted.size(), count);
+    for (int i = 7; i < count; ++i) {
+        const float expected = i < reached ? static_cast<float>(i) * ratio : static_cast<float>(i);
+        QVERIFY2(std::abs(shifted[i] - expected) <= 1e-6F * expected,
+                 qPrintable(QString("%1: %2").arg(i).arg(static_cast<double>(shifted[i]))));
+    }
+}
+
+void PitchShifterTest::theFirstSamplesKeepTheInput()
+{
+    // The window rises as (pi * i / 2047)^2: 0.000085 at 6, 0.000115 at 7.
+    const QList<float> samples = Tones::noise(5000, 3);
+    for (const float ratio : {0.3F, 0.5F, 1.7F, 3.5F}) {
+        const QList<float> shifted = PitchShifter::process(samples, {ratio});
+        QCOMPARE(shifted.first(7), samples.first(7));
+        QVERIFY(shifted[7] != samples[7]);
+    }
+}
+
+void PitchShifterTest::whatNoFrameReachesKeepsTheInput()
+{
+    // At ratio 3 the last frame, at 3072, has read to the end after 341 samples; the frame before
+    // it, at 2560, after 512, which is where the last one starts.
+    const QList<float> samples = Tones::noise(4096, 4);
+    const QList<float> shifted = PitchShifter::process(samples, {3.0F});
+    QCOMPARE(shifted.last(1024 - 341), samples.last(1024 - 341));
+    QVERIFY(shifted[3072 + 340] != samples[3072 + 340]);
+}
+
+void PitchShifterTest::aFrameRunsWhileMoreThanAHopIsLeft_data()
+{
+    QTest::addColumn<int>("count");
+    QTest::addColumn<int>("frames");
+    // A frame runs when 512 samples and one more are left from its start; the first always runs.
+    QTest::newRow("1 sample") << 1 << 1;
+    QTest::newRow("512 samples") << 512 << 1;
+    QTest::newRow("1024 samples") << 1024 << 1;
+    QTest::newRow("1025 samples") << 1025 << 2;
+    QTest::newRow("1536 samples") << 1536 << 2;
+    QTest::newRow("1537 samples") << 1537 << 3;
+    QTest::newRow("2048 samples") << 2048 << 3;
+    QTest::newRow("2560 samples") << 2560 << 4;
+    QTest::newRow("2561 samples") << 2561 << 5;
+}
+
+void PitchShifterTest::aFrameRunsWhileMoreThanAHopIsLeft()
+{
+    QFETCH(int, count);
+    QFETCH(int, frames);
+    const QList<float> samples = Tones::noise(count, 5);
+    // A ratio of its own for the last frame that runs, and for the first that does not.
+    QList<float> ratios(frames + 1, 1.0F);
+    const QList<float> plain = PitchShifter::process(samples, ratios);
+    ratios[frames] = 0.5F;
+    QCOMPARE(PitchShifter::process(samples, ratios), plain);
+    if (count > 7) {
+        ratios[frames - 1] = 0.5F;
+        QVERIFY(PitchShifter::process(samples, ratios) != plain);
+    }
+}
+
+void PitchShifterTest::theOutputIsAsLongAsTheInput()
+{
+    SeededRandom random(81);
+    for (int round = 0; round < 300; ++round) {
+        const QList<float> samples = Tones::noise(random.between(1, 3000), 6);
+        const auto ratio = static_cast<float>(random.between(0.2, 4.2));
+        QCOMPARE(PitchShifter::process(samples, {ratio}).size(), samples.size());
+    }
+}
+
+void PitchShifterTest::aFrameSoundsAtThePitchOfItsRatio_data()
+{
+    QTest::addColumn<float>("ratio");
+    for (const double ratio : {0.5, 0.75, 0.943874, 0.977778, 1.0, 1.059463, 1.25, 1.5, 2.0, 3.0})
+        QTest::addRow("ratio %g", ratio) << static_cast<float>(ratio);
+}
+
+void PitchShifterTest::aFrameSoundsAtThePitchOfItsRatio()
+{
+    QFETCH(float, ratio);
+    // Only the first frame covers the first 512 samples, so its pitch is heard there alone.
+    const QList<float> samples = Tones::sine(700.0, 44100, 8192);
+    const QList<float> first = PitchShifter::process(samples, {ratio}).first(512);
+    const double heard = Tones::hzByZeroCrossings(first, 44100);
+    const double off = Tones::cents(heard, 700.0 * static_cast<double>(ratio));
+    QVERIFY2(std::abs(off) < 2.0, qPrintable(QString::number(heard)));
+    QVERIFY(std::abs(Tones::rms(first) - 0.5 / std::sqrt(2.0)) < 0.02);
+}
+
+void PitchShifterTest::movingTheInputByAHopMovesTheOutputByAHop_data()
+{
+    QTest::addColumn<float>("ratio");
+    QTest::newRow("lower") << 0.7F;
+    QTest::newRow("a little lower") << 0.98F;
+    QTest::newRow("higher") << 1.5F;
+}
+
+void PitchShifterTest::movingTheInputByAHopMovesTheOutputByAHop()
+{
+    QFETCH(float, ratio);
+    const QList<float> samples = Tones::voice({}, 44100, 16384);
+    const QList<float> shifted = PitchShifter::process(samples, {ratio});
+    const QList<float> moved = PitchShifter::process(samples.mid(512), {ratio});
+    // Clear of the edges, where fewer frames overlap. Positions are rounded otherwise.
+    QVERIFY(largestDifference(shifted.mid(4096, 4096), moved.mid(4096 - 512, 4096)) < 1e-3);
+    QVERIFY(largestDifference(shifted.mid(4096, 4096), samples.mid(4096, 4096)) > 1e-2);
+}
+
+void PitchShifterTest::noOutputIsLouderThanTheLoudestInput()
+{
+    // Every output is a mean of inputs, weighted by windows and by nearness.
+    SeededRandom random(82);
+    for (int round = 0; round < 100; ++round) {
+        const QList<float> samples = Tones::noise(random.between(500, 6000), 7, 1.0);
+        QList<float> ratios;
+        for (int i = random.between(1, 12); i > 0; --i)
+            ratios.append(static_cast<float>(random.between(0.25, 4.0)));
+        for (const float sample : PitchShifter::process(samples, ratios))
+            QVERIFY(std::abs(sample) <= 1.000001F);
+    }
+}
+
+void PitchShifterTest::theBitsAreThoseOfThePlainForm_data()
+{
+    QTest::addColumn<int>("count");
+    for (const int count : {1,    2,    3,    7,    8,    511,  512,  513,  1023, 1024, 1025, 1026,
+                            1535, 1536, 1537, 2047, 2048, 2049, 2559, 2560, 2561, 5000, 12345})
+        QTest::addRow("%d samples", count) << count;
+}
+
+void PitchShifterTest::theBitsAreThoseOfThePlainForm()
+{
+    QFETCH(int, count);
+    const QList<float> samples = Tones::noise(count, 8, 1.0);
+    for (const QList<float>& ratios :
+         {QList<float>{1.0F}, {0.5F}, {2.0F}, {0.2501F}, {3.999F}, {0.977778F, 1.059463F, 3.0F}})
+        QCOMPARE(difference(PitchShifter::process(samples, ratios), plainShift(samples, ratios)),
+                 QString());
+}
+
+void PitchShifterTest::theBitsAreThoseOfThePlainFormForRandomRatios()
+{
+    SeededRandom random(83);
+    for (int round = 0; round < 400; ++round) {
+        const int count = random.between(1, 6000);
+        const QList<float> samples = Tones::noise(count, static_cast<unsigned>(round), 1.0);
+        QList<float> ratios;
+        for (int i = random.between(1, 15); i > 0; --i)
+            ratios.append(static_cast<float>(random.magnitude(0.2, 5.0)));
+        QCOMPARE(difference(PitchShifter::process(samples, ratios), plainShift(samples, ratios)),
+                 QString());
+    }
+}
+
+void PitchShifterTest::theBitsAreThoseOfThePlainFormForHostileRatios()
+{
+    const QList<float> hostile{kNaN,  kInfinity, -kInfinity, 0.0F,  -0.0F, -1.0F, 0.25F, 4.0F,
+                               1e30F, -1e30F,    1e-45F,     3e38F, 1.0F,  0.26F, 3.99F, 1.5F};
+    SeededRandom random(84);
+    for (int round = 0; round < 200; ++round) {
+        const QList<float> samples = Tones::noise(random.between(1, 5000), 9, 1.0);
+        QList<float> ratios;
+        for (int i = random.between(1, 10); i > 0; --i)
+            ratios.append(random.pick(hostile));
+        QCOMPARE(difference(PitchShifter::process(samples, ratios), plainShift(samples, ratios)),
+                 QString());
+    }
+}
+
+void PitchShifterTest::theBitsAreThoseOfThePlainFormWherePositionsLoseTheirFractions()
+{
+    // Beyond 2^20 samples a single precision position has three binary places left.
+    const QList<float> samples = Tones::noise((1 << 20) + 5000, 10, 1.0);
+    for (const QList<float>& ratios : {QList<float>{0.9F}, {1.3F}})
+        QCOMPARE(difference(PitchShifter::process(samples, ratios), plainShift(samples, ratios)),
+                 QString());
+}
+
+void PitchShifterTest::samplesThatAreNoNumbersStayNearTheirPlace()
+{
+    QList<float> samples = Tones::voice({}, 44100, 16384);
+    const QList<float> clean = PitchShifter::process(samples, {0.9F});
+    samples[8000] = kNaN;
+    samples[8001] = kInfinity;
+    const QList<float> shifted = PitchShifter::process(samples, {0.9F});
+    // A frame that reads sample 8000 starts at most 2048 samples before it.
+    QCOMPARE(shifted.first(5900), clean.first(5900));
+    QCOMPARE(shifted.last(16384 - 8300), clean.last(16384 - 8300));
+}
+
+QTEST_GUILESS_MAIN(PitchShifterTest)
+#include "PitchShifterTest.moc"
