@@ -1,0 +1,7 @@
+#pragma once
+
+/// Who plays on which synthesiser channel, alike in live playback and in the offline mix: the
+/// tracks of a project have the channels from 0 on, in order.
+inline constexpr int kPreviewChannel = 13;
+inline constexpr int kMetronomeChannel = 14;
+inline constexpr int kHarmonyChannel = 15;

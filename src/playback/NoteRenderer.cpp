@@ -1,0 +1,186 @@
+#include "playback/NoteRenderer.h"
+
+#include "content/LoopLibrary.h"
+#include "model/Project.h"
+#include "music/Beats.h"
+#include "music/ChordLookup.h"
+#include "music/ChordMapper.h"
+#include "music/ChordVoicer.h"
+#include "music/Humanizer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace {
+
+/// What a loop block repeats.
+struct LoopCycle {
+    const LoopVariant* variant;
+    /// Beats.
+    double length;
+    /// Drum layers do not: their pitches name drum sounds.
+    bool followsChords;
+    /// May be null.
+    const GrooveTemplate* groove;
+};
+
+bool hasPlace(const NoteEvent& note)
+{
+    return std::isfinite(note.startBeat) && std::isfinite(note.durationBeats);
+}
+
+void sortByStart(QList<NoteEvent>& notes)
+{
+    std::ranges::stable_sort(notes, {}, &NoteEvent::startBeat);
+}
+
+QList<NoteEvent> melodyNotes(const Track& track)
+{
+    QList<NoteEvent> notes;
+    for (const MelodyBlock& block : track.melodyBlocks) {
+        for (NoteEvent note : block.notes) {
+            const bool hidden = !(note.startBeat < block.durationBeats);
+            note.startBeat += block.startBeat;
+            if (!hidden && hasPlace(note))
+                notes.append(note);
+        }
+    }
+    return notes;
+}
+
+/// Nothing when the block's content is not installed, or gives no length to repeat.
+std::optional<LoopCycle> cycleOf(const LoopBlock& block, const LoopLibrary& library,
+                                 double projectBar)
+{
+    const LoopVariant* variant =
+        library.findVariant(block.layerId, block.section, block.variantIndex);
+    if (!variant || !std::isfinite(block.startBeat) || !std::isfinite(block.durationBeats))
+        return std::nullopt;
+    const Rhythm* rhythm = library.findRhythm(block.rhythmId);
+    const LoopLayer* layer = library.findLayer(block.layerId);
+    const double bar = rhythm ? rhythm->timeSignature.beatsPerBar() : projectBar;
+    const double length = variant->durationBars * bar;
+    if (!isBarLength(length))
+        return std::nullopt;
+    return LoopCycle{.variant = variant,
+                     .length = length,
+                     .followsChords = !layer || layer->pitched,
+                     .groove = library.grooveForRhythm(block.rhythmId)};
+}
+
+/// Turns the loop blocks of one track into notes, within one bound for all of them.
+class LoopUnroller {
+public:
+    LoopUnroller(const Project& project)
+        : key_(project.keySignature), chords_(project.harmonyTrack, project.beatsPerBar())
+    {}
+
+    /// The block's notes in absolute beats: the cycle repeated from the block's own start and cut
+    /// at its end.
+    QList<NoteEvent> unroll(const LoopBlock& block, const LoopCycle& cycle)
+    {
+        QList<NoteEvent> notes;
+        const double end = block.durationBeats - kBeatEpsilon;
+        bool sounding = true;
+        // Once a whole pass lies behind the end, so do all later ones.
+        for (double offset = 0.0; sounding && offset < end; offset += cycle.length)
+            sounding = appendPass(block, cycle, offset, notes);
+        return notes;
+    }
+
+    bool cut() const { return cut_; }
+
+private:
+    /// One pass of the cycle; false when none of its notes starts inside the block, or the bound
+    /// is reached.
+    bool appendPass(const LoopBlock& block, const LoopCycle& cycle, double offset,
+                    QList<NoteEvent>& notes)
+    {
+        visited_ += cycle.variant->notes.size();
+        if (visited_ > NoteRenderer::kMaxTrackNotes) {
+            cut_ = true;
+            return false;
+        }
+        bool sounding = false;
+        for (NoteEvent note : cycle.variant->notes) {
+            const double beatInBlock = note.startBeat + offset;
+            if (!(beatInBlock < block.durationBeats - kBeatEpsilon))
+                continue;
+            sounding = true;
+            note.startBeat = block.startBeat + beatInBlock;
+            note.durationBeats = std::min(note.durationBeats, block.durationBeats - beatInBlock);
+            if (cycle.followsChords)
+                note.pitch = followingChord(note);
+            if (hasPlace(note))
+                notes.append(note);
+        }
+        return sounding;
+    }
+
+    /// The chord is the one in force where the note starts, whatever comes while it rings.
+    int followingChord(const NoteEvent& note) const
+    {
+        const HarmonyDegreeEvent* chord = chords_.at(note.startBeat);
+        return chord ? ChordMapper::mapPitch(note.pitch, key_, chord->degree)
+                     : ChordMapper::transposeToKey(note.pitch, key_);
+    }
+
+    KeySignature key_;
+    ChordLookup chords_;
+    /// Notes of variants looked at so far, sounding or not.
+    qsizetype visited_ = 0;
+    bool cut_ = false;
+};
+
+} // namespace
+
+QList<NoteEvent> NoteRenderer::trackNotes(const Project& project, const Track& track,
+                                          const LoopLibrary* library, bool* cut)
+{
+    const double bar = project.beatsPerBar();
+    const QRandomGenerator generator = Humanizer::generatorFor(track.humanize.seed);
+    const auto humanized = [&](const QList<NoteEvent>& notes, const GrooveTemplate* groove) {
+        return Humanizer::apply(notes, track.humanize, groove, bar, generator);
+    };
+
+    QList<NoteEvent> notes = humanized(melodyNotes(track), nullptr);
+    if (library && !track.loopBlocks.isEmpty()) {
+        LoopUnroller unroller(project);
+        for (const LoopBlock& block : track.loopBlocks) {
+            if (const auto cycle = cycleOf(block, *library, bar))
+                notes.append(humanized(unroller.unroll(block, *cycle), cycle->groove));
+        }
+        if (cut && unroller.cut())
+            *cut = true;
+    }
+    // A groove may throw a note beyond all numbers.
+    notes.removeIf([](const NoteEvent& note) { return !hasPlace(note); });
+    sortByStart(notes);
+    return notes;
+}
+
+QList<NoteEvent> NoteRenderer::harmonyNotes(const Project& project)
+{
+    const double bar = project.beatsPerBar();
+    QList<NoteEvent> notes;
+    if (!isBarLength(bar))
+        return notes;
+    for (const HarmonyBlock& block : project.harmonyTrack.blocks) {
+        for (const HarmonyDegreeEvent& event : block.events) {
+            NoteEvent note{.pitch = 0,
+                           .startBeat = block.barIndex * bar + event.startBeat,
+                           .durationBeats = event.durationBeats,
+                           .velocity = kHarmonyVelocity};
+            if (!hasPlace(note))
+                continue;
+            for (const int pitch : ChordVoicer::chordPitches(project.keySignature, event.degree,
+                                                             event.extension, kHarmonyOctave)) {
+                note.pitch = pitch;
+                notes.append(note);
+            }
+        }
+    }
+    sortByStart(notes);
+    return notes;
+}

@@ -1,0 +1,222 @@
+#include "playback/Schedule.h"
+
+#include "support/Exact.h"
+#include "support/ProjectBuilder.h"
+
+#include <QTest>
+
+#include <algorithm>
+#include <tuple>
+
+using ProjectBuilder::note;
+
+namespace {
+
+using Events = QList<ScheduledEvent>;
+
+ScheduledEvent on(double beat, int pitch, int channel = 0, int velocity = 100)
+{
+    return {.beat = beat, .noteOn = true, .channel = channel, .pitch = pitch, .velocity = velocity};
+}
+
+ScheduledEvent off(double beat, int pitch, int channel = 0)
+{
+    return {.beat = beat, .noteOn = false, .channel = channel, .pitch = pitch, .velocity = 0};
+}
+
+/// The events of some notes on channel 0, as they are appended.
+Events appended(const QList<NoteEvent>& notes)
+{
+    Events events;
+    double end = 0.0;
+    Schedule::appendNotes(events, notes, 0, end);
+    return events;
+}
+
+Events sorted(Events events)
+{
+    Schedule::sort(events);
+    return events;
+}
+
+/// One order for lists of equal events.
+Events settled(Events events)
+{
+    const auto key = [](const ScheduledEvent& event) {
+        return std::tuple(event.beat, event.noteOn, event.channel, event.pitch, event.velocity);
+    };
+    std::sort(events.begin(), events.end(),
+              [&](const auto& a, const auto& b) { return key(a) < key(b); });
+    return events;
+}
+
+} // namespace
+
+class ScheduleTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void noteBecomesTwoEvents();
+    void notesAreAppendedInOrder();
+    void valuesAreTakenAsTheyStand();
+    void noteOffComesAtLeastATwentiethOfABeatLater_data();
+    void noteOffComesAtLeastATwentiethOfABeatLater();
+    void endIsRaisedToTheWrittenEnd_data();
+    void endIsRaisedToTheWrittenEnd();
+    void endIsTheLatestOfAll();
+    void noNotesChangeNothing();
+
+    void eventsAscendByBeat();
+    void noteOffGoesFirstAtOneBeat();
+    void beatsAreComparedExactly();
+    void repeatedPitchIsReleasedBeforeItStartsAgain();
+    void noteShorterThanTheFloorMayOverlapTheNext();
+    void sortingKeepsEveryEvent();
+};
+
+void ScheduleTest::noteBecomesTwoEvents()
+{
+    Events events;
+    double end = 0.0;
+    Schedule::appendNotes(events, {note(64, 2.5, 1.25, 90)}, 7, end);
+    QCOMPARE(events, (Events{on(2.5, 64, 7, 90), off(3.75, 64, 7)}));
+    QCOMPARE(end, 3.75);
+}
+
+void ScheduleTest::notesAreAppendedInOrder()
+{
+    Events events{on(9.0, 1)};
+    double end = 0.0;
+    Schedule::appendNotes(events, {note(60, 4.0), note(62, 0.0)}, 0, end);
+    QCOMPARE(events, (Events{on(9.0, 1), on(4.0, 60), off(5.0, 60), on(0.0, 62), off(1.0, 62)}));
+}
+
+void ScheduleTest::valuesAreTakenAsTheyStand()
+{
+    Events events;
+    double end = 0.0;
+    Schedule::appendNotes(events, {note(-5, -2.0, 1.0, 0), note(300, 0.0, 1.0, 999)}, 15, end);
+    QCOMPARE(events, (Events{on(-2.0, -5, 15, 0), off(-1.0, -5, 15), on(0.0, 300, 15, 999),
+                             off(1.0, 300, 15)}));
+}
+
+void ScheduleTest::noteOffComesAtLeastATwentiethOfABeatLater_data()
+{
+    QTest::addColumn<double>("duration");
+    QTest::addColumn<double>("beat");
+    QTest::newRow("a length of 0") << 0.0 << 2.05;
+    QTest::newRow("a length below the floor") << 0.049 << 2.05;
+    QTest::newRow("a length of the floor") << 0.05 << 2.05;
+    QTest::newRow("a length above the floor") << 0.0625 << 2.0625;
+    QTest::newRow("a negative length") << -3.0 << 2.05;
+}
+
+void ScheduleTest::noteOffComesAtLeastATwentiethOfABeatLater()
+{
+    QFETCH(double, duration);
+    QFETCH(double, beat);
+    QCOMPARE(exact(appended({note(60, 2.0, duration)}).last().beat), exact(beat));
+}
+
+void ScheduleTest::endIsRaisedToTheWrittenEnd_data()
+{
+    QTest::addColumn<double>("duration");
+    QTest::addColumn<double>("before");
+    QTest::addColumn<double>("after");
+    QTest::newRow("a longer note raises it") << 4.0 << 3.0 << 6.0;
+    QTest::newRow("a shorter note does not lower it") << 4.0 << 9.0 << 9.0;
+    QTest::newRow("a note of length 0 reaches its own start") << 0.0 << 0.0 << 2.0;
+    QTest::newRow("the floor of a twentieth does not count") << 0.01 << 0.0 << 2.01;
+    QTest::newRow("a negative length ends before its start") << -1.0 << 0.0 << 1.0;
+}
+
+void ScheduleTest::endIsRaisedToTheWrittenEnd()
+{
+    QFETCH(double, duration);
+    QFETCH(double, before);
+    QFETCH(double, after);
+    Events events;
+    double end = before;
+    Schedule::appendNotes(events, {note(60, 2.0, duration)}, 0, end);
+    QCOMPARE(exact(end), exact(after));
+}
+
+void ScheduleTest::endIsTheLatestOfAll()
+{
+    Events events;
+    double end = 0.0;
+    Schedule::appendNotes(events, {note(60, 0.0, 12.0), note(62, 8.0, 1.0)}, 0, end);
+    Schedule::appendNotes(events, {note(60, 10.0, 1.0)}, 1, end);
+    QCOMPARE(end, 12.0);
+}
+
+void ScheduleTest::noNotesChangeNothing()
+{
+    Events events{on(1.0, 60)};
+    double end = 3.5;
+    Schedule::appendNotes(events, {}, 4, end);
+    QCOMPARE(events, Events{on(1.0, 60)});
+    QCOMPARE(end, 3.5);
+    QVERIFY(sorted({}).isEmpty());
+}
+
+void ScheduleTest::eventsAscendByBeat()
+{
+    QCOMPARE(sorted({on(3.0, 60), off(1.0, 61), on(-2.0, 62), on(0.5, 63)}),
+             (Events{on(-2.0, 62), on(0.5, 63), off(1.0, 61), on(3.0, 60)}));
+}
+
+void ScheduleTest::noteOffGoesFirstAtOneBeat()
+{
+    const Events events = sorted({on(1.0, 60, 0), off(1.0, 72, 3), on(1.0, 61, 1), off(1.0, 50, 2),
+                                  on(0.5, 70), off(1.5, 40)});
+    QCOMPARE(events.first(), on(0.5, 70));
+    QVERIFY(!events[1].noteOn && !events[2].noteOn);
+    QVERIFY(events[3].noteOn && events[4].noteOn);
+    QCOMPARE(events.last(), off(1.5, 40));
+}
+
+void ScheduleTest::beatsAreComparedExactly()
+{
+    const double later = std::nextafter(1.0, 2.0);
+    QCOMPARE(sorted({off(later, 60), on(1.0, 60)}), (Events{on(1.0, 60), off(later, 60)}));
+}
+
+void ScheduleTest::repeatedPitchIsReleasedBeforeItStartsAgain()
+{
+    QCOMPARE(sorted(appended({note(60, 1.0, 1.0), note(60, 0.0, 1.0)})),
+             (Events{on(0.0, 60), off(1.0, 60), on(1.0, 60), off(2.0, 60)}));
+}
+
+void ScheduleTest::noteShorterThanTheFloorMayOverlapTheNext()
+{
+    QCOMPARE(sorted(appended({note(60, 0.0, 0.03125), note(60, 0.03125, 1.0)})),
+             (Events{on(0.0, 60), on(0.03125, 60), off(0.05, 60), off(1.03125, 60)}));
+}
+
+void ScheduleTest::sortingKeepsEveryEvent()
+{
+    ProjectBuilder::Generator generator(17);
+    for (int round = 0; round < 300; ++round) {
+        Events events;
+        double end = 0.0;
+        for (int channel = 0; channel < 4; ++channel) {
+            QList<NoteEvent> notes;
+            for (int i = 0; i < 30; ++i)
+                notes.append(generator.note());
+            Schedule::appendNotes(events, notes, channel, end);
+        }
+        const Events ordered = sorted(events);
+        QCOMPARE(settled(ordered), settled(events));
+        for (qsizetype i = 1; i < ordered.size(); ++i) {
+            const ScheduledEvent& before = ordered[i - 1];
+            const ScheduledEvent& after = ordered[i];
+            QVERIFY(before.beat < after.beat ||
+                    (before.beat == after.beat && (!before.noteOn || after.noteOn)));
+        }
+        QVERIFY(ordered.last().beat >= end);
+    }
+}
+
+QTEST_GUILESS_MAIN(ScheduleTest)
+#include "ScheduleTest.moc"
