@@ -1,0 +1,206 @@
+#include "export/AudioExporter.h"
+
+#include "export/ExportError.h"
+#include "export/Mp3Writer.h"
+#include "model/Audibility.h"
+#include "model/Project.h"
+#include "music/Beats.h"
+#include "playback/ChannelPlan.h"
+#include "playback/NoteRenderer.h"
+#include "playback/PlaybackEngine.h"
+#include "playback/Schedule.h"
+#include "playback/SoundfontPlayer.h"
+#include "voice/AudioDecoder.h"
+#include "voice/SampleBuffer.h"
+#include "voice/VoiceMix.h"
+
+#include <QFile>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace {
+
+/// Longest run of one call to the synthesiser.
+constexpr qint64 kRenderBlockFrames = 4096;
+
+constexpr int kHarmonyProgram = 0;
+
+/// Everything that the synthesiser has to play.
+struct Score {
+    QList<ScheduledEvent> events;
+    /// Beats.
+    double end = 0.0;
+};
+
+/// Gives every channel its instrument and collects the events of all that sounds. Nothing when
+/// the song is beyond the bounds of rendering.
+std::optional<Score> prepareScore(const Project& project, const LoopLibrary* library,
+                                  InstrumentLibrary* instruments, SoundfontPlayer& player)
+{
+    const bool soloed =
+        Audibility::anySolo(project.tracks) || Audibility::anySolo(project.audioTracks);
+    Score score{.events = {}, .end = project.endBeat()};
+    const auto channels =
+        static_cast<int>(std::min<qsizetype>(project.tracks.size(), kMaxNoteTracks));
+    for (int channel = 0; channel < channels; ++channel) {
+        const Track& track = project.tracks[channel];
+        PlaybackEngine::configureChannel(&player, instruments, channel, track.instrumentId);
+        player.setChannelVolume(channel, track.volume);
+        if (!Audibility::sounds(track, soloed))
+            continue;
+        bool cut = false;
+        Schedule::appendNotes(score.events, NoteRenderer::trackNotes(project, track, library, &cut),
+                              channel, score.end);
+        if (cut || score.events.size() > 2 * NoteRenderer::kMaxSongNotes)
+            return std::nullopt;
+    }
+    if (!project.harmonyTrack.muted) {
+        player.selectGmProgram(kHarmonyChannel, kHarmonyProgram);
+        player.setChannelVolume(kHarmonyChannel, project.harmonyTrack.volume);
+        Schedule::appendNotes(score.events, NoteRenderer::harmonyNotes(project), kHarmonyChannel,
+                              score.end);
+    }
+    Schedule::sort(score.events);
+    return score;
+}
+
+void apply(const ScheduledEvent& event, SoundfontPlayer& player)
+{
+    if (event.noteOn)
+        player.noteOn(event.channel, event.pitch, event.velocity);
+    else
+        player.noteOff(event.channel, event.pitch);
+}
+
+/// Plays the events, each exactly on its frame, into a stereo buffer.
+void synthesise(const QList<ScheduledEvent>& events, double beatFrames, SoundfontPlayer& player,
+                QList<float>& mix)
+{
+    const qint64 total = mix.size() / 2;
+    float* out = mix.data();
+    qint64 done = 0;
+    const auto renderUntil = [&](qint64 frame) {
+        while (done < frame) {
+            const qint64 count = std::min(frame - done, kRenderBlockFrames);
+            player.renderFloat(out + 2 * done, static_cast<int>(count));
+            done += count;
+        }
+    };
+    for (const ScheduledEvent& event : events) {
+        renderUntil(std::min(wholeFrames(event.beat * beatFrames), total));
+        if (done >= total)
+            break;
+        apply(event, player);
+    }
+    renderUntil(total);
+}
+
+/// A silent mix up to a beat and its tail, or an empty list when that is more than a mix or the
+/// memory holds.
+QList<float> silentMix(double endBeat, double beatFrames)
+{
+    constexpr auto kMostFrames =
+        static_cast<double>(VoiceMix::kMaxFrames - AudioExporter::kTailFrames);
+    const double frames = endBeat * beatFrames;
+    if (!(frames <= kMostFrames))
+        return {};
+    return silentSamples(2 * (wholeFrames(frames) + AudioExporter::kTailFrames));
+}
+
+/// The note tracks and the chords alone, or an empty list with the reason in `error`. The
+/// synthesiser is gone when this returns: the voices come next and take as much memory.
+QList<float> renderNotes(const Project& project, const LoopLibrary* library,
+                         InstrumentLibrary* instruments, const QString& gmBankPath, QString* error)
+{
+    SoundfontPlayer player(SoundfontPlayer::Mode::Offline);
+    if (!player.hasSynth()) {
+        setError(error, QStringLiteral("No pude inicializar FluidSynth."));
+        return {};
+    }
+    player.loadGmBank(gmBankPath);
+    const auto score = prepareScore(project, library, instruments, player);
+    const double beatFrames = framesPerBeat(project.bpm);
+    QList<float> mix = score ? silentMix(score->end, beatFrames) : QList<float>();
+    if (mix.isEmpty())
+        setError(error, tooLongMessage());
+    else
+        synthesise(score->events, beatFrames, player, mix);
+    return mix;
+}
+
+/// Adds the voices, if there are any, and clips at full scale: the only limiter there is.
+void addVoices(const QList<float>& voices, QList<float>& mix)
+{
+    float* sample = mix.data();
+    for (qsizetype i = 0; i < mix.size(); ++i) {
+        const float sum = sample[i] + (voices.isEmpty() ? 0.0F : voices.at(i));
+        sample[i] = std::isnan(sum) ? 0.0F : std::clamp(sum, -1.0F, 1.0F);
+    }
+}
+
+} // namespace
+
+QList<float> AudioExporter::renderFullMix(const Project& project, const QString& projectDir,
+                                          const LoopLibrary* library,
+                                          InstrumentLibrary* instruments, const QString& gmBankPath,
+                                          QString* error)
+{
+    QList<float> mix = renderNotes(project, library, instruments, gmBankPath, error);
+    if (mix.isEmpty())
+        return {};
+    QList<float> voices;
+    if (!project.audioTracks.isEmpty()) {
+        voices = renderVoiceMix(project, projectDir, mix.size() / 2);
+        if (voices.isEmpty()) {
+            setError(error, tooLongMessage());
+            return {};
+        }
+    }
+    addVoices(voices, mix);
+    return mix;
+}
+
+QList<float> AudioExporter::renderVoiceMix(const Project& project, const QString& projectDir,
+                                           long long frames)
+{
+    return VoiceMix::render(project, projectDir, frames);
+}
+
+bool AudioExporter::exportWav(const Project& project, const QString& projectDir,
+                              const LoopLibrary* library, InstrumentLibrary* instruments,
+                              const QString& gmBankPath, const QString& path, QString* error)
+{
+    const QList<float> mix =
+        renderFullMix(project, projectDir, library, instruments, gmBankPath, error);
+    if (mix.isEmpty())
+        return false;
+    if (!AudioDecoder::writeWav(path, mix, kSampleRate, 2)) {
+        setError(error, QStringLiteral("No pude escribir el WAV."));
+        return false;
+    }
+    return true;
+}
+
+bool AudioExporter::exportMp3(const Project& project, const QString& projectDir,
+                              const LoopLibrary* library, InstrumentLibrary* instruments,
+                              const QString& gmBankPath, const QString& path, QString* error)
+{
+    const QList<float> mix =
+        renderFullMix(project, projectDir, library, instruments, gmBankPath, error);
+    if (mix.isEmpty())
+        return false;
+    Mp3Writer writer;
+    if (!writer.isReady()) {
+        setError(error, QStringLiteral("No pude inicializar LAME."));
+        return false;
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || !writer.encode(mix, file) ||
+        !file.flush()) {
+        setError(error, file.errorString());
+        return false;
+    }
+    return true;
+}
