@@ -1,0 +1,72 @@
+#include "app/QMain.h"
+
+#include "app/SelfTest.h"
+#include "app/StartOptions.h"
+#include "shell/MainWindow.h"
+
+#include <QApplication>
+#include <QIcon>
+#include <QLoggingCategory>
+
+#include <algorithm>
+#include <string_view>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace std::string_view_literals;
+
+namespace {
+
+bool isSet(const char* variable)
+{
+    return !qEnvironmentVariableIsEmpty(variable);
+}
+
+/// The self-test needs no display, and a machine without one is where it is run most.
+void chooseOffscreenForSelfTest(int argc, char** argv)
+{
+#ifdef Q_OS_UNIX
+    const bool selfTest = std::any_of(
+        argv, argv + argc, [](const char* argument) { return argument == "--selftest"sv; });
+    if (selfTest && !isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY") && !isSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+#else
+    Q_UNUSED(argc)
+    Q_UNUSED(argv)
+#endif
+}
+
+/// The standard streams belong to the self-test: Qt's own warnings stay off them, unless a
+/// developer asks for them through QT_LOGGING_RULES.
+void keepStreamsQuiet()
+{
+    QLoggingCategory::setFilterRules(u"*.debug=false\n*.info=false\n*.warning=false"_s);
+}
+
+void setIdentity()
+{
+    QCoreApplication::setApplicationName(u"Velta"_s);
+    QCoreApplication::setOrganizationName(u"Ovelin"_s);
+    QCoreApplication::setApplicationVersion(u"0.1"_s);
+}
+
+} // namespace
+
+int qMain(int argc, char** argv)
+{
+    keepStreamsQuiet();
+    chooseOffscreenForSelfTest(argc, argv);
+    QApplication application(argc, argv);
+    setIdentity();
+    QGuiApplication::setWindowIcon(
+        QIcon(QCoreApplication::applicationDirPath() + "/resources/icons/velta_256.png"_L1));
+
+    const StartOptions options = StartOptions::read(QCoreApplication::arguments());
+    if (options.selfTestDir)
+        return runSelfTest(*options.selfTestDir);
+
+    MainWindow window;
+    window.showMaximized();
+    if (options.projectId)
+        window.openProjectById(*options.projectId);
+    return QApplication::exec();
+}

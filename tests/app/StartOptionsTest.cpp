@@ -1,0 +1,80 @@
+#include "app/StartOptions.h"
+
+#include <QDir>
+#include <QTest>
+
+namespace {
+
+constexpr auto kNothing = "(nothing)";
+
+QString told(const std::optional<QString>& value)
+{
+    return value.value_or(kNothing);
+}
+
+} // namespace
+
+class StartOptionsTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void argumentsAreRead_data();
+    void argumentsAreRead();
+};
+
+void StartOptionsTest::argumentsAreRead_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("selfTestDir");
+    QTest::addColumn<QString>("projectId");
+
+    const QString nothing = kNothing;
+    const QString defaultDir = QDir::tempPath() + "/velta_selftest";
+    using Args = QStringList;
+
+    QTest::newRow("no arguments ask for nothing") << Args{} << nothing << nothing;
+    QTest::newRow("unknown arguments are ignored") << Args{"--help", "x"} << nothing << nothing;
+    QTest::newRow("an option in other letters is unknown")
+        << Args{"--SelfTest"} << nothing << nothing;
+    QTest::newRow("an option with its value attached is unknown")
+        << Args{"--open=x"} << nothing << nothing;
+
+    QTest::newRow("a self-test without a folder goes to the temporary folder")
+        << Args{"--selftest"} << defaultDir << nothing;
+    QTest::newRow("a self-test takes the next argument as its folder")
+        << Args{"--selftest", "out"} << "out" << nothing;
+    QTest::newRow("the folder may begin with hyphens")
+        << Args{"--selftest", "--open"} << "--open" << nothing;
+    QTest::newRow("the folder may be empty") << Args{"--selftest", ""} << "" << nothing;
+    QTest::newRow("the option may stand anywhere")
+        << Args{"x", "--selftest", "out", "y"} << "out" << nothing;
+    QTest::newRow("the first self-test counts")
+        << Args{"--selftest", "a", "--selftest", "b"} << "a" << nothing;
+
+    QTest::newRow("--open names a work") << Args{"--open", "tarea"} << nothing << "tarea";
+    QTest::newRow("--proyecto names a work") << Args{"--proyecto", "tarea"} << nothing << "tarea";
+    QTest::newRow("--open comes before --proyecto")
+        << Args{"--proyecto", "b", "--open", "a"} << nothing << "a";
+    QTest::newRow("the first --open counts")
+        << Args{"--open", "a", "--open", "b"} << nothing << "a";
+    QTest::newRow("--open at the end opens nothing, and --proyecto is not looked at")
+        << Args{"--proyecto", "b", "--open"} << nothing << nothing;
+    QTest::newRow("--proyecto at the end opens nothing")
+        << Args{"--proyecto"} << nothing << nothing;
+    QTest::newRow("a work may be called as an option is")
+        << Args{"--open", "--proyecto"} << nothing << "--proyecto";
+    QTest::newRow("a self-test beside a work is told too")
+        << Args{"--open", "a", "--selftest", "out"} << "out"
+        << "a";
+}
+
+void StartOptionsTest::argumentsAreRead()
+{
+    QFETCH(QStringList, arguments);
+    const StartOptions options = StartOptions::read(QStringList{"velta"} + arguments);
+    QTEST(told(options.selfTestDir), "selfTestDir");
+    QTEST(told(options.projectId), "projectId");
+}
+
+QTEST_GUILESS_MAIN(StartOptionsTest)
+#include "StartOptionsTest.moc"
