@@ -53,7 +53,8 @@ QList<NoteEvent> Humanizer::apply(const QList<NoteEvent>& notes, const HumanizeS
     for (NoteEvent& note : humanized) {
         double timing = 0.0;
         double velocity = note.velocity;
-        const GrooveOffset* offset = index.nearest(positionInBar(note.startBeat, beatsPerBar));
+        const GrooveOffset* offset =
+            hasGroove ? index.nearest(positionInBar(note.startBeat, beatsPerBar)) : nullptr;
         if (offset) {
             timing = offset->timingOffsetBeats * intensity;
             velocity += offset->velocityOffset * intensity;
