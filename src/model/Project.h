@@ -41,9 +41,11 @@ public:
     /// Bars up to endBeat(), at least `minimum`.
     int barCount(int minimum) const;
 
+    static constexpr qint32 kDefaultBpm = 120;
+
     QString name;
     /// Quarter notes per minute, in every meter.
-    qint32 bpm = 120;
+    qint32 bpm = kDefaultBpm;
     TimeSignature timeSignature;
     KeySignature keySignature;
     /// In the order of lanes and channels.

@@ -338,9 +338,8 @@ QJsonObject ProjectJson::write(const Project& project)
 
 void ProjectJson::read(const QJsonObject& json, Project* project)
 {
-    constexpr qint32 kDefaultBpm = 120;
     project->name = json["name"_L1].toString();
-    project->bpm = json["bpm"_L1].toInt(kDefaultBpm);
+    project->bpm = json["bpm"_L1].toInt(Project::kDefaultBpm);
     project->timeSignature = readTimeSignature(json["timeSignature"_L1].toObject());
     project->keySignature = readKeySignature(json["keySignature"_L1].toObject());
     project->tracks = readList(json["tracks"_L1], readTrack);
