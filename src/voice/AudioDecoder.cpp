@@ -33,7 +33,7 @@ bool mayBeRead(const QString& path)
     if (path.contains(QChar::Null))
         return false;
     const QFileInfo entry(path);
-    return !entry.exists() || entry.isFile();
+    return !entry.exists() || entry.isFile() || entry.isDir();
 }
 
 /// Frames asked of libsndfile at once: what a header claims is not trusted with memory.

@@ -167,6 +167,8 @@ private slots:
     void aFileWithoutFramesIsEmptyOrUnreadable();
     void whatIsNoRegularFileIsRefusedWithoutWaiting_data();
     void whatIsNoRegularFileIsRefusedWithoutWaiting();
+    void whatCannotBeOpenedIsToldInTheWordsOfLibsndfile_data();
+    void whatCannotBeOpenedIsToldInTheWordsOfLibsndfile();
     void linksToRegularFilesAreFollowed();
     void aLoneDashIsAFileName();
     void aPathIsNotCutAtANullCharacter();
@@ -474,6 +476,26 @@ void AudioDecoderTest::whatIsNoRegularFileIsRefusedWithoutWaiting()
     QVERIFY(!result.ok);
     QVERIFY(result.samples.isEmpty());
     QVERIFY(!result.error.isEmpty());
+}
+
+void AudioDecoderTest::whatCannotBeOpenedIsToldInTheWordsOfLibsndfile_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("a file that is not there") << "no está.wav";
+    QTest::newRow("a folder") << "carpeta.wav";
+    QTest::newRow("a text") << "texto.wav";
+}
+
+void AudioDecoderTest::whatCannotBeOpenedIsToldInTheWordsOfLibsndfile()
+{
+    QFETCH(QString, name);
+    QVERIFY(QDir(folder_->path()).mkdir("carpeta.wav"));
+    QVERIFY(writeBytes(path("texto.wav"), "Samba de mi esperanza"));
+    SF_INFO info{};
+    QVERIFY(!sf_open(qUtf8Printable(path(name)), SFM_READ, &info));
+    const QString words = QString::fromUtf8(sf_strerror(nullptr));
+    QVERIFY(!words.isEmpty());
+    QCOMPARE(AudioDecoder::decode(path(name)).error, words);
 }
 
 void AudioDecoderTest::linksToRegularFilesAreFollowed()
