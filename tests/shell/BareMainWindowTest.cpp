@@ -1,0 +1,81 @@
+#include "content/InstrumentLibrary.h"
+#include "content/LoopLibrary.h"
+#include "model/Project.h"
+#include "shell/MainWindow.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStandardPaths>
+#include <QStatusBar>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+/// The window of a program that has no resources beside it.
+class BareMainWindowTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void theFolderOfTheCurrentFolderIsTakenUnchecked();
+    void aMissingBankIsToldInTheStatusBar();
+    void withoutContentTheWindowOpensOnABlankWork();
+    void rhythmsOfTheCurrentFolderAreLoaded();
+
+private:
+    QString before_;
+    std::unique_ptr<QTemporaryDir> dir_;
+};
+
+void BareMainWindowTest::init()
+{
+    dir_ = std::make_unique<QTemporaryDir>();
+    before_ = QDir::currentPath();
+    qputenv("HOME", dir_->path().toUtf8());
+    QStandardPaths::setTestModeEnabled(true);
+    QVERIFY(QDir::setCurrent(dir_->path()));
+}
+
+void BareMainWindowTest::cleanup()
+{
+    QDir::setCurrent(before_);
+    dir_.reset();
+}
+
+void BareMainWindowTest::theFolderOfTheCurrentFolderIsTakenUnchecked()
+{
+    QVERIFY(!QFile::exists(QCoreApplication::applicationDirPath() + "/resources"));
+    QVERIFY(!QFile::exists("resources"));
+    QCOMPARE(MainWindow::resourcesDir(), QDir::currentPath() + "/resources");
+}
+
+void BareMainWindowTest::aMissingBankIsToldInTheStatusBar()
+{
+    const MainWindow window;
+    QCOMPARE(window.statusBar()->currentMessage(),
+             "Falta el banco de sonidos " + QDir::currentPath() +
+                 "/resources/soundfonts/velta_bank_gm.sf2 — la app funciona sin sonido.");
+}
+
+void BareMainWindowTest::withoutContentTheWindowOpensOnABlankWork()
+{
+    const MainWindow window;
+    QCOMPARE(window.project()->name, "Obra sin título");
+    QVERIFY(window.loopLibrary()->rhythms().isEmpty());
+    QCOMPARE(window.instruments()->instruments().size(), 16);
+}
+
+void BareMainWindowTest::rhythmsOfTheCurrentFolderAreLoaded()
+{
+    const QString name = "/installed/folklore_carnavalito.content.json";
+    QVERIFY(QDir().mkpath("resources/loops/installed"));
+    QVERIFY(QFile::copy(VELTA_LOOPS_DIR + name, "resources/loops" + name));
+    const MainWindow window;
+    QVERIFY(window.loopLibrary()->findRhythm("folklore_carnavalito"));
+    QVERIFY(QFile::exists("resources/loops/manifest.json"));
+}
+
+QTEST_MAIN(BareMainWindowTest)
+#include "BareMainWindowTest.moc"
