@@ -14,10 +14,12 @@ function(velta_module name)
     set_property(GLOBAL APPEND PROPERTY VELTA_MODULES velta::${name})
 endfunction()
 
-# velta_test(<NameTest> [CASE <case>] USES <targets>...): NameTest.cpp of this folder as CTest case
-# <folder>.<NameTest>, or <folder>.<case>. Tests see neither the user's folders nor a display.
+# velta_test(<NameTest> [CASE <case>] [ONCE] USES <targets>...): NameTest.cpp of this folder as CTest
+# case <folder>.<NameTest>, or <folder>.<case>. Tests see neither the user's folders nor a display.
+# Unless it is ONCE, the test runs a second time as <case>.es_AR: where numbers have a decimal comma
+# and windows are scaled by half as much again.
 function(velta_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "CASE" "USES")
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "ONCE" "CASE" "USES")
     get_filename_component(folder "${CMAKE_CURRENT_SOURCE_DIR}" NAME)
     set(case "${folder}.${name}")
     if(ARG_CASE)
@@ -28,11 +30,18 @@ function(velta_test name)
     target_link_libraries(${name} PRIVATE velta::flags Qt6::Test ${ARG_USES})
     set(results "${PROJECT_BINARY_DIR}/test-results")
     set(home "${PROJECT_BINARY_DIR}/test-home")
-    file(MAKE_DIRECTORY "${results}" "${home}/run")
+    file(MAKE_DIRECTORY "${results}/es_AR" "${home}/run")
     file(CHMOD "${home}/run" PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+    set(environment "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_RUNTIME_DIR=${home}/run")
     add_test(NAME ${case} COMMAND ${name} -o "${results}/${case}.xml,junitxml" -o "-,txt")
-    set_tests_properties(${case} PROPERTIES ENVIRONMENT
-        "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_RUNTIME_DIR=${home}/run")
+    set_tests_properties(${case} PROPERTIES ENVIRONMENT "${environment}")
+    if(ARG_ONCE)
+        return()
+    endif()
+    add_test(NAME ${case}.es_AR
+        COMMAND ${name} -o "${results}/es_AR/${case}.xml,junitxml" -o "-,txt")
+    set_tests_properties(${case}.es_AR PROPERTIES ENVIRONMENT
+        "${environment};LOCPATH=${VELTA_TEST_LOCALES};LC_ALL=es_AR.UTF-8;QT_SCALE_FACTOR=1.5")
 endfunction()
 
 # velta_bench(<name> USES <targets>...): bench/<name>.cpp with Google Benchmark.

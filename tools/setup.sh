@@ -4,7 +4,7 @@
 # What every build needs.
 build_packages=(
     g++ cmake ninja-build pkg-config
-    qt6-base-dev libgl-dev
+    qt6-base-dev qt6-multimedia-dev libgl-dev
     libfluidsynth-dev libsndfile1-dev libmp3lame-dev libasound2-dev
     libbenchmark-dev
     fluid-soundfont-gm
@@ -13,6 +13,7 @@ build_packages=(
 # What the tests need on top of it.
 test_packages=(
     clang-format
+    locales
 )
 
 say() {

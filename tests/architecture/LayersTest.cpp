@@ -63,14 +63,26 @@ QList<Folder> foldersOfTable()
     return folders;
 }
 
-/// Paths of all sources of a folder, relative to src/.
-QStringList sourcesOf(const QString& folder)
+QString folderOf(const QString& source)
+{
+    return source.left(source.lastIndexOf('/'));
+}
+
+/// Paths of all sources, relative to src/.
+QStringList allSources()
 {
     QStringList sources;
-    QDirIterator files(sourceDir() + '/' + folder, {"*.h", "*.cpp"}, QDir::Files,
-                       QDirIterator::Subdirectories);
+    QDirIterator files(sourceDir(), {"*.h", "*.cpp"}, QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext())
         sources.append(QDir(sourceDir()).relativeFilePath(files.next()));
+    return sources;
+}
+
+/// Paths of the sources that stand in a folder itself, relative to src/.
+QStringList sourcesOf(const QString& folder)
+{
+    QStringList sources = allSources();
+    sources.removeIf([&](const QString& source) { return folderOf(source) != folder; });
     return sources;
 }
 
@@ -115,8 +127,10 @@ void LayersTest::everyFolderStandsInTheTable()
     QStringList rows;
     for (const Folder& folder : foldersOfTable())
         rows.append(folder.name);
-    rows.sort();
-    QCOMPARE(rows, QDir(sourceDir()).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name));
+    QSet<QString> folders;
+    for (const QString& source : allSources())
+        folders.insert(folderOf(source));
+    QCOMPARE(QSet<QString>(rows.cbegin(), rows.cend()), folders);
 }
 
 void LayersTest::aFolderUsesOnlyFoldersAboveItself()
@@ -145,7 +159,7 @@ void LayersTest::includesFollowTheTable()
     QVERIFY(!sources.isEmpty());
     for (const QString& source : sources) {
         for (const QString& header : includesOf(source).own) {
-            const QString target = header.section('/', 0, 0);
+            const QString target = folderOf(header);
             QVERIFY2(QFile::exists(sourceDir() + '/' + header),
                      qPrintable(source + " names no header of src/: " + header));
             QVERIFY2(target == folder || uses.contains(target),
@@ -156,9 +170,9 @@ void LayersTest::includesFollowTheTable()
 
 void LayersTest::foreignHeadersStayInTheirOnePlace()
 {
-    QMap<QString, QString> homes;
+    QMap<QString, QStringList> homes;
     for (const QStringList& cells : tableRows("Header"))
-        homes.insert(codeWords(cells[0]).value(0), codeWords(cells[1]).value(0));
+        homes.insert(codeWords(cells[0]).value(0), codeWords(cells[1]));
     QVERIFY(homes.contains("fluidsynth.h"));
 
     QMap<QString, int> seen;
@@ -168,7 +182,7 @@ void LayersTest::foreignHeadersStayInTheirOnePlace()
                 const bool standard = !header.contains('.') && !header.contains('/');
                 if (standard)
                     continue;
-                QVERIFY2(homes.value(header) == withoutSuffix(source),
+                QVERIFY2(homes.value(header).contains(withoutSuffix(source)),
                          qPrintable(source + " is no home of " + header));
                 ++seen[header];
             }
