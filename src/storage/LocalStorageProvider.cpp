@@ -1,6 +1,7 @@
 #include "storage/LocalStorageProvider.h"
 
 #include "model/Project.h"
+#include "suite/Recientes.h"
 
 #include <QDir>
 #include <QFile>
@@ -29,6 +30,22 @@ std::optional<QJsonObject> readProjectFile(const QString& folder)
         return std::nullopt;
     const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
     return document.isObject() ? std::optional(document.object()) : std::nullopt;
+}
+
+/// Rewrites the file in place. False if it cannot be opened.
+bool writeProjectFile(const QString& folder, const Project& project)
+{
+    QFile file(projectFile(folder));
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    file.write(QJsonDocument(project.toJson()).toJson(QJsonDocument::Indented));
+    return true;
+}
+
+/// Lets the members of a current session find the work in every program of the suite.
+void noteRecentUse(const QString& folder)
+{
+    brusel::Recientes::registrarEnSesionActiva(folder, u"velta"_s, false);
 }
 
 /// Moves works that an older version kept with the application's data. A work whose name is taken
@@ -85,19 +102,20 @@ QList<ProjectInfo> LocalStorageProvider::listProjects()
 
 Project* LocalStorageProvider::loadProject(const QString& id, QObject* parent)
 {
-    const auto json = readProjectFile(projectFolder(id));
-    return json ? Project::fromJson(*json, parent) : nullptr;
+    const QString folder = projectFolder(id);
+    const auto json = readProjectFile(folder);
+    if (!json)
+        return nullptr;
+    noteRecentUse(folder);
+    return Project::fromJson(*json, parent);
 }
 
 bool LocalStorageProvider::saveProject(const QString& id, const Project& project)
 {
     const QString folder = projectFolder(id);
-    if (!QDir().mkpath(folder))
+    if (!QDir().mkpath(folder) || !writeProjectFile(folder, project))
         return false;
-    QFile file(projectFile(folder));
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    file.write(QJsonDocument(project.toJson()).toJson(QJsonDocument::Indented));
+    noteRecentUse(folder);
     return true;
 }
 

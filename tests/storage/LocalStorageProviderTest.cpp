@@ -1,6 +1,8 @@
 #include "storage/LocalStorageProvider.h"
 
 #include "model/Project.h"
+#include "suite/Recientes.h"
+#include "suite/SuiteFolder.h"
 #include "support/Files.h"
 
 #include <QDir>
@@ -21,6 +23,14 @@ void setFolderAge(const QString& path, int hours)
 {
     const auto now = std::filesystem::file_time_type::clock::now();
     std::filesystem::last_write_time(path.toStdString(), now - std::chrono::hours(hours));
+}
+
+QStringList recentPaths(const QString& memberId)
+{
+    QStringList paths;
+    for (const brusel::ArchivoReciente& recent : brusel::Recientes::listar(memberId))
+        paths.append(recent.ruta);
+    return paths;
 }
 
 } // namespace
@@ -53,6 +63,16 @@ private slots:
     void worksOfTheOlderLayoutMove();
     void aTakenNameStaysInTheOlderLayout();
     void aGivenRootMovesNothing();
+    void openingAWorkIsARecentUseOfEveryMember();
+    void savingAWorkIsARecentUseOfEveryMember();
+    void aUseCountsOnlyWhenTheWorkIsThere_data();
+    void aUseCountsOnlyWhenTheWorkIsThere();
+    void listingAndDeletingAreNoUses();
+    void withoutASessionNothingIsNoted();
+    void aDamagedSessionStopsNeitherOpeningNorSaving_data();
+    void aDamagedSessionStopsNeitherOpeningNorSaving();
+    void aListThatCannotBeWrittenStopsNoSave();
+    void aLinkFromAListToTheWorkDoesNoHarm();
 
 private:
     QString root() const { return dir_->filePath("Velta"); }
@@ -62,6 +82,12 @@ private:
         return QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + "/proyectos";
     }
 
+    void beginSession() const
+    {
+        writeBytes(suite_.sessionFile(), sessionWith(R"({"id": "ana"}, {"id": "beto"})"));
+    }
+
+    SuiteFolder suite_;
     std::unique_ptr<QTemporaryDir> dir_;
     QByteArray home_;
 };
@@ -72,6 +98,7 @@ void LocalStorageProviderTest::init()
     home_ = qgetenv("HOME");
     qputenv("HOME", dir_->filePath("home").toUtf8());
     QStandardPaths::setTestModeEnabled(true);
+    suite_.clear();
 }
 
 void LocalStorageProviderTest::cleanup()
@@ -316,6 +343,125 @@ void LocalStorageProviderTest::aGivenRootMovesNothing()
     LocalStorageProvider storage(root());
     QVERIFY(storage.listProjects().isEmpty());
     QVERIFY(QFile::exists(older() + "/zamba/project.json"));
+}
+
+// ---- Recent uses ---------------------------------------------------------------------------
+
+void LocalStorageProviderTest::openingAWorkIsARecentUseOfEveryMember()
+{
+    LocalStorageProvider storage(root());
+    QVERIFY(storage.saveProject("zamba", Project()));
+    beginSession();
+    const QDateTime before = QDateTime::currentDateTime().addSecs(-1);
+    QVERIFY(storage.loadProject("zamba", this));
+    for (const char* member : {"ana", "beto"}) {
+        const QList<brusel::ArchivoReciente> recent = brusel::Recientes::listar(member);
+        QCOMPARE(recent.size(), 1);
+        QCOMPARE(recent[0].ruta, root() + "/zamba");
+        QCOMPARE(recent[0].app, "velta");
+        QVERIFY(recent[0].ultimo_uso >= before);
+        QVERIFY(!recent[0].temporal);
+    }
+}
+
+void LocalStorageProviderTest::savingAWorkIsARecentUseOfEveryMember()
+{
+    LocalStorageProvider storage(root());
+    beginSession();
+    const QByteArray begun = bytesOf(suite_.sessionFile());
+    QVERIFY(storage.saveProject("zamba", Project()));
+    QVERIFY(storage.saveProject("gato", Project()));
+    QVERIFY(storage.saveProject("zamba", Project()));
+    for (const char* member : {"ana", "beto"})
+        QCOMPARE(recentPaths(member), (QStringList{root() + "/zamba", root() + "/gato"}));
+    QVERIFY2(bytesOf(suite_.sessionFile()) != begun, "the session is kept alive");
+}
+
+void LocalStorageProviderTest::aUseCountsOnlyWhenTheWorkIsThere_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("no JSON") << QByteArray("obra");
+    QTest::newRow("a list") << QByteArray("[]");
+    QTest::newRow("nothing") << QByteArray();
+}
+
+void LocalStorageProviderTest::aUseCountsOnlyWhenTheWorkIsThere()
+{
+    QFETCH(QByteArray, content);
+    LocalStorageProvider storage(root());
+    beginSession();
+    writeBytes(root() + "/rota/project.json", content);
+    QDir().mkpath(root() + "/tomada/project.json");
+    QVERIFY(!storage.loadProject("rota", this));
+    QVERIFY(!storage.loadProject("no_such_work", this));
+    QVERIFY(!storage.saveProject("tomada", Project()));
+    QVERIFY(!storage.saveProject("rota/project.json", Project()));
+    QCOMPARE(suite_.everything(), QStringList{"sesion.json"});
+}
+
+void LocalStorageProviderTest::listingAndDeletingAreNoUses()
+{
+    LocalStorageProvider storage(root());
+    QVERIFY(storage.saveProject("zamba", Project()));
+    beginSession();
+    const QByteArray begun = bytesOf(suite_.sessionFile());
+    QCOMPARE(storage.listProjects().size(), 1);
+    storage.createProjectId("zamba");
+    QVERIFY(storage.deleteProject("zamba"));
+    QCOMPARE(suite_.everything(), QStringList{"sesion.json"});
+    QCOMPARE(bytesOf(suite_.sessionFile()), begun);
+}
+
+void LocalStorageProviderTest::withoutASessionNothingIsNoted()
+{
+    LocalStorageProvider storage(root());
+    QVERIFY(storage.saveProject("zamba", Project()));
+    QVERIFY(storage.loadProject("zamba", this));
+    QCOMPARE(suite_.everything(), QStringList());
+}
+
+void LocalStorageProviderTest::aDamagedSessionStopsNeitherOpeningNorSaving_data()
+{
+    QTest::addColumn<int>("index");
+    for (int i = 0; i < obstacles().size(); ++i)
+        QTest::newRow(obstacles()[i].name) << i;
+}
+
+void LocalStorageProviderTest::aDamagedSessionStopsNeitherOpeningNorSaving()
+{
+    QFETCH(int, index);
+    LocalStorageProvider storage(root());
+    obstacles()[index].place(suite_.sessionFile());
+    QVERIFY(storage.saveProject("zamba", Project()));
+    QVERIFY(storage.loadProject("zamba", this));
+    QVERIFY(!QFile::exists(suite_.listsFolder()));
+}
+
+void LocalStorageProviderTest::aListThatCannotBeWrittenStopsNoSave()
+{
+    LocalStorageProvider storage(root());
+    beginSession();
+    QDir().mkpath(suite_.listFile("ana"));
+    QVERIFY(storage.saveProject("zamba", Project()));
+    QVERIFY(storage.loadProject("zamba", this));
+    QCOMPARE(recentPaths("beto"), QStringList{root() + "/zamba"});
+
+    QVERIFY(QDir(suite_.listsFolder()).removeRecursively());
+    writeBytes(suite_.listsFolder(), "a file");
+    QVERIFY(storage.saveProject("gato", Project()));
+    QVERIFY(storage.loadProject("gato", this));
+}
+
+/// The list of the first member is a link to the project file, which no write may reach.
+void LocalStorageProviderTest::aLinkFromAListToTheWorkDoesNoHarm()
+{
+    LocalStorageProvider storage(root());
+    beginSession();
+    QDir().mkpath(suite_.listsFolder());
+    QVERIFY(QFile::link(root() + "/zamba/project.json", suite_.listFile("ana")));
+    QVERIFY(storage.saveProject("zamba", Project()));
+    QCOMPARE(bytesOf(root() + "/zamba/project.json"),
+             QJsonDocument(Project().toJson()).toJson(QJsonDocument::Indented));
 }
 
 QTEST_GUILESS_MAIN(LocalStorageProviderTest)
