@@ -1,0 +1,266 @@
+#include "model/ProjectEdits.h"
+
+#include "model/Project.h"
+#include "support/ProjectBuilder.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+#include <limits>
+
+using namespace ProjectBuilder;
+
+namespace {
+
+Track accompaniment(const QString& name)
+{
+    Track track;
+    track.name = name;
+    track.isAccompaniment = true;
+    return track;
+}
+
+Track plain(const QString& name)
+{
+    Track track;
+    track.name = name;
+    return track;
+}
+
+QStringList namesOf(const QList<Track>& tracks)
+{
+    QStringList names;
+    for (const Track& track : tracks)
+        names.append(track.name);
+    return names;
+}
+
+} // namespace
+
+class ProjectEditsTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void whatWouldBeMissedIsContent_data();
+    void whatWouldBeMissedIsContent();
+    void askingForContentChangesNothing();
+
+    void aNewTrackStandsAboveTheAccompaniment_data();
+    void aNewTrackStandsAboveTheAccompaniment();
+    void aNewTrackIsAPianoWithDefaults();
+    void aNewTrackTakesItsNameAsItIs_data();
+    void aNewTrackTakesItsNameAsItIs();
+    void takingTheNewTrackAwayGivesTheFormerProject();
+
+    void onlyOneIsMinor_data();
+    void onlyOneIsMinor();
+    void everyRootIsTaken();
+    void aKeyChangesNothingElse();
+
+    void nothingIsAnnounced();
+};
+
+// ---- Content -------------------------------------------------------------------------------
+
+void ProjectEditsTest::whatWouldBeMissedIsContent_data()
+{
+    QTest::addColumn<QList<Track>>("tracks");
+    QTest::addColumn<QList<AudioTrack>>("voices");
+    QTest::addColumn<HarmonyTrack>("harmony");
+    QTest::addColumn<bool>("content");
+    const QList<Track> none;
+    const QList<AudioTrack> silent;
+    const HarmonyTrack noChords;
+    const Track empty = melodyTrack({});
+    const Track emptyBlocks = melodyTrack({melody({}), melody({}, 8.0)});
+    const Track sung = melodyTrack({melody({}), melody({note(60, 0.0)}, 4.0)});
+    const Track looped = loopTrack({loop("zamba", "bombo", 0.0, 4.0)});
+    HarmonyTrack muted = harmony({1});
+    muted.muted = true;
+
+    QTest::newRow("nothing at all") << none << silent << noChords << false;
+    QTest::newRow("a track by itself") << QList{empty} << silent << noChords << false;
+    QTest::newRow("thirteen tracks by themselves")
+        << QList<Track>(13, empty) << silent << noChords << false;
+    QTest::newRow("empty melody blocks") << QList{emptyBlocks} << silent << noChords << false;
+    QTest::newRow("an accompaniment track without blocks")
+        << QList{accompaniment("Bombo")} << silent << noChords << false;
+    QTest::newRow("one note") << QList{sung} << silent << noChords << true;
+    QTest::newRow("a note in the last track")
+        << QList{empty, emptyBlocks, sung} << silent << noChords << true;
+    QTest::newRow("a loop block") << QList{looped} << silent << noChords << true;
+    QTest::newRow("a loop block behind other tracks")
+        << QList{empty, emptyBlocks, looped} << silent << noChords << true;
+    QTest::newRow("a voice track without clips")
+        << none << QList{voiceTrack({})} << noChords << false;
+    QTest::newRow("a clip") << none << QList{voiceTrack({clip("voz.wav")})} << noChords << true;
+    QTest::newRow("a clip in the second voice track")
+        << none << QList{voiceTrack({}), voiceTrack({clip("voz.wav")})} << noChords << true;
+    QTest::newRow("bars without chords")
+        << none << silent << HarmonyTrack{.blocks = {{.barIndex = 2, .events = {}}}} << false;
+    QTest::newRow("a chord") << none << silent << harmony({0, 0, 5}) << true;
+    QTest::newRow("a muted chord") << none << silent << muted << true;
+    QTest::newRow("a chord of no degree")
+        << none << silent << HarmonyTrack{.blocks = {{.events = {chord(9, 0.0, 4.0)}}}} << true;
+}
+
+void ProjectEditsTest::whatWouldBeMissedIsContent()
+{
+    QFETCH(QList<Track>, tracks);
+    QFETCH(QList<AudioTrack>, voices);
+    QFETCH(HarmonyTrack, harmony);
+    const auto song = project(tracks, harmony);
+    song->audioTracks = voices;
+    song->name = "Zamba";
+    song->bpm = 84;
+    song->collapsedGroups = {"ritmo"};
+    QTEST(ProjectEdits::hasContent(*song), "content");
+}
+
+void ProjectEditsTest::askingForContentChangesNothing()
+{
+    for (quint32 seed = 0; seed < 200; ++seed) {
+        const auto song = Generator(seed, Numbers::AnyFinite).project();
+        const QJsonObject before = song->toJson();
+        const bool content = ProjectEdits::hasContent(*song);
+        QCOMPARE(song->toJson(), before);
+        QCOMPARE(ProjectEdits::hasContent(*song), content);
+    }
+}
+
+// ---- Tracks --------------------------------------------------------------------------------
+
+void ProjectEditsTest::aNewTrackStandsAboveTheAccompaniment_data()
+{
+    QTest::addColumn<QList<Track>>("tracks");
+    QTest::addColumn<QStringList>("names");
+    QTest::newRow("alone") << QList<Track>() << QStringList{"nueva"};
+    QTest::newRow("at the end without accompaniment")
+        << QList{plain("a"), plain("b")} << QStringList{"a", "b", "nueva"};
+    QTest::newRow("between melodies and accompaniment")
+        << QList{plain("a"), accompaniment("bombo"), accompaniment("bajo")}
+        << QStringList{"a", "nueva", "bombo", "bajo"};
+    QTest::newRow("above all where all are accompaniment")
+        << QList{accompaniment("bombo"), accompaniment("bajo")}
+        << QStringList{"nueva", "bombo", "bajo"};
+    QTest::newRow("above the first where melodies stand below it")
+        << QList{plain("a"), accompaniment("bombo"), plain("b"), accompaniment("bajo")}
+        << QStringList{"a", "nueva", "bombo", "b", "bajo"};
+}
+
+void ProjectEditsTest::aNewTrackStandsAboveTheAccompaniment()
+{
+    QFETCH(QList<Track>, tracks);
+    QFETCH(QStringList, names);
+    const auto song = project(tracks);
+    const qsizetype index = ProjectEdits::addNoteTrack(*song, "nueva");
+    QCOMPARE(namesOf(song->tracks), names);
+    QCOMPARE(index, names.indexOf("nueva"));
+}
+
+void ProjectEditsTest::aNewTrackIsAPianoWithDefaults()
+{
+    const auto song = project();
+    ProjectEdits::addNoteTrack(*song, "Velta 1");
+    const Track& added = song->tracks.at(0);
+    QCOMPARE(added.name, "Velta 1");
+    QCOMPARE(added.instrumentId, "gm_piano");
+    QCOMPARE(added.volume, 0.8F);
+    QVERIFY(!added.muted && !added.solo && !added.isAccompaniment);
+    QCOMPARE(added.layerId, QString());
+    QVERIFY(added.melodyBlocks.isEmpty() && added.loopBlocks.isEmpty());
+}
+
+void ProjectEditsTest::aNewTrackTakesItsNameAsItIs_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("no name") << QString();
+    QTest::newRow("blanks") << "  ";
+    QTest::newRow("a name that is there already") << "a";
+    QTest::newRow("a placeholder") << "%1";
+    QTest::newRow("a long name") << QString(10000, QChar(0x00F1));
+}
+
+void ProjectEditsTest::aNewTrackTakesItsNameAsItIs()
+{
+    QFETCH(QString, name);
+    const auto song = project({plain("a")});
+    ProjectEdits::addNoteTrack(*song, name);
+    QCOMPARE(namesOf(song->tracks), (QStringList{"a", name}));
+}
+
+void ProjectEditsTest::takingTheNewTrackAwayGivesTheFormerProject()
+{
+    for (quint32 seed = 0; seed < 200; ++seed) {
+        const auto song = Generator(seed, Numbers::AnyFinite).project(6);
+        const QJsonObject before = song->toJson();
+        const qsizetype index = ProjectEdits::addNoteTrack(*song, "nueva");
+        QVERIFY(!song->tracks.at(index).isAccompaniment);
+        for (qsizetype above = 0; above < index; ++above)
+            QVERIFY(!song->tracks.at(above).isAccompaniment);
+        song->tracks.removeAt(index);
+        QCOMPARE(song->toJson(), before);
+    }
+}
+
+// ---- Keys ----------------------------------------------------------------------------------
+
+void ProjectEditsTest::onlyOneIsMinor_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<KeyMode>("expected");
+    QTest::newRow("0 is Major") << 0 << KeyMode::Major;
+    QTest::newRow("1 is Minor") << 1 << KeyMode::Minor;
+    QTest::newRow("the number of Dorian is Major") << 2 << KeyMode::Major;
+    QTest::newRow("the number of Lydian is Major") << 3 << KeyMode::Major;
+    QTest::newRow("-1 is Major") << -1 << KeyMode::Major;
+    QTest::newRow("257 is Major") << 257 << KeyMode::Major;
+    QTest::newRow("the largest number is Major")
+        << std::numeric_limits<int>::max() << KeyMode::Major;
+    QTest::newRow("the least number is Major") << std::numeric_limits<int>::min() << KeyMode::Major;
+}
+
+void ProjectEditsTest::onlyOneIsMinor()
+{
+    QFETCH(int, mode);
+    QFETCH(KeyMode, expected);
+    for (const KeyMode former :
+         {KeyMode::Major, KeyMode::Minor, KeyMode::Dorian, KeyMode::Lydian}) {
+        const auto song = project({}, {}, {}, KeySignature{.rootPitchClass = 2, .mode = former});
+        ProjectEdits::setKey(*song, 2, mode);
+        QCOMPARE(song->keySignature.mode, expected);
+    }
+}
+
+void ProjectEditsTest::everyRootIsTaken()
+{
+    const auto song = project();
+    for (int root = -2; root < 14; ++root) {
+        ProjectEdits::setKey(*song, root, 1);
+        QCOMPARE(song->keySignature.rootPitchClass, root);
+    }
+}
+
+void ProjectEditsTest::aKeyChangesNothingElse()
+{
+    for (quint32 seed = 0; seed < 100; ++seed) {
+        const auto song = Generator(seed).project();
+        const auto same = Generator(seed).project();
+        ProjectEdits::setKey(*song, 7, 1);
+        QCOMPARE(song->keySignature, (KeySignature{.rootPitchClass = 7, .mode = KeyMode::Minor}));
+        song->keySignature = same->keySignature;
+        QCOMPARE(firstDifference(*song, *same), QString());
+    }
+}
+
+void ProjectEditsTest::nothingIsAnnounced()
+{
+    const auto song = project();
+    const QSignalSpy changed(song.get(), &Project::changed);
+    ProjectEdits::addNoteTrack(*song, "nueva");
+    ProjectEdits::setKey(*song, 3, 1);
+    QCOMPARE(changed.count(), 0);
+}
+
+QTEST_GUILESS_MAIN(ProjectEditsTest)
+#include "ProjectEditsTest.moc"

@@ -1,0 +1,549 @@
+#include "model/UndoStack.h"
+
+#include "model/Project.h"
+#include "support/ProjectBuilder.h"
+#include "support/SeededRandom.h"
+
+#include <QJsonDocument>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <vector>
+
+using namespace ProjectBuilder;
+
+namespace {
+
+QByteArray textOf(const QJsonObject& json)
+{
+    return QJsonDocument(json).toJson(QJsonDocument::Compact);
+}
+
+/// A project, its undo stack, and what the stack has announced.
+class Desk {
+public:
+    Desk() { stack.reset(project); }
+
+    /// An edit like any other.
+    void edit(int bpm)
+    {
+        project.bpm = bpm;
+        stack.snapshot(project);
+    }
+
+    /// Loads the state that the stack gives, as the window does.
+    void undo() { project.loadJson(stack.undo(project)); }
+
+    void redo() { project.loadJson(stack.redo()); }
+
+    /// Announcements since the last call, as "<canUndo> <canRedo>".
+    QStringList announced()
+    {
+        QStringList texts;
+        for (const QList<QVariant>& arguments : spy_)
+            texts.append(arguments[0].toString() + ' ' + arguments[1].toString());
+        spy_.clear();
+        return texts;
+    }
+
+    Project project;
+    UndoStack stack;
+
+private:
+    QSignalSpy spy_{&stack, &UndoStack::availabilityChanged};
+};
+
+/// The stack told in words: texts of whole states, the one that is worked on, and a depth.
+class PlainStack {
+public:
+    explicit PlainStack(const QByteArray& state) : states_{state} {}
+
+    void snapshot(const QByteArray& state)
+    {
+        if (state == states_[present_])
+            return;
+        states_.erase(states_.begin() + static_cast<std::ptrdiff_t>(present_) + 1, states_.end());
+        states_.push_back(state);
+        if (states_.size() == 101)
+            states_.erase(states_.begin());
+        present_ = states_.size() - 1;
+    }
+
+    QByteArray undo(const QByteArray& state)
+    {
+        states_[present_] = state;
+        return states_[--present_];
+    }
+
+    QByteArray redo() { return states_[++present_]; }
+
+    bool canUndo() const { return present_ > 0; }
+
+    bool canRedo() const { return present_ + 1 < states_.size(); }
+
+private:
+    std::vector<QByteArray> states_;
+    std::size_t present_ = 0;
+};
+
+} // namespace
+
+class UndoStackTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void newStackHasNothing();
+    void firstSnapshotOfANewStackIsItsFirstState();
+    void newProjectHasNothingToUndo();
+    void resetIsAnnouncedThoughNothingChanged();
+    void resetForgetsWhatWasAndWhatCouldBe();
+    void resetTakesTheProjectAsTheFirstState();
+
+    void editCanBeUndoneAndRedone();
+    void everyStepIsAnnounced();
+    void editAfterUndoEndsTheFuture();
+    void editThatChangedNothingIsNone();
+    void editThatChangedNothingKeepsTheFuture();
+    void editBackToAnOlderStateIsOne();
+
+    void endsOfTheRoadGiveNothing();
+    void hundredStatesAreKept();
+    void oldestStateGoesFirst();
+    void futureIsDroppedBeforeTheDepthCounts();
+
+    void mixGoesBackWithTheEditBeforeIt();
+    void mixComesBackWithTheNextEdit();
+    void mixAloneIsNoStep();
+    void mixAfterTheLastUndoIsNotKept();
+
+    void stackNeverTouchesTheProject();
+    void statesAreCopies();
+    void notifyTellsWhatCanBeDone();
+    void slotMayAskTheStack();
+
+    void walksAgreeWithAPlainStack_data();
+    void walksAgreeWithAPlainStack();
+    void undoThenRedoIsTheIdentity();
+    void wayBackAndForthMeetsEveryState();
+    void hostileProjectsAreSurvived();
+};
+
+// ---- Beginnings ----------------------------------------------------------------------------
+
+void UndoStackTest::newStackHasNothing()
+{
+    UndoStack stack;
+    const QSignalSpy spy(&stack, &UndoStack::availabilityChanged);
+    const Project project;
+    QVERIFY(!stack.canUndo() && !stack.canRedo());
+    QVERIFY(stack.undo(project).isEmpty());
+    QVERIFY(stack.redo().isEmpty());
+    QCOMPARE(spy.count(), 0);
+}
+
+void UndoStackTest::firstSnapshotOfANewStackIsItsFirstState()
+{
+    UndoStack stack;
+    const QSignalSpy spy(&stack, &UndoStack::availabilityChanged);
+    Project project;
+    stack.snapshot(project);
+    QCOMPARE(spy.count(), 1);
+    QVERIFY(!stack.canUndo() && !stack.canRedo());
+    project.bpm = 90;
+    stack.snapshot(project);
+    QVERIFY(stack.canUndo());
+}
+
+void UndoStackTest::newProjectHasNothingToUndo()
+{
+    Desk desk;
+    QVERIFY(!desk.stack.canUndo() && !desk.stack.canRedo());
+}
+
+void UndoStackTest::resetIsAnnouncedThoughNothingChanged()
+{
+    Desk desk;
+    desk.announced();
+    desk.stack.reset(desk.project);
+    desk.stack.reset(desk.project);
+    QCOMPARE(desk.announced(), QStringList({"false false", "false false"}));
+}
+
+void UndoStackTest::resetForgetsWhatWasAndWhatCouldBe()
+{
+    Desk desk;
+    desk.edit(90);
+    desk.edit(91);
+    desk.undo();
+    QVERIFY(desk.stack.canUndo() && desk.stack.canRedo());
+    desk.announced();
+    desk.stack.reset(*project({}, {}, {}, {}, 60));
+    QCOMPARE(desk.announced(), QStringList{"false false"});
+    QVERIFY(!desk.stack.canUndo() && !desk.stack.canRedo());
+    QVERIFY(desk.stack.redo().isEmpty());
+}
+
+void UndoStackTest::resetTakesTheProjectAsTheFirstState()
+{
+    Desk desk;
+    const auto other = project({}, {}, {}, {}, 60);
+    desk.stack.reset(*other);
+    desk.edit(91);
+    desk.undo();
+    QCOMPARE(desk.project.bpm, 60);
+}
+
+// ---- Steps ---------------------------------------------------------------------------------
+
+void UndoStackTest::editCanBeUndoneAndRedone()
+{
+    Desk desk;
+    desk.edit(90);
+    desk.undo();
+    QCOMPARE(desk.project.bpm, 120);
+    QVERIFY(!desk.stack.canUndo() && desk.stack.canRedo());
+    desk.redo();
+    QCOMPARE(desk.project.bpm, 90);
+    QVERIFY(desk.stack.canUndo() && !desk.stack.canRedo());
+}
+
+void UndoStackTest::everyStepIsAnnounced()
+{
+    Desk desk;
+    desk.announced();
+    desk.edit(90);
+    QCOMPARE(desk.announced(), QStringList{"true false"});
+    desk.edit(91);
+    QCOMPARE(desk.announced(), QStringList{"true false"});
+    desk.undo();
+    QCOMPARE(desk.announced(), QStringList{"true true"});
+    desk.undo();
+    QCOMPARE(desk.announced(), QStringList{"false true"});
+    desk.redo();
+    QCOMPARE(desk.announced(), QStringList{"true true"});
+    desk.redo();
+    QCOMPARE(desk.announced(), QStringList{"true false"});
+}
+
+void UndoStackTest::editAfterUndoEndsTheFuture()
+{
+    Desk desk;
+    desk.edit(90);
+    desk.edit(91);
+    desk.undo();
+    desk.announced();
+    desk.edit(70);
+    QCOMPARE(desk.announced(), QStringList{"true false"});
+    QVERIFY(desk.stack.redo().isEmpty());
+    desk.undo();
+    QCOMPARE(desk.project.bpm, 90);
+    desk.redo();
+    QCOMPARE(desk.project.bpm, 70);
+}
+
+void UndoStackTest::editThatChangedNothingIsNone()
+{
+    Desk desk;
+    desk.edit(90);
+    desk.announced();
+    desk.edit(90);
+    QVERIFY(desk.announced().isEmpty());
+    desk.undo();
+    QCOMPARE(desk.project.bpm, 120);
+}
+
+void UndoStackTest::editThatChangedNothingKeepsTheFuture()
+{
+    Desk desk;
+    desk.edit(90);
+    desk.undo();
+    desk.announced();
+    desk.stack.snapshot(desk.project);
+    QVERIFY(desk.announced().isEmpty());
+    QVERIFY(desk.stack.canRedo());
+    desk.redo();
+    QCOMPARE(desk.project.bpm, 90);
+}
+
+void UndoStackTest::editBackToAnOlderStateIsOne()
+{
+    Desk desk;
+    desk.edit(90);
+    desk.edit(120);
+    desk.undo();
+    QCOMPARE(desk.project.bpm, 90);
+    QVERIFY(desk.stack.canUndo() && desk.stack.canRedo());
+}
+
+// ---- Ends ----------------------------------------------------------------------------------
+
+void UndoStackTest::endsOfTheRoadGiveNothing()
+{
+    Desk desk;
+    desk.edit(90);
+    desk.announced();
+    QVERIFY(desk.stack.redo().isEmpty());
+    QVERIFY(desk.announced().isEmpty());
+    desk.undo();
+    desk.announced();
+    desk.project.bpm = 77;
+    QVERIFY(desk.stack.undo(desk.project).isEmpty());
+    QVERIFY(desk.announced().isEmpty());
+    QVERIFY(!desk.stack.canUndo() && desk.stack.canRedo());
+}
+
+void UndoStackTest::hundredStatesAreKept()
+{
+    QCOMPARE(kUndoDepth, 100);
+    Desk desk;
+    for (int edit = 1; edit <= 150; ++edit)
+        desk.edit(1000 + edit);
+    int steps = 0;
+    while (desk.stack.canUndo()) {
+        desk.undo();
+        ++steps;
+        QCOMPARE(desk.project.bpm, 1150 - steps);
+    }
+    QCOMPARE(steps, 99);
+    QVERIFY(desk.stack.undo(desk.project).isEmpty());
+    while (desk.stack.canRedo())
+        desk.redo();
+    QCOMPARE(desk.project.bpm, 1150);
+}
+
+void UndoStackTest::oldestStateGoesFirst()
+{
+    Desk desk;
+    for (int edit = 1; edit <= 99; ++edit)
+        desk.edit(1000 + edit);
+    for (int step = 0; step < 99; ++step)
+        desk.undo();
+    QCOMPARE(desk.project.bpm, 120);
+    for (int step = 0; step < 99; ++step)
+        desk.redo();
+    desk.edit(1100);
+    for (int step = 0; step < 99; ++step)
+        desk.undo();
+    QCOMPARE(desk.project.bpm, 1001);
+    QVERIFY(!desk.stack.canUndo());
+}
+
+void UndoStackTest::futureIsDroppedBeforeTheDepthCounts()
+{
+    Desk desk;
+    for (int edit = 1; edit <= 99; ++edit)
+        desk.edit(1000 + edit);
+    desk.undo();
+    desk.edit(500);
+    for (int step = 0; step < 99; ++step)
+        desk.undo();
+    QCOMPARE(desk.project.bpm, 120);
+}
+
+// ---- The mix, which makes no step of its own ------------------------------------------------
+
+void UndoStackTest::mixGoesBackWithTheEditBeforeIt()
+{
+    Desk desk;
+    desk.project.tracks = {melodyTrack({})};
+    desk.stack.snapshot(desk.project);
+    const float before = desk.project.tracks[0].volume;
+    desk.edit(90);
+    desk.project.tracks[0].volume = 0.25F;
+    desk.undo();
+    QCOMPARE(desk.project.tracks[0].volume, before);
+    QCOMPARE(desk.project.bpm, 120);
+    desk.redo();
+    QCOMPARE(desk.project.tracks[0].volume, 0.25F);
+    QCOMPARE(desk.project.bpm, 90);
+}
+
+void UndoStackTest::mixComesBackWithTheNextEdit()
+{
+    Desk desk;
+    desk.edit(90);
+    desk.project.harmonyTrack.muted = true;
+    desk.edit(91);
+    desk.undo();
+    QVERIFY(!desk.project.harmonyTrack.muted);
+    desk.redo();
+    QVERIFY(desk.project.harmonyTrack.muted);
+}
+
+void UndoStackTest::mixAloneIsNoStep()
+{
+    Desk desk;
+    desk.project.harmonyTrack.volume = 0.125F;
+    QVERIFY(!desk.stack.canUndo());
+    QVERIFY(desk.stack.undo(desk.project).isEmpty());
+}
+
+void UndoStackTest::mixAfterTheLastUndoIsNotKept()
+{
+    // Nothing is saved on the way forward: the redone state is as it was left.
+    Desk desk;
+    desk.edit(90);
+    desk.undo();
+    desk.project.harmonyTrack.volume = 0.125F;
+    desk.redo();
+    QVERIFY(desk.project.harmonyTrack.volume != 0.125F);
+    desk.undo();
+    QVERIFY(desk.project.harmonyTrack.volume != 0.125F);
+}
+
+// ---- Manners -------------------------------------------------------------------------------
+
+void UndoStackTest::stackNeverTouchesTheProject()
+{
+    Desk desk;
+    desk.edit(90);
+    const QSignalSpy changed(&desk.project, &Project::changed);
+    const QByteArray before = textOf(desk.project.toJson());
+    desk.stack.undo(desk.project);
+    desk.stack.redo();
+    desk.stack.snapshot(desk.project);
+    desk.stack.reset(desk.project);
+    QCOMPARE(textOf(desk.project.toJson()), before);
+    QCOMPARE(changed.count(), 0);
+}
+
+void UndoStackTest::statesAreCopies()
+{
+    Desk desk;
+    desk.edit(90);
+    QJsonObject state = desk.stack.undo(desk.project);
+    for (const QString& key : state.keys())
+        state.remove(key);
+    desk.redo();
+    desk.undo();
+    QCOMPARE(desk.project.bpm, 120);
+}
+
+void UndoStackTest::notifyTellsWhatCanBeDone()
+{
+    Desk desk;
+    desk.edit(90);
+    desk.edit(91);
+    desk.undo();
+    desk.announced();
+    desk.stack.notify();
+    QCOMPARE(desk.announced(), QStringList{"true true"});
+}
+
+void UndoStackTest::slotMayAskTheStack()
+{
+    Desk desk;
+    QStringList answers;
+    connect(&desk.stack, &UndoStack::availabilityChanged, this, [&](bool canUndo, bool canRedo) {
+        answers.append(canUndo == desk.stack.canUndo() && canRedo == desk.stack.canRedo()
+                           ? "agrees"
+                           : "differs");
+    });
+    desk.edit(90);
+    desk.undo();
+    desk.redo();
+    desk.stack.reset(desk.project);
+    QCOMPARE(answers, QStringList(4, "agrees"));
+}
+
+// ---- Laws ----------------------------------------------------------------------------------
+
+void UndoStackTest::walksAgreeWithAPlainStack_data()
+{
+    QTest::addColumn<int>("undoEvery");
+    QTest::newRow("a step back now and then") << 8;
+    QTest::newRow("back and forth") << 2;
+    QTest::newRow("hardly ever back") << 100;
+}
+
+void UndoStackTest::walksAgreeWithAPlainStack()
+{
+    QFETCH(int, undoEvery);
+    SeededRandom random(static_cast<unsigned>(undoEvery));
+    for (int walk = 0; walk < 15; ++walk) {
+        Desk desk;
+        PlainStack plain(textOf(desk.project.toJson()));
+        for (int step = 0; step < 400; ++step) {
+            if (random.oneIn(10))
+                desk.project.harmonyTrack.volume = static_cast<float>(random.between(0, 8)) / 8.0F;
+            const bool back = random.oneIn(undoEvery);
+            if (back && plain.canUndo() && random.oneIn(2)) {
+                const QByteArray expected = plain.undo(textOf(desk.project.toJson()));
+                desk.undo();
+                QCOMPARE(textOf(desk.project.toJson()), expected);
+            } else if (back && plain.canRedo()) {
+                const QByteArray expected = plain.redo();
+                desk.redo();
+                QCOMPARE(textOf(desk.project.toJson()), expected);
+            } else {
+                desk.edit(random.between(60, 64));
+                plain.snapshot(textOf(desk.project.toJson()));
+            }
+            QCOMPARE(desk.stack.canUndo(), plain.canUndo());
+            QCOMPARE(desk.stack.canRedo(), plain.canRedo());
+        }
+    }
+}
+
+void UndoStackTest::undoThenRedoIsTheIdentity()
+{
+    Desk desk;
+    Generator generator(21);
+    for (int edit = 0; edit < 200; ++edit) {
+        generator.fill(desk.project);
+        desk.stack.snapshot(desk.project);
+        const QByteArray before = textOf(desk.project.toJson());
+        desk.undo();
+        desk.redo();
+        QCOMPARE(textOf(desk.project.toJson()), before);
+    }
+}
+
+void UndoStackTest::wayBackAndForthMeetsEveryState()
+{
+    Desk desk;
+    Generator generator(22, Numbers::AnyFinite);
+    QList<QByteArray> states{textOf(desk.project.toJson())};
+    for (int edit = 0; edit < 60; ++edit) {
+        generator.fill(desk.project);
+        // What JSON makes of a project is what it comes back as.
+        desk.project.loadJson(desk.project.toJson());
+        desk.stack.snapshot(desk.project);
+        states.append(textOf(desk.project.toJson()));
+    }
+    for (qsizetype i = states.size() - 2; i >= 0; --i) {
+        desk.undo();
+        QCOMPARE(textOf(desk.project.toJson()), states[i]);
+    }
+    for (qsizetype i = 1; i < states.size(); ++i) {
+        desk.redo();
+        QCOMPARE(textOf(desk.project.toJson()), states[i]);
+    }
+}
+
+void UndoStackTest::hostileProjectsAreSurvived()
+{
+    Desk desk;
+    Generator generator(23, Numbers::Hostile);
+    SeededRandom random(23);
+    for (int step = 0; step < 1500; ++step) {
+        if (random.oneIn(4) && desk.stack.canUndo()) {
+            desk.undo();
+        } else if (random.oneIn(4) && desk.stack.canRedo()) {
+            desk.redo();
+        } else {
+            generator.fill(desk.project);
+            desk.stack.snapshot(desk.project);
+            QVERIFY(!desk.stack.canRedo());
+        }
+    }
+    int steps = 0;
+    while (desk.stack.canUndo()) {
+        desk.undo();
+        ++steps;
+    }
+    QVERIFY(steps <= 99);
+}
+
+QTEST_GUILESS_MAIN(UndoStackTest)
+#include "UndoStackTest.moc"
