@@ -13,6 +13,7 @@ build_packages=(
 # What the tests need on top of it.
 test_packages=(
     clang-format
+    g++-mingw-w64-x86-64-win32
     locales
 )
 

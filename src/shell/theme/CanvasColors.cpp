@@ -1,0 +1,6 @@
+#include "shell/theme/CanvasColors.h"
+
+const CanvasColors& canvasColors()
+{
+    return ThemeManager::instance()->isDark() ? kDarkCanvas : kLightCanvas;
+}
