@@ -15,6 +15,7 @@ test_packages=(
     clang-format
     g++-mingw-w64-x86-64-win32
     locales
+    pulseaudio pulseaudio-utils libasound2-plugins
 )
 
 say() {

@@ -25,43 +25,30 @@ namespace {
 /// Longest run of one call to the synthesiser.
 constexpr qint64 kRenderBlockFrames = 4096;
 
-constexpr int kHarmonyProgram = 0;
-
-/// Everything that the synthesiser has to play.
-struct Score {
-    QList<ScheduledEvent> events;
-    /// Beats.
-    double end = 0.0;
-};
-
-/// Gives every channel its instrument and collects the events of all that sounds. Nothing when
-/// the song is beyond the bounds of rendering.
-std::optional<Score> prepareScore(const Project& project, const LoopLibrary* library,
-                                  InstrumentLibrary* instruments, SoundfontPlayer& player)
+/// Gives every channel that may sound its instrument and its volume.
+void prepareChannels(const Project& project, InstrumentLibrary* instruments,
+                     SoundfontPlayer& player)
 {
-    const bool soloed =
-        Audibility::anySolo(project.tracks) || Audibility::anySolo(project.audioTracks);
-    Score score{.events = {}, .end = project.endBeat()};
-    const auto channels =
-        static_cast<int>(std::min<qsizetype>(project.tracks.size(), kMaxNoteTracks));
-    for (int channel = 0; channel < channels; ++channel) {
-        const Track& track = project.tracks[channel];
+    const auto tracks = std::min<qsizetype>(project.tracks.size(), kMaxNoteTracks);
+    for (int channel = 0; channel < tracks; ++channel) {
+        const Track& track = project.tracks.at(channel);
         PlaybackEngine::configureChannel(&player, instruments, channel, track.instrumentId);
         player.setChannelVolume(channel, track.volume);
-        if (!Audibility::sounds(track, soloed))
-            continue;
-        bool cut = false;
-        Schedule::appendNotes(score.events, NoteRenderer::trackNotes(project, track, library, &cut),
-                              channel, score.end);
-        if (cut || score.events.size() > 2 * NoteRenderer::kMaxSongNotes)
-            return std::nullopt;
     }
     if (!project.harmonyTrack.muted) {
         player.selectGmProgram(kHarmonyChannel, kHarmonyProgram);
         player.setChannelVolume(kHarmonyChannel, project.harmonyTrack.volume);
-        Schedule::appendNotes(score.events, NoteRenderer::harmonyNotes(project), kHarmonyChannel,
-                              score.end);
     }
+}
+
+/// The events of all that sounds. Nothing when the song is beyond the bounds of rendering.
+std::optional<Score> scoreOf(const Project& project, const LoopLibrary* library)
+{
+    const bool soloed =
+        Audibility::anySolo(project.tracks) || Audibility::anySolo(project.audioTracks);
+    Score score{.events = {}, .end = project.endBeat()};
+    if (!Schedule::appendSong(score, project, library, soloed))
+        return std::nullopt;
     Schedule::sort(score.events);
     return score;
 }
@@ -120,7 +107,8 @@ QList<float> renderNotes(const Project& project, const LoopLibrary* library,
         return {};
     }
     player.loadGmBank(gmBankPath);
-    const auto score = prepareScore(project, library, instruments, player);
+    prepareChannels(project, instruments, player);
+    const auto score = scoreOf(project, library);
     const double beatFrames = framesPerBeat(project.bpm);
     QList<float> mix = score ? silentMix(score->end, beatFrames) : QList<float>();
     if (mix.isEmpty())

@@ -5,3 +5,6 @@
 inline constexpr int kPreviewChannel = 13;
 inline constexpr int kMetronomeChannel = 14;
 inline constexpr int kHarmonyChannel = 15;
+
+/// General MIDI program of the chords: the piano.
+inline constexpr int kHarmonyProgram = 0;

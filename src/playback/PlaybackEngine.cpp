@@ -1,11 +1,30 @@
 #include "playback/PlaybackEngine.h"
 
 #include "content/InstrumentLibrary.h"
-#include "model/Track.h"
+#include "model/Audibility.h"
+#include "model/Project.h"
+#include "music/Beats.h"
+#include "playback/ChannelPlan.h"
+#include "playback/LivePreview.h"
+#include "playback/Metronome.h"
 #include "playback/NoteRenderer.h"
 #include "playback/SoundfontPlayer.h"
+#include "playback/VoiceOutput.h"
+#include "voice/VoiceMix.h"
+
+#include <algorithm>
+#include <chrono>
 
 namespace {
+
+constexpr std::chrono::milliseconds kTickPeriod(8);
+constexpr float kMetronomeVolume = 0.9F;
+
+bool hasClip(const Project& project)
+{
+    return std::ranges::any_of(project.audioTracks,
+                               [](const AudioTrack& track) { return !track.clips.isEmpty(); });
+}
 
 bool selectOwnBank(SoundfontPlayer* player, const InstrumentLibrary& instruments, int channel,
                    const Instrument& instrument)
@@ -21,8 +40,21 @@ bool selectOwnBank(SoundfontPlayer* player, const InstrumentLibrary& instruments
 
 PlaybackEngine::PlaybackEngine(SoundfontPlayer* player, LoopLibrary* library,
                                InstrumentLibrary* instruments, QObject* parent)
-    : QObject(parent), player_(player), library_(library), instruments_(instruments)
-{}
+    : QObject(parent), player_(player), library_(library), instruments_(instruments),
+      voices_(std::make_unique<VoiceOutput>()),
+      preview_(std::make_unique<LivePreview>(player, instruments))
+{
+    tickTimer_.setTimerType(Qt::PreciseTimer);
+    tickTimer_.setInterval(kTickPeriod);
+    connect(&tickTimer_, &QTimer::timeout, this, &PlaybackEngine::onTick);
+}
+
+PlaybackEngine::~PlaybackEngine()
+{
+    // The voice output runs the event loop as it goes: no tick and no preview may come of that.
+    tickTimer_.stop();
+    preview_.reset();
+}
 
 QList<NoteEvent> PlaybackEngine::renderTrackNotes(const Project& project, const Track& track,
                                                   const LoopLibrary* library)
@@ -33,6 +65,202 @@ QList<NoteEvent> PlaybackEngine::renderTrackNotes(const Project& project, const 
 QList<NoteEvent> PlaybackEngine::renderHarmonyNotes(const Project& project)
 {
     return NoteRenderer::harmonyNotes(project);
+}
+
+void PlaybackEngine::setProject(Project* project)
+{
+    stop();
+    project_ = project;
+    moveIdlePlayhead(0.0);
+}
+
+void PlaybackEngine::play(double fromBeat)
+{
+    if (!project_ || !player_ || !player_->hasSynth())
+        return;
+    if (playing_)
+        player_->allNotesOff(-1);
+    const double start = fromBeat >= 0.0 ? fromBeat : idleBeat_;
+    buildSchedule();
+    refreshChannels();
+    playing_ = true;
+    startTogether(start);
+    tickTimer_.start();
+    emit playingChanged(true);
+    emit playheadChanged(start);
+}
+
+void PlaybackEngine::pause()
+{
+    if (!playing_)
+        return;
+    idleBeat_ = playheadBeat();
+    ceasePlaying();
+}
+
+void PlaybackEngine::stop()
+{
+    if (playing_)
+        ceasePlaying();
+    moveIdlePlayhead(range_.enabled ? range_.start : 0.0);
+}
+
+void PlaybackEngine::ceasePlaying()
+{
+    playing_ = false;
+    tickTimer_.stop();
+    player_->allNotesOff(-1);
+    stopVoicePlayback();
+    emit playingChanged(false);
+}
+
+void PlaybackEngine::setPlayheadBeat(double beat)
+{
+    // In this order of arguments, what is no number counts as 0 too.
+    const double target = std::max(0.0, beat);
+    if (playing_)
+        play(target);
+    else
+        moveIdlePlayhead(target);
+}
+
+void PlaybackEngine::moveIdlePlayhead(double beat)
+{
+    idleBeat_ = beat;
+    emit playheadChanged(beat);
+}
+
+double PlaybackEngine::playheadBeat() const
+{
+    return playing_ ? Transport::beatAfter(anchorBeat_, project_->bpm, clock_.nsecsElapsed())
+                    : idleBeat_;
+}
+
+void PlaybackEngine::setMetronomeEnabled(bool on)
+{
+    if (metronomeEnabled_ == on)
+        return;
+    metronomeEnabled_ = on;
+    if (playing_)
+        play(playheadBeat());
+}
+
+void PlaybackEngine::setLoopRange(double start, double end)
+{
+    if (start < end)
+        range_ = {.enabled = true, .start = std::max(start, 0.0), .end = end};
+}
+
+void PlaybackEngine::clearLoopRange()
+{
+    range_.enabled = false;
+}
+
+void PlaybackEngine::rescheduleIfPlaying()
+{
+    if (!playing_)
+        return;
+    const double beat = playheadBeat();
+    player_->allNotesOff(-1);
+    buildSchedule();
+    cursor_ = cursorForBeat(beat);
+}
+
+void PlaybackEngine::refreshChannels()
+{
+    if (!project_ || !player_)
+        return;
+    const auto tracks = std::min<qsizetype>(project_->tracks.size(), kMaxNoteTracks);
+    for (int channel = 0; channel < tracks; ++channel)
+        setupTrackChannel(channel, project_->tracks.at(channel));
+    player_->selectGmProgram(kHarmonyChannel, kHarmonyProgram);
+    player_->setChannelVolume(kHarmonyChannel, project_->harmonyTrack.volume);
+    player_->selectGmDrums(kMetronomeChannel);
+    player_->setChannelVolume(kMetronomeChannel, kMetronomeVolume);
+}
+
+int PlaybackEngine::cursorForBeat(double beat) const
+{
+    return Transport::cursorForBeat(score_.events, beat);
+}
+
+void PlaybackEngine::buildSchedule()
+{
+    score_ = Score();
+    // The solo of a voice silences other voices only, as long as the song plays live.
+    Schedule::appendSong(score_, *project_, library_, Audibility::anySolo(project_->tracks));
+    if (metronomeEnabled_) {
+        const double end = std::max(project_->endBeat(), score_.end);
+        Metronome::appendClicks(score_.events, project_->timeSignature,
+                                range_.enabled ? std::max(range_.end, end) : end);
+    }
+    Schedule::sort(score_.events);
+}
+
+/// The voices take their time to be mixed. It passes before the clock starts, so that notes and
+/// voices set out from one beat at one moment.
+void PlaybackEngine::startTogether(double beat)
+{
+    stopVoicePlayback();
+    const QList<float> voices = renderVoices();
+    anchorBeat_ = beat;
+    cursor_ = cursorForBeat(beat);
+    clock_.restart();
+    playVoices(voices, beat);
+}
+
+void PlaybackEngine::onTick()
+{
+    if (!playing_)
+        return;
+    const TransportStep step =
+        Transport::step(score_, cursor_, playheadBeat(), range_, project_->beatsPerBar());
+    if (step.wrapped) {
+        player_->allNotesOff(-1);
+        startTogether(step.beat);
+    }
+    dispatch(step.first, step.next);
+    cursor_ = step.next;
+    emit playheadChanged(step.beat);
+    if (step.ended)
+        stop();
+}
+
+void PlaybackEngine::dispatch(int first, int next)
+{
+    for (int i = first; i < next; ++i) {
+        const ScheduledEvent& event = score_.events.at(i);
+        if (event.noteOn)
+            player_->noteOn(event.channel, event.pitch, event.velocity);
+        else
+            player_->noteOff(event.channel, event.pitch);
+    }
+}
+
+void PlaybackEngine::startVoicePlayback(double fromBeat)
+{
+    stopVoicePlayback();
+    playVoices(renderVoices(), fromBeat);
+}
+
+QList<float> PlaybackEngine::renderVoices() const
+{
+    if (!project_ || projectDir.isEmpty() || !hasClip(*project_))
+        return {};
+    const double end = std::max(range_.enabled ? range_.end : 0.0, project_->endBeat());
+    const qint64 frames = wholeFrames(end * framesPerBeat(project_->bpm));
+    return frames < 1 ? QList<float>() : VoiceMix::render(*project_, projectDir, frames);
+}
+
+void PlaybackEngine::playVoices(const QList<float>& mix, double fromBeat)
+{
+    if (!mix.isEmpty())
+        voices_->play(mix, wholeFrames(fromBeat * framesPerBeat(project_->bpm)));
+}
+
+void PlaybackEngine::stopVoicePlayback()
+{
+    voices_->stop();
 }
 
 void PlaybackEngine::configureChannel(SoundfontPlayer* player, InstrumentLibrary* instruments,
@@ -53,11 +281,45 @@ void PlaybackEngine::configureChannel(SoundfontPlayer* player, InstrumentLibrary
 
 void PlaybackEngine::configureChannelForInstrument(int channel, const QString& instrumentId)
 {
-    configureChannel(player_, instruments_, channel, instrumentId);
+    if (player_)
+        configureChannel(player_, instruments_, channel, instrumentId);
 }
 
 void PlaybackEngine::setupTrackChannel(int channel, const Track& track)
 {
+    if (!player_)
+        return;
     configureChannelForInstrument(channel, track.instrumentId);
     player_->setChannelVolume(channel, track.volume);
+}
+
+void PlaybackEngine::previewNoteOn(int pitch, const QString& instrumentId, int velocity)
+{
+    preview_->noteOn(pitch, instrumentId, velocity);
+}
+
+void PlaybackEngine::previewNoteOff(int pitch)
+{
+    preview_->noteOff(pitch);
+}
+
+void PlaybackEngine::previewChord(const QList<int>& pitches, int velocity)
+{
+    preview_->chord(pitches, velocity);
+}
+
+void PlaybackEngine::previewVariant(const LoopVariant& variant, const QString& instrumentId,
+                                    int bpm, double /*lengthBeats*/)
+{
+    preview_->variant(variant, instrumentId, bpm);
+}
+
+void PlaybackEngine::stopPreview()
+{
+    preview_->stop();
+}
+
+const QSet<int>& PlaybackEngine::previewHeld() const
+{
+    return preview_->held();
 }

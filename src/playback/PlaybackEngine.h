@@ -1,18 +1,34 @@
 #pragma once
 
 #include "music/NoteEvent.h"
+#include "playback/Schedule.h"
+#include "playback/Transport.h"
 
+#include <QElapsedTimer>
 #include <QList>
 #include <QObject>
+#include <QSet>
 #include <QString>
+#include <QTimer>
+
+#include <memory>
 
 class InstrumentLibrary;
+class LivePreview;
 class LoopLibrary;
 class Project;
 class SoundfontPlayer;
+class VoiceOutput;
+struct LoopVariant;
 struct Track;
 
-/// Playback of a project: how it becomes notes, and how channels are given their instruments.
+/// The transport: plays the open project in real time, with its playhead, repeat range, metronome
+/// and voices, and beside it the previews of single sounds. Also the public door of how a project
+/// becomes notes and how channels are given their instruments.
+///
+/// Everything runs on the GUI thread. The project may change between ticks; what has changed is
+/// heard after refreshChannels() and rescheduleIfPlaying(). Without a project, a player or a
+/// synthesiser nothing plays.
 class PlaybackEngine : public QObject {
     Q_OBJECT
 
@@ -20,6 +36,9 @@ public:
     /// None of the services is owned.
     PlaybackEngine(SoundfontPlayer* player, LoopLibrary* library, InstrumentLibrary* instruments,
                    QObject* parent = nullptr);
+    ~PlaybackEngine() override;
+
+    // ---- The song as notes ----
 
     /// All notes of a track; see NoteRenderer::trackNotes(). `library` may be null.
     static QList<NoteEvent> renderTrackNotes(const Project& project, const Track& track,
@@ -27,6 +46,59 @@ public:
 
     /// The chord notes of the harmony track; see NoteRenderer::harmonyNotes().
     static QList<NoteEvent> renderHarmonyNotes(const Project& project);
+
+    // ---- The transport ----
+
+    /// Stops, and makes a project (which is not owned, and may be null) the one to play from its
+    /// first beat on.
+    void setProject(Project* project);
+
+    /// Starts, or starts again, from a beat; a negative one stands for where playback was left.
+    /// Notes that began before it are not heard.
+    void play(double fromBeat = -1.0);
+
+    /// Stops and keeps the position.
+    void pause();
+
+    /// Stops and goes back to the start: of the repeat range where there is one.
+    void stop();
+
+    /// Moves the playhead, and goes on playing from there if it plays. A negative beat counts as 0.
+    void setPlayheadBeat(double beat);
+
+    /// In beats. While playing the position follows the project's present tempo from the last
+    /// start, jump or wrap on.
+    double playheadBeat() const;
+
+    bool isPlaying() const { return playing_; }
+
+    void setMetronomeEnabled(bool on);
+
+    /// Switches the repeat range on, in beats; a start below 0 counts as 0. A range that does not
+    /// end after it starts changes nothing.
+    void setLoopRange(double start, double end);
+
+    void clearLoopRange();
+
+    /// Takes the project's notes anew without losing the place. Voices are taken anew at the next
+    /// start or wrap only.
+    void rescheduleIfPlaying();
+
+    /// Gives every channel the instrument and the volume of its track.
+    void refreshChannels();
+
+    /// Index of the first scheduled event at a beat or later; their number if there is none.
+    int cursorForBeat(double beat) const;
+
+    /// Mixes the voices of the project and plays them from a beat on, in place of what plays.
+    void startVoicePlayback(double fromBeat);
+
+    void stopVoicePlayback();
+
+    /// Folder of the project's audio clips; empty for a work that was never saved.
+    QString projectDir;
+
+    // ---- Channels ----
 
     /// Gives a channel an instrument: its own bank where there is one, else the drum kit for
     /// percussion and a General MIDI program for the rest. An unknown instrument is a piano.
@@ -40,8 +112,61 @@ public:
     /// Gives a channel the instrument and the volume of a track.
     void setupTrackChannel(int channel, const Track& track);
 
+    // ---- Previews: see LivePreview ----
+
+    void previewNoteOn(int pitch, const QString& instrumentId, int velocity);
+    void previewNoteOff(int pitch);
+    void previewChord(const QList<int>& pitches, int velocity);
+
+    /// Plays a variant once, as it is written; `lengthBeats` has no effect.
+    void previewVariant(const LoopVariant& variant, const QString& instrumentId, int bpm,
+                        double lengthBeats);
+    void stopPreview();
+
+    /// Pitches that previews have started and not yet ended.
+    const QSet<int>& previewHeld() const;
+
+signals:
+    /// At every tick while playing, and at every jump. In beats.
+    void playheadChanged(double beat);
+
+    void playingChanged(bool playing);
+
 private:
+    void onTick();
+
+    /// The whole project, from its first beat on; the position is a matter of the cursor.
+    void buildSchedule();
+
+    /// Makes a beat the one from which the time that passes is counted, for notes and voices.
+    void startTogether(double beat);
+
+    /// All voices from the start of the song, interleaved stereo; empty where there are none.
+    QList<float> renderVoices() const;
+
+    void playVoices(const QList<float>& mix, double fromBeat);
+
+    void dispatch(int first, int next);
+    void ceasePlaying();
+    void moveIdlePlayhead(double beat);
+
     SoundfontPlayer* player_;
     LoopLibrary* library_;
     InstrumentLibrary* instruments_;
+    Project* project_ = nullptr;
+    std::unique_ptr<VoiceOutput> voices_;
+    std::unique_ptr<LivePreview> preview_;
+
+    Score score_;
+    /// Index of the next event to fire.
+    int cursor_ = 0;
+    QTimer tickTimer_;
+    /// Time since the playhead was at `anchorBeat_`.
+    QElapsedTimer clock_;
+    double anchorBeat_ = 0.0;
+    /// The playhead while nothing plays.
+    double idleBeat_ = 0.0;
+    bool playing_ = false;
+    RepeatRange range_;
+    bool metronomeEnabled_ = false;
 };

@@ -1,5 +1,8 @@
 #include "playback/Schedule.h"
 
+#include "model/Audibility.h"
+#include "model/Project.h"
+#include "playback/ChannelPlan.h"
 #include "playback/NoteRenderer.h"
 
 #include <algorithm>
@@ -23,6 +26,25 @@ void Schedule::appendNotes(QList<ScheduledEvent>& events, const QList<NoteEvent>
              .velocity = 0});
         end = std::max(end, note.startBeat + note.durationBeats);
     }
+}
+
+bool Schedule::appendSong(Score& score, const Project& project, const LoopLibrary* library,
+                          bool anySolo)
+{
+    const auto tracks = std::min<qsizetype>(project.tracks.size(), kMaxNoteTracks);
+    for (int channel = 0; channel < tracks; ++channel) {
+        const Track& track = project.tracks.at(channel);
+        if (!Audibility::sounds(track, anySolo))
+            continue;
+        bool cut = false;
+        appendNotes(score.events, NoteRenderer::trackNotes(project, track, library, &cut), channel,
+                    score.end);
+        if (cut || score.events.size() > 2 * NoteRenderer::kMaxSongNotes)
+            return false;
+    }
+    if (!project.harmonyTrack.muted)
+        appendNotes(score.events, NoteRenderer::harmonyNotes(project), kHarmonyChannel, score.end);
+    return true;
 }
 
 void Schedule::sort(QList<ScheduledEvent>& events)

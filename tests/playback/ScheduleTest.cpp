@@ -1,5 +1,7 @@
 #include "playback/Schedule.h"
 
+#include "playback/NoteRenderer.h"
+#include "support/ContentFixture.h"
 #include "support/Exact.h"
 #include "support/ProjectBuilder.h"
 
@@ -8,7 +10,7 @@
 #include <algorithm>
 #include <tuple>
 
-using ProjectBuilder::note;
+using namespace ProjectBuilder;
 
 namespace {
 
@@ -50,6 +52,38 @@ Events settled(Events events)
     return events;
 }
 
+/// A track without humanizing that plays some notes.
+Track trackOf(const QList<NoteEvent>& notes)
+{
+    return straight(melodyTrack({melody(notes, 0.0, 1000.0)}));
+}
+
+Score scoreOf(const Project& song, bool anySolo = false, const LoopLibrary* library = nullptr)
+{
+    Score score;
+    Schedule::appendSong(score, song, library, anySolo);
+    return score;
+}
+
+/// Channels that have events, in the order of their first.
+QList<int> channelsOf(const Score& score)
+{
+    QList<int> channels;
+    for (const ScheduledEvent& event : score.events) {
+        if (!channels.contains(event.channel))
+            channels.append(event.channel);
+    }
+    return channels;
+}
+
+/// A package with one layer of one note at the start of a one-bar variant.
+QByteArray oneNotePackage()
+{
+    return R"({"rhythm": {"id": "r"}, "loopLayers": [{"id": "l"}],
+        "loopVariants": [{"layerId": "l", "section": "Normal", "variantIndex": 1,
+                          "durationBars": 1, "notes": [{"pitch": 64}]}]})";
+}
+
 } // namespace
 
 class ScheduleTest : public QObject {
@@ -72,6 +106,16 @@ private slots:
     void repeatedPitchIsReleasedBeforeItStartsAgain();
     void noteShorterThanTheFloorMayOverlapTheNext();
     void sortingKeepsEveryEvent();
+
+    void emptySongHasNoEvents();
+    void tracksStandOnTheirChannelsAndTheChordsBehind();
+    void songEndsWithItsLastNote();
+    void songIsAppendedToWhatThereIs();
+    void mutedTracksAndChordsAreLeftOut();
+    void soloIsHeededAsItIsTold();
+    void onlyThirteenTracksHaveChannels();
+    void trackThatCutsTheSongEndsIt();
+    void songIsWhatTheRendererGives();
 };
 
 void ScheduleTest::noteBecomesTwoEvents()
@@ -216,6 +260,114 @@ void ScheduleTest::sortingKeepsEveryEvent()
         }
         QVERIFY(ordered.last().beat >= end);
     }
+}
+
+// ---- Whole songs ---------------------------------------------------------------------------
+
+void ScheduleTest::emptySongHasNoEvents()
+{
+    Score score;
+    QVERIFY(Schedule::appendSong(score, Project(), nullptr, false));
+    QVERIFY(score.events.isEmpty());
+    QCOMPARE(score.end, 0.0);
+}
+
+void ScheduleTest::tracksStandOnTheirChannelsAndTheChordsBehind()
+{
+    const auto song =
+        project({trackOf({note(60, 2.0, 1.0, 90)}), trackOf({note(70, 0.0)})}, harmony({0, 5}));
+    QCOMPARE(scoreOf(*song).events,
+             (Events{on(2.0, 60, 0, 90), off(3.0, 60, 0), on(0.0, 70, 1), off(1.0, 70, 1),
+                     on(4.0, 55, 15, 72), off(8.0, 55, 15), on(4.0, 59, 15, 72), off(8.0, 59, 15),
+                     on(4.0, 62, 15, 72), off(8.0, 62, 15)}));
+}
+
+void ScheduleTest::songEndsWithItsLastNote()
+{
+    QCOMPARE(scoreOf(*project({trackOf({note(60, 2.0, 7.5)})}, harmony({1}))).end, 9.5);
+    QCOMPARE(scoreOf(*project({trackOf({note(60, 2.0, 1.0)})}, harmony({1, 1}))).end, 8.0);
+    // The end of a block without notes is none of theirs.
+    QCOMPARE(scoreOf(*project({trackOf({})})).end, 0.0);
+}
+
+void ScheduleTest::songIsAppendedToWhatThereIs()
+{
+    Score score{.events = {on(9.0, 1)}, .end = 40.0};
+    QVERIFY(Schedule::appendSong(score, *project({trackOf({note(60, 0.0)})}), nullptr, false));
+    QCOMPARE(score.events, (Events{on(9.0, 1), on(0.0, 60), off(1.0, 60)}));
+    QCOMPARE(score.end, 40.0);
+}
+
+void ScheduleTest::mutedTracksAndChordsAreLeftOut()
+{
+    const auto song = project({trackOf({note(60, 0.0)}), trackOf({note(62, 0.0)})}, harmony({1}));
+    song->tracks[0].muted = true;
+    QCOMPARE(channelsOf(scoreOf(*song)), QList<int>({1, 15}));
+    song->harmonyTrack.muted = true;
+    QCOMPARE(channelsOf(scoreOf(*song)), QList<int>{1});
+}
+
+void ScheduleTest::soloIsHeededAsItIsTold()
+{
+    const auto song = project({trackOf({note(60, 0.0)}), trackOf({note(62, 0.0)})}, harmony({1}));
+    song->tracks[1].solo = true;
+    QCOMPARE(channelsOf(scoreOf(*song, true)), QList<int>({1, 15}));
+    QCOMPARE(channelsOf(scoreOf(*song, false)), QList<int>({0, 1, 15}));
+    song->tracks[1].muted = true;
+    QCOMPARE(channelsOf(scoreOf(*song, true)), QList<int>{15});
+}
+
+void ScheduleTest::onlyThirteenTracksHaveChannels()
+{
+    QList<Track> tracks;
+    for (int i = 0; i < 20; ++i)
+        tracks.append(trackOf({note(40 + i, 0.0, 1.0 + i)}));
+    const Score score = scoreOf(*project(tracks));
+    QCOMPARE(channelsOf(score), QList<int>({0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
+    QCOMPARE(score.events.last().pitch, 52);
+    QCOMPARE(score.end, 13.0);
+}
+
+void ScheduleTest::trackThatCutsTheSongEndsIt()
+{
+    ContentFixture content;
+    content.addPackage("r", oneNotePackage());
+    content.library().reload();
+    const Track endless = straight(loopTrack({loop("r", "l", 0.0, 1e300)}));
+    const auto song =
+        project({trackOf({note(60, 0.0)}), endless, trackOf({note(62, 0.0)})}, harmony({1}));
+    Score score;
+    QVERIFY(!Schedule::appendSong(score, *song, &content.library(), false));
+    QCOMPARE(channelsOf(score), QList<int>({0, 1}));
+    QVERIFY(score.events.size() <= 2 * (NoteRenderer::kMaxTrackNotes + 1));
+}
+
+void ScheduleTest::songIsWhatTheRendererGives()
+{
+    ContentFixture content;
+    content.addPackage("r", oneNotePackage());
+    content.library().reload();
+    qsizetype events = 0;
+    for (quint32 seed = 0; seed < 200; ++seed) {
+        const auto song = Generator(seed).project();
+        for (Track& track : song->tracks)
+            track.loopBlocks.append(loop("r", "l", 2.0, 9.5));
+        Events expected;
+        double end = 0.0;
+        for (int i = 0; i < song->tracks.size(); ++i) {
+            const Track& track = song->tracks[i];
+            if (!track.muted)
+                Schedule::appendNotes(
+                    expected, NoteRenderer::trackNotes(*song, track, &content.library()), i, end);
+        }
+        if (!song->harmonyTrack.muted)
+            Schedule::appendNotes(expected, NoteRenderer::harmonyNotes(*song), 15, end);
+        const Score score = scoreOf(*song, false, &content.library());
+        QCOMPARE(score.events, expected);
+        QCOMPARE(exact(score.end), exact(end));
+        events += score.events.size();
+    }
+    QVERIFY(events > 1000);
 }
 
 QTEST_GUILESS_MAIN(ScheduleTest)

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "playback/Schedule.h"
+
+#include <QList>
+
+/// The bars that are played over and over.
+struct RepeatRange {
+    bool enabled = false;
+    /// Beats, `start` < `end`.
+    double start = 0.0;
+    double end = 0.0;
+};
+
+/// What playback has to do at one tick of its clock.
+struct TransportStep {
+    /// Where the playhead is now, in beats.
+    double beat = 0.0;
+    /// The end of the range was passed, and the playhead has gone back into it.
+    bool wrapped = false;
+    /// The events that are due: [first, next). `next` is where the following tick goes on.
+    int first = 0;
+    int next = 0;
+    /// The song is over, its last bar of silence included.
+    bool ended = false;
+};
+
+/// The decisions of the transport, without clock or sound.
+namespace Transport {
+
+/// Index of the first event at a beat or later; the number of events if there is none.
+int cursorForBeat(const QList<ScheduledEvent>& events, double beat);
+
+/// Where the playhead is, some nanoseconds after it was at `anchorBeat`.
+double beatAfter(double anchorBeat, qint32 bpm, qint64 nanoseconds);
+
+/// What is due when the clock has brought the playhead to `beat`. `cursor` is where the last step
+/// ended, `beatsPerBar` the silence that a song ends with.
+TransportStep step(const Score& score, int cursor, double beat, const RepeatRange& range,
+                   double beatsPerBar);
+
+} // namespace Transport

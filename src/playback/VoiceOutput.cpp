@@ -1,0 +1,80 @@
+#include "playback/VoiceOutput.h"
+
+#include "music/Beats.h"
+
+#include <QAudioDevice>
+#include <QAudioFormat>
+#include <QAudioSink>
+#include <QBuffer>
+#include <QMediaDevices>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kChannels = 2;
+constexpr qint64 kBytesPerFrame = kChannels * sizeof(float);
+
+QAudioFormat voiceFormat()
+{
+    QAudioFormat format;
+    format.setSampleRate(kSampleRate);
+    format.setChannelCount(kChannels);
+    format.setSampleFormat(QAudioFormat::Float);
+    return format;
+}
+
+/// The mix of a whole song is large: it is read where it lies, not from a copy.
+class MixBuffer : public QBuffer {
+public:
+    MixBuffer(const QList<float>& mix, QObject* parent) : QBuffer(parent), mix_(mix)
+    {
+        setData(QByteArray::fromRawData(reinterpret_cast<const char*>(mix_.constData()),
+                                        mix_.size() * static_cast<qsizetype>(sizeof(float))));
+    }
+
+private:
+    const QList<float> mix_;
+};
+
+} // namespace
+
+VoiceOutput::VoiceOutput(QObject* parent) : QObject(parent)
+{}
+
+VoiceOutput::~VoiceOutput()
+{
+    // The sink runs the event loop as it is deleted, in which it would go on reading, and children
+    // die in the order of their birth, the buffer first.
+    if (sink_)
+        sink_->stop();
+    delete sink_;
+}
+
+void VoiceOutput::play(const QList<float>& mix, qint64 fromFrame)
+{
+    stop();
+    // Asked right before it is used: starting a device that has vanished since would hang.
+    const QAudioDevice device = QMediaDevices::defaultAudioOutput();
+    if (device.isNull() || !device.isFormatSupported(voiceFormat()))
+        return;
+    buffer_ = new MixBuffer(mix, this);
+    buffer_->open(QIODevice::ReadOnly);
+    const qint64 frames = buffer_->size() / kBytesPerFrame;
+    buffer_->seek(std::clamp<qint64>(fromFrame, 0, frames) * kBytesPerFrame);
+    sink_ = new QAudioSink(device, voiceFormat(), this);
+    sink_->start(buffer_);
+}
+
+void VoiceOutput::stop()
+{
+    // Deleting a sink runs the event loop, which must not happen under a caller's feet.
+    if (sink_) {
+        sink_->stop();
+        sink_->deleteLater();
+    }
+    if (buffer_)
+        buffer_->deleteLater();
+    sink_ = nullptr;
+    buffer_ = nullptr;
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+
+class QAudioSink;
+class QBuffer;
+
+/// The sound device beside the synthesiser's: plays a finished mix of the voices. Where there is
+/// no device that takes it, nothing is heard and nothing is said.
+class VoiceOutput : public QObject {
+    Q_OBJECT
+
+public:
+    explicit VoiceOutput(QObject* parent = nullptr);
+    ~VoiceOutput() override;
+
+    /// Plays interleaved stereo at kSampleRate from a frame on, in place of what plays. A frame
+    /// outside the mix counts as its nearest end.
+    void play(const QList<float>& mix, qint64 fromFrame);
+
+    void stop();
+
+    /// Whether a device was found for what was played last.
+    bool isActive() const { return sink_ != nullptr; }
+
+private:
+    QAudioSink* sink_ = nullptr;
+    QBuffer* buffer_ = nullptr;
+};
