@@ -3,22 +3,63 @@
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
 #include "model/Project.h"
+#include "model/ProjectEdits.h"
+#include "model/UndoStack.h"
 #include "playback/PlaybackEngine.h"
 #include "playback/SoundfontPlayer.h"
+#include "shell/TransportControls.h"
+#include "shell/theme/ThemeManager.h"
 #include "storage/LocalStorageProvider.h"
 
+#include <QAction>
+#include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDir>
-#include <QMessageBox>
+#include <QScrollArea>
+#include <QSplitter>
+#include <QStackedWidget>
 #include <QStatusBar>
+#include <QVBoxLayout>
 
 using namespace Qt::Literals::StringLiterals;
 
-MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
+MainWindow::MainWindow(QWidget* parent, Prompts& prompts) : QMainWindow(parent), prompts_(prompts)
 {
     setWindowTitle(u"Velta"_s);
     resize(1360, 860);
+    createServices();
 
+    stackedWidget_ = new QStackedWidget;
+    setCentralWidget(stackedWidget_);
+    stackedWidget_->addWidget(buildEditorView());
+    stackedWidget_->setCurrentIndex(0);
+
+    connect(undoStack_, &UndoStack::availabilityChanged, this, [this](bool canUndo, bool canRedo) {
+        undoAction_->setEnabled(canUndo);
+        redoAction_->setEnabled(canRedo);
+    });
+    buildMenus();
+    buildStatusBar();
+    updateTitleBar(ThemeManager::instance()->isDark());
+    startBlankProject();
+}
+
+MainWindow::~MainWindow()
+{
+    // Playback ends before anything that it plays with.
+    delete engine_;
+}
+
+QString MainWindow::resourcesDir()
+{
+    const QString besideExecutable = QCoreApplication::applicationDirPath() + "/resources"_L1;
+    if (QDir(besideExecutable).exists())
+        return besideExecutable;
+    return QDir::currentPath() + "/resources"_L1;
+}
+
+void MainWindow::createServices()
+{
     const QString soundfontsDir = resourcesDir() + "/soundfonts"_L1;
     const QString loopsDir = resourcesDir() + "/loops"_L1;
     storage_ = std::make_unique<LocalStorageProvider>(QString());
@@ -33,43 +74,69 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
         statusBar()->showMessage(
             tr("Falta el banco de sonidos %1 — la app funciona sin sonido.").arg(bank));
     engine_ = new PlaybackEngine(player_, loopLibrary_, instruments_, this);
-
-    startBlankProject();
+    undoStack_ = new UndoStack(this);
 }
 
-MainWindow::~MainWindow() = default;
-
-QString MainWindow::resourcesDir()
+QWidget* MainWindow::buildEditorView()
 {
-    const QString besideExecutable = QCoreApplication::applicationDirPath() + "/resources"_L1;
-    if (QDir(besideExecutable).exists())
-        return besideExecutable;
-    return QDir::currentPath() + "/resources"_L1;
+    transport_ = new TransportControls(engine_);
+    connectTransport();
+
+    auto* editors = new QSplitter(Qt::Vertical);
+    editors->addWidget(new QWidget);
+    editors->addWidget(new QWidget);
+    editors->setStretchFactor(0, 3);
+    editors->setStretchFactor(1, 2);
+    auto* panel = new QScrollArea;
+    panel->setWidgetResizable(true);
+    panel->setFrameShape(QFrame::NoFrame);
+    panel->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    panel->setMinimumWidth(252);
+    panel->setMaximumWidth(352);
+
+    auto* columns = new QSplitter(Qt::Horizontal);
+    columns->addWidget(editors);
+    columns->addWidget(panel);
+    columns->setStretchFactor(0, 1);
+    columns->setStretchFactor(1, 0);
+    columns->setCollapsible(1, true);
+
+    auto* page = new QWidget;
+    auto* layout = new QVBoxLayout(page);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(transport_, 0);
+    layout->addWidget(columns, 1);
+    return page;
 }
 
-void MainWindow::startBlankProject()
+void MainWindow::connectTransport()
 {
-    auto* blank = new Project(this);
-    blank->name = tr("Obra sin título");
-    Track melody;
-    melody.name = tr("Melodía");
-    melody.instrumentId = u"gm_piano"_s;
-    blank->tracks.append(melody);
-    exchangeProject(blank, QString());
+    using Ribbon = TransportControls;
+    connect(transport_, &Ribbon::bpmEdited, this, &MainWindow::setBpm);
+    connect(transport_, &Ribbon::keySignatureEdited, this, &MainWindow::setKey);
+    connect(transport_, &Ribbon::harmonyMuteToggled, this, &MainWindow::setHarmonyMuted);
+    connect(transport_, &Ribbon::saveRequested, this, &MainWindow::saveCurrentProject);
+    connect(transport_, &Ribbon::newProjectRequested, this, &MainWindow::newProject);
+    connect(transport_, &Ribbon::openProjectRequested, this, &MainWindow::openProjectDialog);
+    connect(transport_, &Ribbon::addTrackRequested, this, &MainWindow::addTrack);
+    connect(transport_, &Ribbon::removeTrackRequested, this, &MainWindow::removeSelectedTrack);
+    connect(transport_, &Ribbon::exportMp3Requested, this, [this] { exportAudio(true); });
+    connect(transport_, &Ribbon::exportWavRequested, this, [this] { exportAudio(false); });
+    connect(transport_, &Ribbon::exportMidiRequested, this, &MainWindow::exportMidi);
 }
 
-void MainWindow::openProject(const QString& id)
+void MainWindow::adoptProject()
 {
-    Project* opened = storage_->loadProject(id, this);
-    if (opened)
-        exchangeProject(opened, id);
-    else
-        QMessageBox::warning(this, tr("Abrir proyecto"), tr("No pude abrir el proyecto."));
-}
-
-void MainWindow::openProjectById(const QString& id)
-{
-    openProject(id);
+    engine_->setProject(project_);
+    engine_->projectDir =
+        currentProjectId_.isEmpty() ? QString() : storage_->projectFolder(currentProjectId_);
+    transport_->setProject(project_);
+    undoStack_->reset(*project_);
+    updateSubdivisionMenu();
+    selectedTrack_ = 0;
+    stackedWidget_->setCurrentIndex(0);
+    showProjectName();
 }
 
 void MainWindow::exchangeProject(Project* project, const QString& id)
@@ -81,7 +148,86 @@ void MainWindow::exchangeProject(Project* project, const QString& id)
     adoptProject();
 }
 
-void MainWindow::adoptProject()
+void MainWindow::showProjectName()
 {
     setWindowTitle(tr("Velta — %1").arg(project_->name));
+}
+
+void MainWindow::snapshotAndRefresh()
+{
+    if (!project_)
+        return;
+    undoStack_->snapshot(*project_);
+    emit project_->changed();
+    engine_->refreshChannels();
+    engine_->rescheduleIfPlaying();
+}
+
+void MainWindow::undo()
+{
+    if (!project_ || !undoStack_->canUndo())
+        return;
+    project_->loadJson(undoStack_->undo(*project_));
+    emit project_->changed();
+}
+
+void MainWindow::redo()
+{
+    if (!project_ || !undoStack_->canRedo())
+        return;
+    project_->loadJson(undoStack_->redo());
+    emit project_->changed();
+}
+
+void MainWindow::setBpm(int bpm)
+{
+    if (!project_)
+        return;
+    project_->bpm = bpm;
+    snapshotAndRefresh();
+}
+
+void MainWindow::setKey(int rootPitchClass, int mode)
+{
+    if (!project_)
+        return;
+    ProjectEdits::setKey(*project_, rootPitchClass, mode);
+    snapshotAndRefresh();
+}
+
+void MainWindow::setHarmonyMuted(bool muted)
+{
+    if (!project_)
+        return;
+    project_->harmonyTrack.muted = muted;
+    snapshotAndRefresh();
+}
+
+bool MainWindow::projectHasContent() const
+{
+    return project_ && ProjectEdits::hasContent(*project_);
+}
+
+bool MainWindow::confirmDiscardChanges()
+{
+    if (!currentProjectId_.isEmpty() || !projectHasContent())
+        return true;
+    const auto answer = prompts_.ask(
+        this, tr("Obra sin guardar"),
+        tr("«%1» todavía no está guardada. ¿Querés guardarla antes?").arg(project_->name),
+        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel);
+    if (answer == QMessageBox::Save)
+        return saveCurrentProject();
+    return answer != QMessageBox::Cancel;
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    engine_->stop();
+    if (currentProjectId_.isEmpty()) {
+        event->setAccepted(confirmDiscardChanges());
+        return;
+    }
+    saveCurrentProject();
+    event->accept();
 }

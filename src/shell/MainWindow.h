@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shell/Prompts.h"
+
 #include <QMainWindow>
 
 #include <memory>
@@ -9,21 +11,39 @@ class LoopLibrary;
 class PlaybackEngine;
 class Project;
 class ProjectStorageProvider;
+class QMenu;
+class QPushButton;
+class QStackedWidget;
 class SoundfontPlayer;
+class TransportControls;
+class UndoStack;
+struct KeySignature;
+struct TimeSignature;
 
-/// The one window. It owns every long-lived object and is the only place where they meet.
+/// The one window. It owns every long-lived object and is the only place where they meet: the
+/// parts of the editor know the project but not one another.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
 public:
-    explicit MainWindow(QWidget* parent = nullptr);
+    /// The prompts are not owned.
+    explicit MainWindow(QWidget* parent = nullptr, Prompts& prompts = Prompts::dialogs());
     ~MainWindow() override;
 
     /// The resources folder beside the executable, or else, unchecked, the one in the current
     /// folder.
     static QString resourcesDir();
 
-    /// Puts a fresh work in place of the present one: one melody track on a piano.
+    // ---- The work as a whole ----
+
+    /// Asks for the settings of a new work, and opens it.
+    void newProject();
+
+    /// Saves a new work with one melody track, and opens it. An empty name becomes "Mi canción".
+    void createProject(const QString& name, const TimeSignature& timeSignature,
+                       const KeySignature& key, int bpm);
+
+    /// Puts a fresh work in place of the present one: one melody track on a piano, in no folder.
     void startBlankProject();
 
     /// Opens a saved work, or says that it cannot be opened and leaves the present one alone.
@@ -32,26 +52,102 @@ public:
     /// As openProject(), for whoever knows no more of a work than its id.
     void openProjectById(const QString& id);
 
+    void openProjectDialog();
+
+    /// Saves the work, asking for its name if it is in no folder yet. True when it is on disk.
+    bool saveCurrentProject();
+
+    void exportMidi();
+
+    /// Exports as MP3 or as WAV; the window stands still meanwhile.
+    void exportAudio(bool mp3);
+
+    // ---- Edits ----
+
+    void addTrack();
+    void removeSelectedTrack();
+
+    /// The one way of every finished edit: makes it undoable, visible and audible.
+    void snapshotAndRefresh();
+
+    void undo();
+    void redo();
+
+    // ---- What there is ----
+
     const Project* project() const { return project_; }
+
+    Project* project() { return project_; }
 
     const InstrumentLibrary* instruments() const { return instruments_; }
 
     const LoopLibrary* loopLibrary() const { return loopLibrary_; }
 
+    PlaybackEngine* engine() const { return engine_; }
+
+    const QString& currentProjectId() const { return currentProjectId_; }
+
+    /// Whether there is anything in the work that would be missed.
+    bool projectHasContent() const;
+
+    /// Whether the work may be thrown away. Asks only for one with content and without a folder;
+    /// what was changed since the last save of a work with a folder goes without a word.
+    bool confirmDiscardChanges();
+
+protected:
+    /// Saves a work with a folder, and asks for any other that has content.
+    void closeEvent(QCloseEvent* event) override;
+
 private:
+    void createServices();
+    QWidget* buildEditorView();
+    void connectTransport();
+    void buildMenus();
+    void buildFileMenu();
+    void buildEditMenu();
+    void buildViewMenu();
+    void addPlaybackShortcut();
+    void buildStatusBar();
+
     /// Makes the present project the one that everybody works on.
     void adoptProject();
 
     /// Makes a project the present one in place of the former.
     void exchangeProject(Project* project, const QString& id);
 
+    void showProjectName();
+    void updateSubdivisionMenu();
+    void updateThemeButton(bool dark);
+    void updateTitleBar(bool dark);
+    void onThemeChanged(bool dark);
+
+    void setBpm(int bpm);
+    void setKey(int rootPitchClass, int mode);
+    void setHarmonyMuted(bool muted);
+
+    /// Gives a work that is in no folder a name and an id. False when the user gave up.
+    bool nameForFirstSave();
+
+    bool writeAudio(bool mp3, const QString& path, QString* error);
+
+    Prompts& prompts_;
     std::unique_ptr<ProjectStorageProvider> storage_;
     // In the order of construction. All have this window as their parent.
-    InstrumentLibrary* instruments_;
-    LoopLibrary* loopLibrary_;
-    SoundfontPlayer* player_;
-    PlaybackEngine* engine_;
+    InstrumentLibrary* instruments_ = nullptr;
+    LoopLibrary* loopLibrary_ = nullptr;
+    SoundfontPlayer* player_ = nullptr;
+    PlaybackEngine* engine_ = nullptr;
+    UndoStack* undoStack_ = nullptr;
     Project* project_ = nullptr;
     /// Storage id of the project; empty until it is saved for the first time.
     QString currentProjectId_;
+    /// Index of the selected note track; -1 for none.
+    qsizetype selectedTrack_ = 0;
+
+    QStackedWidget* stackedWidget_ = nullptr;
+    TransportControls* transport_ = nullptr;
+    QAction* undoAction_ = nullptr;
+    QAction* redoAction_ = nullptr;
+    QMenu* subdivisionMenu_ = nullptr;
+    QPushButton* themeButton_ = nullptr;
 };

@@ -1,0 +1,197 @@
+#include "export/AudioExporter.h"
+#include "export/MidiExporter.h"
+#include "model/Project.h"
+#include "model/ProjectEdits.h"
+#include "playback/PlaybackEngine.h"
+#include "shell/MainWindow.h"
+#include "shell/OpenProjectDialog.h"
+#include "shell/ProjectGallery.h"
+#include "storage/ProjectStorageProvider.h"
+
+#include <QGuiApplication>
+#include <QStatusBar>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr int kSavedMs = 2000;
+constexpr int kExportedMs = 4000;
+
+Track firstTrack(const QString& name)
+{
+    Track track;
+    track.name = name;
+    track.instrumentId = u"gm_piano"_s;
+    return track;
+}
+
+/// Shows that the window is busy, for as long as it lives.
+class WaitCursor {
+public:
+    WaitCursor() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }
+
+    ~WaitCursor() { QGuiApplication::restoreOverrideCursor(); }
+
+    WaitCursor(const WaitCursor&) = delete;
+    WaitCursor& operator=(const WaitCursor&) = delete;
+};
+
+} // namespace
+
+void MainWindow::startBlankProject()
+{
+    auto* blank = new Project(this);
+    blank->name = tr("Obra sin título");
+    blank->tracks.append(firstTrack(tr("Melodía")));
+    exchangeProject(blank, QString());
+}
+
+void MainWindow::newProject()
+{
+    if (!confirmDiscardChanges())
+        return;
+    QString name;
+    TimeSignature timeSignature;
+    KeySignature key;
+    int bpm = Project::kDefaultBpm;
+    if (ProjectGallery::askNewProject(this, &name, &timeSignature, &key, &bpm, prompts_))
+        createProject(name, timeSignature, key, bpm);
+}
+
+void MainWindow::createProject(const QString& name, const TimeSignature& timeSignature,
+                               const KeySignature& key, int bpm)
+{
+    const QString id = storage_->createProjectId(name);
+    Project created;
+    created.name = name.isEmpty() ? tr("Mi canción") : name;
+    created.timeSignature = timeSignature;
+    created.keySignature = key;
+    created.bpm = bpm;
+    created.tracks.append(firstTrack(tr("Melodía")));
+    if (storage_->saveProject(id, created))
+        openProject(id);
+    else
+        prompts_.warn(this, tr("Nuevo proyecto"), tr("No pude crear el proyecto."));
+}
+
+void MainWindow::openProject(const QString& id)
+{
+    Project* opened = storage_->loadProject(id, this);
+    if (opened)
+        exchangeProject(opened, id);
+    else
+        prompts_.warn(this, tr("Abrir proyecto"), tr("No pude abrir el proyecto."));
+}
+
+void MainWindow::openProjectById(const QString& id)
+{
+    openProject(id);
+}
+
+void MainWindow::openProjectDialog()
+{
+    const QList<ProjectInfo> works = storage_->listProjects();
+    if (works.isEmpty()) {
+        prompts_.inform(this, tr("Abrir obra"),
+                        tr("Todavía no hay ninguna obra guardada.\n\nCuando guardes esta "
+                           "(Archivo → Guardar), va a aparecer acá."));
+        return;
+    }
+    if (!confirmDiscardChanges())
+        return;
+    OpenProjectDialog dialog(works, storage_.get(), prompts_, this);
+    if (!prompts_.run(dialog))
+        return;
+    if (const auto id = dialog.currentId())
+        openProject(*id);
+}
+
+bool MainWindow::saveCurrentProject()
+{
+    if (!project_ || (currentProjectId_.isEmpty() && !nameForFirstSave()))
+        return false;
+    if (!storage_->saveProject(currentProjectId_, *project_)) {
+        prompts_.warn(this, tr("Guardar"), tr("No pude guardar la obra."));
+        return false;
+    }
+    statusBar()->showMessage(tr("Obra guardada."), kSavedMs);
+    return true;
+}
+
+bool MainWindow::nameForFirstSave()
+{
+    const auto answer =
+        prompts_.askText(this, tr("Guardar obra"), tr("¿Cómo se llama esta obra?"), project_->name);
+    const QString name = answer.value_or(QString()).trimmed();
+    if (name.isEmpty())
+        return false;
+    project_->name = name;
+    currentProjectId_ = storage_->createProjectId(name);
+    engine_->projectDir = storage_->projectFolder(currentProjectId_);
+    showProjectName();
+    return true;
+}
+
+void MainWindow::exportMidi()
+{
+    if (!project_)
+        return;
+    const auto path = prompts_.askSaveFile(this, tr("Exportar MIDI"), project_->name + ".mid"_L1,
+                                           tr("MIDI (*.mid)"));
+    if (!path)
+        return;
+    QString error;
+    if (MidiExporter::exportProject(*project_, loopLibrary_, instruments_, *path, &error))
+        statusBar()->showMessage(tr("Exportado a %1").arg(*path), kExportedMs);
+    else
+        prompts_.warn(this, tr("Exportar MIDI"), tr("Falló la exportación: %1").arg(error));
+}
+
+void MainWindow::exportAudio(bool mp3)
+{
+    if (!project_)
+        return;
+    const auto path = prompts_.askSaveFile(this, mp3 ? tr("Exportar MP3") : tr("Exportar WAV"),
+                                           project_->name + (mp3 ? ".mp3"_L1 : ".wav"_L1),
+                                           mp3 ? tr("MP3 (*.mp3)") : tr("WAV (*.wav)"));
+    if (!path)
+        return;
+    QString error;
+    if (writeAudio(mp3, *path, &error))
+        statusBar()->showMessage(tr("Exportado a %1").arg(*path), kExportedMs);
+    else
+        prompts_.warn(this, tr("Exportar"), tr("Falló la exportación: %1").arg(error));
+}
+
+bool MainWindow::writeAudio(bool mp3, const QString& path, QString* error)
+{
+    const WaitCursor cursor;
+    const QString bank = resourcesDir() + "/soundfonts/velta_bank_gm.sf2"_L1;
+    const QString clipsDir = storage_->projectFolder(currentProjectId_);
+    const auto write = mp3 ? &AudioExporter::exportMp3 : &AudioExporter::exportWav;
+    return write(*project_, clipsDir, loopLibrary_, instruments_, bank, path, error);
+}
+
+void MainWindow::addTrack()
+{
+    if (!project_)
+        return;
+    if (project_->tracks.size() >= kMaxNoteTracks) {
+        prompts_.inform(this, tr("Veltas"),
+                        tr("Se alcanzó el máximo de %1 veltas de notas.").arg(kMaxNoteTracks));
+        return;
+    }
+    selectedTrack_ =
+        ProjectEdits::addNoteTrack(*project_, tr("Velta %1").arg(project_->tracks.size() + 1));
+    snapshotAndRefresh();
+}
+
+void MainWindow::removeSelectedTrack()
+{
+    if (!project_ || selectedTrack_ < 0 || selectedTrack_ >= project_->tracks.size())
+        return;
+    project_->tracks.removeAt(selectedTrack_);
+    snapshotAndRefresh();
+    selectedTrack_ = project_->tracks.isEmpty() ? -1 : 0;
+}

@@ -1,0 +1,89 @@
+#include "shell/NewProjectDialog.h"
+
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QFormLayout>
+#include <QLineEdit>
+#include <QSpinBox>
+
+#include <array>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr int kPitchClasses = 12;
+
+struct Meter {
+    const char* text;
+    TimeSignature timeSignature;
+};
+
+constexpr std::array<Meter, 4> kMeters{
+    {{"4/4", {.numerator = 4, .denominator = 4, .isCompound = false}},
+     {"3/4", {.numerator = 3, .denominator = 4, .isCompound = false}},
+     {"2/4", {.numerator = 2, .denominator = 4, .isCompound = false}},
+     {"6/8", {.numerator = 6, .denominator = 8, .isCompound = true}}}};
+
+QComboBox* meterBox()
+{
+    auto* box = new QComboBox;
+    for (const Meter& meter : kMeters)
+        box->addItem(QString::fromLatin1(meter.text), QVariant::fromValue(meter.timeSignature));
+    return box;
+}
+
+QComboBox* rootBox()
+{
+    auto* box = new QComboBox;
+    for (int pitchClass = 0; pitchClass < kPitchClasses; ++pitchClass)
+        box->addItem(u"%1 / %2"_s.arg(KeySignature::solfegeName(pitchClass),
+                                      KeySignature::letterName(pitchClass)));
+    return box;
+}
+
+} // namespace
+
+NewProjectDialog::NewProjectDialog(QWidget* parent)
+    : QDialog(parent), name_(new QLineEdit(tr("Mi canción"))), meter_(meterBox()), root_(rootBox()),
+      mode_(new QComboBox), bpm_(new QSpinBox)
+{
+    setWindowTitle(tr("Nuevo proyecto"));
+    name_->selectAll();
+    mode_->addItems({tr("Mayor"), tr("Menor")});
+    bpm_->setRange(40, 240);
+    bpm_->setValue(120);
+
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+
+    auto* form = new QFormLayout(this);
+    form->addRow(tr("Nombre"), name_);
+    form->addRow(tr("Compás"), meter_);
+    form->addRow(tr("Tonalidad"), root_);
+    form->addRow(tr("Modo"), mode_);
+    form->addRow(tr("BPM"), bpm_);
+    form->addRow(buttons);
+}
+
+QString NewProjectDialog::name() const
+{
+    return name_->text().trimmed();
+}
+
+TimeSignature NewProjectDialog::timeSignature() const
+{
+    return meter_->currentData().value<TimeSignature>();
+}
+
+KeySignature NewProjectDialog::key() const
+{
+    return {.rootPitchClass = root_->currentIndex(),
+            .mode = mode_->currentIndex() == 1 ? KeyMode::Minor : KeyMode::Major};
+}
+
+int NewProjectDialog::bpm() const
+{
+    return bpm_->value();
+}

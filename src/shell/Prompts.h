@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QMessageBox>
+#include <QString>
+
+#include <optional>
+
+class QDialog;
+class QWidget;
+
+/// Every message and question to the user. What is asked here can be answered without a dialog by
+/// whoever takes its place.
+class Prompts {
+public:
+    Prompts() = default;
+    virtual ~Prompts() = default;
+    Prompts(const Prompts&) = delete;
+    Prompts& operator=(const Prompts&) = delete;
+
+    /// The real dialogs. Modal, over `parent`, with texts taken as plain text.
+    static Prompts& dialogs();
+
+    virtual void warn(QWidget* parent, const QString& title, const QString& text);
+    virtual void inform(QWidget* parent, const QString& title, const QString& text);
+
+    /// The button that was chosen; that of giving up when the question was closed.
+    virtual QMessageBox::StandardButton ask(QWidget* parent, const QString& title,
+                                            const QString& text,
+                                            QMessageBox::StandardButtons buttons);
+
+    /// One line of text, or nothing when the user gave up.
+    virtual std::optional<QString> askText(QWidget* parent, const QString& title,
+                                           const QString& label, const QString& text);
+
+    /// A path to write to, or nothing when the user gave up. `proposal` names a file without its
+    /// folder.
+    virtual std::optional<QString> askSaveFile(QWidget* parent, const QString& title,
+                                               const QString& proposal, const QString& filter);
+
+    /// Shows a dialog of the program's own; true when it was accepted.
+    virtual bool run(QDialog& dialog);
+};

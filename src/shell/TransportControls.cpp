@@ -1,0 +1,302 @@
+#include "shell/TransportControls.h"
+
+#include "model/Project.h"
+#include "music/Beats.h"
+#include "playback/PlaybackEngine.h"
+#include "shell/GridLevelNames.h"
+#include "shell/RibbonGroup.h"
+
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QScopedValueRollback>
+#include <QSpinBox>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr int kPitchClasses = 12;
+
+QSpinBox* spinBox(int least, int most, int value, int width, const QString& tooltip)
+{
+    auto* box = new QSpinBox;
+    box->setRange(least, most);
+    box->setValue(value);
+    box->setFixedWidth(width);
+    box->setToolTip(tooltip);
+    return box;
+}
+
+QComboBox* comboBox(const QStringList& entries, const QString& tooltip)
+{
+    auto* box = new QComboBox;
+    box->addItems(entries);
+    box->setToolTip(tooltip);
+    return box;
+}
+
+QStringList keyNames()
+{
+    QStringList names;
+    for (int pitchClass = 0; pitchClass < kPitchClasses; ++pitchClass)
+        names.append(u"%1 / %2"_s.arg(KeySignature::letterName(pitchClass),
+                                      KeySignature::solfegeName(pitchClass)));
+    return names;
+}
+
+/// A row of groups, closed by a stretch.
+QWidget* rowOf(const QList<RibbonGroup*>& groups)
+{
+    auto* row = new QWidget;
+    row->setObjectName(u"fila_btns"_s);
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(3);
+    for (RibbonGroup* group : groups)
+        layout->addWidget(group);
+    layout->addStretch();
+    return row;
+}
+
+} // namespace
+
+TransportControls::TransportControls(PlaybackEngine* engine, QWidget* parent)
+    : QWidget(parent), engine_(engine)
+{
+    setObjectName(u"ribbon"_s);
+    // A plain widget paints the background of a style sheet only when it is told to.
+    setAttribute(Qt::WA_StyledBackground);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(3, 3, 3, 3);
+    layout->setSpacing(3);
+    layout->addWidget(rowOf({projectGroup(), playbackGroup(), keyGroup()}));
+    layout->addWidget(rowOf({tracksGroup(), voiceGroup(), exportGroup(), viewGroup()}));
+    updateSubdivisionLabels();
+    connectEdits();
+    if (engine_)
+        connectEngine();
+}
+
+RibbonGroup* TransportControls::projectGroup()
+{
+    auto* group = new RibbonGroup(tr("Proyecto"), 0);
+    connect(group->addCard(u"✚"_s, tr("Nueva"), tr("Empezar una obra nueva (Ctrl+N)"), false),
+            &QToolButton::clicked, this, &TransportControls::newProjectRequested);
+    connect(group->addCard(u"💾"_s, tr("Guardar"),
+                           tr("Guardar la obra para seguirla después (Ctrl+S)"), false),
+            &QToolButton::clicked, this, &TransportControls::saveRequested);
+    connect(group->addCard(u"📂"_s, tr("Abrir"), tr("Abrir una obra guardada (Ctrl+O)"), false),
+            &QToolButton::clicked, this, &TransportControls::openProjectRequested);
+    return group;
+}
+
+RibbonGroup* TransportControls::playbackGroup()
+{
+    auto* group = new RibbonGroup(tr("Reproducción"), 1);
+    play_ = group->addCard(u"▶"_s, tr("Reproducir"),
+                           tr("Escuchar la canción desde el cabezal (Espacio)"), false);
+    stop_ = group->addCard(u"■"_s, tr("Detener"), tr("Parar y volver al comienzo"), false);
+    repeat_ =
+        group->addCard(u"⟳"_s, tr("Repetir"), tr("Repetir un rango de compases en loop"), true);
+    firstBar_ = spinBox(1, 999, 1, 46, tr("Primer compás del rango repetido"));
+    group->addLabeledWidget(firstBar_, tr("Del compás"));
+    lastBar_ = spinBox(1, 999, 4, 46, tr("Último compás del rango repetido"));
+    group->addLabeledWidget(lastBar_, tr("al compás"));
+    metronome_ = group->addCard(u"♩"_s, tr("Metrónomo"),
+                                tr("Marcar el pulso mientras suena la canción"), true);
+    position_ = new QLabel(u"1.1"_s);
+    position_->setObjectName(u"lbl_toolbar"_s);
+    // The application's sheet has a size for captions, which only a sheet can overrule.
+    position_->setStyleSheet(u"font-size: 14pt; font-weight: 700;"_s);
+    position_->setAlignment(Qt::AlignCenter);
+    position_->setMinimumWidth(48);
+    position_->setToolTip(tr("Dónde está el cabezal: compás.pulso"));
+    position_->setAccessibleDescription(position_->toolTip());
+    group->addLabeledWidget(position_, tr("Posición"));
+    return group;
+}
+
+RibbonGroup* TransportControls::keyGroup()
+{
+    auto* group = new RibbonGroup(tr("Tempo y tonalidad"), 2);
+    bpm_ = spinBox(40, 240, Project::kDefaultBpm, 56,
+                   tr("Velocidad de la canción, en pulsos por minuto"));
+    group->addLabeledWidget(bpm_, tr("Velocidad"));
+    key_ = comboBox(keyNames(), tr("Nota principal de la canción"));
+    group->addLabeledWidget(key_, tr("Tonalidad"));
+    mode_ = comboBox({tr("Mayor"), tr("Menor")}, tr("Modo: Mayor suena alegre, Menor más triste"));
+    group->addLabeledWidget(mode_, tr("Modo"));
+    chords_ = group->addCard(u"♫"_s, tr("Acordes"),
+                             tr("Hacer sonar (o silenciar) la guía de acordes"), true);
+    chords_->setChecked(true);
+    return group;
+}
+
+RibbonGroup* TransportControls::tracksGroup()
+{
+    auto* group = new RibbonGroup(tr("Veltas"), 0);
+    connect(group->addCard(u"＋"_s, tr("Agregar"),
+                           tr("Agregar una velta nueva para otro instrumento"), false),
+            &QToolButton::clicked, this, &TransportControls::addTrackRequested);
+    connect(group->addCard(u"−"_s, tr("Quitar"), tr("Quitar la velta seleccionada"), false),
+            &QToolButton::clicked, this, &TransportControls::removeTrackRequested);
+    return group;
+}
+
+RibbonGroup* TransportControls::voiceGroup()
+{
+    auto* group = new RibbonGroup(tr("Voz"), 1);
+    connect(group->addCard(u"●"_s, tr("Grabar"),
+                           tr("Grabar tu voz con el micrófono mientras suena la canción"), false),
+            &QToolButton::clicked, this, &TransportControls::recordVoiceRequested);
+    connect(group->addCard(u"⇩"_s, tr("Importar"),
+                           tr("Traer un audio ya grabado (WAV, MP3, ogg, opus)"), false),
+            &QToolButton::clicked, this, &TransportControls::importVoiceRequested);
+    return group;
+}
+
+RibbonGroup* TransportControls::exportGroup()
+{
+    auto* group = new RibbonGroup(tr("Exportar"), 2);
+    const auto addWord = [&](const QString& face, const QString& caption, const QString& tooltip,
+                             void (TransportControls::*requested)()) {
+        QToolButton* button = group->addCard(face, caption, tooltip, false);
+        button->setStyleSheet(u"font-size: 13px; font-weight: 800;"_s);
+        connect(button, &QToolButton::clicked, this, requested);
+    };
+    addWord(u"MP3"_s, tr("Audio"),
+            tr("Guardar la canción como MP3 para compartir o usar en Ecos y Cuadros"),
+            &TransportControls::exportMp3Requested);
+    addWord(u"WAV"_s, tr("Audio HQ"), tr("Guardar la canción como WAV sin comprimir"),
+            &TransportControls::exportWavRequested);
+    addWord(u"MIDI"_s, tr("Partitura"),
+            tr("Guardar las notas como MIDI para abrir en otros programas"),
+            &TransportControls::exportMidiRequested);
+    return group;
+}
+
+RibbonGroup* TransportControls::viewGroup()
+{
+    auto* group = new RibbonGroup(tr("Vista"), 0);
+    connect(group->addCard(u"⊕"_s, tr("Acercar"), tr("Ver el tiempo más de cerca"), false),
+            &QToolButton::clicked, this, &TransportControls::zoomInRequested);
+    connect(group->addCard(u"⊖"_s, tr("Alejar"), tr("Ver más compases a la vez"), false),
+            &QToolButton::clicked, this, &TransportControls::zoomOutRequested);
+    grid_ = comboBox({QString(), QString(), QString()},
+                     tr("Qué está marcando la grilla: el pulso, su división o la subdivisión"));
+    grid_->setCurrentIndex(static_cast<int>(GridSubdivisionLevel::Division));
+    group->addLabeledWidget(grid_, tr("Grilla"));
+    return group;
+}
+
+void TransportControls::connectEngine()
+{
+    connect(play_, &QToolButton::clicked, this, &TransportControls::togglePlayback);
+    connect(stop_, &QToolButton::clicked, engine_, &PlaybackEngine::stop);
+    connect(metronome_, &QToolButton::toggled, engine_, &PlaybackEngine::setMetronomeEnabled);
+    connect(repeat_, &QToolButton::toggled, this, &TransportControls::applyRepeatRange);
+    connect(firstBar_, &QSpinBox::valueChanged, this, &TransportControls::applyRepeatRange);
+    connect(lastBar_, &QSpinBox::valueChanged, this, &TransportControls::applyRepeatRange);
+    connect(engine_, &PlaybackEngine::playheadChanged, this, &TransportControls::updatePlayhead);
+    connect(engine_, &PlaybackEngine::playingChanged, this, &TransportControls::showPlaying);
+}
+
+void TransportControls::connectEdits()
+{
+    const auto unlessUpdating = [this](auto edit) {
+        return [this, edit](auto value) {
+            if (!updatingFromProject_)
+                edit(value);
+        };
+    };
+    connect(bpm_, &QSpinBox::valueChanged, this,
+            unlessUpdating([this](int bpm) { emit bpmEdited(bpm); }));
+    connect(key_, &QComboBox::currentIndexChanged, this,
+            unlessUpdating([this](int) { emitKeyEdit(); }));
+    connect(mode_, &QComboBox::currentIndexChanged, this,
+            unlessUpdating([this](int) { emitKeyEdit(); }));
+    connect(chords_, &QToolButton::toggled, this,
+            unlessUpdating([this](bool heard) { emit harmonyMuteToggled(!heard); }));
+    connect(grid_, &QComboBox::currentIndexChanged, this, unlessUpdating([this](int level) {
+                emit subdivisionChanged(static_cast<GridSubdivisionLevel>(level));
+            }));
+}
+
+void TransportControls::setProject(Project* project)
+{
+    if (project_)
+        disconnect(project_, nullptr, this, nullptr);
+    project_ = project;
+    updateFromProject();
+    if (project)
+        connect(project, &Project::changed, this, &TransportControls::updateFromProject,
+                Qt::UniqueConnection);
+}
+
+void TransportControls::updateFromProject()
+{
+    updateSubdivisionLabels();
+    if (!project_)
+        return;
+    const QScopedValueRollback guard(updatingFromProject_, true);
+    bpm_->setValue(project_->bpm);
+    key_->setCurrentIndex(project_->keySignature.rootPitchClass);
+    mode_->setCurrentIndex(project_->keySignature.mode == KeyMode::Minor ? 1 : 0);
+    chords_->setChecked(!project_->harmonyTrack.muted);
+}
+
+void TransportControls::updateSubdivisionLabels()
+{
+    const QScopedValueRollback guard(updatingFromProject_, true);
+    const bool compound = project_ && project_->timeSignature.isCompound;
+    for (const GridSubdivisionLevel level : kGridLevels)
+        grid_->setItemText(static_cast<int>(level), gridLevelName(level, compound));
+}
+
+void TransportControls::togglePlayback()
+{
+    if (engine_->isPlaying())
+        engine_->pause();
+    else
+        engine_->play();
+}
+
+void TransportControls::applyRepeatRange()
+{
+    if (!project_ || !engine_ || updatingFromProject_)
+        return;
+    if (!repeat_->isChecked()) {
+        engine_->clearLoopRange();
+        return;
+    }
+    const auto [first, last] = std::minmax({firstBar_->value(), lastBar_->value()});
+    const double bar = project_->beatsPerBar();
+    engine_->setLoopRange((first - 1) * bar, last * bar);
+}
+
+void TransportControls::emitKeyEdit()
+{
+    emit keySignatureEdited(key_->currentIndex(), mode_->currentIndex());
+}
+
+void TransportControls::updatePlayhead(double beat)
+{
+    const double beatsPerBar = project_ ? project_->beatsPerBar() : 0.0;
+    const auto bar = barAt(beat, beatsPerBar);
+    if (!bar)
+        return;
+    const double pulse = project_->timeSignature.isCompound ? 1.5 : 1.0;
+    const double pulses = std::floor((beat - *bar * beatsPerBar) / pulse);
+    position_->setText(u"%1.%2"_s.arg(*bar + 1.0, 0, 'f', 0).arg(pulses + 1.0, 0, 'f', 0));
+}
+
+void TransportControls::showPlaying(bool playing)
+{
+    play_->setText(playing ? u"⏸"_s : u"▶"_s);
+}

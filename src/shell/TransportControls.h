@@ -1,0 +1,89 @@
+#pragma once
+
+#include "model/GridSubdivision.h"
+
+#include <QPointer>
+#include <QWidget>
+
+class PlaybackEngine;
+class Project;
+class QComboBox;
+class QLabel;
+class QSpinBox;
+class QToolButton;
+class RibbonGroup;
+
+/// The ribbon: transport, tempo and key, and the actions on the work, its tracks and its voice. It
+/// plays by itself; everything else it only asks for. It outlives projects.
+class TransportControls : public QWidget {
+    Q_OBJECT
+
+public:
+    /// The engine is not owned; without one the transport does nothing.
+    explicit TransportControls(PlaybackEngine* engine, QWidget* parent = nullptr);
+
+    /// Shows a project, which is not owned and may be null, and follows its changes.
+    void setProject(Project* project);
+
+    /// Takes every control from the project. No edit is announced.
+    void updateFromProject();
+
+signals:
+    void saveRequested();
+    void newProjectRequested();
+    void openProjectRequested();
+    void addTrackRequested();
+    void removeTrackRequested();
+    void recordVoiceRequested();
+    void importVoiceRequested();
+    void exportMp3Requested();
+    void exportWavRequested();
+    void exportMidiRequested();
+    void zoomInRequested();
+    void zoomOutRequested();
+
+    /// Quarter notes per minute.
+    void bpmEdited(int bpm);
+
+    void harmonyMuteToggled(bool muted);
+
+    /// `mode` is 0 for Major and 1 for Minor.
+    void keySignatureEdited(int rootPitchClass, int mode);
+
+    void subdivisionChanged(GridSubdivisionLevel level);
+
+private:
+    RibbonGroup* projectGroup();
+    RibbonGroup* playbackGroup();
+    RibbonGroup* keyGroup();
+    RibbonGroup* tracksGroup();
+    RibbonGroup* voiceGroup();
+    RibbonGroup* exportGroup();
+    RibbonGroup* viewGroup();
+    void connectEngine();
+    void connectEdits();
+
+    void togglePlayback();
+    void applyRepeatRange();
+    void emitKeyEdit();
+    void updateSubdivisionLabels();
+    void updatePlayhead(double beat);
+    void showPlaying(bool playing);
+
+    PlaybackEngine* engine_;
+    QPointer<Project> project_;
+    QToolButton* play_ = nullptr;
+    QToolButton* stop_ = nullptr;
+    QToolButton* repeat_ = nullptr;
+    QSpinBox* firstBar_ = nullptr;
+    QSpinBox* lastBar_ = nullptr;
+    QToolButton* metronome_ = nullptr;
+    QLabel* position_ = nullptr;
+    QSpinBox* bpm_ = nullptr;
+    QComboBox* key_ = nullptr;
+    QComboBox* mode_ = nullptr;
+    QToolButton* chords_ = nullptr;
+    QComboBox* grid_ = nullptr;
+    /// Set while controls change by the program's own hand.
+    bool updatingFromProject_ = false;
+};
