@@ -4,13 +4,18 @@
 # What every build needs.
 build_packages=(
     g++ cmake ninja-build pkg-config
-    qt6-base-dev qt6-multimedia-dev libgl-dev
+    qt6-base-dev qt6-multimedia-dev qt6-translations-l10n libgl-dev
     libfluidsynth-dev libsndfile1-dev libmp3lame-dev libasound2-dev
     libbenchmark-dev
     fluid-soundfont-gm
 )
 
-# What the tests need on top of it.
+# What the window needs on top of it: glyphs for the symbols on its buttons.
+window_packages=(
+    fonts-dejavu-core fonts-symbola fonts-droid-fallback
+)
+
+# What the tests need on top of what every build needs.
 test_packages=(
     clang-format
     g++-mingw-w64-x86-64-win32

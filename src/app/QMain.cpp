@@ -2,11 +2,16 @@
 
 #include "app/SelfTest.h"
 #include "app/StartOptions.h"
+#include "shell/AlturasWidgets.h"
+#include "shell/IgualadorSimbolos.h"
 #include "shell/MainWindow.h"
+#include "shell/theme/ThemeManager.h"
 
 #include <QApplication>
 #include <QIcon>
+#include <QLibraryInfo>
 #include <QLoggingCategory>
+#include <QTranslator>
 
 #include <algorithm>
 #include <string_view>
@@ -49,6 +54,14 @@ void setIdentity()
     QCoreApplication::setApplicationVersion(u"0.1"_s);
 }
 
+/// Gives the buttons and dialogs that are Qt's own the language of the rest of the screen, where
+/// Qt's translations are installed.
+void speakSpanish(QTranslator* qtTexts)
+{
+    if (qtTexts->load(u"qtbase_es"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(qtTexts);
+}
+
 } // namespace
 
 int qMain(int argc, char** argv)
@@ -56,6 +69,7 @@ int qMain(int argc, char** argv)
     keepStreamsQuiet();
     chooseOffscreenForSelfTest(argc, argv);
     QApplication application(argc, argv);
+    application.installEventFilter(new ovelin::IgualadorSimbolos(&application));
     setIdentity();
     QGuiApplication::setWindowIcon(
         QIcon(QCoreApplication::applicationDirPath() + "/resources/icons/velta_256.png"_L1));
@@ -64,8 +78,12 @@ int qMain(int argc, char** argv)
     if (options.selfTestDir)
         return runSelfTest(*options.selfTestDir);
 
+    QTranslator qtTexts;
+    speakSpanish(&qtTexts);
+    ThemeManager::instance()->applySavedTheme();
     MainWindow window;
     window.showMaximized();
+    ovelin::medirAlturasSiHaceFalta();
     if (options.projectId)
         window.openProjectById(*options.projectId);
     return QApplication::exec();

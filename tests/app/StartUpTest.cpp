@@ -1,15 +1,21 @@
 #include "support/Installation.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
 namespace {
 
 /// The program with its window, on Qt's offscreen platform.
 class WindowedRun {
 public:
     WindowedRun(const Installation& velta, const QString& workingDir,
-                const QStringList& arguments = {})
+                const QStringList& arguments = {}, const QMap<QString, QString>& variables = {})
     {
         QProcessEnvironment environment = velta.bareEnvironment();
         environment.insert("QT_QPA_PLATFORM", "offscreen");
+        for (auto variable = variables.cbegin(); variable != variables.cend(); ++variable)
+            environment.insert(variable.key(), variable.value());
         process_.setProcessEnvironment(environment);
         process_.setWorkingDirectory(workingDir);
         process_.start(velta.filePath("velta"), arguments);
@@ -27,7 +33,7 @@ public:
     /// Whether the program goes on for some time.
     bool staysUp()
     {
-        return !process_.waitForFinished(2000) && process_.state() == QProcess::Running;
+        return !process_.waitForFinished(1200) && process_.state() == QProcess::Running;
     }
 
     QByteArray streams()
@@ -44,6 +50,62 @@ QString manifestIn(const QString& dir)
     return dir + "/resources/loops/manifest.json";
 }
 
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void write(const QString& path, const QByteArray& content)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    if (file.open(QIODevice::WriteOnly))
+        file.write(content);
+}
+
+/// An installation whose user has two works, a theme and a session of the suite.
+class UsedInstallation : public Installation {
+public:
+    UsedInstallation()
+    {
+        for (const char* id : {"vals", "zamba"})
+            write(filePath(QStringLiteral("Documents/Velta/%1/project.json").arg(id)), "{}");
+        const QString now = QDateTime::currentDateTime().toString(Qt::ISODate);
+        write(dataFolder() + "/sesion.json",
+              QStringLiteral(R"({"inicio_sesion":"%1","ultima_actividad":"%1",)"
+                             R"("integrantes":[{"id":"ana"}]})")
+                  .arg(now)
+                  .toUtf8());
+    }
+
+    QString dataFolder() const { return filePath("data/Ovelin"); }
+
+    QString settingsFile() const { return filePath(".config/Ovelin/Velta.conf"); }
+
+    QString heightsFile() const { return filePath("heights.txt"); }
+
+    QMap<QString, QString> variables(const QMap<QString, QString>& further = {}) const
+    {
+        QMap<QString, QString> all{{"ProgramData", filePath("data")},
+                                   {"XDG_CONFIG_HOME", filePath(".config")},
+                                   {"XDG_DATA_HOME", filePath(".local/share")}};
+        all.insert(further);
+        return all;
+    }
+
+    /// The works that were opened, as the session's member finds them among recent files.
+    QStringList openedWorks() const
+    {
+        QStringList works;
+        const auto entries =
+            QJsonDocument::fromJson(contentOf(dataFolder() + "/recientes/ana.json")).array();
+        for (const QJsonValue& entry : entries)
+            works.append(QFileInfo(entry["ruta"].toString()).fileName());
+        return works;
+    }
+};
+
 } // namespace
 
 class StartUpTest : public QObject {
@@ -55,6 +117,15 @@ private slots:
     void resourcesOfTheCurrentFolderServeWhereThereAreNoOthers();
     void withoutAnyResourcesTheWindowOpensAllTheSame();
     void unknownArgumentsAreIgnored();
+    void theWorkOfTheCommandLineIsOpened_data();
+    void theWorkOfTheCommandLineIsOpened();
+    void aWorkThatIsNotThereIsToldInABoxOverTheBlankWork();
+    void theSelfTestWinsOverOpening();
+    void aFirstStartStoresTheLightTheme();
+    void theStoredThemeIsKept();
+    void heightsAreWrittenTwoSecondsAfterTheStart();
+    void anEmptyNameAsksForNoHeights();
+    void symbolsAreReportedUnderAnEmptyVariableToo();
 };
 
 void StartUpTest::theWindowStaysUpAndTheStreamsStaySilent()
@@ -101,6 +172,97 @@ void StartUpTest::unknownArgumentsAreIgnored()
     WindowedRun run(velta, velta.filePath(""), {"--help", "--version", "obra"});
     QVERIFY(run.staysUp());
     QCOMPARE(run.streams(), QByteArray());
+}
+
+void StartUpTest::theWorkOfTheCommandLineIsOpened_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QStringList>("opened");
+    using Args = QStringList;
+    QTest::newRow("--open opens a work") << Args{"--open", "vals"} << Args{"vals"};
+    QTest::newRow("--proyecto opens a work") << Args{"--proyecto", "zamba"} << Args{"zamba"};
+    QTest::newRow("beside --open, --proyecto is not looked at")
+        << Args{"--proyecto", "zamba", "--open", "vals"} << Args{"vals"};
+    QTest::newRow("--proyecto as the last argument opens nothing") << Args{"--proyecto"} << Args{};
+    QTest::newRow("--open as the last argument opens nothing")
+        << Args{"--proyecto", "zamba", "--open"} << Args{};
+}
+
+void StartUpTest::theWorkOfTheCommandLineIsOpened()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QStringList, opened);
+    const UsedInstallation velta;
+    WindowedRun run(velta, velta.filePath(""), arguments, velta.variables());
+    if (opened.isEmpty())
+        QVERIFY(run.staysUp());
+    QTRY_COMPARE_WITH_TIMEOUT(velta.openedWorks(), opened, 20000);
+    QCOMPARE(run.streams(), QByteArray());
+}
+
+void StartUpTest::aWorkThatIsNotThereIsToldInABoxOverTheBlankWork()
+{
+    const UsedInstallation velta;
+    WindowedRun run(velta, velta.filePath(""), {"--open", "no_such_work"},
+                    velta.variables({{"MEDIR_ALTURAS", velta.heightsFile()}}));
+    QTRY_VERIFY_WITH_TIMEOUT(contentOf(velta.heightsFile()).contains("MainWindow"), 20000);
+    QVERIFY(contentOf(velta.heightsFile()).contains("QMessageBox"));
+    QCOMPARE(velta.openedWorks(), QStringList());
+}
+
+void StartUpTest::theSelfTestWinsOverOpening()
+{
+    const UsedInstallation velta;
+    const Installation::Run run =
+        velta.run({"--open", "vals", "--selftest", velta.filePath("out")});
+    QCOMPARE(run.exitCode, 0);
+    QVERIFY(QFile::exists(velta.filePath("out/selftest.mid")));
+    QCOMPARE(velta.openedWorks(), QStringList());
+}
+
+void StartUpTest::aFirstStartStoresTheLightTheme()
+{
+    const UsedInstallation velta;
+    WindowedRun run(velta, velta.filePath(""), {}, velta.variables());
+    QTRY_VERIFY_WITH_TIMEOUT(contentOf(velta.settingsFile()).contains("modoOscuro=false"), 20000);
+}
+
+void StartUpTest::theStoredThemeIsKept()
+{
+    const UsedInstallation velta;
+    write(velta.settingsFile(), "[General]\nmodoOscuro=true\n");
+    WindowedRun run(velta, velta.filePath(""), {}, velta.variables());
+    QVERIFY(run.staysUp());
+    QVERIFY(contentOf(velta.settingsFile()).contains("modoOscuro=true"));
+}
+
+void StartUpTest::heightsAreWrittenTwoSecondsAfterTheStart()
+{
+    const UsedInstallation velta;
+    WindowedRun run(velta, velta.filePath(""), {},
+                    velta.variables({{"MEDIR_ALTURAS", velta.heightsFile()}}));
+    QTRY_VERIFY_WITH_TIMEOUT(
+        contentOf(velta.heightsFile()).contains("    TransportControls #ribbon  min="), 20000);
+    QVERIFY(contentOf(velta.heightsFile()).startsWith("MainWindow  min="));
+    QCOMPARE(run.streams(), QByteArray());
+}
+
+void StartUpTest::anEmptyNameAsksForNoHeights()
+{
+    const UsedInstallation velta;
+    const auto before = QDir(velta.filePath("")).entryList(QDir::Files);
+    WindowedRun run(velta, velta.filePath(""), {}, velta.variables({{"MEDIR_ALTURAS", ""}}));
+    QVERIFY(run.staysUp());
+    QCOMPARE(QDir(velta.filePath("")).entryList(QDir::Files), before);
+    QCOMPARE(run.streams(), QByteArray());
+}
+
+void StartUpTest::symbolsAreReportedUnderAnEmptyVariableToo()
+{
+    const UsedInstallation velta;
+    WindowedRun run(velta, velta.filePath(""), {}, velta.variables({{"OVELIN_SIMBOLOS", ""}}));
+    QByteArray streams;
+    QTRY_VERIFY_WITH_TIMEOUT((streams += run.streams()).contains("simbolo \"MP3\" tinta "), 20000);
 }
 
 QTEST_GUILESS_MAIN(StartUpTest)
