@@ -1,5 +1,19 @@
 # One static library per folder of src/, one test executable per class, one benchmark per subject.
 
+# CMake 3.25 with Ninja looks for Q_OBJECT in no header that has come since the last build, as long
+# as the former ones stay as they are. When the list of sources has changed it is made to look anew.
+function(velta_renew_autogen target sources)
+    set(former "")
+    set(list "${CMAKE_CURRENT_BINARY_DIR}/${target}_sources.txt")
+    if(EXISTS "${list}")
+        file(READ "${list}" former)
+    endif()
+    if(NOT former STREQUAL sources)
+        file(REMOVE "${CMAKE_CURRENT_BINARY_DIR}/${target}_autogen/timestamp")
+        file(WRITE "${list}" "${sources}")
+    endif()
+endfunction()
+
 # velta_module(<folder> USES <targets>...): every source of this folder becomes velta::<folder>.
 function(velta_module name)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "USES")
@@ -11,6 +25,7 @@ function(velta_module name)
     target_compile_definitions(velta_${name} PRIVATE
         QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH)
     target_link_libraries(velta_${name} PUBLIC velta::flags ${ARG_USES})
+    velta_renew_autogen(velta_${name} "${sources}")
     set_property(GLOBAL APPEND PROPERTY VELTA_MODULES velta::${name})
 endfunction()
 
