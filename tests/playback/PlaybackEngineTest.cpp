@@ -1490,7 +1490,7 @@ void PlaybackEngineTest::hostileProjectsAreSurvived()
     player.files().library().reload();
     player.engine().projectDir = player.files().root();
     Generator generator(31, Numbers::Hostile);
-    for (int round = 0; round < 40; ++round) {
+    for (int round = 0; round < 25; ++round) {
         const auto song = generator.project();
         const NoteEvent drawn = generator.note();
         player.engine().setProject(song.get());
