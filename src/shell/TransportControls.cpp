@@ -190,6 +190,8 @@ RibbonGroup* TransportControls::viewGroup()
             &QToolButton::clicked, this, &TransportControls::zoomOutRequested);
     grid_ = comboBox({QString(), QString(), QString()},
                      tr("Qué está marcando la grilla: el pulso, su división o la subdivisión"));
+    // The words of a compound meter are longer.
+    grid_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     grid_->setCurrentIndex(static_cast<int>(GridSubdivisionLevel::Division));
     group->addLabeledWidget(grid_, tr("Grilla"));
     return group;

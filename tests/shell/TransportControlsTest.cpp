@@ -246,6 +246,7 @@ private slots:
     void aModeOfTwoNames_data();
     void aModeOfTwoNames();
     void theGridSpeaksTheMeter();
+    void theGridGrowsWithTheWordsOfTheMeter();
     void theGridKeepsItsLevel();
     void withoutAProjectTheGridSpeaksSimply();
     void theFormerProjectIsNotFollowed();
@@ -821,6 +822,21 @@ void TransportControlsTest::theGridSpeaksTheMeter()
     song.timeSignature.isCompound = false;
     emit song.changed();
     QCOMPARE(entriesOf(combo(*ribbon_, "Grilla")), simpleWords());
+}
+
+void TransportControlsTest::theGridGrowsWithTheWordsOfTheMeter()
+{
+    ribbon_->show();
+    QComboBox* grid = combo(*ribbon_, "Grilla");
+    const int simple = grid->width();
+    Project song;
+    song.timeSignature = kSixEight;
+    ribbon_->setProject(&song);
+    const QFontMetrics metrics = grid->fontMetrics();
+    const int growth =
+        metrics.horizontalAdvance(compoundWords()[1]) - metrics.horizontalAdvance(simpleWords()[1]);
+    QVERIFY(growth > 0);
+    QTRY_VERIFY(grid->width() >= simple + growth);
 }
 
 void TransportControlsTest::theGridKeepsItsLevel()
