@@ -251,7 +251,6 @@ int main(int argc, char** argv)
         argc, argv,
         {{"A new schedule over its notes", "reschedule", "renderNotes", "below 2"},
          {"A start over its notes", "startPlaying", "renderNotes", "below 2"},
-         {"A decision at a tick over one at a jump", "stepWithNothingDue", "jump", "below 0.01"},
          {"The longest gap while playing over one at rest", "longestGapWhilePlaying/10",
           "longestGapAtRest/10", "below 4"},
          {"A snapshot over the song's JSON", "snapshot", "songToJson", "below 2"}});

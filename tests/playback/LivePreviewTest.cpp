@@ -348,7 +348,7 @@ void LivePreviewTest::variantOfManyNotesSoundsThemInTheirOrder()
     QList<NoteEvent> notes;
     QStringList expected;
     for (int i = 0; i < 50; ++i) {
-        notes.prepend(note(30 + i, 0.05 * i, 0.03));
+        notes.append(note(30 + i, 0.05 * i, 0.03));
         expected.append({QStringLiteral("noteon 13 %1 100").arg(30 + i),
                          QStringLiteral("noteoff 13 %1").arg(30 + i)});
     }
