@@ -1,0 +1,129 @@
+#include "voice/AudioRecorder.h"
+
+#include "music/Beats.h"
+#include "voice/AudioDecoder.h"
+
+#include <QAudioDevice>
+#include <QAudioFormat>
+#include <QAudioSource>
+#include <QMediaDevices>
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <utility>
+
+namespace {
+
+QAudioFormat wantedFormat()
+{
+    QAudioFormat format;
+    format.setSampleRate(kSampleRate);
+    format.setChannelCount(1);
+    format.setSampleFormat(QAudioFormat::Int16);
+    return format;
+}
+
+/// The wanted format, or else what the device prefers, in 16 bits. Nothing if it knows no 16 bits.
+std::optional<QAudioFormat> formatFor(const QAudioDevice& device)
+{
+    QAudioFormat format = wantedFormat();
+    if (device.isFormatSupported(format))
+        return format;
+    format = device.preferredFormat();
+    if (format.sampleFormat() == QAudioFormat::Int16)
+        return format;
+    format.setSampleFormat(QAudioFormat::Int16);
+    return device.isFormatSupported(format) ? std::optional(format) : std::nullopt;
+}
+
+/// One sample a frame, the mean of its channels.
+QList<float> monoOf(const QByteArray& pcm, int channels)
+{
+    constexpr float kScale = 1.0F / 32768.0F;
+    const qsizetype frames = pcm.size() / static_cast<qsizetype>(sizeof(qint16)) / channels;
+    QList<float> mono;
+    mono.reserve(frames);
+    const char* next = pcm.constData();
+    for (qsizetype frame = 0; frame < frames; ++frame) {
+        float sum = 0.0F;
+        for (int channel = 0; channel < channels; ++channel, next += sizeof(qint16)) {
+            qint16 sample = 0;
+            std::memcpy(&sample, next, sizeof sample);
+            sum += static_cast<float>(sample) * kScale;
+        }
+        mono.append(sum / static_cast<float>(channels));
+    }
+    return mono;
+}
+
+} // namespace
+
+AudioRecorder::AudioRecorder(QObject* parent) : QObject(parent)
+{}
+
+AudioRecorder::~AudioRecorder()
+{
+    cancelRecording();
+}
+
+bool AudioRecorder::startRecording()
+{
+    if (recording_)
+        return false;
+    // Asked right before it is used: starting a device that has vanished since would hang.
+    const QAudioDevice device = QMediaDevices::defaultAudioInput();
+    if (device.isNull()) {
+        emit recordingFailed(tr("No hay micrófono disponible."));
+        return false;
+    }
+    const auto format = formatFor(device);
+    if (!format) {
+        emit recordingFailed(tr("El micrófono no soporta PCM de 16 bits."));
+        return false;
+    }
+    source_ = new QAudioSource(device, *format, this);
+    pcm_.clear();
+    inputDevice_ = source_->start();
+    if (!inputDevice_) {
+        endSource();
+        emit recordingFailed(tr("No pude abrir el micrófono."));
+        return false;
+    }
+    connect(inputDevice_, &QIODevice::readyRead, this,
+            [this] { pcm_.append(inputDevice_->readAll()); });
+    recording_ = true;
+    return true;
+}
+
+double AudioRecorder::stopRecording(const QString& path)
+{
+    if (!recording_ || !source_)
+        return 0.0;
+    const QAudioFormat format = source_->format();
+    endSource();
+    const QList<float> mono = monoOf(std::exchange(pcm_, {}), std::max(format.channelCount(), 1));
+    if (mono.isEmpty() || !AudioDecoder::writeWav(path, mono, format.sampleRate(), 1))
+        return 0.0;
+    return static_cast<double>(mono.size()) / format.sampleRate();
+}
+
+void AudioRecorder::cancelRecording()
+{
+    if (!recording_)
+        return;
+    endSource();
+    pcm_.clear();
+}
+
+void AudioRecorder::endSource()
+{
+    if (inputDevice_)
+        disconnect(inputDevice_, nullptr, this, nullptr);
+    source_->stop();
+    // Deleting a source runs the event loop, which must not happen under a caller's feet.
+    source_->deleteLater();
+    source_ = nullptr;
+    inputDevice_ = nullptr;
+    recording_ = false;
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QByteArray>
+#include <QObject>
+#include <QPointer>
+#include <QString>
+
+class QAudioSource;
+class QIODevice;
+
+/// Records the default microphone into memory, and writes a finished take as a mono WAV file.
+class AudioRecorder : public QObject {
+    Q_OBJECT
+
+public:
+    explicit AudioRecorder(QObject* parent = nullptr);
+    ~AudioRecorder() override;
+
+    /// Starts a take. False during another, which goes on, and where there is no microphone to
+    /// record with, which recordingFailed() tells.
+    bool startRecording();
+
+    /// Ends the take and writes it at the rate at which the device recorded, its channels folded
+    /// into one. The length in seconds; 0.0 if there was no take, nothing came or the file cannot
+    /// be written.
+    double stopRecording(const QString& path);
+
+    /// Ends the take and forgets it.
+    void cancelRecording();
+
+    bool isRecording() const { return recording_; }
+
+signals:
+    /// `message` is for the user.
+    void recordingFailed(const QString& message);
+
+private:
+    void endSource();
+
+    QAudioSource* source_ = nullptr;
+    /// Of the source, which gives it up when the sound server goes away.
+    QPointer<QIODevice> inputDevice_;
+    /// 16-bit samples, interleaved.
+    QByteArray pcm_;
+    bool recording_ = false;
+};
