@@ -1,0 +1,251 @@
+#include "views/arranger/ArrangerGridView.h"
+
+#include "model/Project.h"
+#include "shell/theme/CanvasColors.h"
+#include "views/LoopDragPayload.h"
+#include "views/arranger/ArrangerLayout.h"
+#include "views/arranger/ArrangerScene.h"
+#include "views/arranger/TrackArranger.h"
+
+#include <QMimeData>
+#include <QMouseEvent>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr double kWheelZoom = 1.15;
+constexpr qreal kBarLineWidth = 2.0;
+
+QColor laneColor(const LaneInfo& lane)
+{
+    const CanvasColors& colors = canvasColors();
+    if (lane.kind == LaneKind::Harmony)
+        return colors.laneHarmony;
+    if (lane.kind == LaneKind::Section)
+        return ThemeManager::instance()->isDark() ? QColor(0x2b, 0x36, 0x1b)
+                                                  : QColor(0xd7, 0xe1, 0xc9);
+    return lane.trackIndex % 2 != 0 ? colors.laneOdd : colors.laneEven;
+}
+
+QPen cosmeticPen(const QColor& color, qreal width)
+{
+    QPen pen(color, width);
+    pen.setCosmetic(true);
+    return pen;
+}
+
+void paintLanes(QPainter& painter, const QList<LaneInfo>& lanes, const QRectF& exposed)
+{
+    for (const LaneInfo& lane : lanes)
+        painter.fillRect(QRectF(exposed.left(), lane.top, exposed.width(), lane.height),
+                         laneColor(lane));
+    // Each of them lies in the first row of the next lane.
+    painter.setPen(cosmeticPen(canvasColors().laneSeparator, 0));
+    for (const LaneInfo& lane : lanes)
+        painter.drawLine(QPointF(exposed.left(), lane.bottom()),
+                         QPointF(exposed.right(), lane.bottom()));
+}
+
+void paintLines(QPainter& painter, const TimeSignature& meter, const QRectF& exposed)
+{
+    const QPen barPen = cosmeticPen(canvasColors().barLine, kBarLineWidth);
+    const QPen beatPen = cosmeticPen(canvasColors().beatLine, 0);
+    for (const GridLine& line : ArrangerLayout::gridLines(exposed.left(), exposed.right(), meter)) {
+        const double x = line.beat * ArrangerLayout::kBeatPixels;
+        painter.setPen(line.isBar ? barPen : beatPen);
+        painter.drawLine(QPointF(x, exposed.top()), QPointF(x, exposed.bottom()));
+    }
+}
+
+bool isLoop(const QMimeData* data)
+{
+    return data->hasFormat(QLatin1StringView(kLoopVariantMimeType));
+}
+
+void acceptLoop(QDropEvent* event)
+{
+    if (isLoop(event->mimeData()))
+        event->acceptProposedAction();
+    else
+        event->ignore();
+}
+
+} // namespace
+
+ArrangerGridView::ArrangerGridView(TrackArranger* arranger, QWidget* parent)
+    : QGraphicsView(parent), arranger_(arranger)
+{
+    setScene(arranger->scene());
+    setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    setMouseTracking(true);
+    setAcceptDrops(true);
+    viewport()->setAcceptDrops(true);
+}
+
+void ArrangerGridView::cancelDrag()
+{
+    drag_.reset();
+}
+
+// ---- Mouse ---------------------------------------------------------------------------------
+
+void ArrangerGridView::mousePressEvent(QMouseEvent* event)
+{
+    if (!arranger_->project())
+        return;
+    const QPointF place = mapToScene(event->position().toPoint());
+    selectLaneAt(place.y(), event->modifiers());
+    // Not before: who listens to the selection may have the scene made anew.
+    BlockItem* block = arranger_->scene()->blockAt(place);
+    const bool left = event->button() == Qt::LeftButton;
+    const bool right = event->button() == Qt::RightButton;
+    if (block && (left || right))
+        pressOnBlock(block, *event, place);
+    else if (!pressOnEmpty(*event, place))
+        QGraphicsView::mousePressEvent(event);
+}
+
+void ArrangerGridView::selectLaneAt(double sceneY, Qt::KeyboardModifiers modifiers)
+{
+    const LaneInfo* lane = arranger_->laneAtY(sceneY);
+    if (lane && lane->kind == LaneKind::NoteTrack)
+        arranger_->selectNoteTrack(lane->trackIndex, modifiers & Qt::ControlModifier);
+    else if (lane && lane->kind == LaneKind::AudioTrack)
+        arranger_->selectAudioTrack(lane->trackIndex);
+}
+
+void ArrangerGridView::pressOnBlock(BlockItem* item, const QMouseEvent& event, const QPointF& place)
+{
+    if (event.button() == Qt::RightButton)
+        arranger_->deleteItem(item);
+    else
+        startDrag(item, place);
+}
+
+/// Whether the press has done its work.
+bool ArrangerGridView::pressOnEmpty(const QMouseEvent& event, const QPointF& place)
+{
+    const LaneInfo* lane = arranger_->laneAtY(place.y());
+    const bool left = event.button() == Qt::LeftButton;
+    const bool right = event.button() == Qt::RightButton;
+    if ((left || right) && lane && lane->kind == LaneKind::Harmony) {
+        arranger_->openHarmonyMenu(ArrangerLayout::stepAt(place.x(), arranger_->snapBeats()),
+                                   event.globalPosition().toPoint());
+        return true;
+    }
+    if (left)
+        scene()->clearSelection();
+    return right;
+}
+
+void ArrangerGridView::startDrag(BlockItem* item, const QPointF& place)
+{
+    select(item);
+    const BlockRef block = item->block();
+    const bool grip = block.kind != BlockKind::Chord &&
+                      ArrangerLayout::isOnGrip(place.x(), item->rect().right(), transform().m11());
+    drag_ = Drag{.mode = grip ? DragMode::Resize : DragMode::Move,
+                 .block = block,
+                 .startX = place.x(),
+                 .original = BlockEdits::spanOf(*arranger_->project(), block)};
+}
+
+void ArrangerGridView::select(BlockItem* item)
+{
+    scene()->clearSelection();
+    item->setSelected(true);
+}
+
+void ArrangerGridView::mouseMoveEvent(QMouseEvent* event)
+{
+    Project* project = arranger_->project();
+    if (!drag_ || !project) {
+        QGraphicsView::mouseMoveEvent(event);
+        return;
+    }
+    if (!drag_->original)
+        return;
+    const double way = mapToScene(event->position().toPoint()).x() - drag_->startX;
+    const auto change = drag_->mode == DragMode::Resize ? BlockEdits::resized : BlockEdits::moved;
+    BlockEdits::setSpan(*project, drag_->block,
+                        change(*drag_->original, way, arranger_->snapBeats()));
+    drag_->moved = true;
+    arranger_->rebuildScene();
+    if (BlockItem* item = arranger_->scene()->itemOf(drag_->block))
+        select(item);
+    else
+        cancelDrag();
+}
+
+void ArrangerGridView::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (!drag_) {
+        QGraphicsView::mouseReleaseEvent(event);
+        return;
+    }
+    const bool moved = drag_->moved;
+    cancelDrag();
+    if (moved)
+        arranger_->commitEdit();
+}
+
+void ArrangerGridView::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    for (QGraphicsItem* item : items(event->position().toPoint())) {
+        const auto* block = qgraphicsitem_cast<BlockItem*>(item);
+        if (block && block->block().kind == BlockKind::Melody) {
+            const BlockRef melody = block->block();
+            emit arranger_->openMelodyBlock(melody.trackIndex, melody.blockIndex);
+            return;
+        }
+    }
+    QGraphicsView::mouseDoubleClickEvent(event);
+}
+
+void ArrangerGridView::wheelEvent(QWheelEvent* event)
+{
+    if (!(event->modifiers() & Qt::ControlModifier)) {
+        QGraphicsView::wheelEvent(event);
+        return;
+    }
+    arranger_->zoomHorizontal(event->angleDelta().y() > 0 ? kWheelZoom : 1.0 / kWheelZoom);
+    event->accept();
+}
+
+// ---- Drops ---------------------------------------------------------------------------------
+
+void ArrangerGridView::dragEnterEvent(QDragEnterEvent* event)
+{
+    acceptLoop(event);
+}
+
+void ArrangerGridView::dragMoveEvent(QDragMoveEvent* event)
+{
+    acceptLoop(event);
+}
+
+void ArrangerGridView::dropEvent(QDropEvent* event)
+{
+    const auto loop =
+        LoopDragPayload::fromJson(event->mimeData()->data(QLatin1StringView(kLoopVariantMimeType)));
+    if (!loop || !arranger_->project()) {
+        event->ignore();
+        return;
+    }
+    const double beat = ArrangerLayout::barAt(mapToScene(event->position().toPoint()).x(),
+                                              arranger_->project()->beatsPerBar());
+    emit arranger_->loopDropped(loop->rhythmId, loop->layerId, loop->section, loop->variantIndex,
+                                beat);
+    event->acceptProposedAction();
+}
+
+// ---- Painting ------------------------------------------------------------------------------
+
+void ArrangerGridView::drawBackground(QPainter* painter, const QRectF& rect)
+{
+    painter->fillRect(rect, canvasColors().arrangerBackground);
+    paintLanes(*painter, arranger_->lanes(), rect);
+    if (const Project* project = arranger_->project())
+        paintLines(*painter, project->timeSignature, rect);
+}

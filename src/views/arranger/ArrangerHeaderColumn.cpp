@@ -1,0 +1,189 @@
+#include "views/arranger/ArrangerHeaderColumn.h"
+
+#include "model/Project.h"
+#include "shell/theme/CanvasColors.h"
+#include "views/arranger/ArrangerLayout.h"
+#include "views/arranger/TrackArranger.h"
+
+#include <QMouseEvent>
+#include <QPainter>
+
+#include <algorithm>
+#include <optional>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr int kTextLeft = 8;
+constexpr int kTextRightOfTracks = 28;
+constexpr int kTextRightOfHeadings = 4;
+constexpr qreal kMuteRadius = 3.0;
+constexpr int kMuteOutlineAlpha = 110;
+
+/// How a row looks. Without a colour the background of the column shows.
+struct RowLook {
+    std::optional<QColor> background = {};
+    QColor text;
+    bool isHeading = false;
+    /// Whether the lane is muted; nothing for a row without the button.
+    std::optional<bool> muted = {};
+};
+
+QFont boldFont(QFont font, qreal smallerBy, qreal least)
+{
+    font.setWeight(QFont::Bold);
+    font.setPointSizeF(std::max(font.pointSizeF() - smallerBy, least));
+    return font;
+}
+
+template <typename TrackList>
+std::optional<bool> mutedAt(const TrackList& tracks, int index)
+{
+    if (index < 0 || index >= tracks.size())
+        return std::nullopt;
+    return tracks.at(index).muted;
+}
+
+RowLook noteTrackLook(const LaneInfo& lane, const TrackArranger& arranger)
+{
+    RowLook look{.text = canvasColors().headerText,
+                 .muted = mutedAt(arranger.project()->tracks, lane.trackIndex)};
+    if (!arranger.selectedTracks().contains(lane.trackIndex))
+        return look;
+    look.background = lane.trackIndex == arranger.activeTrack() ? kLaneSelected : kLaneSelectedAlt;
+    look.text = Qt::white;
+    return look;
+}
+
+RowLook audioTrackLook(const LaneInfo& lane, const TrackArranger& arranger)
+{
+    RowLook look{.text = canvasColors().headerText,
+                 .muted = mutedAt(arranger.project()->audioTracks, lane.trackIndex)};
+    if (lane.trackIndex != arranger.selectedAudioTrack())
+        return look;
+    look.background = kLaneSelected;
+    look.text = Qt::white;
+    return look;
+}
+
+QColor groupBackground()
+{
+    return ThemeManager::instance()->isDark() ? QColor(0x21, 0x2a, 0x14) : QColor(0xc9, 0xe0, 0xb0);
+}
+
+RowLook lookOf(const LaneInfo& lane, const TrackArranger& arranger)
+{
+    switch (lane.kind) {
+    case LaneKind::Harmony:
+        return {.background = canvasColors().laneHarmony,
+                .text = canvasColors().headerText,
+                .muted = arranger.project()->harmonyTrack.muted};
+    case LaneKind::Section:
+        return {.background = kLaneSelected, .text = Qt::white, .isHeading = true};
+    case LaneKind::Group:
+        return {
+            .background = groupBackground(), .text = canvasColors().headerText, .isHeading = true};
+    case LaneKind::NoteTrack:
+        return noteTrackLook(lane, arranger);
+    case LaneKind::AudioTrack:
+        return audioTrackLook(lane, arranger);
+    }
+    return {};
+}
+
+QString textOf(const LaneInfo& lane)
+{
+    if (lane.kind != LaneKind::Group)
+        return lane.label;
+    return u"%1 %2 (%3)"_s.arg(lane.collapsed ? u"▸"_s : u"▾"_s, lane.label).arg(lane.childCount);
+}
+
+} // namespace
+
+ArrangerHeaderColumn::ArrangerHeaderColumn(TrackArranger* arranger, QWidget* parent)
+    : QWidget(parent), arranger_(arranger)
+{
+    setFixedWidth(ArrangerLayout::kHeaderWidth);
+    setAutoFillBackground(true);
+    setToolTip(tr("Click en un grupo lo pliega o lo despliega. «M» silencia ese carril."));
+}
+
+QRect ArrangerHeaderColumn::rowOf(const LaneInfo& lane) const
+{
+    return {0, lane.top - arranger_->verticalScroll(), width(), lane.height};
+}
+
+const LaneInfo* ArrangerHeaderColumn::laneAt(int y) const
+{
+    return arranger_->laneAtY(y + arranger_->verticalScroll());
+}
+
+void ArrangerHeaderColumn::mousePressEvent(QMouseEvent* event)
+{
+    const QPoint place = event->position().toPoint();
+    const LaneInfo* found = arranger_->project() ? laneAt(place.y()) : nullptr;
+    if (!found)
+        return;
+    // The lanes are made anew by what the press does.
+    const LaneInfo lane = *found;
+    if (lane.kind == LaneKind::Group) {
+        arranger_->toggleGroup(lane.groupKey);
+    } else if (ArrangerLayout::muteSquare(rowOf(lane)).contains(place)) {
+        arranger_->toggleLaneMute(lane);
+        update();
+    } else if (lane.kind == LaneKind::NoteTrack) {
+        arranger_->selectNoteTrack(lane.trackIndex, event->modifiers() & Qt::ControlModifier);
+    } else if (lane.kind == LaneKind::AudioTrack) {
+        arranger_->selectAudioTrack(lane.trackIndex);
+    }
+}
+
+void ArrangerHeaderColumn::paintEvent(QPaintEvent* /*event*/)
+{
+    QPainter painter(this);
+    painter.fillRect(rect(), canvasColors().headerBackground);
+    if (!arranger_->project())
+        return;
+    for (const LaneInfo& lane : arranger_->lanes()) {
+        if (rowOf(lane).intersects(rect()))
+            paintRow(painter, lane);
+    }
+}
+
+void ArrangerHeaderColumn::paintRow(QPainter& painter, const LaneInfo& lane) const
+{
+    const QRect row = rowOf(lane);
+    const RowLook look = lookOf(lane, *arranger_);
+    if (look.background)
+        painter.fillRect(row, *look.background);
+    painter.setPen(look.text);
+    painter.setFont(look.isHeading ? boldFont(font(), 1.5, 6.5) : font());
+    const int right = look.isHeading ? kTextRightOfHeadings : kTextRightOfTracks;
+    const QRect textRect = row.adjusted(kTextLeft, 0, -right, 0);
+    const QString text =
+        look.isHeading ? textOf(lane)
+                       : fontMetrics().elidedText(textOf(lane), Qt::ElideRight, textRect.width());
+    painter.drawText(textRect, Qt::AlignLeft | Qt::AlignVCenter, text);
+    if (look.muted)
+        paintMuteButton(painter, row, *look.muted, look.text);
+    painter.setPen(canvasColors().laneSeparator);
+    painter.drawLine(row.bottomLeft(), row.bottomRight());
+}
+
+void ArrangerHeaderColumn::paintMuteButton(QPainter& painter, const QRect& row, bool muted,
+                                           const QColor& textColor) const
+{
+    const QRect square = ArrangerLayout::muteSquare(row);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    QColor outline = textColor;
+    outline.setAlpha(kMuteOutlineAlpha);
+    painter.setPen(muted ? QPen(Qt::NoPen) : QPen(outline, 1.0));
+    painter.setBrush(muted ? QBrush(kAudioBlock) : QBrush(Qt::NoBrush));
+    painter.drawRoundedRect(square, kMuteRadius, kMuteRadius);
+    painter.setPen(muted ? QColor(Qt::white) : textColor);
+    painter.setFont(boldFont(font(), 2.0, 6.0));
+    painter.drawText(square, Qt::AlignCenter, u"M"_s);
+    painter.restore();
+}

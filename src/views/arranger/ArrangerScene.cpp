@@ -1,0 +1,157 @@
+#include "views/arranger/ArrangerScene.h"
+
+#include "model/Project.h"
+#include "music/ChordVoicer.h"
+#include "shell/theme/CanvasColors.h"
+
+#include <QCoreApplication>
+#include <QPen>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+using namespace Qt::Literals::StringLiterals;
+using namespace ArrangerLayout;
+
+namespace {
+
+constexpr qreal kPlayheadWidth = 2.0;
+constexpr qreal kPlayheadZ = 100.0;
+
+/// A stretch of the scene; nothing for one that cannot be drawn.
+std::optional<QRectF> rectOf(const BlockSpan& span, double top, double height)
+{
+    if (!std::isfinite(span.start) || !std::isfinite(span.length) ||
+        std::abs(span.start) > kMostBeats)
+        return std::nullopt;
+    const double length = std::clamp(span.length, 0.0, kMostBeats);
+    return QRectF(span.start * kBeatPixels, top, length * kBeatPixels, height);
+}
+
+QColor degreeColor(int degree)
+{
+    constexpr int kDegrees = static_cast<int>(kDegreeColors.size());
+    // Any number may stand in a file, so nothing is taken from it before the remainder.
+    const int index = (degree % kDegrees + kDegrees - 1) % kDegrees;
+    return kDegreeColors.at(static_cast<std::size_t>(index));
+}
+
+/// Longer than the word that files hold.
+QString sectionWord(LoopSection section)
+{
+    return section == LoopSection::Intro
+               ? QCoreApplication::translate("TrackArranger", "Introducción")
+               : loopSectionToString(section);
+}
+
+} // namespace
+
+ArrangerScene::ArrangerScene(QObject* parent) : QGraphicsScene(parent)
+{
+    // All items are made anew at each edit: an index of them would cost more than it saves.
+    setItemIndexMethod(NoIndex);
+}
+
+void ArrangerScene::rebuild(const Project& project, const QList<LaneInfo>& lanes)
+{
+    clear();
+    setSceneRect(QRectF(QPointF(), sceneSize(project, lanes)));
+    addChords(project);
+    addTracks(project, lanes);
+    addAudioTracks(project, lanes);
+    addPlayhead();
+}
+
+void ArrangerScene::addChords(const Project& project)
+{
+    const double bar = project.beatsPerBar();
+    for (const HarmonyBlock& block : project.harmonyTrack.blocks) {
+        for (int i = 0; i < block.events.size(); ++i) {
+            const HarmonyDegreeEvent& event = block.events.at(i);
+            const auto rect = rectOf({block.barIndex * bar + event.startBeat, event.durationBeats},
+                                     kChordTop, kChordHeight);
+            if (!rect)
+                continue;
+            const QString label =
+                ChordVoicer::degreeLabel(project.keySignature, event.degree, event.extension);
+            addItem(new BlockItem({BlockKind::Chord, block.barIndex, i}, *rect, label,
+                                  degreeColor(event.degree)));
+        }
+    }
+}
+
+void ArrangerScene::addTracks(const Project& project, const QList<LaneInfo>& lanes)
+{
+    for (int t = 0; t < project.tracks.size(); ++t) {
+        const LaneInfo* lane = laneOfTrack(lanes, LaneKind::NoteTrack, t);
+        if (!lane)
+            continue;
+        const Track& track = project.tracks.at(t);
+        for (int i = 0; i < track.melodyBlocks.size(); ++i) {
+            const MelodyBlock& block = track.melodyBlocks.at(i);
+            addTrackBlock({BlockKind::Melody, t, i}, *lane, {block.startBeat, block.durationBeats},
+                          QCoreApplication::translate("TrackArranger", "Melodía (%1 notas)")
+                              .arg(block.notes.size()));
+        }
+        for (int i = 0; i < track.loopBlocks.size(); ++i) {
+            const LoopBlock& block = track.loopBlocks.at(i);
+            addTrackBlock({BlockKind::Loop, t, i}, *lane, {block.startBeat, block.durationBeats},
+                          u"%1 %2"_s.arg(sectionWord(block.section)).arg(block.variantIndex));
+        }
+    }
+}
+
+void ArrangerScene::addAudioTracks(const Project& project, const QList<LaneInfo>& lanes)
+{
+    for (int t = 0; t < project.audioTracks.size(); ++t) {
+        const LaneInfo* lane = laneOfTrack(lanes, LaneKind::AudioTrack, t);
+        if (!lane)
+            continue;
+        const QList<AudioClip>& clips = project.audioTracks.at(t).clips;
+        for (int i = 0; i < clips.size(); ++i)
+            addTrackBlock({BlockKind::Audio, t, i}, *lane,
+                          {clips.at(i).offsetBeats, clips.at(i).durationBeats},
+                          QCoreApplication::translate("TrackArranger", "Voz"));
+    }
+}
+
+void ArrangerScene::addTrackBlock(const BlockRef& block, const LaneInfo& lane,
+                                  const BlockSpan& span, const QString& label)
+{
+    if (const auto rect = rectOf(span, lane.top + kBlockInset, kBlockHeight))
+        addItem(new BlockItem(block, *rect, label));
+}
+
+void ArrangerScene::addPlayhead()
+{
+    QPen pen(canvasColors().playhead, kPlayheadWidth);
+    pen.setCosmetic(true);
+    playhead_ = addLine(0, 0, 0, height(), pen);
+    playhead_->setZValue(kPlayheadZ);
+}
+
+void ArrangerScene::setPlayheadBeat(double beat)
+{
+    if (playhead_ && std::isfinite(beat))
+        playhead_->setX(std::clamp(beat, -kMostBeats, kMostBeats) * kBeatPixels);
+}
+
+BlockItem* ArrangerScene::itemOf(const BlockRef& block) const
+{
+    for (QGraphicsItem* item : items()) {
+        auto* candidate = qgraphicsitem_cast<BlockItem*>(item);
+        if (candidate && candidate->block() == block)
+            return candidate;
+    }
+    return nullptr;
+}
+
+BlockItem* ArrangerScene::blockAt(const QPointF& place) const
+{
+    for (QGraphicsItem* item : items(place)) {
+        if (auto* block = qgraphicsitem_cast<BlockItem*>(item))
+            return block;
+    }
+    return nullptr;
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "views/arranger/ArrangerLayout.h"
+#include "views/arranger/BlockItem.h"
+
+#include <QGraphicsScene>
+
+class Project;
+
+/// The blocks of a song and the playhead over them. Everything is made anew from the project at
+/// each rebuild, so pointers to items live until then.
+class ArrangerScene : public QGraphicsScene {
+    Q_OBJECT
+
+public:
+    explicit ArrangerScene(QObject* parent = nullptr);
+
+    /// Blocks of a track without a lane are left out, and so are those whose place is not finite
+    /// or beyond ArrangerLayout::kMostBeats. The playhead stands at beat 0 afterwards.
+    void rebuild(const Project& project, const QList<LaneInfo>& lanes);
+
+    void setPlayheadBeat(double beat);
+
+    /// The item of a record, or null.
+    BlockItem* itemOf(const BlockRef& block) const;
+
+    /// The topmost block at a place, or null.
+    BlockItem* blockAt(const QPointF& place) const;
+
+private:
+    void addChords(const Project& project);
+    void addTracks(const Project& project, const QList<LaneInfo>& lanes);
+    void addAudioTracks(const Project& project, const QList<LaneInfo>& lanes);
+    void addTrackBlock(const BlockRef& block, const LaneInfo& lane, const BlockSpan& span,
+                       const QString& label);
+    void addPlayhead();
+
+    QGraphicsLineItem* playhead_ = nullptr;
+};

@@ -1,0 +1,127 @@
+#include "views/arranger/BlockEdits.h"
+
+#include "model/Project.h"
+#include "views/arranger/ArrangerLayout.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+template <typename List>
+bool holds(const List& list, int index)
+{
+    return index >= 0 && index < list.size();
+}
+
+template <typename Record>
+const Record& at(const QList<Record>& list, int index)
+{
+    return list.at(index);
+}
+
+template <typename Record>
+Record& at(QList<Record>& list, int index)
+{
+    return list[index];
+}
+
+/// Calls `visit` with the start and the length of a record, if there is one that has them.
+template <typename AnyProject, typename Visit>
+void visitSpan(AnyProject& project, const BlockRef& block, Visit visit)
+{
+    if (block.kind == BlockKind::Audio) {
+        if (holds(project.audioTracks, block.trackIndex) &&
+            holds(project.audioTracks.at(block.trackIndex).clips, block.blockIndex)) {
+            auto& clip = at(at(project.audioTracks, block.trackIndex).clips, block.blockIndex);
+            visit(clip.offsetBeats, clip.durationBeats);
+        }
+        return;
+    }
+    if (block.kind == BlockKind::Chord || !holds(project.tracks, block.trackIndex))
+        return;
+    const auto visitIn = [&](auto& blocks) {
+        if (holds(blocks, block.blockIndex)) {
+            auto& record = at(blocks, block.blockIndex);
+            visit(record.startBeat, record.durationBeats);
+        }
+    };
+    auto& track = at(project.tracks, block.trackIndex);
+    if (block.kind == BlockKind::Melody)
+        visitIn(track.melodyBlocks);
+    else
+        visitIn(track.loopBlocks);
+}
+
+void removeChord(HarmonyTrack& harmony, const BlockRef& block)
+{
+    for (HarmonyBlock& bar : harmony.blocks) {
+        if (bar.barIndex == block.trackIndex && holds(bar.events, block.blockIndex))
+            bar.events.removeAt(block.blockIndex);
+    }
+    harmony.removeEmptyBlocks();
+}
+
+template <typename List>
+void removeFrom(List& list, int index)
+{
+    if (holds(list, index))
+        list.removeAt(index);
+}
+
+double stepsOver(double scenePixels, double step)
+{
+    return std::round(scenePixels / ArrangerLayout::kBeatPixels / step);
+}
+
+} // namespace
+
+std::optional<BlockSpan> BlockEdits::spanOf(const Project& project, const BlockRef& block)
+{
+    std::optional<BlockSpan> span;
+    visitSpan(project, block, [&](double start, double length) {
+        span = BlockSpan{.start = start, .length = length};
+    });
+    return span;
+}
+
+void BlockEdits::setSpan(Project& project, const BlockRef& block, const BlockSpan& span)
+{
+    visitSpan(project, block, [&](double& start, double& length) {
+        start = span.start;
+        length = span.length;
+    });
+}
+
+void BlockEdits::remove(Project& project, const BlockRef& block)
+{
+    switch (block.kind) {
+    case BlockKind::Melody:
+        if (holds(project.tracks, block.trackIndex))
+            removeFrom(project.tracks[block.trackIndex].melodyBlocks, block.blockIndex);
+        break;
+    case BlockKind::Loop:
+        if (holds(project.tracks, block.trackIndex))
+            removeFrom(project.tracks[block.trackIndex].loopBlocks, block.blockIndex);
+        break;
+    case BlockKind::Audio:
+        if (holds(project.audioTracks, block.trackIndex))
+            removeFrom(project.audioTracks[block.trackIndex].clips, block.blockIndex);
+        break;
+    case BlockKind::Chord:
+        removeChord(project.harmonyTrack, block);
+        break;
+    }
+}
+
+BlockSpan BlockEdits::moved(const BlockSpan& original, double scenePixels, double step)
+{
+    const double start = stepsOver(scenePixels, step) * step + original.start;
+    return {std::max(0.0, start), original.length};
+}
+
+BlockSpan BlockEdits::resized(const BlockSpan& original, double scenePixels, double step)
+{
+    const double length = stepsOver(scenePixels, step) * step + original.length;
+    return {original.start, std::max(step, length)};
+}

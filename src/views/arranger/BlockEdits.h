@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+
+class Project;
+
+/// What a block of the arranger stands for.
+enum class BlockKind { Melody = 0, Loop = 1, Audio = 2, Chord = 3 };
+
+/// Which record of a project a block stands for. It may be stale: then there is nothing behind it.
+struct BlockRef {
+    BlockKind kind = BlockKind::Melody;
+    /// Of a track or an audio track; for a chord, the number of its bar.
+    int trackIndex = 0;
+    /// In the list of its track or bar.
+    int blockIndex = 0;
+
+    friend bool operator==(const BlockRef&, const BlockRef&) = default;
+};
+
+/// Where a record lies, in beats.
+struct BlockSpan {
+    double start = 0.0;
+    double length = 0.0;
+
+    friend bool operator==(const BlockSpan&, const BlockSpan&) = default;
+};
+
+/// What the gestures of the arranger do to a project. A stale reference does nothing.
+namespace BlockEdits {
+
+/// Where a record lies; nothing for a chord, which cannot be moved.
+std::optional<BlockSpan> spanOf(const Project& project, const BlockRef& block);
+
+void setSpan(Project& project, const BlockRef& block, const BlockSpan& span);
+
+/// Removes a record. Its track stays, even without any blocks.
+void remove(Project& project, const BlockRef& block);
+
+/// A span after a drag over some scene pixels: what is snapped is the way, not the place.
+BlockSpan moved(const BlockSpan& original, double scenePixels, double step);
+
+/// As moved(), for the end of a span. Not shorter than a step.
+BlockSpan resized(const BlockSpan& original, double scenePixels, double step);
+
+} // namespace BlockEdits

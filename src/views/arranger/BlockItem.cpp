@@ -1,0 +1,62 @@
+#include "views/arranger/BlockItem.h"
+
+#include "shell/theme/CanvasColors.h"
+
+#include <QPainter>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kSelectedLightness = 118;
+constexpr int kOutlineDarkness = 150;
+constexpr qreal kSelectedOutline = 2.0;
+constexpr qreal kRadius = 3.0;
+constexpr qreal kInset = 0.5;
+
+QFont labelFont(QFont font)
+{
+    font.setPointSizeF(std::max(font.pointSizeF() - 1.5, 6.5));
+    return font;
+}
+
+} // namespace
+
+BlockItem::BlockItem(const BlockRef& block, const QRectF& rect, const QString& label,
+                     const QColor& chordColor)
+    : QGraphicsRectItem(rect), block_(block), label_(label), chordColor_(chordColor)
+{
+    setFlag(ItemIsSelectable);
+}
+
+QColor BlockItem::fill() const
+{
+    switch (block_.kind) {
+    case BlockKind::Melody:
+        return kMelodyBlock;
+    case BlockKind::Loop:
+        return kLoopBlock;
+    case BlockKind::Audio:
+        return kAudioBlock;
+    case BlockKind::Chord:
+        break;
+    }
+    return chordColor_;
+}
+
+void BlockItem::paint(QPainter* painter, const QStyleOptionGraphicsItem* /*option*/,
+                      QWidget* /*widget*/)
+{
+    const QColor color = fill();
+    if (isSelected()) {
+        painter->setBrush(color.lighter(kSelectedLightness));
+        painter->setPen(QPen(kVeltaAccent, kSelectedOutline));
+    } else {
+        painter->setBrush(color);
+        painter->setPen(QPen(color.darker(kOutlineDarkness), 0));
+    }
+    painter->drawRoundedRect(rect().adjusted(kInset, kInset, -kInset, -kInset), kRadius, kRadius);
+    painter->setPen(Qt::white);
+    painter->setFont(labelFont(painter->font()));
+    painter->drawText(rect().adjusted(4, 1, -2, -1), Qt::AlignLeft | Qt::AlignVCenter, label_);
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "views/arranger/BlockEdits.h"
+
+#include <QColor>
+#include <QGraphicsRectItem>
+#include <QString>
+
+/// One placed thing of the song, drawn as a coloured rectangle. It holds nothing of the song but
+/// which record it stands for.
+class BlockItem : public QGraphicsRectItem {
+public:
+    enum { Type = UserType + 10 };
+
+    /// `rect` is in scene pixels. `chordColor` fills a chord; other kinds have colours of their
+    /// own.
+    BlockItem(const BlockRef& block, const QRectF& rect, const QString& label,
+              const QColor& chordColor = QColor(0xe5, 0x39, 0x35));
+
+    int type() const override { return Type; }
+
+    const BlockRef& block() const { return block_; }
+
+    const QString& label() const { return label_; }
+
+    /// What fills the block while it is not selected.
+    QColor fill() const;
+
+    void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
+
+private:
+    BlockRef block_;
+    QString label_;
+    QColor chordColor_;
+};

@@ -1,0 +1,386 @@
+#include "views/arranger/TrackArranger.h"
+
+#include "model/Project.h"
+#include "music/Beats.h"
+#include "playback/PlaybackEngine.h"
+#include "views/TimelineRuler.h"
+#include "views/arranger/ArrangerGridView.h"
+#include "views/arranger/ArrangerHeaderColumn.h"
+#include "views/arranger/ArrangerScene.h"
+
+#include <QGridLayout>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QScrollBar>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <utility>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr double kLeastZoom = 0.2;
+constexpr double kMostZoom = 6.0;
+
+constexpr int kDegrees = 7;
+constexpr int kPreviewOctave = 4;
+constexpr int kPreviewVelocity = 80;
+
+struct Chord {
+    int degree = 0;
+    ChordExtension extension = ChordExtension::Triad;
+};
+
+/// The pitch class that a letter key names; nothing for other keys.
+std::optional<int> pitchClassOfKey(int key)
+{
+    static constexpr std::array<int, 7> kFromA{9, 11, 0, 2, 4, 5, 7};
+    if (key < Qt::Key_A || key > Qt::Key_G)
+        return std::nullopt;
+    return kFromA.at(static_cast<std::size_t>(key - Qt::Key_A));
+}
+
+ChordExtension extensionOf(Qt::KeyboardModifiers modifiers)
+{
+    if (modifiers & Qt::AltModifier)
+        return ChordExtension::Ninth;
+    return modifiers & Qt::ControlModifier ? ChordExtension::Seventh : ChordExtension::Triad;
+}
+
+void addChords(QMenu* menu, const KeySignature& key, ChordExtension extension,
+               const QString& suffix)
+{
+    for (int degree = 1; degree <= kDegrees; ++degree)
+        menu->addAction(ChordVoicer::degreeLabel(key, degree, ChordExtension::Triad) + suffix)
+            ->setData(QVariant::fromValue(qMakePair(degree, static_cast<int>(extension))));
+}
+
+/// Lets the user choose a chord.
+std::optional<Chord> askChord(QWidget* parent, const KeySignature& key, const QPoint& globalPos)
+{
+    QMenu menu(parent);
+    addChords(menu.addMenu(TrackArranger::tr("Con séptima")), key, ChordExtension::Seventh, u"7"_s);
+    addChords(menu.addMenu(TrackArranger::tr("Con novena")), key, ChordExtension::Ninth, u"9"_s);
+    addChords(&menu, key, ChordExtension::Triad, QString());
+    const QAction* chosen = menu.exec(globalPos);
+    if (!chosen || !chosen->data().isValid())
+        return std::nullopt;
+    const auto [degree, extension] = chosen->data().value<QPair<int, int>>();
+    return Chord{degree, static_cast<ChordExtension>(extension)};
+}
+
+} // namespace
+
+TrackArranger::TrackArranger(QWidget* parent)
+    : QWidget(parent), scene_(new ArrangerScene(this)), ruler_(new TimelineRuler),
+      header_(new ArrangerHeaderColumn(this)), view_(new ArrangerGridView(this))
+{
+    auto* corner = new QWidget;
+    corner->setFixedSize(ArrangerLayout::kHeaderWidth, ArrangerLayout::kCornerHeight);
+    auto* layout = new QGridLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(corner, 0, 0);
+    layout->addWidget(ruler_, 0, 1);
+    layout->addWidget(header_, 1, 0);
+    layout->addWidget(view_, 1, 1);
+
+    setFocusPolicy(Qt::StrongFocus);
+    view_->setFocusProxy(this);
+    connect(view_->horizontalScrollBar(), &QScrollBar::valueChanged, this,
+            &TrackArranger::syncRuler);
+    connect(view_->verticalScrollBar(), &QScrollBar::valueChanged, header_,
+            qOverload<>(&QWidget::update));
+    connect(ruler_, &TimelineRuler::seekRequested, this, &TrackArranger::seek);
+}
+
+TrackArranger::~TrackArranger()
+{
+    // A view that loses its scene scrolls, and the ruler follows: the view has to go first.
+    delete view_;
+}
+
+void TrackArranger::setContext(Project* project, PlaybackEngine* playback, LoopLibrary* library)
+{
+    if (project_)
+        disconnect(project_, nullptr, this, nullptr);
+    if (playback_ && playback_ != playback)
+        disconnect(playback_, nullptr, this, nullptr);
+    view_->cancelDrag();
+    project_ = project;
+    playback_ = playback;
+    library_ = library;
+    selectFirstTrack();
+    ruler_->setProject(project);
+    if (project_)
+        connect(project_, &Project::changed, this, &TrackArranger::rebuildScene);
+    if (playback_)
+        connect(playback_, &PlaybackEngine::playheadChanged, this, &TrackArranger::updatePlayhead,
+                Qt::UniqueConnection);
+    if (project_)
+        rebuildScene();
+    else
+        showNothing();
+    emit laneSelectionChanged();
+}
+
+void TrackArranger::showNothing()
+{
+    lanes_.clear();
+    scene_->rebuild(Project(), lanes_);
+    view_->viewport()->update();
+    header_->update();
+}
+
+void TrackArranger::selectFirstTrack()
+{
+    const bool any = project_ && !project_->tracks.isEmpty();
+    activeTrack_ = any ? 0 : -1;
+    selectedTracks_ = any ? QList<int>{0} : QList<int>();
+    selectedAudioTrack_ = -1;
+}
+
+// ---- Lanes and scene -----------------------------------------------------------------------
+
+void TrackArranger::rebuildLanes()
+{
+    lanes_ = project_ ? ArrangerLayout::lanes(*project_, library_) : QList<LaneInfo>();
+}
+
+void TrackArranger::rebuildScene()
+{
+    if (!project_)
+        return;
+    rebuildLanes();
+    scene_->rebuild(*project_, lanes_);
+    // Items tell the view where they come and go, but the lanes behind them are none.
+    view_->viewport()->update();
+    if (playback_)
+        updatePlayhead(playback_->playheadBeat());
+    header_->update();
+    syncRuler();
+}
+
+const LaneInfo* TrackArranger::laneAtY(double y) const
+{
+    return ArrangerLayout::laneAtY(lanes_, y);
+}
+
+int TrackArranger::laneTopForNoteTrack(int index) const
+{
+    const LaneInfo* lane = ArrangerLayout::laneOfTrack(lanes_, LaneKind::NoteTrack, index);
+    return lane ? lane->top : -1;
+}
+
+int TrackArranger::laneTopForAudioTrack(int index) const
+{
+    const LaneInfo* lane = ArrangerLayout::laneOfTrack(lanes_, LaneKind::AudioTrack, index);
+    return lane ? lane->top : -1;
+}
+
+double TrackArranger::snapBeats() const
+{
+    return project_ ? ArrangerLayout::snapBeats(project_->timeSignature) : 1.0;
+}
+
+bool TrackArranger::isGroupCollapsed(const QString& key) const
+{
+    return project_ && project_->collapsedGroups.contains(key);
+}
+
+void TrackArranger::toggleGroup(const QString& key)
+{
+    if (!project_)
+        return;
+    if (isGroupCollapsed(key))
+        project_->collapsedGroups.removeAll(key);
+    else
+        project_->collapsedGroups.append(key);
+    rebuildScene();
+    emit edited();
+}
+
+bool TrackArranger::isPitchedTrack(const Track& track) const
+{
+    return ArrangerLayout::isPitchedTrack(track, library_);
+}
+
+// ---- Scrolling, zoom and playhead ----------------------------------------------------------
+
+void TrackArranger::zoomHorizontal(double factor)
+{
+    zoomX_ = std::clamp(zoomX_ * factor, kLeastZoom, kMostZoom);
+    view_->setTransform(QTransform::fromScale(zoomX_, 1.0));
+    syncRuler();
+}
+
+int TrackArranger::verticalScroll() const
+{
+    return view_->verticalScrollBar()->value();
+}
+
+void TrackArranger::syncRuler()
+{
+    const double sceneX = view_->mapToScene(QPoint(0, 0)).x();
+    ruler_->setViewport(zoomX_ * sceneX, zoomX_ * ArrangerLayout::kBeatPixels, 0);
+}
+
+void TrackArranger::updatePlayhead(double beat)
+{
+    scene_->setPlayheadBeat(beat);
+    ruler_->setPlayheadBeat(beat);
+}
+
+void TrackArranger::seek(double beat)
+{
+    if (!playback_)
+        return;
+    playback_->setPlayheadBeat(beat);
+    if (!playback_->isPlaying())
+        playback_->play(beat);
+}
+
+// ---- Selection -----------------------------------------------------------------------------
+
+void TrackArranger::selectNoteTrack(int index, bool additive)
+{
+    const bool inRange = project_ && index >= 0 && index < project_->tracks.size();
+    if (!additive || !inRange || project_->tracks.at(index).isAccompaniment)
+        selectedTracks_ = {index};
+    else if (!selectedTracks_.contains(index))
+        selectedTracks_.append(index);
+    else if (selectedTracks_.size() > 1)
+        selectedTracks_.removeAll(index);
+    activeTrack_ = index;
+    selectedAudioTrack_ = -1;
+    header_->update();
+    emit laneSelectionChanged();
+}
+
+void TrackArranger::selectAudioTrack(int index)
+{
+    selectedTracks_.clear();
+    selectedAudioTrack_ = index;
+    activeTrack_ = -1;
+    header_->update();
+    emit laneSelectionChanged();
+}
+
+// ---- Edits ---------------------------------------------------------------------------------
+
+void TrackArranger::commitEdit()
+{
+    emit edited();
+}
+
+void TrackArranger::toggleLaneMute(const LaneInfo& lane)
+{
+    if (!project_)
+        return;
+    const auto flip = [&](auto& tracks) {
+        if (lane.trackIndex < 0 || lane.trackIndex >= tracks.size())
+            return;
+        tracks[lane.trackIndex].muted = !tracks.at(lane.trackIndex).muted;
+        emit edited();
+    };
+    if (lane.kind == LaneKind::NoteTrack) {
+        flip(project_->tracks);
+    } else if (lane.kind == LaneKind::AudioTrack) {
+        flip(project_->audioTracks);
+    } else if (lane.kind == LaneKind::Harmony) {
+        project_->harmonyTrack.muted = !project_->harmonyTrack.muted;
+        emit edited();
+    }
+}
+
+void TrackArranger::deleteItem(QGraphicsItem* item)
+{
+    const auto* block = qgraphicsitem_cast<BlockItem*>(item);
+    if (!project_ || !block)
+        return;
+    // A drag knows its block by an index, which may be another block's from here on.
+    view_->cancelDrag();
+    BlockEdits::remove(*project_, block->block());
+    emit edited();
+}
+
+void TrackArranger::openHarmonyMenu(double beat, const QPoint& globalPos)
+{
+    if (!project_)
+        return;
+    const Project* asked = project_;
+    const auto chord = askChord(this, asked->keySignature, globalPos);
+    // The menu runs an event loop, in which another project may have been opened.
+    if (chord && project_ == asked)
+        layChord(beat, chord->degree, chord->extension);
+}
+
+void TrackArranger::insertHarmonyAtPlayhead(int degree, ChordExtension extension)
+{
+    if (!project_ || degree < 1 || degree > kDegrees)
+        return;
+    const double step = snapBeats();
+    const double playhead = playback_ ? playback_->playheadBeat() : 0.0;
+    layChord(std::floor(playhead / step) * step, degree, extension);
+}
+
+void TrackArranger::layChord(double beat, int degree, ChordExtension extension)
+{
+    const double bar = project_->beatsPerBar();
+    project_->harmonyTrack.insertEvent(beat, bar - std::fmod(beat, bar), degree, extension, bar);
+    if (playback_ && !project_->harmonyTrack.muted)
+        playback_->previewChord(
+            ChordVoicer::chordPitches(project_->keySignature, degree, extension, kPreviewOctave),
+            kPreviewVelocity);
+    emit edited();
+}
+
+// ---- Keys ----------------------------------------------------------------------------------
+
+bool TrackArranger::event(QEvent* event)
+{
+    // Alt with a letter would open a menu of the window before it could lay a chord.
+    if (event->type() == QEvent::ShortcutOverride) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if (project_ && key->modifiers() & Qt::AltModifier && pitchClassOfKey(key->key())) {
+            event->accept();
+            return true;
+        }
+    }
+    return QWidget::event(event);
+}
+
+void TrackArranger::keyPressEvent(QKeyEvent* event)
+{
+    if (event->isAutoRepeat()) {
+        event->accept();
+    } else if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace) {
+        // An edit rebuilds the scene, which takes every item away.
+        while (!scene_->selectedItems().isEmpty()) {
+            QGraphicsItem* item = scene_->selectedItems().first();
+            item->setSelected(false);
+            deleteItem(item);
+        }
+    } else if (!layChordOfKey(*event)) {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+bool TrackArranger::layChordOfKey(const QKeyEvent& event)
+{
+    const auto letter = pitchClassOfKey(event.key());
+    if (!project_ || !letter)
+        return false;
+    const int pitchClass = (*letter + (event.modifiers() & Qt::ShiftModifier ? 1 : 0)) % 12;
+    insertHarmonyAtPlayhead(project_->keySignature.degreeOfPitchClass(pitchClass),
+                            extensionOf(event.modifiers()));
+    return true;
+}
+
+void TrackArranger::keyReleaseEvent(QKeyEvent* event)
+{
+    QWidget::keyReleaseEvent(event);
+}

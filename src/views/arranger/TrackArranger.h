@@ -1,0 +1,142 @@
+#pragma once
+
+#include "music/ChordVoicer.h"
+#include "music/LoopSection.h"
+#include "views/arranger/ArrangerLayout.h"
+#include "views/arranger/BlockEdits.h"
+
+#include <QList>
+#include <QWidget>
+
+class ArrangerGridView;
+class ArrangerHeaderColumn;
+class ArrangerScene;
+class LoopLibrary;
+class PlaybackEngine;
+class Project;
+class QGraphicsItem;
+class TimelineRuler;
+
+/// The timeline of a song: a lane for each part of it, with everything placed on it as a block. It
+/// holds nothing of the song; it writes gestures straight into the project and says so.
+class TrackArranger : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit TrackArranger(QWidget* parent = nullptr);
+    ~TrackArranger() override;
+
+    /// Shows a project from its first track on. Nothing is owned, and each may be null.
+    void setContext(Project* project, PlaybackEngine* playback, LoopLibrary* library);
+
+    Project* project() const { return project_; }
+
+    const QList<LaneInfo>& lanes() const { return lanes_; }
+
+    /// The track on which edits by other means act; -1 for none.
+    int activeTrack() const { return activeTrack_; }
+
+    const QList<int>& selectedTracks() const { return selectedTracks_; }
+
+    /// -1 for none.
+    int selectedAudioTrack() const { return selectedAudioTrack_; }
+
+    /// The horizontal scale of the view, 0.2 to 6.0.
+    double zoomX() const { return zoomX_; }
+
+    ArrangerScene* scene() const { return scene_; }
+
+    ArrangerGridView* view() const { return view_; }
+
+    ArrangerHeaderColumn* headerColumn() const { return header_; }
+
+    TimelineRuler* ruler() const { return ruler_; }
+
+    void rebuildLanes();
+    void rebuildScene();
+
+    /// The lane at a height of the scene, or null.
+    const LaneInfo* laneAtY(double y) const;
+
+    /// The top of a track's lane in scene pixels; -1 where its group is folded.
+    int laneTopForNoteTrack(int index) const;
+    int laneTopForAudioTrack(int index) const;
+
+    /// In beats.
+    double snapBeats() const;
+
+    bool isGroupCollapsed(const QString& key) const;
+
+    /// Folds or unfolds a group, which is an edit of the project.
+    void toggleGroup(const QString& key);
+
+    bool isPitchedTrack(const Track& track) const;
+
+    void zoomHorizontal(double factor);
+
+    /// Scrolls of the view, in pixels.
+    int verticalScroll() const;
+
+    /// Makes a track the active one. An additive selection takes further tracks along, or leaves
+    /// them out again; tracks of the accompaniment are selected alone.
+    void selectNoteTrack(int index, bool additive);
+
+    void selectAudioTrack(int index);
+
+    void toggleLaneMute(const LaneInfo& lane);
+
+    /// Removes the record of a block from the project; an edit even where the block is stale and
+    /// nothing goes. Other items, and null, are left alone. The item is gone afterwards.
+    void deleteItem(QGraphicsItem* item);
+
+    /// Lays a chord that the user chooses, from a beat to the end of its bar.
+    void openHarmonyMenu(double beat, const QPoint& globalPos);
+
+    /// Lays a chord from the step under the playhead to the end of its bar. A degree outside 1..7
+    /// lays nothing.
+    void insertHarmonyAtPlayhead(int degree, ChordExtension extension);
+
+    /// Says that the project has been edited.
+    void commitEdit();
+
+    void syncRuler();
+
+signals:
+    void edited();
+
+    /// A melody block is to be opened for editing.
+    void openMelodyBlock(int trackIndex, int blockIndex);
+
+    void laneSelectionChanged();
+
+    /// A loop was dropped on the bar that starts at a beat.
+    void loopDropped(const QString& rhythmId, const QString& layerId, LoopSection section,
+                     int variantIndex, double beat);
+
+protected:
+    bool event(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+
+private:
+    void updatePlayhead(double beat);
+    void seek(double beat);
+    void selectFirstTrack();
+    void showNothing();
+    void layChord(double beat, int degree, ChordExtension extension);
+    bool layChordOfKey(const QKeyEvent& event);
+
+    Project* project_ = nullptr;
+    PlaybackEngine* playback_ = nullptr;
+    LoopLibrary* library_ = nullptr;
+    QList<LaneInfo> lanes_;
+    double zoomX_ = 1.0;
+    int activeTrack_ = 0;
+    QList<int> selectedTracks_;
+    int selectedAudioTrack_ = -1;
+
+    ArrangerScene* scene_;
+    TimelineRuler* ruler_;
+    ArrangerHeaderColumn* header_;
+    ArrangerGridView* view_;
+};
