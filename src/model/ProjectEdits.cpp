@@ -20,6 +20,15 @@ bool hasClips(const AudioTrack& track)
     return !track.clips.isEmpty();
 }
 
+template <typename TrackList>
+bool removeAt(TrackList& tracks, qsizetype index)
+{
+    if (index < 0 || index >= tracks.size())
+        return false;
+    tracks.removeAt(index);
+    return true;
+}
+
 } // namespace
 
 bool ProjectEdits::hasContent(const Project& project)
@@ -44,4 +53,24 @@ void ProjectEdits::setKey(Project& project, int rootPitchClass, int mode)
 {
     project.keySignature.rootPitchClass = rootPitchClass;
     project.keySignature.mode = mode == 1 ? KeyMode::Minor : KeyMode::Major;
+}
+
+bool ProjectEdits::removeNoteTrack(Project& project, qsizetype index)
+{
+    return removeAt(project.tracks, index);
+}
+
+bool ProjectEdits::removeAudioTrack(Project& project, qsizetype index)
+{
+    return removeAt(project.audioTracks, index);
+}
+
+void ProjectEdits::addClip(Project& project, const QString& newTrackName, const AudioClip& clip)
+{
+    if (project.audioTracks.isEmpty()) {
+        AudioTrack track;
+        track.name = newTrackName;
+        project.audioTracks.append(track);
+    }
+    project.audioTracks.last().clips.append(clip);
 }

@@ -3,6 +3,7 @@
 #include <QString>
 
 class Project;
+struct AudioClip;
 
 /// What the commands of the window do to a project. Nothing is announced from here.
 namespace ProjectEdits {
@@ -13,6 +14,15 @@ bool hasContent(const Project& project);
 
 /// Adds a note track with a piano, above the accompaniment, and returns its index.
 qsizetype addNoteTrack(Project& project, const QString& name);
+
+/// Removes a note track. False where there is none with that index.
+bool removeNoteTrack(Project& project, qsizetype index);
+
+/// Removes a voice track. False where there is none with that index.
+bool removeAudioTrack(Project& project, qsizetype index);
+
+/// Lays a clip on the last voice track, which is made with a name where there is none.
+void addClip(Project& project, const QString& newTrackName, const AudioClip& clip);
 
 /// Sets the key to Minor for a `mode` of 1 and to Major for any other: the key that a work came
 /// with may be in another mode, and loses it here.

@@ -10,6 +10,8 @@
 #include "shell/TransportControls.h"
 #include "shell/theme/ThemeManager.h"
 #include "storage/LocalStorageProvider.h"
+#include "views/arranger/TrackArranger.h"
+#include "voice/AudioRecorder.h"
 
 #include <QAction>
 #include <QCloseEvent>
@@ -46,7 +48,9 @@ MainWindow::MainWindow(QWidget* parent, Prompts& prompts) : QMainWindow(parent),
 
 MainWindow::~MainWindow()
 {
+    // Sound devices run the event loop as they go, while there still is a window for its events.
     // Playback ends before anything that it plays with.
+    delete recorder_;
     delete engine_;
 }
 
@@ -74,19 +78,24 @@ void MainWindow::createServices()
         statusBar()->showMessage(
             tr("Falta el banco de sonidos %1 — la app funciona sin sonido.").arg(bank));
     engine_ = new PlaybackEngine(player_, loopLibrary_, instruments_, this);
+    recorder_ = new AudioRecorder(this);
+    connect(recorder_, &AudioRecorder::recordingFailed, this, &MainWindow::onRecordingFailed);
     undoStack_ = new UndoStack(this);
 }
 
 QWidget* MainWindow::buildEditorView()
 {
     transport_ = new TransportControls(engine_);
+    arranger_ = new TrackArranger;
     connectTransport();
+    connectArranger();
 
     auto* editors = new QSplitter(Qt::Vertical);
     editors->addWidget(new QWidget);
-    editors->addWidget(new QWidget);
+    editors->addWidget(arranger_);
     editors->setStretchFactor(0, 3);
     editors->setStretchFactor(1, 2);
+    editors->setSizes({3000, 2000});
     auto* panel = new QScrollArea;
     panel->setWidgetResizable(true);
     panel->setFrameShape(QFrame::NoFrame);
@@ -124,6 +133,27 @@ void MainWindow::connectTransport()
     connect(transport_, &Ribbon::exportMp3Requested, this, [this] { exportAudio(true); });
     connect(transport_, &Ribbon::exportWavRequested, this, [this] { exportAudio(false); });
     connect(transport_, &Ribbon::exportMidiRequested, this, &MainWindow::exportMidi);
+    connect(transport_, &Ribbon::recordVoiceRequested, this, &MainWindow::toggleVoiceRecording);
+    connect(transport_, &Ribbon::importVoiceRequested, this, &MainWindow::importVoiceFile);
+    connect(transport_, &Ribbon::zoomInRequested, this, &MainWindow::zoomIn);
+    connect(transport_, &Ribbon::zoomOutRequested, this, &MainWindow::zoomOut);
+}
+
+void MainWindow::connectArranger()
+{
+    connect(arranger_, &TrackArranger::edited, this, &MainWindow::snapshotAndRefresh);
+    connect(arranger_, &TrackArranger::openMelodyBlock, this,
+            [this](int track) { arranger_->selectNoteTrack(track, false); });
+}
+
+void MainWindow::zoomIn()
+{
+    arranger_->zoomHorizontal(1.25);
+}
+
+void MainWindow::zoomOut()
+{
+    arranger_->zoomHorizontal(0.8);
 }
 
 void MainWindow::adoptProject()
@@ -132,9 +162,9 @@ void MainWindow::adoptProject()
     engine_->projectDir =
         currentProjectId_.isEmpty() ? QString() : storage_->projectFolder(currentProjectId_);
     transport_->setProject(project_);
+    arranger_->setContext(project_, engine_, loopLibrary_);
     undoStack_->reset(*project_);
     updateSubdivisionMenu();
-    selectedTrack_ = 0;
     stackedWidget_->setCurrentIndex(0);
     showProjectName();
 }

@@ -6,6 +6,7 @@
 
 #include <memory>
 
+class AudioRecorder;
 class InstrumentLibrary;
 class LoopLibrary;
 class PlaybackEngine;
@@ -15,6 +16,7 @@ class QMenu;
 class QPushButton;
 class QStackedWidget;
 class SoundfontPlayer;
+class TrackArranger;
 class TransportControls;
 class UndoStack;
 struct KeySignature;
@@ -65,7 +67,17 @@ public:
     // ---- Edits ----
 
     void addTrack();
+
+    /// Removes the track that is selected in the arranger; the last one too.
     void removeSelectedTrack();
+
+    /// Copies an audio file of the user's into the work's folder, as WAV, and lays it as a clip at
+    /// the playhead.
+    void importVoiceFile();
+
+    /// Begins to record a voice, along with playback, or ends the take and lays it as a clip that
+    /// ends at the playhead.
+    void toggleVoiceRecording();
 
     /// The one way of every finished edit: makes it undoable, visible and audible.
     void snapshotAndRefresh();
@@ -102,6 +114,7 @@ private:
     void createServices();
     QWidget* buildEditorView();
     void connectTransport();
+    void connectArranger();
     void buildMenus();
     void buildFileMenu();
     void buildEditMenu();
@@ -121,6 +134,12 @@ private:
     void updateTitleBar(bool dark);
     void onThemeChanged(bool dark);
 
+    void startTake();
+    void finishTake();
+    void onRecordingFailed(const QString& message);
+    void zoomIn();
+    void zoomOut();
+
     void setBpm(int bpm);
     void setKey(int rootPitchClass, int mode);
     void setHarmonyMuted(bool muted);
@@ -137,15 +156,17 @@ private:
     LoopLibrary* loopLibrary_ = nullptr;
     SoundfontPlayer* player_ = nullptr;
     PlaybackEngine* engine_ = nullptr;
+    AudioRecorder* recorder_ = nullptr;
     UndoStack* undoStack_ = nullptr;
     Project* project_ = nullptr;
     /// Storage id of the project; empty until it is saved for the first time.
     QString currentProjectId_;
-    /// Index of the selected note track; -1 for none.
-    qsizetype selectedTrack_ = 0;
+    /// A take is under way.
+    bool voiceRecording_ = false;
 
     QStackedWidget* stackedWidget_ = nullptr;
     TransportControls* transport_ = nullptr;
+    TrackArranger* arranger_ = nullptr;
     QAction* undoAction_ = nullptr;
     QAction* redoAction_ = nullptr;
     QMenu* subdivisionMenu_ = nullptr;

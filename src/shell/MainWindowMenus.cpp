@@ -40,7 +40,7 @@ void MainWindow::buildFileMenu()
     menu->addAction(tr("Guardar"), this, &MainWindow::saveCurrentProject)
         ->setShortcuts(QKeySequence::Save);
     menu->addSeparator();
-    menu->addAction(tr("Importar audio de voz…"));
+    menu->addAction(tr("Importar audio de voz…"), this, &MainWindow::importVoiceFile);
     menu->addSeparator();
     menu->addAction(tr("Exportar WAV…"), this, [this] { exportAudio(false); });
     menu->addAction(tr("Exportar MP3…"), this, [this] { exportAudio(true); });
@@ -68,8 +68,10 @@ void MainWindow::buildViewMenu()
         subdivisionMenu_->addAction(QString())->setData(QVariant::fromValue(level));
     updateSubdivisionMenu();
     menu->addSeparator();
-    menu->addAction(tr("Acercar (tiempo)"))->setShortcuts(QKeySequence::ZoomIn);
-    menu->addAction(tr("Alejar (tiempo)"))->setShortcuts(QKeySequence::ZoomOut);
+    menu->addAction(tr("Acercar (tiempo)"), this, &MainWindow::zoomIn)
+        ->setShortcuts(QKeySequence::ZoomIn);
+    menu->addAction(tr("Alejar (tiempo)"), this, &MainWindow::zoomOut)
+        ->setShortcuts(QKeySequence::ZoomOut);
 }
 
 void MainWindow::updateSubdivisionMenu()

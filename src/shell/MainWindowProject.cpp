@@ -7,6 +7,7 @@
 #include "shell/OpenProjectDialog.h"
 #include "shell/ProjectGallery.h"
 #include "storage/ProjectStorageProvider.h"
+#include "views/arranger/TrackArranger.h"
 
 #include <QGuiApplication>
 #include <QStatusBar>
@@ -182,16 +183,21 @@ void MainWindow::addTrack()
                         tr("Se alcanzó el máximo de %1 veltas de notas.").arg(kMaxNoteTracks));
         return;
     }
-    selectedTrack_ =
+    const qsizetype position =
         ProjectEdits::addNoteTrack(*project_, tr("Velta %1").arg(project_->tracks.size() + 1));
     snapshotAndRefresh();
+    arranger_->selectNoteTrack(static_cast<int>(position), false);
 }
 
 void MainWindow::removeSelectedTrack()
 {
-    if (!project_ || selectedTrack_ < 0 || selectedTrack_ >= project_->tracks.size())
+    if (!project_)
         return;
-    project_->tracks.removeAt(selectedTrack_);
+    const int voice = arranger_->selectedAudioTrack();
+    if (voice < 0 && !ProjectEdits::removeNoteTrack(*project_, arranger_->activeTrack()))
+        return;
+    if (voice >= 0)
+        ProjectEdits::removeAudioTrack(*project_, voice);
     snapshotAndRefresh();
-    selectedTrack_ = project_->tracks.isEmpty() ? -1 : 0;
+    arranger_->selectNoteTrack(project_->tracks.isEmpty() ? -1 : 0, false);
 }

@@ -55,6 +55,13 @@ std::optional<QString> Prompts::askText(QWidget* parent, const QString& title, c
     return accepted ? std::optional(answer) : std::nullopt;
 }
 
+std::optional<QString> Prompts::askOpenFile(QWidget* parent, const QString& title,
+                                            const QString& filter)
+{
+    const QString path = QFileDialog::getOpenFileName(parent, title, QString(), filter);
+    return path.isEmpty() ? std::nullopt : std::optional(path);
+}
+
 std::optional<QString> Prompts::askSaveFile(QWidget* parent, const QString& title,
                                             const QString& proposal, const QString& filter)
 {

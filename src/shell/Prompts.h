@@ -32,6 +32,10 @@ public:
     virtual std::optional<QString> askText(QWidget* parent, const QString& title,
                                            const QString& label, const QString& text);
 
+    /// A file to read, or nothing when the user gave up.
+    virtual std::optional<QString> askOpenFile(QWidget* parent, const QString& title,
+                                               const QString& filter);
+
     /// A path to write to, or nothing when the user gave up. `proposal` names a file without its
     /// folder.
     virtual std::optional<QString> askSaveFile(QWidget* parent, const QString& title,

@@ -72,6 +72,13 @@ public:
         return take<Text>().value_or(Text{}).text;
     }
 
+    std::optional<QString> askOpenFile(QWidget*, const QString& title,
+                                       const QString& filter) override
+    {
+        note({"askOpenFile", title, filter});
+        return take<Path>().value_or(Path{}).path;
+    }
+
     std::optional<QString> askSaveFile(QWidget*, const QString& title, const QString& proposal,
                                        const QString& filter) override
     {

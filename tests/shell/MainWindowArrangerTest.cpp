@@ -1,0 +1,192 @@
+#include "support/ProjectBuilder.h"
+#include "support/WindowStage.h"
+#include "views/TimelineRuler.h"
+#include "views/arranger/ArrangerGridView.h"
+#include "views/arranger/ArrangerScene.h"
+#include "views/arranger/TrackArranger.h"
+
+#include <QTest>
+
+using namespace ProjectBuilder;
+
+/// The arranger as the window ties it in.
+class MainWindowArrangerTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void theArrangerShowsTheWork();
+    void anotherWorkIsShownFromItsFirstTrack();
+    void aChordIsOneStepOfUndo();
+    void undoReachesTheArranger();
+    void anAddedTrackIsTheSelectedOne();
+    void theSelectedTrackIsRemoved();
+    void aSelectedVoiceTrackIsRemoved();
+    void removingTheOnlyTrackSelectsNone();
+    void aStaleSelectionRemovesNothing();
+    void zoomGoesInSteps();
+    void aMelodyBlockSelectsItsTrack();
+    void changingTheThemePaintsTheBlocksAnew();
+    void aWorkExchangedDuringADragIsLeftAlone();
+
+private:
+    TrackArranger& arranger() { return *stage_->window().findChild<TrackArranger*>(); }
+
+    qsizetype blocks() { return arranger().scene()->items().size() - 1; }
+
+    std::unique_ptr<WindowStage> stage_;
+};
+
+void MainWindowArrangerTest::init()
+{
+    stage_ = std::make_unique<WindowStage>();
+    stage_->window();
+}
+
+void MainWindowArrangerTest::cleanup()
+{
+    stage_.reset();
+}
+
+void MainWindowArrangerTest::theArrangerShowsTheWork()
+{
+    QCOMPARE(arranger().project(), &stage_->song());
+    // Chords, VELTAS, Melodía, ACOMPAÑAMIENTO
+    QCOMPARE(arranger().lanes().size(), 4);
+    QCOMPARE(arranger().lanes()[2].label, "🎹 Melodía");
+}
+
+void MainWindowArrangerTest::anotherWorkIsShownFromItsFirstTrack()
+{
+    Project work;
+    work.tracks = {melodyTrack({melody({note(60, 0)})}), melodyTrack({})};
+    QVERIFY(stage_->saveWork("vals", work));
+    stage_->window().openProject("vals");
+    QCOMPARE(arranger().project(), &stage_->song());
+    QCOMPARE(arranger().activeTrack(), 0);
+    QCOMPARE(arranger().selectedTracks(), QList<int>{0});
+    QCOMPARE(blocks(), 1);
+}
+
+void MainWindowArrangerTest::aChordIsOneStepOfUndo()
+{
+    QTest::keyClick(&arranger(), Qt::Key_C);
+    QCOMPARE(stage_->song().harmonyTrack, harmony({1}));
+    QVERIFY(stage_->canUndo());
+    QCOMPARE(blocks(), 1);
+}
+
+void MainWindowArrangerTest::undoReachesTheArranger()
+{
+    const QJsonObject first = stage_->song().toJson();
+    QTest::keyClick(&arranger(), Qt::Key_C);
+    stage_->engine().setPlayheadBeat(4.0);
+    QTest::keyClick(&arranger(), Qt::Key_G);
+    QCOMPARE(blocks(), 2);
+    stage_->choose("Deshacer");
+    QCOMPARE(blocks(), 1);
+    stage_->choose("Deshacer");
+    QCOMPARE(blocks(), 0);
+    QCOMPARE(stage_->song().toJson(), first);
+    stage_->choose("Rehacer");
+    QCOMPARE(blocks(), 1);
+}
+
+void MainWindowArrangerTest::anAddedTrackIsTheSelectedOne()
+{
+    stage_->song().tracks.append(loopTrack({}));
+    stage_->clickRibbon("Agregar");
+    QCOMPARE(arranger().activeTrack(), 1);
+    QCOMPARE(arranger().selectedTracks(), QList<int>{1});
+    QCOMPARE(arranger().lanes()[3].label, "🎹 Velta 3");
+}
+
+void MainWindowArrangerTest::theSelectedTrackIsRemoved()
+{
+    stage_->clickRibbon("Agregar");
+    stage_->clickRibbon("Agregar");
+    arranger().selectNoteTrack(1, false);
+    stage_->clickRibbon("Quitar");
+    QCOMPARE(stage_->song().tracks.size(), 2);
+    QCOMPARE(stage_->song().tracks[1].name, "Velta 3");
+    QCOMPARE(arranger().activeTrack(), 0);
+}
+
+void MainWindowArrangerTest::aSelectedVoiceTrackIsRemoved()
+{
+    stage_->song().audioTracks = {voiceTrack({clip("a.wav", 0, 4)}), voiceTrack({})};
+    stage_->window().snapshotAndRefresh();
+    arranger().selectAudioTrack(0);
+    stage_->clickRibbon("Quitar");
+    QCOMPARE(stage_->song().audioTracks, QList<AudioTrack>{voiceTrack({})});
+    QCOMPARE(stage_->song().tracks.size(), 1);
+    QCOMPARE(arranger().selectedAudioTrack(), -1);
+    QCOMPARE(arranger().activeTrack(), 0);
+}
+
+void MainWindowArrangerTest::removingTheOnlyTrackSelectsNone()
+{
+    stage_->clickRibbon("Quitar");
+    QVERIFY(stage_->song().tracks.isEmpty());
+    QCOMPARE(arranger().activeTrack(), -1);
+    stage_->clickRibbon("Quitar");
+    QVERIFY(stage_->song().tracks.isEmpty());
+}
+
+void MainWindowArrangerTest::aStaleSelectionRemovesNothing()
+{
+    stage_->clickRibbon("Agregar");
+    stage_->choose("Deshacer");
+    const QJsonObject before = stage_->song().toJson();
+    QCOMPARE(arranger().activeTrack(), 1);
+    stage_->clickRibbon("Quitar");
+    QCOMPARE(stage_->song().toJson(), before);
+}
+
+void MainWindowArrangerTest::zoomGoesInSteps()
+{
+    stage_->clickRibbon("Acercar");
+    QCOMPARE(arranger().zoomX(), 1.25);
+    stage_->choose("Alejar (tiempo)");
+    QCOMPARE(arranger().zoomX(), 1.0);
+    QCOMPARE(arranger().ruler()->viewport().pixelsPerBeat, 32.0);
+}
+
+void MainWindowArrangerTest::aMelodyBlockSelectsItsTrack()
+{
+    stage_->clickRibbon("Agregar");
+    arranger().selectNoteTrack(0, false);
+    emit arranger().openMelodyBlock(1, 0);
+    QCOMPARE(arranger().activeTrack(), 1);
+}
+
+void MainWindowArrangerTest::changingTheThemePaintsTheBlocksAnew()
+{
+    QTest::keyClick(&arranger(), Qt::Key_C);
+    QCOMPARE(blocks(), 1);
+    Widgets::click(stage_->window().findChild<QWidget*>("toggle_modo"));
+    QCOMPARE(blocks(), 1);
+    Widgets::click(stage_->window().findChild<QWidget*>("toggle_modo"));
+}
+
+void MainWindowArrangerTest::aWorkExchangedDuringADragIsLeftAlone()
+{
+    Project work;
+    work.tracks = {melodyTrack({melody({}, 2.0)})};
+    QVERIFY(stage_->saveWork("vals", work));
+    stage_->window().openProject("vals");
+    QVERIFY(stage_->showWindow());
+    QWidget* canvas = arranger().view()->viewport();
+    const QPoint onBlock =
+        arranger().view()->mapFromScene(3.0 * 32, arranger().laneTopForNoteTrack(0) + 20);
+    QTest::mousePress(canvas, Qt::LeftButton, {}, onBlock);
+    stage_->window().openProject("vals");
+    QTest::mouseMove(canvas, onBlock + QPoint(64, 0));
+    QTest::mouseRelease(canvas, Qt::LeftButton, {}, onBlock + QPoint(64, 0));
+    QCOMPARE(stage_->song().tracks[0].melodyBlocks[0].startBeat, 2.0);
+    QVERIFY(!stage_->canUndo());
+}
+
+QTEST_MAIN(MainWindowArrangerTest)
+#include "MainWindowArrangerTest.moc"

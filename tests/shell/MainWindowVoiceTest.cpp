@@ -1,0 +1,210 @@
+#include "support/ProjectBuilder.h"
+#include "support/Tones.h"
+#include "support/WavFile.h"
+#include "support/WindowStage.h"
+
+#include <QTest>
+
+#include <cstdlib>
+
+using namespace ProjectBuilder;
+
+namespace {
+
+constexpr auto kAskAudio = "askOpenFile | Importar audio | Audio (*.wav *.mp3 *.ogg *.opus)";
+constexpr int kRate = 48000;
+
+} // namespace
+
+/// How a voice comes into a work: from a file of the user's or from the microphone.
+class MainWindowVoiceTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    // Importing
+    void anImportedFileBecomesAClipOnAVoiceTrack();
+    void theWorkKeepsACopyOfItsOwn();
+    void aNameThatIsTakenGetsANumber();
+    void theClipLiesOnTheBeatOfThePlayhead();
+    void aClipGoesToTheLastVoiceTrack();
+    void anUnsavedWorkKeepsItsFilesAmongTheWorks();
+    void givingUpImportsNothing();
+    void aFileThatIsNoneIsTold_data();
+    void aFileThatIsNoneIsTold();
+    void anImportIsOneStepOfUndo();
+
+    // Recording, without a sound server
+    void withoutAMicrophoneTheUserIsTold();
+    void afterAFailureTheNextClickStartsAnew();
+
+private:
+    QString voiceFile(const QString& name, double seconds, int channels = 1);
+    bool import(const QString& path);
+    AudioClip lastClip();
+
+    std::unique_ptr<WindowStage> stage_;
+};
+
+void MainWindowVoiceTest::init()
+{
+    // There is no sound server behind this address.
+    qputenv("PULSE_SERVER", "unix:/nowhere/socket");
+    stage_ = std::make_unique<WindowStage>();
+    Project work;
+    work.bpm = 120;
+    work.tracks.append(melodyTrack({}));
+    QVERIFY(stage_->saveWork("coplas", work));
+    stage_->window().openProject("coplas");
+}
+
+void MainWindowVoiceTest::cleanup()
+{
+    QVERIFY(stage_->prompts().allAnswersUsed());
+    stage_.reset();
+}
+
+QString MainWindowVoiceTest::voiceFile(const QString& name, double seconds, int channels)
+{
+    const QString path = stage_->home().filePath(name);
+    const auto frames = static_cast<qsizetype>(seconds * kRate);
+    writeBytes(path, WavFile::bytes(Tones::sine(440.0, kRate, frames * channels), kRate, channels));
+    return path;
+}
+
+bool MainWindowVoiceTest::import(const QString& path)
+{
+    const auto before = stage_->song().audioTracks;
+    stage_->prompts().answerPath(path);
+    stage_->choose("Importar audio de voz…");
+    return stage_->song().audioTracks != before;
+}
+
+AudioClip MainWindowVoiceTest::lastClip()
+{
+    return stage_->song().audioTracks.last().clips.last();
+}
+
+// ---- Importing -----------------------------------------------------------------------------
+
+void MainWindowVoiceTest::anImportedFileBecomesAClipOnAVoiceTrack()
+{
+    QVERIFY(import(voiceFile("copla de mi abuela.wav", 3.0, 2)));
+    QCOMPARE(stage_->prompts().calls(), QStringList{kAskAudio});
+    QCOMPARE(stage_->song().audioTracks.size(), 1);
+    QCOMPARE(stage_->song().audioTracks[0].name, "Voz");
+    // Three seconds at 120 to the minute.
+    QCOMPARE(lastClip(), clip("copla de mi abuela.wav", 0.0, 6.0));
+}
+
+void MainWindowVoiceTest::theWorkKeepsACopyOfItsOwn()
+{
+    const QString source = voiceFile("Zamba ñandú.wav", 0.5, 2);
+    QVERIFY(import(source));
+    const auto kept = WavFile::read(bytesOf(stage_->home().works() + "/coplas/Zamba ñandú.wav"));
+    const auto original = WavFile::read(bytesOf(source));
+    QVERIFY(kept.ok);
+    QCOMPARE(kept.sampleRate, kRate);
+    QCOMPARE(kept.channels, 2);
+    QCOMPARE(kept.samples.size(), original.samples.size());
+    // Reading and writing scale by one step more or less.
+    for (qsizetype i = 0; i < kept.samples.size(); ++i)
+        QVERIFY(std::abs(kept.samples[i] - original.samples[i]) <= 1);
+}
+
+void MainWindowVoiceTest::aNameThatIsTakenGetsANumber()
+{
+    const QString source = voiceFile("toma.final.wav", 0.1);
+    for (const char* expected : {"toma.final.wav", "toma.final_2.wav", "toma.final_3.wav"}) {
+        QVERIFY(import(source));
+        QCOMPARE(lastClip().audioFilePath, QString(expected));
+        QVERIFY(QFile::exists(stage_->home().works() + "/coplas/" + QString(expected)));
+    }
+}
+
+void MainWindowVoiceTest::theClipLiesOnTheBeatOfThePlayhead()
+{
+    stage_->engine().setPlayheadBeat(5.75);
+    QVERIFY(import(voiceFile("voz.wav", 1.0)));
+    QCOMPARE(lastClip().offsetBeats, 5.0);
+}
+
+void MainWindowVoiceTest::aClipGoesToTheLastVoiceTrack()
+{
+    stage_->song().audioTracks = {voiceTrack({}), voiceTrack({})};
+    QVERIFY(import(voiceFile("voz.wav", 1.0)));
+    QVERIFY(stage_->song().audioTracks[0].clips.isEmpty());
+    QCOMPARE(stage_->song().audioTracks[1].clips.size(), 1);
+}
+
+void MainWindowVoiceTest::anUnsavedWorkKeepsItsFilesAmongTheWorks()
+{
+    stage_->window().startBlankProject();
+    QVERIFY(import(voiceFile("voz.wav", 1.0)));
+    QVERIFY(QFile::exists(stage_->home().works() + "/voz.wav"));
+}
+
+void MainWindowVoiceTest::givingUpImportsNothing()
+{
+    stage_->prompts().giveUpPath();
+    stage_->clickRibbon("Importar");
+    QCOMPARE(stage_->prompts().calls(), QStringList{kAskAudio});
+    QVERIFY(stage_->song().audioTracks.isEmpty());
+}
+
+void MainWindowVoiceTest::aFileThatIsNoneIsTold_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::newRow("text") << QByteArray("no audio at all");
+    QTest::newRow("nothing") << QByteArray();
+    QTest::newRow("a header cut short") << WavFile::bytes(Tones::silence(100)).left(20);
+}
+
+void MainWindowVoiceTest::aFileThatIsNoneIsTold()
+{
+    QFETCH(QByteArray, content);
+    const QString path = stage_->home().filePath("roto.wav");
+    writeBytes(path, content);
+    QVERIFY(!import(path));
+    const QString said = stage_->prompts().calls().value(1);
+    QVERIFY2(said.startsWith("warn | Importar audio | No pude leer el archivo: "),
+             qPrintable(said));
+    QVERIFY(!stage_->canUndo());
+    QCOMPARE(QDir(stage_->home().works() + "/coplas").entryList(QDir::Files),
+             QStringList{"project.json"});
+}
+
+void MainWindowVoiceTest::anImportIsOneStepOfUndo()
+{
+    const QJsonObject before = stage_->song().toJson();
+    QVERIFY(import(voiceFile("voz.wav", 1.0)));
+    QVERIFY(stage_->canUndo());
+    stage_->choose("Deshacer");
+    QCOMPARE(stage_->song().toJson(), before);
+    QVERIFY(!stage_->canUndo());
+}
+
+// ---- Recording -----------------------------------------------------------------------------
+
+void MainWindowVoiceTest::withoutAMicrophoneTheUserIsTold()
+{
+    stage_->clickRibbon("Grabar");
+    QCOMPARE(stage_->prompts().calls(),
+             QStringList{"warn | Grabación | No hay micrófono disponible."});
+    QVERIFY(!stage_->engine().isPlaying());
+    QVERIFY(stage_->song().audioTracks.isEmpty());
+}
+
+void MainWindowVoiceTest::afterAFailureTheNextClickStartsAnew()
+{
+    stage_->clickRibbon("Grabar");
+    stage_->clickRibbon("Grabar");
+    // A second half of a take would have told of an empty one.
+    QCOMPARE(stage_->prompts().calls().size(), 2);
+    QVERIFY(stage_->message().isEmpty());
+}
+
+QTEST_MAIN(MainWindowVoiceTest)
+#include "MainWindowVoiceTest.moc"
