@@ -143,8 +143,7 @@ void ArrangerGridView::startDrag(BlockItem* item, const QPointF& place)
 {
     select(item);
     const BlockRef block = item->block();
-    const bool grip = block.kind != BlockKind::Chord &&
-                      ArrangerLayout::isOnGrip(place.x(), item->rect().right(), transform().m11());
+    const bool grip = ArrangerLayout::isOnGrip(place.x(), item->rect().right(), transform().m11());
     drag_ = Drag{.mode = grip ? DragMode::Resize : DragMode::Move,
                  .block = block,
                  .startX = place.x(),

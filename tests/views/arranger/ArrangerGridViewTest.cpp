@@ -583,6 +583,7 @@ void ArrangerGridViewTest::gripResizes()
     expected.tracks[3].loopBlocks[0].startBeat = span.start;
     expected.tracks[3].loopBlocks[0].durationBeats = span.length;
     QCOMPARE(firstDifference(stage_->song, expected), QString());
+    QCOMPARE(editor_->edits(), 1);
 }
 
 void ArrangerGridViewTest::resizingStopsAtAStep_data()

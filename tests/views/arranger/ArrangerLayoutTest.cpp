@@ -592,6 +592,9 @@ void ArrangerLayoutTest::gridLines_data()
         << simple(7, 8) << 0.0 << 256.0 << "|0 1 2 3 4 5 6 |7 8 9";
     QTest::newRow("3/8 meets a beat at every other bar")
         << simple(3, 8) << 0.0 << 160.0 << "|0 1 2 |3 4 5 |6";
+    // Three bars are a hair longer than five beats.
+    QTest::newRow("5/12 meets a beat at every third bar")
+        << simple(5, 12) << 0.0 << 160.0 << "|0 1 2 3 4 |5 6";
     QTest::newRow("from one line before the stretch")
         << simple(4, 4) << 160.0 << 224.0 << "|4 5 6 7 |8";
     QTest::newRow("from one line before, off the lines")
