@@ -1,8 +1,8 @@
 #include "playback/LivePreview.h"
 
 #include "content/Rhythm.h"
+#include "playback/ChannelInstrument.h"
 #include "playback/ChannelPlan.h"
-#include "playback/PlaybackEngine.h"
 #include "playback/SoundfontPlayer.h"
 
 #include <QTimer>
@@ -38,7 +38,7 @@ bool LivePreview::canSound() const
 
 void LivePreview::configure(const QString& instrumentId)
 {
-    PlaybackEngine::configureChannel(player_, instruments_, kPreviewChannel, instrumentId);
+    ChannelInstrument::configure(player_, instruments_, kPreviewChannel, instrumentId);
     player_->setChannelVolume(kPreviewChannel, kPreviewVolume);
     instrumentId_ = instrumentId;
 }

@@ -1,9 +1,9 @@
 #include "playback/PlaybackEngine.h"
 
-#include "content/InstrumentLibrary.h"
 #include "model/Audibility.h"
 #include "model/Project.h"
 #include "music/Beats.h"
+#include "playback/ChannelInstrument.h"
 #include "playback/ChannelPlan.h"
 #include "playback/LivePreview.h"
 #include "playback/Metronome.h"
@@ -24,16 +24,6 @@ bool hasClip(const Project& project)
 {
     return std::ranges::any_of(project.audioTracks,
                                [](const AudioTrack& track) { return !track.clips.isEmpty(); });
-}
-
-bool selectOwnBank(SoundfontPlayer* player, const InstrumentLibrary& instruments, int channel,
-                   const Instrument& instrument)
-{
-    if (!instruments.customBankAvailable(instrument))
-        return false;
-    if (!player->instrumentBankLoaded(instrument.id))
-        player->loadInstrumentBank(instrument.id, instruments.customBankAbsolutePath(instrument));
-    return player->selectInstrumentBank(channel, instrument.id);
 }
 
 } // namespace
@@ -266,17 +256,7 @@ void PlaybackEngine::stopVoicePlayback()
 void PlaybackEngine::configureChannel(SoundfontPlayer* player, InstrumentLibrary* instruments,
                                       int channel, const QString& instrumentId)
 {
-    const Instrument* instrument = instruments ? instruments->find(instrumentId) : nullptr;
-    if (!instrument) {
-        player->selectGmProgram(channel, 0);
-        return;
-    }
-    if (selectOwnBank(player, *instruments, channel, *instrument))
-        return;
-    if (instrument->category == InstrumentCategory::Percussion)
-        player->selectGmDrums(channel);
-    else
-        player->selectGmProgram(channel, instruments->effectiveGmProgram(*instrument));
+    ChannelInstrument::configure(player, instruments, channel, instrumentId);
 }
 
 void PlaybackEngine::configureChannelForInstrument(int channel, const QString& instrumentId)

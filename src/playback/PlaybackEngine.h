@@ -100,9 +100,7 @@ public:
 
     // ---- Channels ----
 
-    /// Gives a channel an instrument: its own bank where there is one, else the drum kit for
-    /// percussion and a General MIDI program for the rest. An unknown instrument is a piano.
-    /// `instruments` may be null.
+    /// See ChannelInstrument::configure().
     static void configureChannel(SoundfontPlayer* player, InstrumentLibrary* instruments,
                                  int channel, const QString& instrumentId);
 
