@@ -1,8 +1,10 @@
 #include "model/ProjectEdits.h"
 
 #include "model/Project.h"
+#include "music/Beats.h"
 
 #include <algorithm>
+#include <cmath>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -18,6 +20,31 @@ bool hasNotes(const Track& track)
 bool hasClips(const AudioTrack& track)
 {
     return !track.clips.isEmpty();
+}
+
+/// A new accompaniment track at the end of the list, for a layer. Nothing in a full list.
+std::optional<qsizetype> addAccompaniment(Project& project, const QString& layerId,
+                                          const QString& instrumentId, const QString& name)
+{
+    if (project.tracks.size() >= kMaxNoteTracks)
+        return std::nullopt;
+    Track track;
+    track.name = name;
+    track.instrumentId = instrumentId;
+    track.isAccompaniment = true;
+    track.layerId = layerId;
+    project.tracks.append(track);
+    return project.tracks.size() - 1;
+}
+
+std::optional<qsizetype> findAccompaniment(const Project& project, const QString& layerId)
+{
+    const auto track = std::ranges::find_if(project.tracks, [&](const Track& candidate) {
+        return candidate.isAccompaniment && ProjectEdits::effectiveLayer(candidate) == layerId;
+    });
+    if (track == project.tracks.cend())
+        return std::nullopt;
+    return track - project.tracks.cbegin();
 }
 
 template <typename TrackList>
@@ -73,4 +100,33 @@ void ProjectEdits::addClip(Project& project, const QString& newTrackName, const 
         project.audioTracks.append(track);
     }
     project.audioTracks.last().clips.append(clip);
+}
+
+QString ProjectEdits::effectiveLayer(const Track& track)
+{
+    if (track.layerId.isEmpty() && !track.loopBlocks.isEmpty())
+        return track.loopBlocks.first().layerId;
+    return track.layerId;
+}
+
+double ProjectEdits::barStart(const Project& project, double beat)
+{
+    const double bar = project.beatsPerBar();
+    return isBarLength(bar) ? std::floor(beat / bar) * bar : 0.0;
+}
+
+std::optional<qsizetype> ProjectEdits::addLoop(Project& project, const LoopBlock& block,
+                                               const QString& instrumentId,
+                                               const QString& newTrackName)
+{
+    auto index = findAccompaniment(project, block.layerId);
+    if (!index)
+        index = addAccompaniment(project, block.layerId, instrumentId, newTrackName);
+    if (!index)
+        return std::nullopt;
+    Track& track = project.tracks[*index];
+    if (track.layerId.isEmpty())
+        track.layerId = block.layerId;
+    track.loopBlocks.append(block);
+    return index;
 }

@@ -2,8 +2,12 @@
 
 #include <QString>
 
+#include <optional>
+
 class Project;
 struct AudioClip;
+struct LoopBlock;
+struct Track;
 
 /// What the commands of the window do to a project. Nothing is announced from here.
 namespace ProjectEdits {
@@ -23,6 +27,19 @@ bool removeAudioTrack(Project& project, qsizetype index);
 
 /// Lays a clip on the last voice track, which is made with a name where there is none.
 void addClip(Project& project, const QString& newTrackName, const AudioClip& clip);
+
+/// The layer that an accompaniment track serves: its own, or else that of its first loop. Empty for
+/// a track without either.
+QString effectiveLayer(const Track& track);
+
+/// The start, in beats, of the bar that holds a beat; 0.0 where the meter has no bars.
+double barStart(const Project& project, double beat);
+
+/// Lays a loop on the first accompaniment track of its layer and returns the index of that track. A
+/// layer without one gets a new track at the end, with a name and an instrument. Nothing is laid
+/// where that would be one track too many.
+std::optional<qsizetype> addLoop(Project& project, const LoopBlock& block,
+                                 const QString& instrumentId, const QString& newTrackName);
 
 /// Sets the key to Minor for a `mode` of 1 and to Major for any other: the key that a work came
 /// with may be in another mode, and loses it here.

@@ -144,6 +144,11 @@ void MainWindow::connectArranger()
     connect(arranger_, &TrackArranger::edited, this, &MainWindow::snapshotAndRefresh);
     connect(arranger_, &TrackArranger::openMelodyBlock, this,
             [this](int track) { arranger_->selectNoteTrack(track, false); });
+    connect(arranger_, &TrackArranger::loopDropped, this,
+            [this](const QString& rhythmId, const QString& layerId, LoopSection section,
+                   int variantIndex, double beat) {
+                placeLoop(rhythmId, layerId, static_cast<int>(section), variantIndex, beat);
+            });
 }
 
 void MainWindow::zoomIn()

@@ -20,6 +20,7 @@ class TrackArranger;
 class TransportControls;
 class UndoStack;
 struct KeySignature;
+struct LoopBlock;
 struct TimeSignature;
 
 /// The one window. It owns every long-lived object and is the only place where they meet: the
@@ -70,6 +71,16 @@ public:
 
     /// Removes the track that is selected in the arranger; the last one too.
     void removeSelectedTrack();
+
+    /// Lays a loop on the accompaniment track of its layer, which is made where there is none. A
+    /// block with a negative start goes to the bar of the playhead.
+    void handleLoopChosen(const LoopBlock& block, const QString& instrumentId,
+                          const QString& trackName);
+
+    /// Lays a loop of the library at a beat, or from the start of the song for a negative one. Does
+    /// nothing for one that the library does not hold.
+    void placeLoop(const QString& rhythmId, const QString& layerId, int section, int variantIndex,
+                   double startBeat);
 
     /// Copies an audio file of the user's into the work's folder, as WAV, and lays it as a clip at
     /// the playhead.

@@ -57,6 +57,17 @@ private slots:
     void everyRootIsTaken();
     void aKeyChangesNothingElse();
 
+    void theLayerOfATrackIsItsOwnOrThatOfItsFirstLoop_data();
+    void theLayerOfATrackIsItsOwnOrThatOfItsFirstLoop();
+    void aBeatBelongsToTheBarThatHoldsIt_data();
+    void aBeatBelongsToTheBarThatHoldsIt();
+    void aLoopOfANewLayerMakesATrackAtTheEnd();
+    void loopsOfOneLayerGatherOnOneTrack();
+    void aLoopGoesToTheFirstTrackOfItsLayer_data();
+    void aLoopGoesToTheFirstTrackOfItsLayer();
+    void aTrackTakesTheLayerOfItsLoops();
+    void aFullListTakesLoopsOfItsOwnLayersOnly();
+
     void nothingIsAnnounced();
 };
 
@@ -253,12 +264,141 @@ void ProjectEditsTest::aKeyChangesNothingElse()
     }
 }
 
+// ---- Loops ---------------------------------------------------------------------------------
+
+void ProjectEditsTest::theLayerOfATrackIsItsOwnOrThatOfItsFirstLoop_data()
+{
+    QTest::addColumn<QString>("own");
+    QTest::addColumn<QList<LoopBlock>>("loops");
+    QTest::addColumn<QString>("layer");
+    const QList loops{loop("zamba", "bombo", 0.0, 3.0), loop("zamba", "bajo", 3.0, 3.0)};
+    QTest::newRow("its own") << "guitarra" << loops << "guitarra";
+    QTest::newRow("that of the first loop") << QString() << loops << "bombo";
+    QTest::newRow("none") << QString() << QList<LoopBlock>() << QString();
+}
+
+void ProjectEditsTest::theLayerOfATrackIsItsOwnOrThatOfItsFirstLoop()
+{
+    QFETCH(QString, own);
+    QFETCH(QList<LoopBlock>, loops);
+    Track track = loopTrack(loops);
+    track.layerId = own;
+    QTEST(ProjectEdits::effectiveLayer(track), "layer");
+}
+
+void ProjectEditsTest::aBeatBelongsToTheBarThatHoldsIt_data()
+{
+    QTest::addColumn<TimeSignature>("meter");
+    QTest::addColumn<double>("beat");
+    QTest::addColumn<double>("start");
+    const TimeSignature common;
+    const TimeSignature compound{.numerator = 6, .denominator = 8, .isCompound = true};
+    QTest::newRow("the start of the song") << common << 0.0 << 0.0;
+    QTest::newRow("within the first bar") << common << 3.99 << 0.0;
+    QTest::newRow("on a bar line") << common << 8.0 << 8.0;
+    QTest::newRow("within a later bar") << common << 10.5 << 8.0;
+    QTest::newRow("a bar of 6/8 lasts three beats") << compound << 7.0 << 6.0;
+    QTest::newRow("no bars at all")
+        << TimeSignature{.numerator = 4, .denominator = 0, .isCompound = false} << 7.0 << 0.0;
+    QTest::newRow("bars without length")
+        << TimeSignature{.numerator = 0, .denominator = 4, .isCompound = false} << 7.0 << 0.0;
+}
+
+void ProjectEditsTest::aBeatBelongsToTheBarThatHoldsIt()
+{
+    QFETCH(TimeSignature, meter);
+    QFETCH(double, beat);
+    const auto song = project();
+    song->timeSignature = meter;
+    QTEST(ProjectEdits::barStart(*song, beat), "start");
+}
+
+void ProjectEditsTest::aLoopOfANewLayerMakesATrackAtTheEnd()
+{
+    const auto song = project({plain("a"), accompaniment("b")});
+    const LoopBlock block = loop("zamba", "bombo", 4.0, 3.0);
+    const auto index = ProjectEdits::addLoop(*song, block, "gm_bateria", "Zamba · Bombo");
+    QCOMPARE(index, 2);
+    Track expected = accompaniment("Zamba · Bombo");
+    expected.instrumentId = "gm_bateria";
+    expected.layerId = "bombo";
+    expected.loopBlocks = {block};
+    QCOMPARE(song->tracks.at(2), expected);
+}
+
+void ProjectEditsTest::loopsOfOneLayerGatherOnOneTrack()
+{
+    const auto song = project();
+    const LoopBlock first = loop("zamba", "bombo", 0.0, 3.0);
+    const LoopBlock overlapping = loop("cueca", "bombo", 1.0, 6.0);
+    QCOMPARE(ProjectEdits::addLoop(*song, first, "gm_bateria", "Zamba · Bombo"), 0);
+    QCOMPARE(ProjectEdits::addLoop(*song, overlapping, "gm_piano", "Cueca · Bombo"), 0);
+    QCOMPARE(song->tracks.size(), 1);
+    QCOMPARE(song->tracks.at(0).name, "Zamba · Bombo");
+    QCOMPARE(song->tracks.at(0).instrumentId, "gm_bateria");
+    QCOMPARE(song->tracks.at(0).loopBlocks, (QList{first, overlapping}));
+}
+
+void ProjectEditsTest::aLoopGoesToTheFirstTrackOfItsLayer_data()
+{
+    QTest::addColumn<QList<Track>>("tracks");
+    QTest::addColumn<int>("index");
+    Track bombo = accompaniment("bombo");
+    bombo.layerId = "bombo";
+    Track byLoop = accompaniment("por su velta");
+    byLoop.loopBlocks = {loop("zamba", "bombo", 0.0, 3.0)};
+    Track melody = plain("melodía");
+    melody.layerId = "bombo";
+    Track other = accompaniment("otra");
+    other.layerId = "Bombo";
+    QTest::newRow("by its layer") << QList{bombo, bombo} << 0;
+    QTest::newRow("by its first loop") << QList{byLoop, bombo} << 0;
+    QTest::newRow("past tracks that are no accompaniment") << QList{melody, bombo} << 1;
+    QTest::newRow("past layers of another case") << QList{other, bombo} << 1;
+    QTest::newRow("past tracks without a layer") << QList{accompaniment("sin"), bombo} << 1;
+}
+
+void ProjectEditsTest::aLoopGoesToTheFirstTrackOfItsLayer()
+{
+    QFETCH(QList<Track>, tracks);
+    const auto song = project(tracks);
+    const auto index = ProjectEdits::addLoop(*song, loop("r", "bombo", 0.0, 3.0), "gm_piano", "x");
+    QVERIFY(index.has_value());
+    QTEST(static_cast<int>(*index), "index");
+    QCOMPARE(song->tracks.size(), tracks.size());
+}
+
+void ProjectEditsTest::aTrackTakesTheLayerOfItsLoops()
+{
+    Track byLoop = accompaniment("por su velta");
+    byLoop.loopBlocks = {loop("zamba", "bombo", 0.0, 3.0)};
+    const auto song = project({byLoop});
+    ProjectEdits::addLoop(*song, loop("zamba", "bombo", 3.0, 3.0), "gm_piano", "x");
+    QCOMPARE(song->tracks.at(0).layerId, "bombo");
+}
+
+void ProjectEditsTest::aFullListTakesLoopsOfItsOwnLayersOnly()
+{
+    Track bombo = accompaniment("bombo");
+    bombo.layerId = "bombo";
+    QList<Track> tracks(kMaxNoteTracks - 1, plain("a"));
+    tracks.append(bombo);
+    const auto song = project(tracks);
+    const QJsonObject before = song->toJson();
+    QVERIFY(!ProjectEdits::addLoop(*song, loop("r", "bajo", 0.0, 3.0), "gm_bajo", "x"));
+    QCOMPARE(song->toJson(), before);
+    QCOMPARE(ProjectEdits::addLoop(*song, loop("r", "bombo", 0.0, 3.0), "gm_bajo", "x"),
+             kMaxNoteTracks - 1);
+    QCOMPARE(song->tracks.last().loopBlocks.size(), 1);
+}
+
 void ProjectEditsTest::nothingIsAnnounced()
 {
     const auto song = project();
     const QSignalSpy changed(song.get(), &Project::changed);
     ProjectEdits::addNoteTrack(*song, "nueva");
     ProjectEdits::setKey(*song, 3, 1);
+    ProjectEdits::addLoop(*song, loop("r", "bombo", 0.0, 3.0), "gm_bateria", "x");
     QCOMPARE(changed.count(), 0);
 }
 
