@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+/// Where downloaded content may stand on disk. Ids and paths come from a server or from a file that
+/// anybody may have changed, so they are looked at before they become paths.
+namespace ContentFiles {
+
+/// Whether a text can be the name of a file, on every system, and of nothing else: no path, no
+/// hidden file, no device, no stream.
+bool isPlainFileName(const QString& name);
+
+/// Whether a path relative to a folder leads to something inside it, links followed. Neither the
+/// folder nor the path need exist; an empty path is the folder itself and stays.
+bool staysInside(const QString& folder, const QString& relativePath);
+
+/// Puts a file of these bytes in the place of whatever file or link has this path, and makes the
+/// folders that it stands in. False, with the former file untouched, if not every byte was written.
+bool replaceFile(const QString& path, const QByteArray& bytes);
+
+} // namespace ContentFiles

@@ -1,0 +1,145 @@
+#include "content/InstalledContentRegistry.h"
+
+#include "content/ContentFiles.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <algorithm>
+#include <limits>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+InstalledInstrumentRecord readRecord(const QJsonObject& json)
+{
+    return {.instrumentId = json["instrumentId"_L1].toString(),
+            .localFilePath = json["localFilePath"_L1].toString(),
+            .referenceCount = json["referenceCount"_L1].toInt()};
+}
+
+QJsonObject writeRecord(const InstalledInstrumentRecord& record)
+{
+    return {{"instrumentId"_L1, record.instrumentId},
+            {"localFilePath"_L1, record.localFilePath},
+            {"referenceCount"_L1, record.referenceCount}};
+}
+
+/// A count one higher or lower, held in its range, which a damaged file may have exhausted.
+qint32 stepped(qint32 count, qint32 step)
+{
+    return static_cast<qint32>(std::clamp<qint64>(qint64(count) + step,
+                                                  std::numeric_limits<qint32>::min(),
+                                                  std::numeric_limits<qint32>::max()));
+}
+
+} // namespace
+
+InstalledContentRegistry::InstalledContentRegistry(const QString& filePath,
+                                                   const QString& soundfontsDir, QObject* parent)
+    : QObject(parent), filePath_(filePath), soundfontsDir_(soundfontsDir)
+{}
+
+void InstalledContentRegistry::load()
+{
+    installedRhythms_.clear();
+    installedInstruments_.clear();
+    QFile file(filePath_);
+    if (!file.open(QIODevice::ReadOnly))
+        return;
+    const bool readable = file.size() <= kMaxFileBytes;
+    const QJsonObject json =
+        QJsonDocument::fromJson(readable ? file.readAll() : QByteArray()).object();
+    const QJsonArray rhythms = json["installedRhythms"_L1].toArray();
+    for (const QJsonValue& rhythm : rhythms)
+        installedRhythms_.append(rhythm.toString());
+    const QJsonArray records = json["installedInstruments"_L1].toArray();
+    for (const QJsonValue& record : records)
+        installedInstruments_.append(readRecord(record.toObject()));
+    emit registryChanged();
+}
+
+bool InstalledContentRegistry::save() const
+{
+    QJsonArray instruments;
+    for (const InstalledInstrumentRecord& record : installedInstruments_)
+        instruments.append(writeRecord(record));
+    const QJsonObject json{{"installedRhythms"_L1, QJsonArray::fromStringList(installedRhythms_)},
+                           {"installedInstruments"_L1, instruments}};
+    QFile file(filePath_);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    const QByteArray text = QJsonDocument(json).toJson(QJsonDocument::Indented);
+    return file.write(text) == text.size() && file.flush();
+}
+
+bool InstalledContentRegistry::isRhythmInstalled(const QString& rhythmId) const
+{
+    return installedRhythms_.contains(rhythmId);
+}
+
+bool InstalledContentRegistry::isInstrumentInstalled(const QString& instrumentId) const
+{
+    return std::ranges::find(installedInstruments_, instrumentId,
+                             &InstalledInstrumentRecord::instrumentId) !=
+           installedInstruments_.end();
+}
+
+InstalledInstrumentRecord* InstalledContentRegistry::findInstrument(const QString& instrumentId)
+{
+    const auto found = std::ranges::find(installedInstruments_, instrumentId,
+                                         &InstalledInstrumentRecord::instrumentId);
+    return found == installedInstruments_.end() ? nullptr : &*found;
+}
+
+void InstalledContentRegistry::registerRhythm(const QString& rhythmId,
+                                              const QList<InstalledInstrumentRecord>& instruments)
+{
+    if (!isRhythmInstalled(rhythmId))
+        installedRhythms_.append(rhythmId);
+    for (const InstalledInstrumentRecord& given : instruments) {
+        if (InstalledInstrumentRecord* known = findInstrument(given.instrumentId))
+            known->referenceCount = stepped(known->referenceCount, 1);
+        else
+            installedInstruments_.append({given.instrumentId, given.localFilePath, 1});
+    }
+    save();
+    emit registryChanged();
+}
+
+QStringList InstalledContentRegistry::unregisterRhythm(const QString& rhythmId,
+                                                       const QStringList& instrumentIds)
+{
+    if (!installedRhythms_.removeOne(rhythmId))
+        return {};
+    QList<InstalledInstrumentRecord> kept;
+    QStringList deleted;
+    for (InstalledInstrumentRecord record : installedInstruments_) {
+        if (instrumentIds.contains(record.instrumentId))
+            record.referenceCount = stepped(record.referenceCount, -1);
+        if (record.referenceCount >= 1)
+            kept.append(record);
+        else if (removeBank(record.localFilePath))
+            deleted.append(bankPath(record.localFilePath));
+    }
+    installedInstruments_ = kept;
+    save();
+    emit registryChanged();
+    return deleted;
+}
+
+bool InstalledContentRegistry::removeBank(const QString& localFilePath) const
+{
+    const QString path = bankPath(localFilePath);
+    return ContentFiles::staysInside(soundfontsDir_, localFilePath) && QFileInfo(path).isFile() &&
+           QFile::remove(path);
+}
+
+QString InstalledContentRegistry::bankPath(const QString& localFilePath) const
+{
+    return soundfontsDir_ + u'/' + localFilePath;
+}
