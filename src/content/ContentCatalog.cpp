@@ -1,0 +1,104 @@
+#include "content/ContentCatalog.h"
+
+#include "content/ContentServer.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QPointer>
+
+#include <algorithm>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+/// Cut towards zero, and held where every double is a whole number of 64 bits.
+qint64 wholeBytes(double bytes)
+{
+    constexpr double kMost = 9.0e18;
+    return static_cast<qint64>(std::clamp(bytes, -kMost, kMost));
+}
+
+QStringList readStrings(const QJsonArray& array)
+{
+    QStringList strings;
+    for (const QJsonValue& element : array)
+        strings.append(element.toString());
+    return strings;
+}
+
+CatalogEntry readEntry(const QJsonObject& json)
+{
+    CatalogEntry entry;
+    entry.rhythmId = json["rhythmId"_L1].toString();
+    entry.displayName = json["displayName"_L1].toString(entry.rhythmId);
+    entry.styleId = json["styleId"_L1].toString();
+    entry.styleDisplayName = json["styleDisplayName"_L1].toString(entry.styleId);
+    entry.estimatedDownloadBytes = wholeBytes(json["estimatedDownloadBytes"_L1].toDouble());
+    entry.instrumentIds = readStrings(json["instrumentIds"_L1].toArray());
+    return entry;
+}
+
+} // namespace
+
+ContentCatalog::ContentCatalog(const QUrl& baseUrl, QObject* parent)
+    : QObject(parent), baseUrl_(baseUrl), network_(new QNetworkAccessManager(this))
+{}
+
+QUrl ContentCatalog::urlFromEnvironment()
+{
+    return QUrl(qEnvironmentVariable("VELTA_CONTENT_URL", u"http://127.0.0.1:8765"_s));
+}
+
+QList<CatalogEntry> ContentCatalog::parse(const QJsonObject& json)
+{
+    QList<CatalogEntry> entries;
+    const QJsonArray elements = json["rhythms"_L1].toArray();
+    for (const QJsonValue& element : elements) {
+        const CatalogEntry entry = readEntry(element.toObject());
+        if (!entry.rhythmId.isEmpty())
+            entries.append(entry);
+    }
+    return entries;
+}
+
+void ContentCatalog::refresh()
+{
+    if (!baseUrl_.isValid()) {
+        emit catalogFailed(tr("No hay una URL de catálogo configurada."));
+        return;
+    }
+    const QUrl url = ContentServer::urlOf(baseUrl_, u"catalog.json"_s);
+    QNetworkReply* reply = ContentServer::get(*network_, url, ContentServer::kMaxJsonBytes);
+    // Queued, so that a slot of ours may delete this object and the reply with it.
+    const auto finish = [this, reply = QPointer(reply)] {
+        if (reply)
+            read(*reply);
+    };
+    connect(reply, &QNetworkReply::finished, this, finish, Qt::QueuedConnection);
+}
+
+void ContentCatalog::read(QNetworkReply& reply)
+{
+    reply.deleteLater();
+    if (reply.error() != QNetworkReply::NoError) {
+        emit catalogFailed(reply.errorString());
+        return;
+    }
+    const QJsonDocument document = QJsonDocument::fromJson(reply.readAll());
+    if (!document.isObject()) {
+        emit catalogFailed(tr("catalog.json inválido."));
+        return;
+    }
+    entries_ = parse(document.object());
+    loaded_ = true;
+    emit catalogLoaded();
+}
+
+const CatalogEntry* ContentCatalog::findEntry(const QString& rhythmId) const
+{
+    const auto found = std::ranges::find(entries_, rhythmId, &CatalogEntry::rhythmId);
+    return found == entries_.end() ? nullptr : &*found;
+}

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QList>
+#include <QObject>
+#include <QStringList>
+#include <QUrl>
+
+class QNetworkAccessManager;
+class QNetworkReply;
+
+/// A rhythm that the content server offers.
+struct CatalogEntry {
+    QString rhythmId;
+    QString displayName;
+    QString styleId;
+    QString styleDisplayName;
+    qint64 estimatedDownloadBytes = 0;
+    QStringList instrumentIds;
+
+    friend bool operator==(const CatalogEntry&, const CatalogEntry&) = default;
+};
+
+/// The list of the rhythms that the content server offers. It also holds the network access of
+/// everything that comes from that server.
+class ContentCatalog : public QObject {
+    Q_OBJECT
+
+public:
+    /// Starts without entries and fetches nothing. The catalogue is `baseUrl`/catalog.json.
+    explicit ContentCatalog(const QUrl& baseUrl, QObject* parent = nullptr);
+
+    /// The address that VELTA_CONTENT_URL names, invalid if it is empty; a server on this computer
+    /// if it is not set.
+    static QUrl urlFromEnvironment();
+
+    /// The entries of a catalogue in the order of the file. Those without a rhythm id are dropped.
+    static QList<CatalogEntry> parse(const QJsonObject& json);
+
+    /// Fetches the catalogue; a signal tells the outcome. A failure leaves everything as it was.
+    void refresh();
+
+    /// The first entry of this rhythm, or null. Lives until the next catalogLoaded().
+    const CatalogEntry* findEntry(const QString& rhythmId) const;
+
+    /// In the order of the file.
+    const QList<CatalogEntry>& entries() const { return entries_; }
+
+    /// Whether any fetch has succeeded.
+    bool isLoaded() const { return loaded_; }
+
+    const QUrl& baseUrl() const { return baseUrl_; }
+
+    /// Owned by the catalogue.
+    QNetworkAccessManager* networkManager() const { return network_; }
+
+signals:
+    void catalogLoaded();
+
+    /// `message` is a sentence for the user.
+    void catalogFailed(const QString& message);
+
+private:
+    void read(QNetworkReply& reply);
+
+    QUrl baseUrl_;
+    QNetworkAccessManager* network_;
+    QList<CatalogEntry> entries_;
+    bool loaded_ = false;
+};
