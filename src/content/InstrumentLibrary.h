@@ -26,6 +26,9 @@ public:
     /// In order of first registration.
     const QList<Instrument>& instruments() const { return instruments_; }
 
+    /// The folder of all banks.
+    const QString& bankRoot() const { return bankRoot_; }
+
     /// Full path of the instrument's own bank; empty if it names none.
     QString customBankAbsolutePath(const Instrument& instrument) const;
 

@@ -1,0 +1,176 @@
+#include "content/ContentDownloadManager.h"
+
+#include "content/ContentCatalog.h"
+#include "content/ContentFiles.h"
+#include "content/ContentServer.h"
+#include "content/InstallPlan.h"
+#include "content/InstalledContentRegistry.h"
+#include "content/InstrumentLibrary.h"
+#include "content/LoopLibrary.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QNetworkReply>
+
+using namespace Qt::Literals::StringLiterals;
+
+// Ids come by reference and may stand in a list that a slot changes, so what is told is a copy; and
+// telling the outcome is the last thing done, since a slot may start another install.
+
+ContentDownloadManager::ContentDownloadManager(ContentCatalog* catalog,
+                                               InstalledContentRegistry* registry,
+                                               LoopLibrary* library, InstrumentLibrary* instruments,
+                                               QObject* parent)
+    : QObject(parent), catalog_(catalog), registry_(registry), library_(library),
+      instruments_(instruments)
+{}
+
+ContentDownloadManager::~ContentDownloadManager()
+{
+    if (reply_)
+        reply_->deleteLater();
+}
+
+// ---- Installing ----------------------------------------------------------------------------
+
+void ContentDownloadManager::installRhythm(const QString& rhythmId)
+{
+    const QString id = rhythmId;
+    if (busy_) {
+        emit installFailed(id, tr("Ya hay una descarga en curso."));
+        return;
+    }
+    if (registry_->isRhythmInstalled(id)) {
+        emit rhythmInstalled(id);
+        return;
+    }
+    busy_ = true;
+    currentRhythmId_ = id;
+    contentBytes_.clear();
+    grooveBytes_.clear();
+    pendingInstruments_.clear();
+    if (!ContentFiles::isPlainFileName(id))
+        return fail(
+            tr("Paquete inválido: %1").arg(tr("el id del ritmo no sirve como nombre de archivo")));
+    emit progress(tr("Descargando %1...").arg(id));
+    fetch("content/"_L1 + id + ".content.json"_L1, ContentServer::kMaxJsonBytes,
+          &ContentDownloadManager::takeContent);
+}
+
+QNetworkReply* ContentDownloadManager::get(const QString& relativePath, qint64 maxBytes)
+{
+    const QUrl url = ContentServer::urlOf(catalog_->baseUrl(), relativePath);
+    return ContentServer::get(*catalog_->networkManager(), url, maxBytes);
+}
+
+void ContentDownloadManager::fetch(const QString& relativePath, qint64 maxBytes, Step next)
+{
+    reply_ = get(relativePath, maxBytes);
+    const auto finish = [this, next] {
+        if (!reply_)
+            return;
+        reply_->deleteLater();
+        if (reply_->error() != QNetworkReply::NoError)
+            fail(reply_->errorString());
+        else
+            (this->*next)(reply_->readAll());
+    };
+    // Queued, so that a slot of ours may delete this object and the reply with it.
+    connect(reply_, &QNetworkReply::finished, this, finish, Qt::QueuedConnection);
+}
+
+void ContentDownloadManager::takeContent(const QByteArray& body)
+{
+    contentBytes_ = body;
+    fetch("grooves/"_L1 + currentRhythmId_ + ".groove.json"_L1, ContentServer::kMaxJsonBytes,
+          &ContentDownloadManager::takeGroove);
+}
+
+void ContentDownloadManager::takeGroove(const QByteArray& body)
+{
+    grooveBytes_ = body;
+    checkPackage();
+}
+
+void ContentDownloadManager::checkPackage()
+{
+    QString error;
+    QList<Instrument> recorded;
+    if (!InstallPlan::readRecorded(contentBytes_, &recorded, &error) ||
+        !InstallPlan::keepToBankRoot(recorded, instruments_->bankRoot(), &error))
+        return fail(tr("Paquete inválido: %1").arg(error));
+    pendingInstruments_ = InstallPlan::banksToFetch(recorded, *instruments_);
+    fetchNextInstrument();
+}
+
+void ContentDownloadManager::fetchNextInstrument()
+{
+    if (pendingInstruments_.isEmpty())
+        return finishInstall();
+    currentInstrumentId_ = pendingInstruments_.takeFirst();
+    emit progress(tr("Descargando instrumento %1...").arg(currentInstrumentId_));
+    fetch(InstallPlan::bankFile(currentInstrumentId_), ContentServer::kMaxBankBytes,
+          &ContentDownloadManager::takeBank);
+}
+
+void ContentDownloadManager::takeBank(const QByteArray& body)
+{
+    const QString path =
+        instruments_->bankRoot() + u'/' + InstallPlan::bankFile(currentInstrumentId_);
+    if (!ContentFiles::replaceFile(path, body))
+        return fail(tr("No pude guardar %1").arg(QFileInfo(path).fileName()));
+    fetchNextInstrument();
+}
+
+void ContentDownloadManager::finishInstall()
+{
+    if (!ContentFiles::replaceFile(contentPath(currentRhythmId_), contentBytes_))
+        return fail(tr("No pude guardar el contenido del ritmo."));
+    // A rhythm without its groove is still of use.
+    ContentFiles::replaceFile(groovePath(currentRhythmId_), grooveBytes_);
+    QList<Instrument> recorded;
+    InstallPlan::readRecorded(contentBytes_, &recorded, nullptr);
+    registry_->registerRhythm(currentRhythmId_, InstallPlan::records(recorded));
+    library_->reload();
+    busy_ = false;
+    const QString id = currentRhythmId_;
+    emit rhythmInstalled(id);
+}
+
+void ContentDownloadManager::fail(const QString& message)
+{
+    busy_ = false;
+    const QString id = currentRhythmId_;
+    emit installFailed(id, message);
+}
+
+// ---- Uninstalling --------------------------------------------------------------------------
+
+bool ContentDownloadManager::uninstallRhythm(const QString& rhythmId)
+{
+    const QString id = rhythmId;
+    if (!registry_->isRhythmInstalled(id))
+        return false;
+    QList<Instrument> recorded;
+    // A damaged registry may list anything, and no file is named by it.
+    if (ContentFiles::isPlainFileName(id)) {
+        if (QFile file(contentPath(id)); file.open(QIODevice::ReadOnly))
+            InstallPlan::readRecorded(file.readAll(), &recorded, nullptr);
+        QFile::remove(contentPath(id));
+        QFile::remove(groovePath(id));
+    }
+    registry_->unregisterRhythm(id, InstallPlan::ids(recorded));
+    library_->reload();
+    emit rhythmUninstalled(id);
+    return true;
+}
+
+QString ContentDownloadManager::contentPath(const QString& rhythmId) const
+{
+    return library_->installedDir() + u'/' + rhythmId + ".content.json"_L1;
+}
+
+QString ContentDownloadManager::groovePath(const QString& rhythmId) const
+{
+    return library_->groovesDir() + u'/' + rhythmId + ".groove.json"_L1;
+}
