@@ -1,5 +1,8 @@
 #include "shell/MainWindow.h"
 
+#include "content/ContentCatalog.h"
+#include "content/ContentDownloadManager.h"
+#include "content/InstalledContentRegistry.h"
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
 #include "model/Project.h"
@@ -48,6 +51,8 @@ MainWindow::MainWindow(QWidget* parent, Prompts& prompts) : QMainWindow(parent),
 
 MainWindow::~MainWindow()
 {
+    // An install ends while there still is all that it installs into.
+    delete downloads_;
     // Sound devices run the event loop as they go, while there still is a window for its events.
     // Playback ends before anything that it plays with.
     delete recorder_;
@@ -70,6 +75,11 @@ void MainWindow::createServices()
     instruments_ = new InstrumentLibrary(soundfontsDir, this);
     instruments_->loadBuiltinGmInstruments();
     loopLibrary_ = new LoopLibrary(loopsDir, instruments_, this);
+    registry_ =
+        new InstalledContentRegistry(loopsDir + "/installed_registry.json"_L1, soundfontsDir, this);
+    registry_->load();
+    catalog_ = new ContentCatalog(ContentCatalog::urlFromEnvironment(), this);
+    downloads_ = new ContentDownloadManager(catalog_, registry_, loopLibrary_, instruments_, this);
     loopLibrary_->reload();
 
     player_ = new SoundfontPlayer(SoundfontPlayer::Mode::Realtime, this);
@@ -81,6 +91,7 @@ void MainWindow::createServices()
     recorder_ = new AudioRecorder(this);
     connect(recorder_, &AudioRecorder::recordingFailed, this, &MainWindow::onRecordingFailed);
     undoStack_ = new UndoStack(this);
+    connect(loopLibrary_, &LoopLibrary::libraryChanged, this, &MainWindow::onLibraryChanged);
 }
 
 QWidget* MainWindow::buildEditorView()

@@ -7,6 +7,9 @@
 #include <memory>
 
 class AudioRecorder;
+class ContentCatalog;
+class ContentDownloadManager;
+class InstalledContentRegistry;
 class InstrumentLibrary;
 class LoopLibrary;
 class PlaybackEngine;
@@ -144,6 +147,7 @@ private:
     void updateThemeButton(bool dark);
     void updateTitleBar(bool dark);
     void onThemeChanged(bool dark);
+    void onLibraryChanged();
 
     void startTake();
     void finishTake();
@@ -165,6 +169,9 @@ private:
     // In the order of construction. All have this window as their parent.
     InstrumentLibrary* instruments_ = nullptr;
     LoopLibrary* loopLibrary_ = nullptr;
+    InstalledContentRegistry* registry_ = nullptr;
+    ContentCatalog* catalog_ = nullptr;
+    ContentDownloadManager* downloads_ = nullptr;
     SoundfontPlayer* player_ = nullptr;
     PlaybackEngine* engine_ = nullptr;
     AudioRecorder* recorder_ = nullptr;

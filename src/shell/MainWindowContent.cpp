@@ -22,6 +22,16 @@ QString barNumber(const Project& project, double beat)
 
 } // namespace
 
+void MainWindow::onLibraryChanged()
+{
+    if (!project_)
+        return;
+    // What came is heard at once, and what went falls silent.
+    engine_->refreshChannels();
+    engine_->rescheduleIfPlaying();
+    emit project_->changed();
+}
+
 void MainWindow::placeLoop(const QString& rhythmId, const QString& layerId, int section,
                            int variantIndex, double startBeat)
 {
