@@ -15,8 +15,14 @@ window_packages=(
     fonts-dejavu-core fonts-symbola fonts-droid-fallback
 )
 
+# What the tools of those who write rhythms need on top of what every build needs.
+author_packages=(
+    libebur128-dev
+)
+
 # What the tests need on top of what every build needs.
 test_packages=(
+    "${author_packages[@]}"
     clang-format
     g++-mingw-w64-x86-64-win32
     locales

@@ -1,0 +1,43 @@
+#include "listen/ListenPage.h"
+
+#include <QTest>
+
+class ListenPageTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void everyLoopIsHeardAndSeen();
+    void namesAreShownAsTheyAre();
+    void anEmptyLibraryIsAPageToo();
+};
+
+void ListenPageTest::everyLoopIsHeardAndSeen()
+{
+    const RenderedLoop loop{.title = "Normal 2",
+                            .sound = "zamba/Normal_2.wav",
+                            .picture = "zamba/Normal_2.png",
+                            .seconds = 12.34,
+                            .loudness = {.lufs = -21.06, .peakDb = -6.0}};
+    const QString page = listenPage({{.title = "Zamba (6/8)", .loops = {loop}}});
+    for (const char* part :
+         {"<h2>Zamba (6/8)</h2>", "<h3>Normal 2</h3>", "src=\"zamba/Normal_2.wav\"",
+          "src=\"zamba/Normal_2.png\"", "12.3 s · -21.1 LUFS · pico -6.0 dB"})
+        QVERIFY2(page.contains(QString::fromUtf8(part)), part);
+}
+
+void ListenPageTest::namesAreShownAsTheyAre()
+{
+    const QString page = listenPage({{.title = "100%1 <rock> & \"roll\"", .loops = {}}});
+    QVERIFY(page.contains("<h2>100%1 &lt;rock&gt; &amp; &quot;roll&quot;</h2>"));
+}
+
+void ListenPageTest::anEmptyLibraryIsAPageToo()
+{
+    const QString page = listenPage({});
+    QVERIFY(page.startsWith("<!doctype html>"));
+    QVERIFY(page.endsWith("</body></html>\n"));
+    QVERIFY(!page.contains("<audio"));
+}
+
+QTEST_GUILESS_MAIN(ListenPageTest)
+#include "ListenPageTest.moc"

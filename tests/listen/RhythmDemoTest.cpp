@@ -1,0 +1,136 @@
+#include "listen/RhythmDemo.h"
+
+#include "model/Project.h"
+#include "support/ContentFixture.h"
+
+#include <QTest>
+
+using RhythmDemo::Loop;
+
+namespace {
+
+LoopVariant variantOf(const QString& layerId, LoopSection section, int index, int bars)
+{
+    return {.layerId = layerId,
+            .section = section,
+            .variantIndex = index,
+            .notes = {},
+            .durationBars = bars};
+}
+
+} // namespace
+
+class RhythmDemoTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void loopsStandInTheOrderOfASong();
+    void theLongestLayerGivesTheLength();
+    void aRhythmWithoutLayersHasNoLoops();
+    void everyLayerHasATrack();
+    void aLayerWithoutTheLoopHasNoTrack();
+    void everyChordLastsOneLoop();
+    void theSongHasTheTempoAndTheMeterOfTheRhythm();
+    void theChordsThemselvesAreSilent();
+
+private:
+    std::unique_ptr<Project> song(const Loop& loop)
+    {
+        return RhythmDemo::song(content_.library(), *content_.library().findRhythm("zamba"), loop);
+    }
+
+    ContentFixture content_;
+};
+
+void RhythmDemoTest::initTestCase()
+{
+    const Rhythm zamba{.id = "zamba",
+                       .displayName = {},
+                       .styleId = {},
+                       .timeSignature = {.numerator = 6, .denominator = 8, .isCompound = true},
+                       .grooveTemplateId = {}};
+    const auto layer = [](const QString& id, bool pitched) {
+        return LoopLayer{
+            .id = id, .rhythmId = "zamba", .label = id, .instrumentId = {}, .pitched = pitched};
+    };
+    const QList layers{layer("bombo", false), layer("bajo", true)};
+    QJsonObject package = jsonObject(packageText(
+        zamba, layers,
+        {variantOf("bombo", LoopSection::Final, 1, 1),
+         variantOf("bombo", LoopSection::Normal, 2, 1),
+         variantOf("bombo", LoopSection::Normal, 1, 2),
+         variantOf("bajo", LoopSection::Normal, 2, 4), variantOf("bajo", LoopSection::Intro, 1, 1),
+         variantOf("bajo", LoopSection::Intermedio, 3, 1)}));
+    QJsonObject rhythm = package["rhythm"].toObject();
+    rhythm["referenceBpm"] = 84;
+    package["rhythm"] = rhythm;
+    content_.addPackage("zamba", QJsonDocument(package).toJson());
+    content_.addPackage("vacio", R"({"rhythm": {"id": "vacio", "referenceBpm": 61}})");
+    content_.library().reload();
+}
+
+void RhythmDemoTest::loopsStandInTheOrderOfASong()
+{
+    QStringList order;
+    for (const Loop& loop : RhythmDemo::loopsOf(content_.library(), "zamba"))
+        order.append(loopSectionToString(loop.section) + QString::number(loop.variantIndex));
+    QCOMPARE(order, (QStringList{"Intro1", "Normal1", "Normal2", "Intermedio3", "Final1"}));
+}
+
+void RhythmDemoTest::theLongestLayerGivesTheLength()
+{
+    const QList<Loop> loops = RhythmDemo::loopsOf(content_.library(), "zamba");
+    QCOMPARE(loops.at(2), (Loop{LoopSection::Normal, 2, 4}));
+}
+
+void RhythmDemoTest::aRhythmWithoutLayersHasNoLoops()
+{
+    QVERIFY(RhythmDemo::loopsOf(content_.library(), "vacio").isEmpty());
+    QVERIFY(RhythmDemo::loopsOf(content_.library(), "nadie").isEmpty());
+}
+
+void RhythmDemoTest::everyLayerHasATrack()
+{
+    const auto demo = song({LoopSection::Normal, 2, 4});
+    QCOMPARE(demo->tracks.size(), 2);
+    QCOMPARE(demo->tracks.at(0).name, "bombo");
+    // Four chords of four bars of three beats.
+    for (const Track& track : demo->tracks)
+        QCOMPARE(track.loopBlocks.at(0).durationBeats, 48.0);
+    QCOMPARE(demo->tracks.at(1).loopBlocks.at(0).variantIndex, 2);
+}
+
+void RhythmDemoTest::aLayerWithoutTheLoopHasNoTrack()
+{
+    const auto demo = song({LoopSection::Intro, 1, 1});
+    QCOMPARE(demo->tracks.size(), 1);
+    QCOMPARE(demo->tracks.at(0).layerId, "bajo");
+}
+
+void RhythmDemoTest::everyChordLastsOneLoop()
+{
+    const auto demo = song({LoopSection::Normal, 1, 2});
+    QList<int> degrees;
+    for (int bar = 0; bar < 9; ++bar) {
+        const auto* chord = demo->harmonyTrack.eventAt(bar * 3.0 + 1.0, 3.0);
+        degrees.append(chord ? chord->degree : 0);
+    }
+    QCOMPARE(degrees, (QList<int>{1, 1, 4, 4, 5, 5, 1, 1, 0}));
+}
+
+void RhythmDemoTest::theSongHasTheTempoAndTheMeterOfTheRhythm()
+{
+    const auto demo = song({LoopSection::Normal, 1, 2});
+    QCOMPARE(demo->bpm, 84);
+    QCOMPARE(demo->beatsPerBar(), 3.0);
+    QCOMPARE(demo->keySignature, (KeySignature{.rootPitchClass = 9, .mode = KeyMode::Minor}));
+}
+
+void RhythmDemoTest::theChordsThemselvesAreSilent()
+{
+    QVERIFY(song({LoopSection::Normal, 1, 2})->harmonyTrack.muted);
+}
+
+QTEST_GUILESS_MAIN(RhythmDemoTest)
+#include "RhythmDemoTest.moc"

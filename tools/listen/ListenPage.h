@@ -1,0 +1,26 @@
+#pragma once
+
+#include "listen/Loudness.h"
+
+#include <QList>
+#include <QString>
+
+/// A loop that was rendered.
+struct RenderedLoop {
+    /// Section and number, as the author reads them.
+    QString title;
+    /// Relative to the page.
+    QString sound;
+    QString picture;
+    double seconds = 0.0;
+    Loudness loudness;
+};
+
+struct RenderedRhythm {
+    /// Name, meter and tempo.
+    QString title;
+    QList<RenderedLoop> loops;
+};
+
+/// A page in HTML on which the whole library is heard and seen at once.
+QString listenPage(const QList<RenderedRhythm>& rhythms);
