@@ -2,6 +2,7 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMimeData>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -14,4 +15,20 @@ std::optional<LoopDragPayload> LoopDragPayload::fromJson(const QByteArray& json)
                            .layerId = object["layerId"_L1].toString(),
                            .section = loopSectionFromString(object["section"_L1].toString()),
                            .variantIndex = object["variantIndex"_L1].toInt(1)};
+}
+
+QByteArray LoopDragPayload::toJson() const
+{
+    const QJsonObject object{{u"rhythmId"_s, rhythmId},
+                             {u"layerId"_s, layerId},
+                             {u"section"_s, loopSectionToString(section)},
+                             {u"variantIndex"_s, variantIndex}};
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
+std::unique_ptr<QMimeData> LoopDragPayload::toMimeData() const
+{
+    auto data = std::make_unique<QMimeData>();
+    data->setData(QString::fromLatin1(kLoopVariantMimeType), toJson());
+    return data;
 }

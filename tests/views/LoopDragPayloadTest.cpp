@@ -2,7 +2,12 @@
 
 #include "support/SeededRandom.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMimeData>
 #include <QTest>
+
+#include <limits>
 
 namespace {
 
@@ -33,6 +38,13 @@ private slots:
     void whatIsNoLoopIsRefused();
     void deepNestingIsHarmless();
     void damagedPayloadsAreHarmless();
+
+    void payloadIsWrittenCompactly();
+    void everySectionHasItsWord_data();
+    void everySectionHasItsWord();
+    void whatIsWrittenIsReadBack_data();
+    void whatIsWrittenIsReadBack();
+    void aDragCarriesThePayloadAlone();
 };
 
 void LoopDragPayloadTest::mimeTypeIsTheAgreedOne()
@@ -154,6 +166,81 @@ void LoopDragPayloadTest::damagedPayloadsAreHarmless()
         QVERIFY(payload->section >= LoopSection::Intro && payload->section <= LoopSection::Final);
     }
     QVERIFY(readable > 1000);
+}
+
+// ---- Writing -------------------------------------------------------------------------------
+
+void LoopDragPayloadTest::payloadIsWrittenCompactly()
+{
+    const QByteArray json = LoopDragPayload{"zamba", "bombo", LoopSection::Final, 3}.toJson();
+    QCOMPARE(QJsonDocument::fromJson(json), QJsonDocument::fromJson(kWhole));
+    QVERIFY(QJsonDocument::fromJson(json).object()["variantIndex"].isDouble());
+    QVERIFY(!json.contains(' ') && !json.contains('\n'));
+    QCOMPARE(json.size(), kWhole.size());
+    QVERIFY(LoopDragPayload({"ñandú", "b", LoopSection::Intro, 1}).toJson().contains("ñandú"));
+}
+
+void LoopDragPayloadTest::everySectionHasItsWord_data()
+{
+    QTest::addColumn<int>("section");
+    QTest::addColumn<QString>("word");
+
+    QTest::newRow("Intro is not written as on the screen") << 0 << "Intro";
+    QTest::newRow("Intermedio") << 1 << "Intermedio";
+    QTest::newRow("Normal") << 2 << "Normal";
+    QTest::newRow("Final") << 3 << "Final";
+    QTest::newRow("a number that names none is Normal") << 7 << "Normal";
+    QTest::newRow("a negative number is Normal") << -1 << "Normal";
+}
+
+void LoopDragPayloadTest::everySectionHasItsWord()
+{
+    QFETCH(int, section);
+    LoopDragPayload payload;
+    payload.section = static_cast<LoopSection>(section);
+    QTEST(QJsonDocument::fromJson(payload.toJson())["section"].toString(), "word");
+}
+
+void LoopDragPayloadTest::whatIsWrittenIsReadBack_data()
+{
+    QTest::addColumn<QString>("rhythmId");
+    QTest::addColumn<QString>("layerId");
+    QTest::addColumn<int>("section");
+    QTest::addColumn<int>("variantIndex");
+
+    QTest::newRow("plain") << "zamba"
+                           << "bombo" << 3 << 3;
+    QTest::newRow("no ids") << ""
+                            << "" << 2 << 1;
+    QTest::newRow("letters that JSON escapes") << "\"\\\n\t"
+                                               << "a/b" << 0 << 2;
+    QTest::newRow("letters beyond ASCII") << "ñandú 🎵"
+                                          << "§" << 1 << 2;
+    QTest::newRow("variant 0") << "z"
+                               << "b" << 0 << 0;
+    QTest::newRow("least variant") << "z"
+                                   << "b" << 1 << std::numeric_limits<int>::min();
+    QTest::newRow("greatest variant") << "z"
+                                      << "b" << 2 << std::numeric_limits<int>::max();
+}
+
+void LoopDragPayloadTest::whatIsWrittenIsReadBack()
+{
+    QFETCH(QString, rhythmId);
+    QFETCH(QString, layerId);
+    QFETCH(int, section);
+    QFETCH(int, variantIndex);
+    const LoopDragPayload payload{rhythmId, layerId, static_cast<LoopSection>(section),
+                                  variantIndex};
+    QCOMPARE(written(LoopDragPayload::fromJson(payload.toJson())), written(payload));
+}
+
+void LoopDragPayloadTest::aDragCarriesThePayloadAlone()
+{
+    const LoopDragPayload payload{"zamba", "bombo", LoopSection::Intro, 2};
+    const auto data = payload.toMimeData();
+    QCOMPARE(data->formats(), QStringList{"application/x-velta-loop"});
+    QCOMPARE(data->data("application/x-velta-loop"), payload.toJson());
 }
 
 QTEST_APPLESS_MAIN(LoopDragPayloadTest)
