@@ -1,0 +1,335 @@
+#include "shell/LoopBrowser.h"
+
+#include "content/InstrumentLibrary.h"
+#include "content/LoopLibrary.h"
+#include "playback/PlaybackEngine.h"
+#include "shell/OnlineSearchDialog.h"
+#include "shell/SectionWords.h"
+#include "shell/VariationButton.h"
+
+#include <QComboBox>
+#include <QFormLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QSignalBlocker>
+#include <QStandardItemModel>
+#include <QVBoxLayout>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+/// Means: wherever the playhead stands.
+constexpr double kAtThePlayhead = -1.0;
+
+constexpr int kShades = 3;
+constexpr int kPreviewButtonHeight = 18;
+constexpr double kDefaultBarBeats = 4.0;
+
+QLabel* headerLabel(const QString& text)
+{
+    auto* label = new QLabel(text);
+    label->setObjectName(u"header_grupo"_s);
+    label->setAlignment(Qt::AlignCenter);
+    return label;
+}
+
+/// A part of a card that shows the card through.
+QWidget* transparentRow()
+{
+    auto* row = new QWidget;
+    row->setObjectName(u"fila_btns"_s);
+    return row;
+}
+
+QComboBox* choice(const QString& tooltip)
+{
+    auto* combo = new QComboBox;
+    combo->setToolTip(tooltip);
+    // Long names may not widen the panel.
+    combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    return combo;
+}
+
+bool isForeign(const TimeSignature& meter, const Project* project)
+{
+    return project && meter != project->timeSignature;
+}
+
+QString rhythmText(const Rhythm& rhythm)
+{
+    return u"%1 (%2/%3)"_s.arg(rhythm.displayName, QString::number(rhythm.timeSignature.numerator),
+                               QString::number(rhythm.timeSignature.denominator));
+}
+
+QString layerText(const LoopLayer& layer, const Instrument* instrument)
+{
+    if (!instrument || layer.label.startsWith(instrument->name))
+        return layer.label;
+    return u"%1 · %2"_s.arg(layer.label, instrument->name);
+}
+
+void disableItem(QComboBox* combo, int index, const QString& reason)
+{
+    QStandardItem* item = qobject_cast<QStandardItemModel*>(combo->model())->item(index);
+    item->setEnabled(false);
+    item->setToolTip(reason);
+}
+
+void selectFirstEnabled(QComboBox* combo)
+{
+    for (int index = 0; index < combo->count(); ++index) {
+        if (combo->model()->flags(combo->model()->index(index, 0)).testFlag(Qt::ItemIsEnabled)) {
+            combo->setCurrentIndex(index);
+            return;
+        }
+    }
+}
+
+/// A drag runs the event loop and must not lose the button that it started from.
+void deleteCard(QWidget* card)
+{
+    card->hide();
+    for (const VariationButton* button : card->findChildren<VariationButton*>()) {
+        if (button->isDragging()) {
+            QObject::connect(button, &VariationButton::dragFinished, card, &QObject::deleteLater);
+            return;
+        }
+    }
+    card->deleteLater();
+}
+
+} // namespace
+
+LoopBrowser::LoopBrowser(LoopLibrary* library, InstrumentLibrary* instruments,
+                         ContentCatalog* catalog, ContentDownloadManager* downloads,
+                         InstalledContentRegistry* registry, PlaybackEngine* engine,
+                         QWidget* parent)
+    : QWidget(parent), library_(library), instruments_(instruments), catalog_(catalog),
+      downloads_(downloads), registry_(registry), engine_(engine)
+{
+    auto* help = new QLabel(tr("Click coloca la variación donde está el cabezal.\n"
+                               "Arrastrala para elegir el compás exacto."));
+    help->setWordWrap(true);
+    auto* search = new QPushButton(tr("Buscar más ritmos…"));
+    search->setToolTip(tr("Buscar ritmos que no estén instalados, en línea"));
+    connect(search, &QPushButton::clicked, this, &LoopBrowser::openOnlineSearch);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(6, 6, 6, 6);
+    layout->setSpacing(6);
+    layout->addWidget(headerLabel(tr("ACOMPAÑAMIENTO")));
+    layout->addLayout(buildChoices());
+    layout->addWidget(buildCards(), 1);
+    layout->addWidget(help);
+    layout->addWidget(search);
+
+    connect(library_, &LoopLibrary::libraryChanged, this, &LoopBrowser::reloadStyles);
+    reloadStyles();
+}
+
+QFormLayout* LoopBrowser::buildChoices()
+{
+    styleCombo_ = choice(tr("Estilo musical"));
+    rhythmCombo_ = choice(tr("Ritmo dentro del estilo"));
+    layerCombo_ = choice(tr("Capa de instrumento del ritmo (cada una tiene su carril en la línea "
+                            "de tiempo)"));
+    connect(styleCombo_, &QComboBox::currentIndexChanged, this, &LoopBrowser::reloadRhythms);
+    connect(rhythmCombo_, &QComboBox::currentIndexChanged, this, &LoopBrowser::reloadLayers);
+    connect(layerCombo_, &QComboBox::currentIndexChanged, this, &LoopBrowser::rebuildSectionCards);
+
+    auto* form = new QFormLayout;
+    form->setContentsMargins(0, 0, 0, 0);
+    form->setSpacing(4);
+    form->setLabelAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    form->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
+    form->addRow(tr("Estilo"), styleCombo_);
+    form->addRow(tr("Ritmo"), rhythmCombo_);
+    form->addRow(tr("Capa"), layerCombo_);
+    return form;
+}
+
+QWidget* LoopBrowser::buildCards()
+{
+    QWidget* cards = transparentRow();
+    sectionsLayout_ = new QVBoxLayout(cards);
+    sectionsLayout_->setContentsMargins(0, 0, 0, 0);
+    sectionsLayout_->setSpacing(6);
+    sectionsLayout_->addStretch();
+
+    auto* area = new QScrollArea;
+    area->setWidgetResizable(true);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setWidget(cards);
+    return area;
+}
+
+void LoopBrowser::setProject(Project* project)
+{
+    project_ = project;
+    reloadRhythms();
+}
+
+void LoopBrowser::reloadStyles()
+{
+    {
+        const QSignalBlocker blocker(styleCombo_);
+        styleCombo_->clear();
+        for (const MusicalStyle& style : library_->styles())
+            styleCombo_->addItem(style.displayName, style.id);
+    }
+    reloadRhythms();
+}
+
+void LoopBrowser::reloadRhythms()
+{
+    {
+        const QSignalBlocker blocker(rhythmCombo_);
+        rhythmCombo_->clear();
+        fillRhythms();
+        selectFirstEnabled(rhythmCombo_);
+    }
+    reloadLayers();
+}
+
+void LoopBrowser::fillRhythms()
+{
+    for (const Rhythm& rhythm : library_->rhythmsForStyle(styleId())) {
+        rhythmCombo_->addItem(rhythmText(rhythm), rhythm.id);
+        if (isForeign(rhythm.timeSignature, project_))
+            disableItem(rhythmCombo_, rhythmCombo_->count() - 1,
+                        tr("Compás distinto al del proyecto — no se puede mezclar"));
+    }
+}
+
+void LoopBrowser::reloadLayers()
+{
+    {
+        const QSignalBlocker blocker(layerCombo_);
+        layerCombo_->clear();
+        for (const LoopLayer& layer : library_->layersForRhythm(rhythmId())) {
+            const Instrument* instrument =
+                instruments_ ? instruments_->find(layer.instrumentId) : nullptr;
+            layerCombo_->addItem(layerText(layer, instrument), layer.id);
+        }
+    }
+    rebuildSectionCards();
+}
+
+void LoopBrowser::rebuildSectionCards()
+{
+    while (sectionsLayout_->count() > 1) {
+        const std::unique_ptr<QLayoutItem> item(sectionsLayout_->takeAt(0));
+        deleteCard(item->widget());
+    }
+    int card = 0;
+    for (const LoopSection section : kSectionOrder) {
+        const QList<LoopVariant> variants = library_->variantsFor(layerId(), section);
+        if (variants.isEmpty())
+            continue;
+        sectionsLayout_->insertWidget(card, buildCard(section, variants, card % kShades));
+        ++card;
+    }
+}
+
+QWidget* LoopBrowser::buildCard(LoopSection section, const QList<LoopVariant>& variants, int shade)
+{
+    auto* card = new QFrame;
+    card->setObjectName(u"grupo_ribbon"_s);
+    card->setProperty("alt", QString::number(shade));
+    auto* layout = new QVBoxLayout(card);
+    layout->setContentsMargins(0, 0, 0, 5);
+    layout->setSpacing(4);
+    layout->addWidget(headerLabel(tr(sectionWord(section)).toUpper()));
+
+    QWidget* row = transparentRow();
+    auto* columns = new QHBoxLayout(row);
+    columns->setContentsMargins(6, 0, 6, 0);
+    columns->setSpacing(6);
+    for (const LoopVariant& variant : variants)
+        columns->addWidget(buildColumn(section, variant.variantIndex));
+    columns->addStretch();
+    layout->addWidget(row);
+    return card;
+}
+
+QWidget* LoopBrowser::buildColumn(LoopSection section, int variantIndex)
+{
+    auto* place = new VariationButton(rhythmId(), layerId(), section, variantIndex);
+    connect(place, &QToolButton::clicked, this,
+            [this, section, variantIndex] { placeVariant(section, variantIndex); });
+
+    auto* preview = new QToolButton;
+    preview->setObjectName(u"btn_escuchar"_s);
+    preview->setText(u"▶"_s);
+    preview->setToolTip(tr("Escuchar esta variación"));
+    preview->setAccessibleName(preview->toolTip());
+    preview->setFixedHeight(kPreviewButtonHeight);
+    preview->setCursor(Qt::PointingHandCursor);
+    connect(preview, &QToolButton::clicked, this,
+            [this, section, variantIndex] { previewVariant(section, variantIndex); });
+
+    QWidget* column = transparentRow();
+    auto* layout = new QVBoxLayout(column);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(2);
+    layout->addWidget(place, 0, Qt::AlignHCenter);
+    layout->addWidget(preview, 0, Qt::AlignHCenter);
+    return column;
+}
+
+void LoopBrowser::previewVariant(LoopSection section, int variantIndex)
+{
+    const LoopVariant* variant = library_->findVariant(layerId(), section, variantIndex);
+    if (!variant || !engine_)
+        return;
+    const LoopLayer* layer = library_->findLayer(layerId());
+    const Rhythm* rhythm = library_->findRhythm(rhythmId());
+    const int rhythmBpm = rhythm ? rhythm->referenceBpm : Project::kDefaultBpm;
+    engine_->previewVariant(*variant, layer ? layer->instrumentId : QString(),
+                            project_ ? project_->bpm : rhythmBpm,
+                            rhythm ? rhythm->timeSignature.beatsPerBar() : kDefaultBarBeats);
+}
+
+void LoopBrowser::placeVariant(LoopSection section, int variantIndex)
+{
+    const LoopVariant* variant = library_->findVariant(layerId(), section, variantIndex);
+    const LoopLayer* layer = library_->findLayer(layerId());
+    const Rhythm* rhythm = layer ? library_->findRhythm(layer->rhythmId) : nullptr;
+    if (!project_ || !variant || !rhythm)
+        return;
+    const LoopBlock block{.startBeat = kAtThePlayhead,
+                          .durationBeats =
+                              rhythm->timeSignature.beatsPerBar() * variant->durationBars,
+                          .rhythmId = rhythm->id,
+                          .layerId = layer->id,
+                          .section = section,
+                          .variantIndex = variantIndex};
+    // Copies: whoever hears of the choice may have the library read anew.
+    const QString instrumentId = layer->instrumentId;
+    const QString displayName = u"%1 · %2"_s.arg(rhythm->displayName, layer->label);
+    emit loopChosen(block, instrumentId, displayName);
+}
+
+void LoopBrowser::openOnlineSearch()
+{
+    OnlineSearchDialog dialog(*library_, *catalog_, *downloads_, *registry_, this);
+    dialog.exec();
+}
+
+QString LoopBrowser::styleId() const
+{
+    return styleCombo_->currentData().toString();
+}
+
+QString LoopBrowser::rhythmId() const
+{
+    return rhythmCombo_->currentData().toString();
+}
+
+QString LoopBrowser::layerId() const
+{
+    return layerCombo_->currentData().toString();
+}

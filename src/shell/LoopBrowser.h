@@ -1,0 +1,77 @@
+#pragma once
+
+#include "model/Project.h"
+
+#include <QPointer>
+#include <QWidget>
+
+class ContentCatalog;
+class ContentDownloadManager;
+class InstalledContentRegistry;
+class InstrumentLibrary;
+class LoopLibrary;
+class PlaybackEngine;
+class QComboBox;
+class QFormLayout;
+class QVBoxLayout;
+struct LoopVariant;
+
+/// The loops of the library, narrowed down by style, rhythm and layer to one card for each section
+/// of a song, with a button for each variant. Holds nothing of the project: it says what the user
+/// chose.
+class LoopBrowser : public QWidget {
+    Q_OBJECT
+
+public:
+    /// None of the services is owned. Without `instruments` layers show their label alone, and
+    /// without `engine` nothing is heard; the others must be there.
+    LoopBrowser(LoopLibrary* library, InstrumentLibrary* instruments, ContentCatalog* catalog,
+                ContentDownloadManager* downloads, InstalledContentRegistry* registry,
+                PlaybackEngine* engine, QWidget* parent = nullptr);
+
+    /// The work whose meter rhythms have to share to be chosen. Not owned; may be null, and then
+    /// any rhythm may be chosen but none placed.
+    void setProject(Project* project);
+
+signals:
+    /// A variant was clicked. The block starts at -1, for the bar of the playhead, and lasts as
+    /// long as the variant, in beats. `displayName` suits the track of a new layer.
+    void loopChosen(const LoopBlock& block, const QString& instrumentId,
+                    const QString& displayName);
+
+private:
+    QFormLayout* buildChoices();
+    QWidget* buildCards();
+
+    // Each fills its own step and then runs the next.
+    void reloadStyles();
+    void reloadRhythms();
+    void reloadLayers();
+    void rebuildSectionCards();
+
+    void fillRhythms();
+    QWidget* buildCard(LoopSection section, const QList<LoopVariant>& variants, int shade);
+    QWidget* buildColumn(LoopSection section, int variantIndex);
+
+    void previewVariant(LoopSection section, int variantIndex);
+    void placeVariant(LoopSection section, int variantIndex);
+    void openOnlineSearch();
+
+    QString styleId() const;
+    QString rhythmId() const;
+    QString layerId() const;
+
+    LoopLibrary* library_;
+    InstrumentLibrary* instruments_;
+    ContentCatalog* catalog_;
+    ContentDownloadManager* downloads_;
+    InstalledContentRegistry* registry_;
+    PlaybackEngine* engine_;
+    QPointer<Project> project_;
+    /// Their items hold ids.
+    QComboBox* styleCombo_;
+    QComboBox* rhythmCombo_;
+    QComboBox* layerCombo_;
+    /// The cards, and behind them the stretch that holds them together.
+    QVBoxLayout* sectionsLayout_;
+};
