@@ -6,12 +6,15 @@
 #include "shell/OnlineSearchDialog.h"
 #include "shell/SectionWords.h"
 #include "shell/VariationButton.h"
+#include "shell/WrappingRow.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QStandardItemModel>
 #include <QVBoxLayout>
@@ -43,9 +46,21 @@ QWidget* transparentRow()
     return row;
 }
 
+/// Long names are read in the list that drops down, which may be wider than the box.
+class ChoiceBox : public QComboBox {
+public:
+    void showPopup() override
+    {
+        const int margins =
+            2 * view()->frameWidth() + view()->verticalScrollBar()->sizeHint().width();
+        view()->setMinimumWidth(view()->sizeHintForColumn(0) + margins);
+        QComboBox::showPopup();
+    }
+};
+
 QComboBox* choice(const QString& tooltip)
 {
-    auto* combo = new QComboBox;
+    auto* combo = new ChoiceBox;
     combo->setToolTip(tooltip);
     // Long names may not widen the panel.
     combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
@@ -245,7 +260,7 @@ QWidget* LoopBrowser::buildCard(LoopSection section, const QList<LoopVariant>& v
     layout->addWidget(headerLabel(tr(sectionWord(section)).toUpper()));
 
     QWidget* row = transparentRow();
-    auto* columns = new QHBoxLayout(row);
+    auto* columns = new WrappingRow(row);
     columns->setContentsMargins(6, 0, 6, 0);
     columns->setSpacing(6);
     for (const LoopVariant& variant : variants)
