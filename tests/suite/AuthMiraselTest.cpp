@@ -1,6 +1,6 @@
 #include "suite/AuthMirasel.h"
 
-#include "suite/LocalServer.h"
+#include "support/LocalServer.h"
 
 #include <QEventLoop>
 #include <QPointer>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/ChildProcess.h"
 #include "support/Files.h"
 
 #include <QDeadlineTimer>
@@ -8,15 +9,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
-#include <csignal>
 #include <cstring>
-#include <sys/prctl.h>
-
-/// Has a process end with the test, however the test ends.
-inline void endWithTest(QProcess& process)
-{
-    process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
-}
 
 /// A PulseAudio server of the test's own, which nobody hears: what is played goes to a sink
 /// without a card, and can be recorded from it.

@@ -15,17 +15,26 @@
 class LocalServer {
 public:
     using Behaviour = std::function<void(QTcpSocket& connection)>;
+    /// A behaviour that depends on the request, its head and body.
+    using Service = std::function<void(QTcpSocket& connection, const QByteArray& request)>;
 
-    explicit LocalServer(Behaviour behaviour) : behaviour_(std::move(behaviour))
+    explicit LocalServer(const Behaviour& behaviour)
+        : LocalServer([behaviour](QTcpSocket& connection, const QByteArray&) {
+              behaviour(connection);
+          })
+    {}
+
+    explicit LocalServer(Service service) : service_(std::move(service))
     {
         server_.listen(QHostAddress::LocalHost);
         QObject::connect(&server_, &QTcpServer::newConnection, &server_, [this] { accept(); });
     }
 
-    QUrl url(const QString& scheme = QStringLiteral("http")) const
+    QUrl url(const QString& scheme = QStringLiteral("http"),
+             const QString& path = QStringLiteral("/ingreso")) const
     {
         return QUrl(
-            QStringLiteral("%1://127.0.0.1:%2/ingreso").arg(scheme).arg(server_.serverPort()));
+            QStringLiteral("%1://127.0.0.1:%2%3").arg(scheme).arg(server_.serverPort()).arg(path));
     }
 
     /// The requests so far, each with its head and body.
@@ -57,7 +66,7 @@ private:
                 *request += bytes;
                 if (isComplete(*request)) {
                     requests_.append(std::exchange(*request, {}));
-                    behaviour_(*socket);
+                    service_(*socket, QByteArray(requests_.last()));
                 }
             });
         }
@@ -77,7 +86,7 @@ private:
         return request.size() - head - 4 >= number.trimmed().toInt();
     }
 
-    Behaviour behaviour_;
+    Service service_;
     QTcpServer server_;
     QList<QByteArray> requests_;
     QByteArray received_;
