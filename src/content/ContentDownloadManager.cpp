@@ -115,6 +115,10 @@ void ContentDownloadManager::fetchNextInstrument()
 
 void ContentDownloadManager::takeBank(const QByteArray& body)
 {
+    // A bank that is there is never fetched again, and one that is none would stay silent for ever.
+    if (!ContentFiles::isSoundFont(body))
+        return fail(tr("Paquete inválido: %1")
+                        .arg(tr("el banco de %1 no es un SoundFont").arg(currentInstrumentId_)));
     const QString path =
         instruments_->bankRoot() + u'/' + InstallPlan::bankFile(currentInstrumentId_);
     if (!ContentFiles::replaceFile(path, body))

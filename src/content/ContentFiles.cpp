@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QSaveFile>
+#include <QtEndian>
 
 #include <algorithm>
 
@@ -67,6 +68,14 @@ bool ContentFiles::staysInside(const QString& folder, const QString& relativePat
     const QString path = resolved(QDir(root).absoluteFilePath(QDir::cleanPath(relativePath)));
     const QString below = root.endsWith(u'/') ? root : root + u'/';
     return !root.isEmpty() && (path == root || path.startsWith(below));
+}
+
+bool ContentFiles::isSoundFont(const QByteArray& bytes)
+{
+    constexpr qsizetype kHead = 8;
+    if (bytes.size() < kHead + 4 || !bytes.startsWith("RIFF") || bytes.sliced(kHead, 4) != "sfbk")
+        return false;
+    return qFromLittleEndian<quint32>(bytes.constData() + 4) <= bytes.size() - kHead;
 }
 
 bool ContentFiles::replaceFile(const QString& path, const QByteArray& bytes)

@@ -15,6 +15,9 @@ bool isPlainFileName(const QString& name);
 /// folder nor the path need exist; an empty path is the folder itself and stays.
 bool staysInside(const QString& folder, const QString& relativePath);
 
+/// Whether bytes begin as a SoundFont does and are as many as it says.
+bool isSoundFont(const QByteArray& bytes);
+
 /// Puts a file of these bytes in the place of whatever file or link has this path, and makes the
 /// folders that it stands in. False, with the former file untouched, if not every byte was written.
 bool replaceFile(const QString& path, const QByteArray& bytes);
