@@ -10,6 +10,7 @@
 #include "model/UndoStack.h"
 #include "playback/PlaybackEngine.h"
 #include "playback/SoundfontPlayer.h"
+#include "shell/LoopBrowser.h"
 #include "shell/TransportControls.h"
 #include "shell/theme/ThemeManager.h"
 #include "storage/LocalStorageProvider.h"
@@ -97,26 +98,11 @@ void MainWindow::createServices()
 QWidget* MainWindow::buildEditorView()
 {
     transport_ = new TransportControls(engine_);
-    arranger_ = new TrackArranger;
     connectTransport();
-    connectArranger();
-
-    auto* editors = new QSplitter(Qt::Vertical);
-    editors->addWidget(new QWidget);
-    editors->addWidget(arranger_);
-    editors->setStretchFactor(0, 3);
-    editors->setStretchFactor(1, 2);
-    editors->setSizes({3000, 2000});
-    auto* panel = new QScrollArea;
-    panel->setWidgetResizable(true);
-    panel->setFrameShape(QFrame::NoFrame);
-    panel->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    panel->setMinimumWidth(252);
-    panel->setMaximumWidth(352);
 
     auto* columns = new QSplitter(Qt::Horizontal);
-    columns->addWidget(editors);
-    columns->addWidget(panel);
+    columns->addWidget(buildEditors());
+    columns->addWidget(buildSidePanel());
     columns->setStretchFactor(0, 1);
     columns->setStretchFactor(1, 0);
     columns->setCollapsible(1, true);
@@ -128,6 +114,42 @@ QWidget* MainWindow::buildEditorView()
     layout->addWidget(transport_, 0);
     layout->addWidget(columns, 1);
     return page;
+}
+
+QWidget* MainWindow::buildEditors()
+{
+    arranger_ = new TrackArranger;
+    connectArranger();
+
+    auto* editors = new QSplitter(Qt::Vertical);
+    editors->addWidget(new QWidget);
+    editors->addWidget(arranger_);
+    editors->setStretchFactor(0, 3);
+    editors->setStretchFactor(1, 2);
+    editors->setSizes({3000, 2000});
+    return editors;
+}
+
+QWidget* MainWindow::buildSidePanel()
+{
+    loopBrowser_ =
+        new LoopBrowser(loopLibrary_, instruments_, catalog_, downloads_, registry_, engine_);
+    connect(loopBrowser_, &LoopBrowser::loopChosen, this, &MainWindow::handleLoopChosen);
+
+    auto* content = new QWidget;
+    auto* layout = new QVBoxLayout(content);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(loopBrowser_, 3);
+
+    auto* panel = new QScrollArea;
+    panel->setWidgetResizable(true);
+    panel->setFrameShape(QFrame::NoFrame);
+    panel->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    panel->setMinimumWidth(252);
+    panel->setMaximumWidth(352);
+    panel->setWidget(content);
+    return panel;
 }
 
 void MainWindow::connectTransport()
@@ -178,6 +200,7 @@ void MainWindow::adoptProject()
     engine_->projectDir =
         currentProjectId_.isEmpty() ? QString() : storage_->projectFolder(currentProjectId_);
     transport_->setProject(project_);
+    loopBrowser_->setProject(project_);
     arranger_->setContext(project_, engine_, loopLibrary_);
     undoStack_->reset(*project_);
     updateSubdivisionMenu();

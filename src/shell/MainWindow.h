@@ -11,6 +11,7 @@ class ContentCatalog;
 class ContentDownloadManager;
 class InstalledContentRegistry;
 class InstrumentLibrary;
+class LoopBrowser;
 class LoopLibrary;
 class PlaybackEngine;
 class Project;
@@ -127,6 +128,8 @@ protected:
 private:
     void createServices();
     QWidget* buildEditorView();
+    QWidget* buildEditors();
+    QWidget* buildSidePanel();
     void connectTransport();
     void connectArranger();
     void buildMenus();
@@ -184,6 +187,7 @@ private:
 
     QStackedWidget* stackedWidget_ = nullptr;
     TransportControls* transport_ = nullptr;
+    LoopBrowser* loopBrowser_ = nullptr;
     TrackArranger* arranger_ = nullptr;
     QAction* undoAction_ = nullptr;
     QAction* redoAction_ = nullptr;

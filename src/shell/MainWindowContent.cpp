@@ -4,7 +4,7 @@
 #include "music/Beats.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/MainWindow.h"
-#include "shell/SectionNames.h"
+#include "shell/SectionWords.h"
 
 #include <QStatusBar>
 
@@ -68,7 +68,7 @@ void MainWindow::handleLoopChosen(const LoopBlock& block, const QString& instrum
     snapshotAndRefresh();
     statusBar()->showMessage(
         tr("%1 %2 agregada a «%3» en el compás %4.")
-            .arg(sectionName(placed.section), QString::number(placed.variantIndex),
+            .arg(tr(sectionWord(placed.section)), QString::number(placed.variantIndex),
                  project_->tracks.at(*track).name, barNumber(*project_, placed.startBeat)),
         kPlacedMs);
 }

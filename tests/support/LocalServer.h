@@ -19,9 +19,8 @@ public:
     using Service = std::function<void(QTcpSocket& connection, const QByteArray& request)>;
 
     explicit LocalServer(const Behaviour& behaviour)
-        : LocalServer([behaviour](QTcpSocket& connection, const QByteArray&) {
-              behaviour(connection);
-          })
+        : LocalServer(
+              [behaviour](QTcpSocket& connection, const QByteArray&) { behaviour(connection); })
     {}
 
     explicit LocalServer(Service service) : service_(std::move(service))
