@@ -88,6 +88,6 @@ bool ContentFiles::replaceFile(const QString& path, const QByteArray& bytes)
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    file.write(bytes);
-    return file.commit();
+    // Bytes for which there is no room are no error to commit().
+    return file.write(bytes) == bytes.size() && file.flush() && file.commit();
 }
