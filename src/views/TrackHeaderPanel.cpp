@@ -1,0 +1,329 @@
+#include "views/TrackHeaderPanel.h"
+
+#include "model/Project.h"
+#include "shell/controls/InstrumentSelector.h"
+
+#include <QCheckBox>
+#include <QFormLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRandomGenerator>
+#include <QScopedValueRollback>
+#include <QSlider>
+#include <QToolButton>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int kMargin = 8;
+constexpr int kPercent = 100;
+
+/// Pixels above and below the words beside a tall field.
+constexpr int kLabelPadding = 3;
+
+QSlider* percentSlider()
+{
+    auto* slider = new QSlider(Qt::Horizontal);
+    slider->setRange(0, kPercent);
+    return slider;
+}
+
+QToolButton* switchButton(const QString& text)
+{
+    auto* button = new QToolButton;
+    button->setText(text);
+    button->setCheckable(true);
+    return button;
+}
+
+QLabel* title(const QString& text)
+{
+    auto* label = new QLabel(text);
+    QFont font = label->font();
+    font.setBold(true);
+    label->setFont(font);
+    return label;
+}
+
+void addTallField(QFormLayout* form, const QString& text, QWidget* field)
+{
+    form->addRow(text, field);
+    // A form gives a label no more than 7/4 of its own height, which would hold it above the
+    // middle of the field.
+    form->labelForField(field)->setContentsMargins(0, kLabelPadding, 0, kLabelPadding);
+}
+
+int percentOf(float level)
+{
+    if (std::isnan(level))
+        return 0;
+    return static_cast<int>(std::clamp(level * kPercent, 0.0F, float{kPercent}));
+}
+
+float levelOf(int percent)
+{
+    return static_cast<float>(percent) / kPercent;
+}
+
+} // namespace
+
+TrackHeaderPanel::TrackHeaderPanel(InstrumentLibrary* library, QWidget* parent)
+    : QWidget(parent), form_(new QFormLayout(this)), name_(new QLineEdit),
+      instrument_(new InstrumentSelector(library)), volume_(percentSlider()),
+      mute_(switchButton(tr("Mute"))), solo_(switchButton(tr("Solo"))),
+      humanize_(new QCheckBox(tr("Activado"))), humanizeIntensity_(percentSlider()),
+      vary_(new QPushButton(tr("Probar otra variación"))), tune_(new QCheckBox(tr("Activado"))),
+      tuneIntensity_(percentSlider())
+{
+    form_->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    buildCommonRows();
+    buildNoteRows();
+    buildAudioRows();
+    connectCommonRows();
+    connectNoteRows();
+    connectAudioRows();
+    refresh();
+}
+
+TrackHeaderPanel::~TrackHeaderPanel()
+{
+    // A field that has the focus finishes its editing as its window goes.
+    name_->disconnect(this);
+}
+
+void TrackHeaderPanel::buildCommonRows()
+{
+    addTallField(form_, tr("Nombre"), name_);
+    addTallField(form_, tr("Instrumento"), instrument_);
+    form_->addRow(tr("Volumen"), volume_);
+    auto* switches = new QHBoxLayout;
+    switches->addWidget(mute_);
+    switches->addWidget(solo_);
+    switches->addStretch();
+    form_->addRow(QString(), switches);
+}
+
+void TrackHeaderPanel::buildNoteRows()
+{
+    auto* heading = title(tr("Humanizador"));
+    humanizeIntensity_->setToolTip(tr("Intensidad de la variación"));
+    form_->addRow(heading);
+    form_->addRow(QString(), humanize_);
+    form_->addRow(tr("Intensidad"), humanizeIntensity_);
+    form_->addRow(vary_);
+    noteRows_ = {instrument_, heading, humanize_, humanizeIntensity_, vary_};
+}
+
+void TrackHeaderPanel::buildAudioRows()
+{
+    auto* heading = title(tr("Afinar voz"));
+    tuneIntensity_->setToolTip(tr("Cuánto se corrige la afinación"));
+    // Every value is a step of undo and a new mix of the voices: one for each drag will do.
+    tuneIntensity_->setTracking(false);
+    form_->addRow(heading);
+    form_->addRow(QString(), tune_);
+    form_->addRow(tr("Intensidad"), tuneIntensity_);
+    audioRows_ = {heading, tune_, tuneIntensity_};
+}
+
+void TrackHeaderPanel::connectCommonRows()
+{
+    connect(name_, &QLineEdit::textEdited, this, [this] {
+        if (!typedOver_)
+            typedOver_ = nameInView();
+    });
+    connect(name_, &QLineEdit::editingFinished, this, &TrackHeaderPanel::finishName);
+    connect(volume_, &QSlider::valueChanged, this, [this](int percent) {
+        if (editEither([&](auto& track) { track.volume = levelOf(percent); }))
+            emit mixingChanged();
+    });
+    connect(mute_, &QToolButton::toggled, this, [this](bool on) {
+        if (editEither([&](auto& track) { track.muted = on; }))
+            emit mixingChanged();
+    });
+    connect(solo_, &QToolButton::toggled, this, [this](bool on) {
+        if (editEither([&](auto& track) { track.solo = on; }))
+            emit mixingChanged();
+    });
+}
+
+void TrackHeaderPanel::connectNoteRows()
+{
+    connect(instrument_, &InstrumentSelector::instrumentSelected, this, [this](const QString& id) {
+        if (editTrack([&](Track& track) { track.instrumentId = id; }))
+            emit trackEdited();
+    });
+    connect(humanize_, &QCheckBox::toggled, this, [this](bool on) {
+        if (editTrack([&](Track& track) { track.humanize.enabled = on; }))
+            emit trackEdited();
+    });
+    connect(humanizeIntensity_, &QSlider::valueChanged, this, [this](int percent) {
+        if (editTrack([&](Track& track) { track.humanize.intensity = levelOf(percent); }))
+            emit mixingChanged();
+    });
+    connect(vary_, &QPushButton::clicked, this, [this] {
+        const quint32 seed = QRandomGenerator::global()->generate();
+        if (editTrack([&](Track& track) { track.humanize.seed = seed; }))
+            emit trackEdited();
+    });
+}
+
+void TrackHeaderPanel::connectAudioRows()
+{
+    const auto tuneClips = [this](auto edit) {
+        const bool edited = editAudioTrack([&](AudioTrack& track) {
+            for (AudioClip& clip : track.clips)
+                edit(clip.tune);
+        });
+        if (edited)
+            emit trackEdited();
+    };
+    connect(tune_, &QCheckBox::toggled, this, [tuneClips](bool on) {
+        tuneClips([&](VoiceTuneSettings& tune) { tune.enabled = on; });
+    });
+    connect(tuneIntensity_, &QSlider::valueChanged, this, [tuneClips](int percent) {
+        tuneClips([&](VoiceTuneSettings& tune) { tune.intensity = levelOf(percent); });
+    });
+}
+
+// ---- The record in view --------------------------------------------------------------------
+
+const Track* TrackHeaderPanel::track() const
+{
+    if (!project_ || trackIndex_ < 0 || trackIndex_ >= project_->tracks.size())
+        return nullptr;
+    return &project_->tracks.at(trackIndex_);
+}
+
+const AudioTrack* TrackHeaderPanel::audioTrack() const
+{
+    if (!project_ || audioTrackIndex_ < 0 || audioTrackIndex_ >= project_->audioTracks.size())
+        return nullptr;
+    return &project_->audioTracks.at(audioTrackIndex_);
+}
+
+std::optional<QString> TrackHeaderPanel::nameInView() const
+{
+    if (track())
+        return track()->name;
+    if (audioTrack())
+        return audioTrack()->name;
+    return std::nullopt;
+}
+
+template <typename Edit>
+bool TrackHeaderPanel::editTrack(Edit edit)
+{
+    if (updating_ || !track())
+        return false;
+    edit(project_->tracks[trackIndex_]);
+    return true;
+}
+
+template <typename Edit>
+bool TrackHeaderPanel::editAudioTrack(Edit edit)
+{
+    if (updating_ || !audioTrack())
+        return false;
+    edit(project_->audioTracks[audioTrackIndex_]);
+    return true;
+}
+
+template <typename Edit>
+bool TrackHeaderPanel::editEither(Edit edit)
+{
+    return editTrack(edit) || editAudioTrack(edit);
+}
+
+void TrackHeaderPanel::setProject(Project* project)
+{
+    project_ = project;
+    trackIndex_ = -1;
+    audioTrackIndex_ = -1;
+    refresh();
+}
+
+void TrackHeaderPanel::showTrack(int index)
+{
+    trackIndex_ = index;
+    audioTrackIndex_ = -1;
+    refresh();
+}
+
+void TrackHeaderPanel::showAudioTrack(int index)
+{
+    trackIndex_ = -1;
+    audioTrackIndex_ = index;
+    refresh();
+}
+
+// ---- Filling -------------------------------------------------------------------------------
+
+void TrackHeaderPanel::refresh()
+{
+    // From the first step on: a field that is disabled under the cursor finishes its editing.
+    const QScopedValueRollback guard(updating_, true);
+    showRows();
+    if (track())
+        fillTrack(*track());
+    else if (audioTrack())
+        fillAudioTrack(*audioTrack());
+    else
+        fillCommonRows(AudioTrack());
+}
+
+void TrackHeaderPanel::showRows()
+{
+    setEnabled(track() || audioTrack());
+    for (QWidget* row : noteRows_)
+        form_->setRowVisible(row, track() != nullptr);
+    for (QWidget* row : audioRows_)
+        form_->setRowVisible(row, audioTrack() != nullptr);
+}
+
+template <typename AnyTrack>
+void TrackHeaderPanel::fillCommonRows(const AnyTrack& track)
+{
+    typedOver_.reset();
+    shownName_ = track.name;
+    name_->setText(track.name);
+    volume_->setValue(percentOf(track.volume));
+    mute_->setChecked(track.muted);
+    solo_->setChecked(track.solo);
+}
+
+void TrackHeaderPanel::fillTrack(const Track& track)
+{
+    fillCommonRows(track);
+    instrument_->setCurrentInstrument(track.instrumentId);
+    humanize_->setChecked(track.humanize.enabled);
+    humanizeIntensity_->setValue(percentOf(track.humanize.intensity));
+}
+
+void TrackHeaderPanel::fillAudioTrack(const AudioTrack& track)
+{
+    fillCommonRows(track);
+    const VoiceTuneSettings tune = track.clips.value(0).tune;
+    tune_->setChecked(tune.enabled);
+    tuneIntensity_->setValue(percentOf(tune.intensity));
+}
+
+// ---- The name ------------------------------------------------------------------------------
+
+void TrackHeaderPanel::finishName()
+{
+    if (updating_ || !project_)
+        return;
+    // Undo may have put another track in the place of the one whose name was being typed.
+    if (typedOver_ && typedOver_ != nameInView())
+        refresh();
+    const QString name = name_->text();
+    if (typedOver_ || name != shownName_)
+        editEither([&](auto& track) { track.name = name; });
+    typedOver_.reset();
+    shownName_ = name;
+    emit trackEdited();
+}

@@ -1,0 +1,102 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QWidget>
+
+#include <optional>
+
+class InstrumentLibrary;
+class InstrumentSelector;
+class Project;
+class QCheckBox;
+class QFormLayout;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class QSlider;
+class QToolButton;
+struct AudioTrack;
+struct Track;
+
+/// The properties of the one track that is selected. It writes straight into the project and says
+/// how deep the change goes. What is changed elsewhere shows at the next selection.
+class TrackHeaderPanel : public QWidget {
+    Q_OBJECT
+
+public:
+    /// The library is not owned and may be null.
+    explicit TrackHeaderPanel(InstrumentLibrary* library, QWidget* parent = nullptr);
+    ~TrackHeaderPanel() override;
+
+    /// Shows no track yet. The project is not owned and may be null.
+    void setProject(Project* project);
+
+    /// An index of no track disables the panel.
+    void showTrack(int index);
+    void showAudioTrack(int index);
+
+    /// Shows the track as it is now. A name that is being typed is given up.
+    void refresh();
+
+signals:
+    /// A finished edit of the song.
+    void trackEdited();
+
+    /// A change of the mix alone, which is no step of undo.
+    void mixingChanged();
+
+private:
+    void buildCommonRows();
+    void buildNoteRows();
+    void buildAudioRows();
+    void connectCommonRows();
+    void connectNoteRows();
+    void connectAudioRows();
+
+    /// The tracks in view: one of them, or none.
+    const Track* track() const;
+    const AudioTrack* audioTrack() const;
+    std::optional<QString> nameInView() const;
+
+    /// Let a function change the record in view. False where there is none, and while the
+    /// controls are being filled.
+    template <typename Edit>
+    bool editTrack(Edit edit);
+    template <typename Edit>
+    bool editAudioTrack(Edit edit);
+    template <typename Edit>
+    bool editEither(Edit edit);
+
+    void showRows();
+    void fillTrack(const Track& track);
+    void fillAudioTrack(const AudioTrack& track);
+    template <typename AnyTrack>
+    void fillCommonRows(const AnyTrack& track);
+
+    void finishName();
+
+    Project* project_ = nullptr;
+    int trackIndex_ = -1;
+    int audioTrackIndex_ = -1;
+    /// The controls are being filled: what they say is no edit.
+    bool updating_ = false;
+    /// The name that was put into its field, or taken out of it, last.
+    QString shownName_;
+    /// What the track was called when the user began to type; nothing while nobody types.
+    std::optional<QString> typedOver_;
+
+    QFormLayout* form_;
+    QLineEdit* name_;
+    InstrumentSelector* instrument_;
+    QSlider* volume_;
+    QToolButton* mute_;
+    QToolButton* solo_;
+    QCheckBox* humanize_;
+    QSlider* humanizeIntensity_;
+    QPushButton* vary_;
+    QCheckBox* tune_;
+    QSlider* tuneIntensity_;
+    QList<QWidget*> noteRows_;
+    QList<QWidget*> audioRows_;
+};
