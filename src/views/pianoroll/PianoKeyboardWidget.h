@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QWidget>
+
+class PianoRollCanvas;
+
+/// The keys at the left of the piano roll, each in line with the row of its pitch. They know
+/// nothing of music: they tell which key the mouse holds.
+class PianoKeyboardWidget : public QWidget {
+    Q_OBJECT
+
+public:
+    /// The canvas is not owned. Keys stand as its view does.
+    explicit PianoKeyboardWidget(PianoRollCanvas* canvas, QWidget* parent = nullptr);
+
+    /// The pitch of the row at a height of the widget; -1 outside the rows.
+    int pitchAtY(int y) const;
+
+    /// The key that the mouse holds; -1 for none.
+    int pressedPitch() const { return pressedPitch_; }
+
+    /// Pixels; the widest name fits at its largest.
+    int blackKeyWidth() const { return blackKeyWidth_; }
+
+signals:
+    void keyPressed(int pitch);
+    void keyReleased(int pitch);
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void press(int pitch);
+    void release();
+
+    QFont keyFont() const;
+    void paintSeparators(QPainter& painter) const;
+    void paintKey(QPainter& painter, int pitch) const;
+    void paintBlackKey(QPainter& painter, int pitch, const QRectF& row) const;
+    void paintWhiteKey(QPainter& painter, int pitch, const QRectF& row) const;
+
+    PianoRollCanvas* canvas_;
+    int pressedPitch_ = -1;
+    int blackKeyWidth_ = 0;
+};

@@ -1,0 +1,371 @@
+#include "views/pianoroll/PianoRollCanvas.h"
+
+#include "model/Project.h"
+#include "music/Beats.h"
+#include "playback/PlaybackEngine.h"
+#include "views/TimelineRuler.h"
+#include "views/pianoroll/PianoKeyboardWidget.h"
+#include "views/pianoroll/PianoRollGridView.h"
+#include "views/pianoroll/PianoRollScene.h"
+
+#include <QGridLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QToolButton>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr double kLeastZoom = 0.2;
+constexpr double kMostZoom = 6.0;
+
+constexpr int kCornerHeight = 34;
+constexpr int kScrollMs = 140;
+constexpr double kSnapWithoutProject = 0.5;
+constexpr int kLeastBars = 8;
+
+/// Empty, and as long as the song.
+MelodyBlock blankBlock(const Project& project)
+{
+    MelodyBlock block;
+    const double bar = project.beatsPerBar();
+    if (isBarLength(bar))
+        block.durationBeats = bar * project.barCount(kLeastBars);
+    return block;
+}
+
+QString modeName(KeyMode mode)
+{
+    switch (mode) {
+    case KeyMode::Major:
+        break;
+    case KeyMode::Minor:
+        return PianoRollCanvas::tr("menor");
+    case KeyMode::Dorian:
+        return PianoRollCanvas::tr("dórico");
+    case KeyMode::Lydian:
+        return PianoRollCanvas::tr("lidio");
+    }
+    return PianoRollCanvas::tr("mayor");
+}
+
+QToolButton* arrowButton(const QString& face, const QString& toolTip)
+{
+    auto* button = new QToolButton;
+    button->setObjectName(u"btn_toolbar"_s);
+    button->setText(face);
+    button->setToolTip(toolTip);
+    button->setAutoRepeat(true);
+    button->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
+    return button;
+}
+
+} // namespace
+
+PianoRollCanvas::PianoRollCanvas(QWidget* parent)
+    : QWidget(parent), scene_(new PianoRollScene(this)), caption_(new QLabel),
+      ruler_(new TimelineRuler), view_(new PianoRollGridView(this)),
+      keyboard_(new PianoKeyboardWidget(this))
+{
+    auto* layout = new QGridLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(makeBar(), 0, 0, 1, 2);
+    layout->addWidget(makeCorner(), 1, 0);
+    layout->addWidget(ruler_, 1, 1);
+    layout->addWidget(keyboard_, 2, 0);
+    layout->addWidget(view_, 2, 1);
+
+    setFocusPolicy(Qt::StrongFocus);
+    view_->setFocusProxy(this);
+    scrollAnimation_.setDuration(kScrollMs);
+    scrollAnimation_.setEasingCurve(QEasingCurve::OutCubic);
+    connect(&scrollAnimation_, &QVariantAnimation::valueChanged, this,
+            [this](const QVariant& y) { view_->verticalScrollBar()->setValue(y.toInt()); });
+    connect(view_->horizontalScrollBar(), &QScrollBar::valueChanged, this,
+            &PianoRollCanvas::syncRulerAndKeyboard);
+    connect(view_->verticalScrollBar(), &QScrollBar::valueChanged, this,
+            &PianoRollCanvas::syncRulerAndKeyboard);
+    connect(ruler_, &TimelineRuler::seekRequested, this, &PianoRollCanvas::seek);
+}
+
+PianoRollCanvas::~PianoRollCanvas()
+{
+    // A view that loses its scene scrolls, and the ruler follows: the view has to go first.
+    delete view_;
+}
+
+QWidget* PianoRollCanvas::makeBar()
+{
+    QFont bold = caption_->font();
+    bold.setWeight(QFont::Bold);
+    caption_->setFont(bold);
+    auto* whole = new QPushButton(tr("Ver toda la melodía"));
+    whole->setToolTip(tr("Muestra desde la nota más grave hasta la más aguda"));
+    // The letters go on playing after a click.
+    whole->setFocusPolicy(Qt::TabFocus);
+    connect(whole, &QPushButton::clicked, this, &PianoRollCanvas::showWholeMelody);
+
+    auto* bar = new QWidget;
+    auto* layout = new QHBoxLayout(bar);
+    layout->setContentsMargins(8, 2, 4, 2);
+    layout->addWidget(caption_, 1);
+    layout->addWidget(whole);
+    return bar;
+}
+
+QWidget* PianoRollCanvas::makeCorner()
+{
+    auto* up = arrowButton(u"▲"_s, tr("Subir una nota (flecha arriba)"));
+    auto* down = arrowButton(u"▼"_s, tr("Bajar una nota (flecha abajo)"));
+    connect(up, &QToolButton::clicked, this, [this] { scrollNotes(1); });
+    connect(down, &QToolButton::clicked, this, [this] { scrollNotes(-1); });
+
+    auto* corner = new QWidget;
+    corner->setFixedSize(keyboard_->width(), kCornerHeight);
+    auto* layout = new QHBoxLayout(corner);
+    layout->setContentsMargins(2, 2, 2, 2);
+    layout->setSpacing(2);
+    layout->addWidget(up);
+    layout->addWidget(down);
+    return corner;
+}
+
+// ---- What is shown -------------------------------------------------------------------------
+
+void PianoRollCanvas::setContext(Project* project, PlaybackEngine* playback)
+{
+    if (project_)
+        disconnect(project_, nullptr, this, nullptr);
+    if (playback_ && playback_ != playback)
+        disconnect(playback_, nullptr, this, nullptr);
+    project_ = project;
+    playback_ = playback;
+    activeTrack_ = project_ && !project_->tracks.isEmpty() ? 0 : -1;
+    activeBlockIndex_ = 0;
+    ruler_->setProject(project);
+    if (project_)
+        connect(project_, &Project::changed, this, &PianoRollCanvas::rebuildScene);
+    if (playback_)
+        connect(playback_, &PlaybackEngine::playheadChanged, this, &PianoRollCanvas::updatePlayhead,
+                Qt::UniqueConnection);
+    rebuildScene();
+    rows_ = PitchRows();
+    applyVerticalFit();
+    if (!melodyVisible())
+        showWholeMelody();
+}
+
+void PianoRollCanvas::setVisibleTracks(const QList<int>& tracks, int active)
+{
+    visibleTracks_ = tracks;
+    showTrack(active, 0);
+}
+
+void PianoRollCanvas::setActiveTrack(int track)
+{
+    showTrack(track, 0);
+}
+
+void PianoRollCanvas::setActiveBlock(int track, int block)
+{
+    showTrack(track, block);
+}
+
+void PianoRollCanvas::showTrack(int track, int block)
+{
+    activeTrack_ = track;
+    activeBlockIndex_ = block;
+    rebuildScene();
+    if (!melodyVisible())
+        showWholeMelody();
+}
+
+void PianoRollCanvas::setSubdivisionLevel(GridSubdivisionLevel level)
+{
+    subdivisionLevel_ = level;
+    view_->viewport()->update();
+}
+
+double PianoRollCanvas::snapBeats() const
+{
+    return project_ ? PianoRollLayout::snapBeats(project_->timeSignature, subdivisionLevel_)
+                    : kSnapWithoutProject;
+}
+
+const Track* PianoRollCanvas::track() const
+{
+    if (!project_ || activeTrack_ < 0 || activeTrack_ >= project_->tracks.size())
+        return nullptr;
+    return &project_->tracks.at(activeTrack_);
+}
+
+MelodyBlock* PianoRollCanvas::activeBlock()
+{
+    if (!track() || track()->isAccompaniment)
+        return nullptr;
+    QList<MelodyBlock>& blocks = project_->tracks[activeTrack_].melodyBlocks;
+    if (blocks.isEmpty())
+        blocks.append(blankBlock(*project_));
+    return &blocks[std::clamp<qsizetype>(activeBlockIndex_, 0, blocks.size() - 1)];
+}
+
+bool PianoRollCanvas::hasEditableBlock()
+{
+    return activeBlock() != nullptr;
+}
+
+QList<int> PianoRollCanvas::ghostTracks() const
+{
+    QList<int> tracks = visibleTracks_;
+    tracks.removeAll(activeTrack_);
+    return tracks;
+}
+
+void PianoRollCanvas::rebuildScene()
+{
+    // Items tell the view where they come and go, but what lies behind them is none.
+    view_->viewport()->update();
+    if (!project_) {
+        scene_->empty();
+        updateCaption();
+        return;
+    }
+    const MelodyBlock* block = activeBlock();
+    scene_->rebuild(*project_, block, ghostTracks());
+    if (!block && (activeTrack_ >= 0 || visibleTracks_.isEmpty()))
+        scene_->showMessage(
+            tr("Elegí una velta de melodía en la línea de tiempo para editarla acá."));
+    if (playback_)
+        updatePlayhead(playback_->playheadBeat());
+    updateCaption();
+    syncRulerAndKeyboard();
+}
+
+// ---- Caption -------------------------------------------------------------------------------
+
+void PianoRollCanvas::updateCaption()
+{
+    const MelodyBlock* block = activeBlock();
+    caption_->setText(block ? captionOf(*block) : QString());
+}
+
+QString PianoRollCanvas::captionOf(const MelodyBlock& block) const
+{
+    const QString name = track()->name.trimmed();
+    const KeySignature& key = project_->keySignature;
+    const int bars = PianoRollLayout::barsOf(block, project_->beatsPerBar());
+    const QString length = bars == 1 ? tr("1 compás") : tr("%1 compases").arg(bars);
+    return tr("%1 · %2 · %3")
+        .arg(name.isEmpty() ? tr("Melodía") : name,
+             KeySignature::solfegeName(key.rootPitchClass) + u' ' + modeName(key.mode),
+             block.notes.isEmpty() ? tr("sin notas todavía") : length);
+}
+
+// ---- Rows and zoom -------------------------------------------------------------------------
+
+bool PianoRollCanvas::melodyVisible()
+{
+    const MelodyBlock* block = activeBlock();
+    return !block || block->notes.isEmpty() ||
+           std::ranges::any_of(
+               block->notes, [this](const NoteEvent& note) { return rows_.contains(note.pitch); });
+}
+
+void PianoRollCanvas::showWholeMelody()
+{
+    const MelodyBlock* block = activeBlock();
+    rows_ = block ? PitchRows::around(block->notes) : PitchRows();
+    applyVerticalFit();
+}
+
+void PianoRollCanvas::applyVerticalFit()
+{
+    const int height = view_->viewport()->height();
+    if (height <= 0)
+        return;
+    zoomY_ = static_cast<double>(height) / (rows_.count * PianoRollLayout::kRowPixels);
+    // The rows change, not the place in the song.
+    const int x = view_->horizontalScrollBar()->value();
+    view_->setTransform(QTransform::fromScale(zoomX_, zoomY_));
+    view_->horizontalScrollBar()->setValue(x);
+    scrollToTopPitch(rows_.top, false);
+    syncRulerAndKeyboard();
+}
+
+void PianoRollCanvas::zoomHorizontal(double factor)
+{
+    const double zoom = zoomX_ * factor;
+    if (std::isnan(zoom))
+        return;
+    zoomX_ = std::clamp(zoom, kLeastZoom, kMostZoom);
+    // The anchor under the mouse would move the rows by parts of them.
+    const int y = view_->verticalScrollBar()->value();
+    view_->setTransform(QTransform::fromScale(zoomX_, zoomY_));
+    view_->verticalScrollBar()->setValue(y);
+    syncRulerAndKeyboard();
+}
+
+void PianoRollCanvas::zoomVertical(double factor)
+{
+    rows_ = factor > 1.0 ? rows_.withOneFewer() : rows_.withOneMore();
+    applyVerticalFit();
+}
+
+void PianoRollCanvas::scrollToTopPitch(int pitch, bool animated)
+{
+    rows_ = rows_.withTop(pitch);
+    const auto y =
+        static_cast<int>(std::lround(PianoRollLayout::pitchToSceneY(rows_.top) * zoomY_));
+    QScrollBar* bar = view_->verticalScrollBar();
+    scrollAnimation_.stop();
+    if (!animated) {
+        bar->setValue(y);
+        return;
+    }
+    scrollAnimation_.setStartValue(bar->value());
+    scrollAnimation_.setEndValue(y);
+    scrollAnimation_.start();
+}
+
+void PianoRollCanvas::scrollNotes(int delta)
+{
+    scrollToTopPitch(rows_.top + std::clamp(delta, -PitchRows::kMost, PitchRows::kMost), true);
+}
+
+void PianoRollCanvas::wheelNotes(int angleDelta)
+{
+    const WheelTurn turn = PianoRollLayout::turned(wheelRemainder_, angleDelta);
+    wheelRemainder_ = turn.remainder;
+    if (turn.rows != 0)
+        scrollNotes(turn.rows);
+}
+
+// ---- Playhead ------------------------------------------------------------------------------
+
+void PianoRollCanvas::syncRulerAndKeyboard()
+{
+    const double sceneX = view_->mapToScene(QPoint(0, 0)).x();
+    ruler_->setViewport(sceneX * zoomX_, PianoRollLayout::kBeatPixels * zoomX_, 0);
+    keyboard_->update();
+}
+
+void PianoRollCanvas::updatePlayhead(double beat)
+{
+    scene_->setPlayheadBeat(beat);
+    ruler_->setPlayheadBeat(beat);
+}
+
+void PianoRollCanvas::seek(double beat)
+{
+    if (!playback_)
+        return;
+    playback_->setPlayheadBeat(beat);
+    if (!playback_->isPlaying())
+        playback_->play(beat);
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "views/pianoroll/NoteItem.h"
+
+#include <QGraphicsScene>
+
+class Project;
+struct MelodyBlock;
+struct Track;
+
+/// The notes of one block, those of other tracks showing through behind them, and the playhead.
+/// Everything is made anew from the project at each rebuild, so pointers to items live until then.
+class PianoRollScene : public QGraphicsScene {
+    Q_OBJECT
+
+public:
+    explicit PianoRollScene(QObject* parent = nullptr);
+
+    /// Shows the notes of a block, which may be null, and behind them those of some tracks, each
+    /// in a colour of its own; an index that stands for no track is passed over. Notes whose place
+    /// is not finite or beyond PianoRollLayout::kMostBeats are left out. The playhead stands at
+    /// beat 0 afterwards.
+    void rebuild(const Project& project, const MelodyBlock* block, const QList<int>& ghostTracks);
+
+    /// Leaves nothing, not even the playhead.
+    void empty();
+
+    /// Writes a sentence into the grid, until the next rebuild.
+    void showMessage(const QString& text);
+
+    void setPlayheadBeat(double beat);
+
+    /// The topmost note at a place, or null. Notes that only show through are none.
+    NoteItem* noteAt(const QPointF& place) const;
+
+    /// Indices of the selected notes, ascending.
+    QList<int> selectedNotes() const;
+
+private:
+    void addGhosts(const Project& project, const QList<int>& tracks);
+    void addGhostsOf(const Track& track, const QColor& color);
+    void addNotes(const MelodyBlock& block);
+    void addPlayhead();
+
+    QGraphicsLineItem* playhead_ = nullptr;
+};
