@@ -14,7 +14,9 @@
 #include "shell/TransportControls.h"
 #include "shell/theme/ThemeManager.h"
 #include "storage/LocalStorageProvider.h"
+#include "views/TrackHeaderPanel.h"
 #include "views/arranger/TrackArranger.h"
+#include "views/pianoroll/PianoRollCanvas.h"
 #include "voice/AudioRecorder.h"
 
 #include <QAction>
@@ -118,11 +120,13 @@ QWidget* MainWindow::buildEditorView()
 
 QWidget* MainWindow::buildEditors()
 {
+    pianoRoll_ = new PianoRollCanvas;
+    connectPianoRoll();
     arranger_ = new TrackArranger;
     connectArranger();
 
     auto* editors = new QSplitter(Qt::Vertical);
-    editors->addWidget(new QWidget);
+    editors->addWidget(pianoRoll_);
     editors->addWidget(arranger_);
     editors->setStretchFactor(0, 3);
     editors->setStretchFactor(1, 2);
@@ -135,12 +139,17 @@ QWidget* MainWindow::buildSidePanel()
     loopBrowser_ =
         new LoopBrowser(loopLibrary_, instruments_, catalog_, downloads_, registry_, engine_);
     connect(loopBrowser_, &LoopBrowser::loopChosen, this, &MainWindow::handleLoopChosen);
+    headerPanel_ = new TrackHeaderPanel(instruments_);
+    connect(headerPanel_, &TrackHeaderPanel::trackEdited, this, &MainWindow::snapshotAndRefresh);
+    connect(headerPanel_, &TrackHeaderPanel::mixingChanged, engine_,
+            &PlaybackEngine::refreshChannels);
 
     auto* content = new QWidget;
     auto* layout = new QVBoxLayout(content);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(loopBrowser_, 3);
+    layout->addWidget(headerPanel_, 2);
 
     auto* panel = new QScrollArea;
     panel->setWidgetResizable(true);
@@ -172,11 +181,19 @@ void MainWindow::connectTransport()
     connect(transport_, &Ribbon::zoomOutRequested, this, &MainWindow::zoomOut);
 }
 
+void MainWindow::connectPianoRoll()
+{
+    connect(pianoRoll_, &PianoRollCanvas::edited, this, &MainWindow::snapshotAndRefresh);
+    connect(transport_, &TransportControls::subdivisionChanged, pianoRoll_,
+            &PianoRollCanvas::setSubdivisionLevel);
+}
+
 void MainWindow::connectArranger()
 {
     connect(arranger_, &TrackArranger::edited, this, &MainWindow::snapshotAndRefresh);
-    connect(arranger_, &TrackArranger::openMelodyBlock, this,
-            [this](int track) { arranger_->selectNoteTrack(track, false); });
+    connect(arranger_, &TrackArranger::openMelodyBlock, this, &MainWindow::openMelodyBlock);
+    connect(arranger_, &TrackArranger::laneSelectionChanged, this,
+            &MainWindow::syncSelectionToViews);
     connect(arranger_, &TrackArranger::loopDropped, this,
             [this](const QString& rhythmId, const QString& layerId, LoopSection section,
                    int variantIndex, double beat) {
@@ -186,11 +203,13 @@ void MainWindow::connectArranger()
 
 void MainWindow::zoomIn()
 {
+    pianoRoll_->zoomHorizontal(1.25);
     arranger_->zoomHorizontal(1.25);
 }
 
 void MainWindow::zoomOut()
 {
+    pianoRoll_->zoomHorizontal(0.8);
     arranger_->zoomHorizontal(0.8);
 }
 
@@ -201,9 +220,12 @@ void MainWindow::adoptProject()
         currentProjectId_.isEmpty() ? QString() : storage_->projectFolder(currentProjectId_);
     transport_->setProject(project_);
     loopBrowser_->setProject(project_);
+    pianoRoll_->setContext(project_, engine_);
     arranger_->setContext(project_, engine_, loopLibrary_);
+    headerPanel_->setProject(project_);
     undoStack_->reset(*project_);
     updateSubdivisionMenu();
+    syncSelectionToViews();
     stackedWidget_->setCurrentIndex(0);
     showProjectName();
 }
@@ -215,6 +237,26 @@ void MainWindow::exchangeProject(Project* project, const QString& id)
     project_ = project;
     currentProjectId_ = id;
     adoptProject();
+}
+
+void MainWindow::syncSelectionToViews()
+{
+    if (!project_)
+        return;
+    const int voice = arranger_->selectedAudioTrack();
+    if (voice >= 0) {
+        headerPanel_->showAudioTrack(voice);
+        pianoRoll_->setVisibleTracks({}, -1);
+        return;
+    }
+    headerPanel_->showTrack(arranger_->activeTrack());
+    pianoRoll_->setVisibleTracks(arranger_->selectedTracks(), arranger_->activeTrack());
+}
+
+void MainWindow::openMelodyBlock(int track, int block)
+{
+    arranger_->selectNoteTrack(track, false);
+    pianoRoll_->setActiveBlock(track, block);
 }
 
 void MainWindow::showProjectName()

@@ -13,6 +13,7 @@ class InstalledContentRegistry;
 class InstrumentLibrary;
 class LoopBrowser;
 class LoopLibrary;
+class PianoRollCanvas;
 class PlaybackEngine;
 class Project;
 class ProjectStorageProvider;
@@ -21,6 +22,7 @@ class QPushButton;
 class QStackedWidget;
 class SoundfontPlayer;
 class TrackArranger;
+class TrackHeaderPanel;
 class TransportControls;
 class UndoStack;
 struct KeySignature;
@@ -131,6 +133,7 @@ private:
     QWidget* buildEditors();
     QWidget* buildSidePanel();
     void connectTransport();
+    void connectPianoRoll();
     void connectArranger();
     void buildMenus();
     void buildFileMenu();
@@ -145,6 +148,10 @@ private:
     /// Makes a project the present one in place of the former.
     void exchangeProject(Project* project, const QString& id);
 
+    /// Shows what is selected in the arranger wherever else a selection shows.
+    void syncSelectionToViews();
+
+    void openMelodyBlock(int track, int block);
     void showProjectName();
     void updateSubdivisionMenu();
     void updateThemeButton(bool dark);
@@ -188,7 +195,9 @@ private:
     QStackedWidget* stackedWidget_ = nullptr;
     TransportControls* transport_ = nullptr;
     LoopBrowser* loopBrowser_ = nullptr;
+    PianoRollCanvas* pianoRoll_ = nullptr;
     TrackArranger* arranger_ = nullptr;
+    TrackHeaderPanel* headerPanel_ = nullptr;
     QAction* undoAction_ = nullptr;
     QAction* redoAction_ = nullptr;
     QMenu* subdivisionMenu_ = nullptr;

@@ -4,6 +4,7 @@
 #include "shell/MainWindow.h"
 #include "shell/theme/ThemeManager.h"
 #include "shell/theme/TitleBar.h"
+#include "views/pianoroll/PianoRollCanvas.h"
 
 #include <QAction>
 #include <QLabel>
@@ -65,7 +66,10 @@ void MainWindow::buildViewMenu()
     QMenu* menu = menuBar()->addMenu(tr("&Ver"));
     subdivisionMenu_ = menu->addMenu(tr("Qué marca la grilla"));
     for (const GridSubdivisionLevel level : kGridLevels)
-        subdivisionMenu_->addAction(QString())->setData(QVariant::fromValue(level));
+        subdivisionMenu_
+            ->addAction(QString(), pianoRoll_,
+                        [this, level] { pianoRoll_->setSubdivisionLevel(level); })
+            ->setData(QVariant::fromValue(level));
     updateSubdivisionMenu();
     menu->addSeparator();
     menu->addAction(tr("Acercar (tiempo)"), this, &MainWindow::zoomIn)
