@@ -18,6 +18,7 @@ VariationButton::VariationButton(const QString& rhythmId, const QString& layerId
 {
     const QString number = QString::number(variantIndex);
     const QString word = tr(sectionWord(section));
+    runDrag_ = [](QDrag& drag) { drag.exec(Qt::CopyAction); };
     setObjectName(u"btn_toolbar"_s);
     setText(number);
     setCursor(Qt::OpenHandCursor);
@@ -59,12 +60,7 @@ void VariationButton::startDrag()
     drag->setPixmap(grab());
     drag->setHotSpot(dragStart_);
     dragging_ = true;
-    runDrag(drag);
+    runDrag_(*drag);
     dragging_ = false;
     emit dragFinished();
-}
-
-void VariationButton::runDrag(QDrag* drag)
-{
-    drag->exec(Qt::CopyAction);
 }

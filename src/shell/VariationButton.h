@@ -5,6 +5,9 @@
 #include <QPoint>
 #include <QToolButton>
 
+#include <functional>
+#include <utility>
+
 class QDrag;
 
 /// A variant of a loop, as its number on a square button: a click is one gesture, a drag to the
@@ -23,6 +26,9 @@ public:
     /// the button: whoever wants to delete it waits for dragFinished().
     bool isDragging() const { return dragging_; }
 
+    /// Puts something in the place of QDrag::exec(), which hands the mouse to the platform.
+    void setDragRunner(std::function<void(QDrag&)> run) { runDrag_ = std::move(run); }
+
 signals:
     /// After each drag, wherever it ended.
     void dragFinished();
@@ -31,13 +37,12 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
 
-    /// Runs a drag, which the button owns, to its end.
-    virtual void runDrag(QDrag* drag);
-
 private:
     void startDrag();
 
     LoopDragPayload payload_;
+    /// Runs a drag, which the button owns, to its end.
+    std::function<void(QDrag&)> runDrag_;
     /// Where the left button went down.
     QPoint dragStart_;
     bool dragging_ = false;

@@ -11,14 +11,16 @@ QList<QRect> placesOf(const QLayout& row, int width)
     QPoint next(0, 0);
     int lineHeight = 0;
     for (int i = 0; i < row.count(); ++i) {
+        if (row.itemAt(i)->isEmpty()) {
+            places.append(QRect(next, QSize(0, 0)));
+            continue;
+        }
         const QSize size = row.itemAt(i)->sizeHint();
         if (next.x() > 0 && next.x() + size.width() > width) {
             next = QPoint(0, next.y() + lineHeight + row.spacing());
             lineHeight = 0;
         }
         places.append(QRect(next, size));
-        if (row.itemAt(i)->isEmpty())
-            continue;
         next.rx() += size.width() + row.spacing();
         lineHeight = std::max(lineHeight, size.height());
     }

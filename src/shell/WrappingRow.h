@@ -3,7 +3,7 @@
 #include <QHBoxLayout>
 
 /// A row that goes on below where the width ends, line after line. What is in it keeps the size
-/// that it likes, and stretches matter only in the last line, which they end.
+/// that it likes; stretches take no room.
 class WrappingRow : public QHBoxLayout {
     Q_OBJECT
 
