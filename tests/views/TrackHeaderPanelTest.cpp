@@ -154,6 +154,7 @@ private slots:
     void nameThatStaysAsItWasIsStillAnEdit();
     void nameOfNoTrackIsStillAnEdit();
     void nameIsTakenOnEnter();
+    void nameIsTakenTimeAndAgain();
     void nameIsTakenAsItIsTyped_data();
     void nameIsTakenAsItIsTyped();
     void typedNameIsTakenAsAMenuOpens();
@@ -640,6 +641,23 @@ void TrackHeaderPanelTest::nameIsTakenOnEnter()
     QCOMPARE(edited_->size(), 1);
 }
 
+void TrackHeaderPanelTest::nameIsTakenTimeAndAgain()
+{
+    panel_->showTrack(0);
+    showPanel();
+    for (const char* name : {"Zamba", "Gato", "Violines", "Zamba"}) {
+        type(controls_->name, name);
+        QTest::keyClick(controls_->name, Qt::Key_Return);
+        QCOMPARE(song_->tracks[0].name, name);
+    }
+    type(controls_->name, "Cueca");
+    panel_->showTrack(1);
+    type(controls_->name, "Malambo");
+    QTest::keyClick(controls_->name, Qt::Key_Return);
+    QCOMPARE(song_->tracks[0].name, "Zamba");
+    QCOMPARE(song_->tracks[1].name, "Malambo");
+}
+
 void TrackHeaderPanelTest::nameIsTakenAsItIsTyped_data()
 {
     QTest::addColumn<QString>("name");
@@ -936,6 +954,8 @@ void TrackHeaderPanelTest::longTextsDoNotWidenIt()
     instrument.id = "largo";
     instrument.name = QString(500, 'm');
     content_->instruments().registerInstrument(instrument);
+    makePanel();
+    panel_->setProject(song_.get());
     panel_->showTrack(0);
     for (const bool dark : {false, true}) {
         qApp->setStyleSheet(styleSheet(dark));

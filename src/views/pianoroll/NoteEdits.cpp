@@ -2,7 +2,6 @@
 
 #include "model/Track.h"
 #include "music/Beats.h"
-#include "views/pianoroll/PianoRollLayout.h"
 
 #include <Qt>
 
@@ -110,8 +109,7 @@ void NoteEdits::move(MelodyBlock& block, const QList<DraggedNote>& notes, double
             continue;
         NoteEvent& note = block.notes[taken.index];
         const qint64 pitch = qint64{taken.pitch} + pitches;
-        note.pitch = static_cast<int>(std::clamp<qint64>(pitch, PianoRollLayout::kLowestPitch,
-                                                         PianoRollLayout::kHighestPitch));
+        note.pitch = static_cast<int>(std::clamp<qint64>(pitch, kLowestPitch, kHighestPitch));
         note.startBeat = std::max(0.0, taken.startBeat + beats);
     }
 }

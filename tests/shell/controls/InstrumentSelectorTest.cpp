@@ -335,9 +335,11 @@ void InstrumentSelectorTest::longNamesDoNotWidenIt()
     const QSize hint = box_->sizeHint();
     const QSize least = box_->minimumSizeHint();
     content_->instruments().registerInstrument(recorded("x", QString(400, 'm'), ""));
+    makeBox();
     box_->setCurrentInstrument("x");
     QCOMPARE(box_->sizeHint(), hint);
     QCOMPARE(box_->minimumSizeHint(), least);
+    QVERIFY(least.width() <= 160);
 }
 
 QTEST_MAIN(InstrumentSelectorTest)

@@ -91,6 +91,8 @@ private slots:
     void duplicating();
     void duplicatingNothingDoesNothing();
     void duplicateOfAWholeNumberOfStepsFollowsAtOnce();
+    void duplicateNeverGoesBack_data();
+    void duplicateNeverGoesBack();
 
     void recording_data();
     void recording();
@@ -515,6 +517,27 @@ void NoteEditsTest::duplicateOfAWholeNumberOfStepsFollowsAtOnce()
         QCOMPARE(block.notes.size(), 2);
         QVERIFY(std::abs(block.notes[1].startBeat - start - steps * 0.25) < 1e-9);
     }
+}
+
+void NoteEditsTest::duplicateNeverGoesBack_data()
+{
+    QTest::addColumn<double>("start");
+    QTest::addColumn<double>("length");
+    QTest::newRow("no length") << 3.0 << 0.0;
+    QTest::newRow("less than none") << 3.0 << -2.0;
+    QTest::newRow("no end") << 3.0 << Limits::quiet_NaN();
+    QTest::newRow("start beyond all bounds") << Limits::infinity() << 1.0;
+}
+
+void NoteEditsTest::duplicateNeverGoesBack()
+{
+    QFETCH(double, start);
+    QFETCH(double, length);
+    MelodyBlock block = melody({note(60, start, length)});
+    NoteEdits::duplicate(block, {0}, 0.5);
+    QCOMPARE(block.notes.size(), 2);
+    QCOMPARE(block.notes[0].startBeat, start);
+    QCOMPARE(block.notes[1].startBeat, start);
 }
 
 // ---- Live notes -----------------------------------------------------------------------------
