@@ -33,6 +33,9 @@ public:
     /// any rhythm may be chosen but none placed.
     void setProject(Project* project);
 
+    /// The cards scroll where height is short, however wide the help stands.
+    bool hasHeightForWidth() const override { return false; }
+
 signals:
     /// A variant was clicked. The block starts at -1, for the bar of the playhead, and lasts as
     /// long as the variant, in beats. `displayName` suits the track of a new layer.

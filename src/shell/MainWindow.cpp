@@ -54,6 +54,8 @@ MainWindow::MainWindow(QWidget* parent, Prompts& prompts) : QMainWindow(parent),
 
 MainWindow::~MainWindow()
 {
+    // A field that loses the focus as it goes has nobody left to tell.
+    disconnect(headerPanel_, nullptr, this, nullptr);
     // An install ends while there still is all that it installs into.
     delete downloads_;
     // Sound devices run the event loop as they go, while there still is a window for its events.

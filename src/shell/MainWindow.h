@@ -169,6 +169,9 @@ private:
     void setKey(int rootPitchClass, int mode);
     void setHarmonyMuted(bool muted);
 
+    /// Takes over what is still being typed: neither keys nor the ribbon take the focus away.
+    void finishTyping();
+
     /// Gives a work that is in no folder a name and an id. False when the user gave up.
     bool nameForFirstSave();
 

@@ -10,6 +10,7 @@
 #include "views/arranger/TrackArranger.h"
 
 #include <QGuiApplication>
+#include <QLineEdit>
 #include <QStatusBar>
 
 using namespace Qt::Literals::StringLiterals;
@@ -108,8 +109,15 @@ void MainWindow::openProjectDialog()
         openProject(*id);
 }
 
+void MainWindow::finishTyping()
+{
+    if (auto* field = qobject_cast<QLineEdit*>(focusWidget()))
+        field->clearFocus();
+}
+
 bool MainWindow::saveCurrentProject()
 {
+    finishTyping();
     if (!project_ || (currentProjectId_.isEmpty() && !nameForFirstSave()))
         return false;
     if (!storage_->saveProject(currentProjectId_, *project_)) {

@@ -11,7 +11,6 @@ class InstrumentSelector;
 class Project;
 class QCheckBox;
 class QFormLayout;
-class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSlider;

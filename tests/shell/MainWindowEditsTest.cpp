@@ -31,6 +31,16 @@ Track named(const QString& name, bool accompaniment = false)
 
 constexpr auto kLimit = "inform | Veltas | Se alcanzó el máximo de 13 veltas de notas.";
 
+/// A work without the blocks that the piano roll gives to the tracks that it shows, without a step
+/// of undo.
+QJsonObject written(const Project& song)
+{
+    const std::unique_ptr<Project> copy(Project::fromJson(song.toJson(), nullptr));
+    for (Track& track : copy->tracks)
+        track.melodyBlocks.removeIf([](const MelodyBlock& block) { return block.notes.isEmpty(); });
+    return copy->toJson();
+}
+
 } // namespace
 
 /// What the window does to the open work, and how that is undone.
@@ -289,6 +299,8 @@ void MainWindowEditsTest::anAddedTrackHasAPianoAndANumber()
     Track expected;
     expected.name = "Velta 2";
     expected.instrumentId = "gm_piano";
+    // The piano roll gives the track that it shows a block to write in.
+    expected.melodyBlocks = {{.startBeat = 0.0, .durationBeats = 32.0, .notes = {}}};
     QCOMPARE(stage_->song().tracks.size(), 2);
     QCOMPARE(stage_->song().tracks.at(1), expected);
     stage_->window().undo();
@@ -529,7 +541,7 @@ void MainWindowEditsTest::theKeysUndoAndRedo()
 void MainWindowEditsTest::randomEditsAllComeBack()
 {
     QRandomGenerator random(84);
-    QList<QJsonObject> states{stage_->song().toJson()};
+    QList<QJsonObject> states{written(stage_->song())};
     for (int edit = 0; edit < 60; ++edit) {
         switch (random.bounded(5)) {
         case 0:
@@ -547,18 +559,18 @@ void MainWindowEditsTest::randomEditsAllComeBack()
         default:
             stage_->clickRibbon("Acordes");
         }
-        if (stage_->song().toJson() != states.last())
-            states.append(stage_->song().toJson());
+        if (written(stage_->song()) != states.last())
+            states.append(written(stage_->song()));
     }
     QVERIFY(states.size() > 30);
     for (qsizetype i = states.size() - 2; i >= 0; --i) {
         stage_->window().undo();
-        QCOMPARE(stage_->song().toJson(), states.at(i));
+        QCOMPARE(written(stage_->song()), states.at(i));
     }
     QVERIFY(!stage_->canUndo());
     for (qsizetype i = 1; i < states.size(); ++i) {
         stage_->window().redo();
-        QCOMPARE(stage_->song().toJson(), states.at(i));
+        QCOMPARE(written(stage_->song()), states.at(i));
     }
     QVERIFY(!stage_->canRedo());
 }

@@ -63,6 +63,8 @@ void MainWindowTest::opensOnABlankWork()
     Track expected;
     expected.name = "Melodía";
     expected.instrumentId = "gm_piano";
+    // The piano roll gives the track that it shows a block to write in.
+    expected.melodyBlocks = {{.startBeat = 0.0, .durationBeats = 32.0, .notes = {}}};
     QCOMPARE(project->tracks[0], expected);
 }
 
