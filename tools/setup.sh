@@ -6,7 +6,6 @@ build_packages=(
     g++ cmake ninja-build pkg-config
     qt6-base-dev qt6-multimedia-dev qt6-translations-l10n libgl-dev
     libfluidsynth-dev libsndfile1-dev libmp3lame-dev libasound2-dev
-    libbenchmark-dev
     fluid-soundfont-gm
 )
 
@@ -23,7 +22,7 @@ author_packages=(
 # What the tests need on top of what every build needs.
 test_packages=(
     "${author_packages[@]}"
-    clang-format
+    clang-format libbenchmark-dev
     g++-mingw-w64-x86-64-win32
     locales
     pulseaudio pulseaudio-utils libasound2-plugins
