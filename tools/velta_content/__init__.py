@@ -1,0 +1,1 @@
+"""The authors' notation for rhythms, and the tools around it."""

@@ -1,0 +1,139 @@
+"""Notes, drums, voicings and instruments that every author may name."""
+
+from __future__ import annotations
+
+import re
+from dataclasses import dataclass
+
+from .words import plain
+
+_STEPS = {"C": 0, "D": 2, "E": 4, "F": 5, "G": 7, "A": 9, "B": 11}
+_NOTE = re.compile(r"([A-G])([#b]?)(-?\d)")
+_NAMES = ("C", "C#", "D", "D#", "E", "F", "F#", "G", "G#", "A", "A#", "B")
+
+# Keys of the General MIDI drum kit by their names, without accents.
+_DRUMS = {
+    "bombo_acustico": 35, "bombo": 36, "aro": 37, "redoblante": 38, "palmas": 39,
+    "redoblante_2": 40, "parche": 41, "hihat": 42, "tom_piso": 43, "hihat_pie": 44,
+    "tom_grave": 45, "hihat_abierto": 46, "tom_medio_grave": 47, "tom_medio": 48, "crash": 49,
+    "tom_agudo": 50, "ride": 51, "china": 52, "campana_ride": 53, "pandereta": 54, "splash": 55,
+    "cencerro": 56, "crash_2": 57, "vibraslap": 58, "ride_2": 59, "bongo_agudo": 60,
+    "bongo_grave": 61, "conga_tapada": 62, "conga_abierta": 63, "conga_grave": 64,
+    "timbal_agudo": 65, "timbal_grave": 66, "agogo_agudo": 67, "agogo_grave": 68, "cabasa": 69,
+    "maracas": 70, "silbato_corto": 71, "silbato_largo": 72, "guiro_corto": 73,
+    "guiro_largo": 74, "claves": 75, "caja_china_aguda": 76, "caja_china_grave": 77,
+    "cuica_tapada": 78, "cuica_abierta": 79, "triangulo_tapado": 80, "triangulo_abierto": 81,
+    "p": 41, "a": 37,
+}
+
+LOWEST_DRUM, HIGHEST_DRUM = 35, 81
+
+# Voicings of the chord C E G.
+VOICINGS = {
+    "G-low": ("C3", "G3", "C4"),
+    "G-high": ("G3", "C4", "E4"),
+    "G-full": ("C3", "G3", "C4", "E4", "G4"),
+    "CH": ("C5", "E5", "G5"),
+    "PN": ("E4", "G4", "C5"),
+    "AC": ("E4", "G4", "C5"),
+}
+
+CATEGORIES = ("Piano", "Strings", "Percussion", "Bass", "Winds", "Synth", "Folklorico")
+
+
+@dataclass(frozen=True)
+class Instrument:
+    """An instrument that layers may name; `recorded` ones have a bank of their own."""
+
+    id: str
+    name: str
+    category: str
+    program: int
+    recorded: bool = False
+
+    @property
+    def bank(self) -> str:
+        """Path of the recorded bank below the sound fonts, or nothing."""
+        return f"instruments/{self.id}.sf2" if self.recorded else ""
+
+
+BUILT_IN = {
+    instrument.id: instrument
+    for instrument in (
+        Instrument("gm_piano", "Piano", "Piano", 0),
+        Instrument("gm_epiano", "Piano eléctrico", "Piano", 4),
+        Instrument("gm_guitarra_nylon", "Guitarra criolla (GM)", "Strings", 24),
+        Instrument("gm_guitarra_electrica", "Guitarra eléctrica", "Strings", 27),
+        Instrument("gm_cuerdas", "Cuerdas", "Strings", 48),
+        Instrument("gm_violin", "Violín", "Strings", 40),
+        Instrument("gm_bajo", "Bajo", "Bass", 33),
+        Instrument("gm_bajo_acustico", "Bajo acústico", "Bass", 32),
+        Instrument("gm_flauta", "Flauta", "Winds", 73),
+        Instrument("gm_flauta_pan", "Flauta de pan", "Winds", 75),
+        Instrument("gm_trompeta", "Trompeta", "Winds", 56),
+        Instrument("gm_saxo", "Saxo", "Winds", 65),
+        Instrument("gm_sintetizador", "Sintetizador", "Synth", 81),
+        Instrument("gm_pad", "Pad suave", "Synth", 89),
+        Instrument("gm_marimba", "Marimba", "Piano", 12),
+        Instrument("gm_bateria", "Batería", "Percussion", 0),
+    )
+}
+
+# Programs that stand in for the recorded instruments while their bank is missing.
+STAND_INS = {
+    "bombo_leguero": 117, "charango": 24, "guitarra_criolla": 24, "acordeon": 21,
+    "bandoneon": 23, "quena": 75,
+}
+
+# Lowest and highest note of the recorded instruments, then of General MIDI programs.
+_COMPASS_BY_ID = {
+    "charango": (64, 91), "guitarra_criolla": (40, 83), "acordeon": (53, 93),
+    "bandoneon": (36, 95), "quena": (67, 103),
+}
+_COMPASS = {
+    0: (21, 108), 4: (21, 108), 7: (29, 89), 11: (53, 89), 12: (45, 96), 15: (64, 91),
+    16: (36, 96), 18: (36, 96), 21: (53, 93), 22: (60, 96), 23: (36, 95), 24: (40, 88),
+    25: (40, 86), 27: (40, 86), 28: (40, 86), 29: (40, 86), 30: (40, 86), 32: (28, 67),
+    33: (28, 67), 34: (28, 67), 36: (28, 67), 38: (28, 67), 40: (55, 100), 45: (55, 100),
+    46: (36, 91), 48: (36, 96), 52: (36, 96), 56: (54, 82), 57: (40, 70), 58: (28, 65),
+    59: (54, 82), 60: (41, 77), 61: (40, 84), 65: (49, 80), 68: (58, 91), 71: (50, 94),
+    72: (74, 108), 73: (60, 96), 75: (62, 95), 80: (36, 96), 81: (36, 96), 89: (36, 96),
+}
+
+
+def compass(instrument: Instrument) -> tuple[int, int] | None:
+    """Lowest and highest note of the instrument, or None where it is not known."""
+    return _COMPASS_BY_ID.get(instrument.id, _COMPASS.get(instrument.program))
+
+
+def pitch_of(name: str) -> int | None:
+    """The MIDI pitch of `C4` (60), `F#3`, `Bb2`; None for anything else."""
+    match = _NOTE.fullmatch(name)
+    if not match:
+        return None
+    step, accidental, octave = match.groups()
+    pitch = 12 * (int(octave) + 1) + _STEPS[step] + {"#": 1, "b": -1, "": 0}[accidental]
+    return pitch if 0 <= pitch <= 127 else None
+
+
+def note_name(pitch: int) -> str:
+    """The name of a MIDI pitch, C4 being 60."""
+    return f"{_NAMES[pitch % 12]}{pitch // 12 - 1}"
+
+
+def drum_of(name: str) -> int | None:
+    """The drum key of a number or of a name of the table; None for anything else."""
+    if re.fullmatch(r"\d{1,3}", name):
+        key = int(name)
+        return key if LOWEST_DRUM <= key <= HIGHEST_DRUM else None
+    return _DRUMS.get(plain(name))
+
+
+def drum_name(key: int) -> str:
+    """The first name of a drum key."""
+    return next((name for name, number in _DRUMS.items() if number == key), str(key))
+
+
+def is_diatonic(pitch: int) -> bool:
+    """Whether the pitch belongs to C Major."""
+    return pitch % 12 in _STEPS.values()

@@ -1,0 +1,270 @@
+"""Reads a source into its header, layers and variants; the music itself stays text."""
+
+from __future__ import annotations
+
+import re
+from pathlib import Path
+
+from . import music
+from .model import MAX_BARS, SECTIONS, GrooveOffset, Layer, Line, Playing, Rhythm, Variant
+from .problems import Problems, SourceError
+from .words import number, plain, whole
+
+MAX_FILE_BYTES = 1 << 20
+
+# What comes along when patterns are pasted from text: a minus of its own, code marks, tabs.
+_PASTED = str.maketrans({"\u2212": "-", "`": " ", "\t": " ", "\r": " ", "\ufeff": None})
+
+_ID = re.compile(r"[a-z][a-z0-9_]{0,60}")
+_KEY = re.compile(r"([^\W\d_]+)(?:\s+([^:|\"]+?))?\s*:\s*(.*)")
+_VARIANT = re.compile(r"(\w+)\s+([\w-]+)\s*,\s*(\d{1,4})\s+(\w+)\s*:")
+_LEVELS = {True: {"X": 104, "x": 86, "o": 66, "g": 40}, False: {"X": 86, "x": 74, "o": 60, "g": 44}}
+
+
+def read(path: Path, shown_as: Path | None = None) -> Rhythm:
+    """The rhythm of a source file; whatever is wrong stands in its `problems`."""
+    problems = Problems(shown_as or path)
+    try:
+        data = path.read_bytes()
+        if len(data) > MAX_FILE_BYTES:
+            raise SourceError("el archivo pasa de un megabyte")
+        text = data.decode("utf-8")
+    except (OSError, UnicodeDecodeError):
+        problems.error(1, "no se puede leer como texto UTF-8")
+        return Rhythm(problems)
+    except SourceError as error:
+        problems.error(1, str(error))
+        return Rhythm(problems)
+    return read_text(text, problems)
+
+
+def read_text(text: str, problems: Problems) -> Rhythm:
+    """The rhythm written in `text`."""
+    reader = _Reader(Rhythm(problems))
+    for index, raw in enumerate(text.split("\n"), start=1):
+        line = Line(index, _without_comment(raw.translate(_PASTED)).strip())
+        if not line.text:
+            continue
+        try:
+            reader.take(line)
+        except SourceError as error:
+            problems.error(line.number, str(error))
+    return reader.rhythm
+
+
+def _without_comment(text: str) -> str:
+    """A `#` opens a comment where a word could begin; in `F#3` it is a sharp."""
+    match = re.search(r"(^|\s)#", text)
+    return text[: match.start()] if match else text
+
+
+def _quoted(text: str) -> tuple[str, str]:
+    """The text within the leading quotes, and what follows them."""
+    match = re.match(r'"([^"]*)"\s*(.*)', text)
+    if not match or not match.group(1).strip():
+        raise SourceError("falta el nombre entre comillas")
+    return match.group(1).strip(), match.group(2).strip()
+
+
+def _identifier(text: str) -> str:
+    if not _ID.fullmatch(text):
+        raise SourceError(f"«{text}» no sirve de identificador: minúsculas sin acento, cifras y _")
+    return text
+
+
+class _Reader:
+    """Goes through the lines; remembers the layer and the variant it is in."""
+
+    def __init__(self, rhythm: Rhythm) -> None:
+        self.rhythm = rhythm
+        self.layer: Layer | None = None
+        self.variant: Variant | None = None
+
+    def take(self, line: Line) -> None:
+        """Reads one line that is neither empty nor a comment."""
+        if self._opens_variant(line):
+            return
+        match = _KEY.fullmatch(line.text)
+        key = plain(match.group(1)) if match else ""
+        handler = getattr(self, f"_read_{key}", None) if match else None
+        if handler and not (self.variant and key not in ("capa", "fuente", "instrumento")):
+            handler(line, (match.group(2) or "").strip(), match.group(3).strip())
+        elif self.variant:
+            self.variant.body.append(line)
+        elif self.layer:
+            raise SourceError("acá va un dato de la capa o el comienzo de una variante")
+        else:
+            raise SourceError("no entiendo esta línea del encabezado")
+
+    def _opens_variant(self, line: Line) -> bool:
+        match = _VARIANT.fullmatch(line.text)
+        section = self._section(match.group(1)) if match else ""
+        if not match or not section:
+            return False
+        if plain(match.group(4)) not in ("compas", "compases"):
+            raise SourceError("después del número van «compases»: Normal 1, 2 compases:")
+        if not self.layer:
+            raise SourceError("una variante va dentro de una capa")
+        self.variant = Variant(section, 0, 1, line.number)
+        if section == "figura":
+            self.variant.section = _identifier(plain(match.group(2)))
+        else:
+            self.variant.index = whole(match.group(2), "el número de la variante", 1, 99)
+        self.variant.bars = whole(match.group(3), "los compases", 1, MAX_BARS)
+        if self.variant.name in self.layer.variants:
+            raise SourceError(f"«{self.variant.name}» ya está escrita en esta capa")
+        self.layer.variants[self.variant.name] = self.variant
+        return True
+
+    @staticmethod
+    def _section(word: str) -> str:
+        names = {plain(section): section for section in SECTIONS} | {"figura": "figura"}
+        return names.get(plain(word), "")
+
+    def _once(self, key: str, line: Line) -> None:
+        if key in self.rhythm.lines:
+            raise SourceError(f"«{key}» ya está en la línea {self.rhythm.lines[key]}")
+        self.rhythm.lines[key] = line.number
+
+    def _read_ritmo(self, line: Line, _: str, value: str) -> None:
+        self._once("ritmo", line)
+        self.rhythm.id = _identifier(value)
+
+    def _read_nombre(self, line: Line, _: str, value: str) -> None:
+        self._once("nombre", line)
+        self.rhythm.name = value
+
+    def _read_estilo(self, line: Line, _: str, value: str) -> None:
+        self._once("estilo", line)
+        identifier, _, name = value.partition(" ")
+        self.rhythm.style_id = _identifier(identifier)
+        self.rhythm.style_name, rest = _quoted(name.strip())
+        if rest:
+            raise SourceError(f"sobra «{rest}»")
+
+    def _read_compas(self, line: Line, _: str, value: str) -> None:
+        self._once("compás", line)
+        match = re.fullmatch(r"(\d{1,2})\s*/\s*(2|4|8|16)", value)
+        if not match or not 1 <= int(match.group(1)) <= 16:
+            raise SourceError("el compás se escribe como 4/4, 3/4, 2/4 o 6/8")
+        self.rhythm.numerator, self.rhythm.denominator = map(int, match.groups())
+
+    def _read_tempo(self, line: Line, _: str, value: str) -> None:
+        self._once("tempo", line)
+        words = value.split()
+        if len(words) != 3:
+            raise SourceError("el tempo son tres números: el más lento, el habitual y el más rápido")
+        lowest, usual, highest = (whole(word, "el tempo", 20, 400) for word in words)
+        if not lowest < usual < highest:
+            raise SourceError("los tres tempos van en orden creciente")
+        self.rhythm.tempo = (lowest, usual, highest)
+
+    def _read_fuente(self, line: Line, _: str, value: str) -> None:
+        if not value:
+            raise SourceError("la fuente dice de dónde viene el patrón")
+        if self.layer:
+            self.layer.source = f"{self.layer.source} {value}".strip()
+        else:
+            self.rhythm.source = f"{self.rhythm.source} {value}".strip()
+
+    def _read_instrumento(self, line: Line, identifier: str, value: str) -> None:
+        if self.layer:
+            raise SourceError("los instrumentos van antes de la primera capa")
+        name, rest = _quoted(value)
+        words = rest.split()
+        recorded = bool(words) and plain(words[-1]) == "grabado"
+        words = words[:-1] if recorded else words
+        if len(words) != 2 or words[0] not in music.CATEGORIES:
+            known = ", ".join(music.CATEGORIES)
+            raise SourceError(f'se escribe: instrumento id: "Nombre" Categoría programa; categorías: {known}')
+        program = whole(words[1], "el programa General MIDI", 0, 127)
+        identifier = _identifier(identifier)
+        if identifier in self.rhythm.instruments:
+            raise SourceError(f"el instrumento «{identifier}» ya está definido")
+        self.rhythm.instruments[identifier] = music.Instrument(
+            identifier, name, words[0], program, recorded)
+        self.rhythm.lines[f"instrumento {identifier}"] = line.number
+
+    def _read_acorde(self, line: Line, name: str, value: str) -> None:
+        if not re.fullmatch(r"[^\W\d_][\w-]*", name) or name in ("D", "U", "X"):
+            raise SourceError(f"«{name}» no sirve de nombre de acorde")
+        if not (value.startswith("[") and value.endswith("]")):
+            raise SourceError("las notas del acorde van entre corchetes: [C3 G3 C4]")
+        pitches = [music.pitch_of(word) for word in value[1:-1].split()]
+        if not pitches or None in pitches or len(pitches) > 8:
+            raise SourceError("las notas del acorde se escriben como C4, G3, F#3 (ocho a lo sumo)")
+        self.rhythm.chords[name] = tuple(sorted(set(pitches)))
+
+    def _read_groove(self, line: Line, position: str, value: str) -> None:
+        words = value.split()
+        if self.layer or len(words) != 2:
+            raise SourceError("el groove va en el encabezado: groove posición: desvío acento")
+        beat = number(position, "la posición")
+        offset = GrooveOffset(beat, number(words[0], "el desvío"),
+                              whole(words[1], "el acento", -30, 30), line.number)
+        if any(other.position == beat for other in self.rhythm.groove):
+            raise SourceError(f"el groove ya tiene la posición {position}")
+        self.rhythm.groove.append(offset)
+
+    def _read_capa(self, line: Line, identifier: str, value: str) -> None:
+        self.variant = None
+        label, rest = _quoted(value)
+        words = rest.split()
+        flags = {plain(word) for word in words[1:]}
+        if not words or flags - {"percusion", "cromatica"}:
+            raise SourceError('se escribe: capa id: "Etiqueta" instrumento, y si toca: percusión o cromática')
+        percussion = "percusion" in flags
+        levels = _LEVELS[percussion] | self.rhythm.levels
+        self.layer = Layer(
+            f"{self.rhythm.id}_{_identifier(identifier)}", label, words[0], percussion,
+            "cromatica" in flags, line.number, Playing(levels, length=0.25 if percussion else None))
+        if identifier in self.rhythm.layers:
+            raise SourceError(f"la capa «{identifier}» ya está escrita")
+        self.rhythm.layers[identifier] = self.layer
+
+    def _read_niveles(self, line: Line, _: str, value: str) -> None:
+        levels = self.layer.playing.levels if self.layer else self.rhythm.levels
+        for letter, velocity in self._pairs(value):
+            if not re.fullmatch(r"[A-Za-z]", letter):
+                raise SourceError(f"un nivel es una sola letra, no «{letter}»")
+            levels[letter] = whole(velocity, f"el nivel {letter}", 1, 127)
+
+    def _read_sonidos(self, line: Line, _: str, value: str) -> None:
+        for name, key in self._pairs(value):
+            drum = music.drum_of(key)
+            if drum is None:
+                raise SourceError(f"no conozco el sonido «{key}»")
+            self._playing().sounds[name] = drum
+
+    def _read_duracion(self, line: Line, _: str, value: str) -> None:
+        length = number(value, "la duración")
+        if not 0.02 <= length <= 16:
+            raise SourceError("la duración va de 0.02 a 16 tiempos")
+        self._playing().length = length
+
+    def _read_rasgueo(self, line: Line, _: str, value: str) -> None:
+        words = value.split()
+        if len(words) != 3:
+            raise SourceError("el rasgueo son tres números, milisegundos entre cuerdas: abajo, arriba, chasquido")
+        times = [number(word, "el rasgueo") for word in words]
+        if not all(0 <= time <= 60 for time in times):
+            raise SourceError("entre cuerda y cuerda pasan de 0 a 60 milisegundos")
+        self._playing().strum_ms = (times[0], times[1], times[2])
+
+    def _read_articulacion(self, line: Line, _: str, value: str) -> None:
+        self._playing().gate = whole(value.rstrip("%"), "la articulación", 5, 100) / 100.0
+
+    def _read_voces(self, line: Line, _: str, value: str) -> None:
+        self._playing().voice_step = whole(value, "las voces", -12, 12)
+
+    def _playing(self) -> Playing:
+        if not self.layer:
+            raise SourceError("esto va dentro de una capa")
+        return self.layer.playing
+
+    @staticmethod
+    def _pairs(value: str) -> list[tuple[str, str]]:
+        words = [word.partition("=") for word in value.split()]
+        if not words or any(not (name and equals and right) for name, equals, right in words):
+            raise SourceError("se escribe nombre=valor, con espacios entre uno y otro")
+        return [(name, right) for name, _, right in words]

@@ -1,0 +1,66 @@
+"""From one written event to its notes: single notes, chords and strums."""
+
+from __future__ import annotations
+
+from dataclasses import dataclass
+
+from .model import Note, Playing
+from .problems import SourceError
+
+# How much softer each string of a strum sounds than the first one touched.
+_STRING_VELOCITY = (0, -3, -2, -4, -3, -4, -4, -4)
+_UP_STROKE_STRINGS = 3
+STROKES = {"D": 0, "U": 1, "X": 2}
+
+
+@dataclass
+class Event:
+    """An event of a line. Lengths and offsets in beats; None where the line does not say."""
+
+    position: float
+    length: float | None = None
+    velocity: int | None = None
+    offset: float = 0.0
+    spread: float | None = None
+    stroke: str = ""
+    pitches: tuple[int, ...] = ()
+
+
+def notes_of(event: Event, playing: Playing, usual_tempo: int) -> list[Note]:
+    """The notes of an event whose length and velocity are known."""
+    if event.length is None or event.velocity is None:
+        raise SourceError("falta la duración: posición/duración, o «duración:» en la capa")
+    if not event.pitches:
+        raise SourceError("falta la nota, el acorde o el sonido")
+    if event.stroke or event.spread is not None:
+        return _strum(event, playing, usual_tempo)
+    return _chord(event, playing)
+
+
+def _chord(event: Event, playing: Playing) -> list[Note]:
+    top = len(event.pitches) - 1
+    return [
+        Note(event.position + event.offset, event.length, pitch,
+             _velocity(event.velocity + playing.voice_step * (top - i)), event.position)
+        for i, pitch in enumerate(event.pitches)
+    ]
+
+
+def _strum(event: Event, playing: Playing, usual_tempo: int) -> list[Note]:
+    strings = list(event.pitches)
+    if event.stroke == "U":
+        strings = strings[::-1][:_UP_STROKE_STRINGS]
+    gap = playing.strum_ms[STROKES.get(event.stroke, 0)] * max(usual_tempo, 1) / 60000.0
+    if event.spread is not None:
+        gap = event.spread / max(len(strings) - 1, 1)
+    if gap * (len(strings) - 1) > event.length * 0.8:
+        gap = event.length * 0.8 / (len(strings) - 1)
+    return [
+        Note(event.position + event.offset + i * gap, event.length - i * gap, pitch,
+             _velocity(event.velocity + _STRING_VELOCITY[i]), event.position)
+        for i, pitch in enumerate(strings)
+    ]
+
+
+def _velocity(value: int) -> int:
+    return max(1, min(127, value))
