@@ -18,6 +18,10 @@ _EPSILON = 1e-6
 # A pitch struck again later than this ends the former note; sooner, it is a mistake.
 NEXT_STRIKE = 0.06
 
+# Beats of silence before a pitch is struck again, and the most of the distance that they take.
+# Groove and jitter move notes: an end that comes after the new stroke would cut that stroke off.
+DAMPING, DAMPING_SHARE = 0.08, 0.2
+
 
 def build(rhythm: Rhythm) -> None:
     """Fills in the notes of all variants; what is wrong goes to the rhythm's problems."""
@@ -26,24 +30,35 @@ def build(rhythm: Rhythm) -> None:
     builder = _Builder(rhythm)
     for layer in rhythm.layers.values():
         for variant in layer.variants.values():
-            variant.notes = finished(builder.notes(layer, variant))
+            variant.notes = finished(builder.notes(layer, variant), variant.bars * rhythm.bar)
 
 
-def finished(notes: list[Note]) -> list[Note]:
-    """Sorted and rounded to a thousandth of a beat; a note that is struck again ends there."""
-    rounded = []
-    for note in notes:
-        start, end = round(note.start, 3), round(note.start + note.length, 3)
-        rounded.append(replace(note, start=start, length=round(end - start, 3)))
+def finished(notes: list[Note], beats: float) -> list[Note]:
+    """Sorted, rounded to a thousandth of a beat, and damped before each pitch is struck again.
+
+    The loop is `beats` long and comes round: its last notes make room for its first ones too.
+    """
+    rounded = [_rounded(note) for note in notes]
     rounded.sort(key=lambda note: (note.start, note.pitch, note.velocity))
-    following: dict[int, float] = {}
+    following = {note.pitch: note.start + beats for note in reversed(rounded)}
     for i in reversed(range(len(rounded))):
         note = rounded[i]
-        limit = following.get(note.pitch)
-        if limit is not None and note.start + NEXT_STRIKE < limit < note.start + note.length:
-            rounded[i] = replace(note, length=round(limit - note.start, 3))
+        rounded[i] = _damped(note, following[note.pitch])
         following[note.pitch] = note.start
     return rounded
+
+
+def _rounded(note: Note) -> Note:
+    start, end = round(note.start, 3), round(note.start + note.length, 3)
+    return replace(note, start=start, length=round(end - start, 3))
+
+
+def _damped(note: Note, next_start: float) -> Note:
+    distance = next_start - note.start
+    room = distance - min(DAMPING, distance * DAMPING_SHARE)
+    if distance <= NEXT_STRIKE or note.length <= room:
+        return note
+    return replace(note, length=round(room, 3))
 
 
 class _Builder:
@@ -84,8 +99,9 @@ class _Builder:
             "crece": lambda: self._swell(notes, chosen, arguments),
             "quitar": lambda: self._without(notes, chosen, arguments, layer),
         }
-        if text.startswith("="):
-            return notes + self._quoted(layer, chosen, text[1:].strip())
+        if match := re.match(r"(!?)\s*=\s*", text):
+            kept = [note for note in notes if not match.group(1) or self._bar(note) not in chosen]
+            return kept + self._quoted(layer, chosen, text[match.end():])
         if plain(command) in changes:
             return changes[plain(command)]()
         figure = FigureReader(self.rhythm, layer, variant.bars).read(line.text)
