@@ -7,7 +7,7 @@ from collections.abc import Callable
 from dataclasses import replace
 
 from .figures import FigureReader, bars_of, voice_of
-from .model import MAX_DEPTH, MAX_NOTES, SECTIONS, Layer, Line, Note, Rhythm, Variant
+from .model import MAX_DEPTH, MAX_NOTES, MAX_NOTES_OF_A_RHYTHM, SECTIONS, Layer, Line, Note, Rhythm, Variant
 from .problems import SourceError
 from .words import number, plain, whole
 
@@ -66,14 +66,22 @@ class _Builder:
         self.rhythm = rhythm
         self.done: dict[int, list[Note]] = {}
         self.open: list[Variant] = []
+        self.total = 0
 
     def notes(self, layer: Layer, variant: Variant) -> list[Note]:
         """The notes of a variant, from memory the second time."""
         if id(variant) not in self.done:
             self.open.append(variant)
-            self.done[id(variant)] = self._build(layer, variant)
+            self.done[id(variant)] = self._bounded(self._build(layer, variant), variant)
             self.open.pop()
         return self.done[id(variant)]
+
+    def _bounded(self, notes: list[Note], variant: Variant) -> list[Note]:
+        self.total += len(notes)
+        if self.total <= MAX_NOTES_OF_A_RHYTHM:
+            return notes
+        self.rhythm.problems.error(variant.line, f"el ritmo pasa de {MAX_NOTES_OF_A_RHYTHM} notas")
+        return []
 
     def _build(self, layer: Layer, variant: Variant) -> list[Note]:
         notes: list[Note] = []
@@ -125,11 +133,13 @@ class _Builder:
         taken = list(range(source.bars))
         if words and (named := bars_of(words[0], source.bars)) is not None:
             taken, words = named, words[1:]
-        result = []
+        by_bar: dict[int, list[Note]] = {}
+        for note in notes:
+            by_bar.setdefault(self._bar(note), []).append(note)
+        result: list[Note] = []
         for i, bar in enumerate(bars):
-            shift = (bar - taken[i % len(taken)]) * self.rhythm.bar
-            result.extend(note.moved(shift) for note in notes
-                          if self._bar(note) == taken[i % len(taken)])
+            origin = taken[i % len(taken)]
+            result += [note.moved((bar - origin) * self.rhythm.bar) for note in by_bar.get(origin, [])]
         return self._modified(result, words, layer)
 
     def _find(self, layer: Layer, of_layer: str | None, name: str, index: str | None) -> tuple[Layer, Variant]:

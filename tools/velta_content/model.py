@@ -13,6 +13,7 @@ SECTIONS = ("Intro", "Normal", "Intermedio", "Final")
 # What keeps a hostile source from asking for the moon.
 MAX_BARS = 16
 MAX_NOTES = 2000
+MAX_NOTES_OF_A_RHYTHM = 100_000
 MAX_DEPTH = 24
 
 

@@ -24,12 +24,17 @@ class Problem:
         return f"{self.file}:{self.line}: {kind}{self.message}"
 
 
+# Of a file that is no source at all, nobody reads more.
+MAX_PROBLEMS = 500
+
+
 @dataclass
 class Problems:
-    """All messages about one file."""
+    """All messages about one file, each once, up to a bound."""
 
     file: Path
     found: list[Problem] = field(default_factory=list)
+    known: set[Problem] = field(default_factory=set)
 
     def error(self, line: int, message: str) -> None:
         """Adds a fault, once for each line and text."""
@@ -45,5 +50,6 @@ class Problems:
         return any(not problem.warning for problem in self.found)
 
     def _add(self, problem: Problem) -> None:
-        if problem not in self.found:
+        if problem not in self.known and len(self.found) < MAX_PROBLEMS:
+            self.known.add(problem)
             self.found.append(problem)

@@ -10,7 +10,9 @@ from .model import MAX_BARS, SECTIONS, GrooveOffset, Layer, Line, Playing, Rhyth
 from .problems import Problems, SourceError
 from .words import number, plain, whole
 
-MAX_FILE_BYTES = 1 << 20
+MAX_FILE_BYTES = 1 << 18
+MAX_LINES = 5000
+MAX_LINE_CHARACTERS = 1000
 
 # What comes along when patterns are pasted from text: a minus of its own, code marks, tabs.
 _PASTED = str.maketrans({"\u2212": "-", "`": " ", "\t": " ", "\r": " ", "\ufeff": None})
@@ -27,7 +29,7 @@ def read(path: Path, shown_as: Path | None = None) -> Rhythm:
     try:
         data = path.read_bytes()
         if len(data) > MAX_FILE_BYTES:
-            raise SourceError("el archivo pasa de un megabyte")
+            raise SourceError(f"el archivo pasa de {MAX_FILE_BYTES // 1024} kilobytes")
         text = data.decode("utf-8")
     except (OSError, UnicodeDecodeError):
         problems.error(1, "no se puede leer como texto UTF-8")
@@ -41,7 +43,13 @@ def read(path: Path, shown_as: Path | None = None) -> Rhythm:
 def read_text(text: str, problems: Problems) -> Rhythm:
     """The rhythm written in `text`."""
     reader = _Reader(Rhythm(problems))
-    for index, raw in enumerate(text.split("\n"), start=1):
+    lines = text.split("\n")
+    if len(lines) > MAX_LINES:
+        problems.error(MAX_LINES, f"el archivo pasa de {MAX_LINES} líneas")
+    for index, raw in enumerate(lines[:MAX_LINES], start=1):
+        if len(raw) > MAX_LINE_CHARACTERS:
+            problems.error(index, f"la línea pasa de {MAX_LINE_CHARACTERS} caracteres")
+            continue
         line = Line(index, _without_comment(raw.translate(_PASTED)).strip())
         if not line.text:
             continue

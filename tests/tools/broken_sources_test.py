@@ -1,0 +1,129 @@
+"""Each way of getting a source wrong gives its own message, at its own line."""
+
+from unittest import TestCase
+
+from sounding import problems_of, rows, whole_source
+
+# What is replaced in a source without faults, by what, the text at whose line the message stands
+# (nothing: line 1), and part of the message.
+FAULTS = {
+    "a rhythm without an id": ("ritmo: prueba\n", "", "", "falta la línea «ritmo:»"),
+    "a rhythm without a name": ("nombre: Ritmo de prueba\n", "", "", "falta la línea «nombre:»"),
+    "a rhythm without a style": ('estilo: folklore "Folklore"\n', "", "", "falta la línea «estilo:»"),
+    "a rhythm without a meter": ("compás: 4/4\n", "", "", "falta la línea «compás:»"),
+    "a rhythm without a tempo": ("tempo: 80 100 120\n", "", "", "falta la línea «tempo:»"),
+    "a rhythm without a source": ("120\nfuente: las pruebas\n", "120\n", "", "falta la línea «fuente:»"),
+    "a file of another name": ("ritmo: prueba", "ritmo: otro", "ritmo: otro", "el archivo se tiene que llamar otro.ritmo"),
+    "an id with capitals": ("ritmo: prueba", "ritmo: Prueba", "ritmo: Prueba", "no sirve de identificador"),
+    "a name that is only the id": ("Ritmo de prueba", "prueba", "nombre:", "el que lee el alumno"),
+    "the same heading twice": ("tempo:", "nombre: Otro\ntempo:", "nombre: Otro", "«nombre» ya está en la línea 2"),
+    "a style without a shown name": ('folklore "Folklore"', "folklore", "estilo:", "falta el nombre entre comillas"),
+    "a meter that is none": ("4/4", "4/0", "compás:", "el compás se escribe"),
+    "a meter with a tail": ("4/4", "4/4 lento", "compás:", "el compás se escribe"),
+    "two tempos instead of three": ("80 100 120", "80 100", "tempo:", "el tempo son tres números"),
+    "tempos that do not rise": ("80 100 120", "80 130 120", "tempo:", "en orden creciente"),
+    "a tempo that nobody plays": ("80 100 120", "80 100 900", "tempo:", "no está entre 20 y 400"),
+    "a decimal comma": ("groove 1: -.02", "groove 1: -0,02", "groove 1:", "los decimales van con punto"),
+    "a groove beyond the bar": ("groove 1:", "groove 4:", "groove 4:", "queda fuera del compás"),
+    "a groove that leans too far": ("-.02 -4", "-.5 -4", "groove 1:", "pasa de 0.12"),
+    "the same place of the groove twice": ("groove 1:", "groove 0:", "-.02", "ya tiene la posición 0"),
+    "a groove of one place": ("groove 1: -.02 -4\n", "", "", "el groove necesita 2"),
+    "a line that means nothing": ("tempo:", "velocidad alta\ntempo:", "velocidad", "no entiendo esta línea"),
+    "a layer without a source": ("gm_violin\nfuente: las pruebas\n", "gm_violin\n", "capa violin", "le falta «fuente:»"),
+    "a layer without a label": ('"Violín" gm_violin', "gm_violin", "capa violin", "falta el nombre entre comillas"),
+    "an instrument that does not exist": ("gm_violin", "gm_viola", "capa violin", "no existe el instrumento «gm_viola»"),
+    "an instrument that nobody plays": ("capa perc", 'instrumento charango: "Charango" Folklorico 24 grabado\ncapa perc', "instrumento", "ninguna capa usa"),
+    "a recording that nobody made": ("capa perc", 'instrumento arpa: "Arpa" Strings 46 grabado\ncapa perc', "instrumento", "no hay un banco grabado de «arpa»"),
+    "an instrument of no category": ("capa perc", 'instrumento arpa: "Arpa" Cuerdas 46\ncapa perc', "instrumento", "categorías: Piano"),
+    "a program beyond General MIDI": ("capa perc", 'instrumento arpa: "Arpa" Strings 128\ncapa perc', "instrumento", "no está entre 0 y 127"),
+    "drums on a pitched instrument": ("gm_bateria percusión", "gm_piano percusión", "capa percusion", "«percusión» va con"),
+    "a drum kit that is not percussion": ("gm_violin", "gm_bateria", "capa violin", "«percusión» va con"),
+    "a layer of the same name": ("capa violin", "capa bajo", 'capa bajo: "Violín"', "ya está escrita"),
+    "too few layers": ("capa violin", "capa bajo", "", "hacen falta 4 capas"),
+    "a section with too few variants": ("Intro 2", "Normal 5", "capa", "Intro necesita 2 variantes y tiene 1"),
+    "a gap in the numbers": ("Normal 4", "Normal 5", "Normal 5", "falta Normal 4"),
+    "the same variant twice": ("Normal 4", "Normal 3", "Normal 3, 1 compás:\n    bombo: 0/.4@79 1", "«Normal 3» ya está escrita"),
+    "a variant of no length": ("Intro 2, 1", "Intro 2, 0", "Intro 2, 0", "no está entre 1 y 16"),
+    "a variant that goes on for ever": ("Intro 2, 1", "Intro 2, 9999", "Intro 2, 9999", "no está entre 1 y 16"),
+    "bars that are called otherwise": ("Intro 2, 1 compás", "Intro 2, 1 vuelta", "Intro 2, 1 vuelta", "van «compases»"),
+    "an empty variant": ("    bombo: 0/.4@71 1/.4@65\n", "", "Intro 1", "Intro 1 no tiene notas"),
+    "two variants alike": ("0/.4@72 1/.4@66", "0/.4@71 1/.4@65", "Intro 2", "Intro 2 es igual a Intro 1"),
+    "a density that falls": ("0/.4@79 1/.4@73 2/.4@67 3/.4@61", "0/.4@79", "Normal 4", "superar las 3 de Normal 3"),
+    "a drum that does not exist": ("bombo: 0/.4@71", "bambo: 0/.4@71", "bambo", "no conozco el sonido «bambo»"),
+    "a key beyond the drum kit": ("bombo: 0/.4@71", "99: 0/.4@71", "99: ", "no conozco el sonido «99»"),
+    "a note that does not exist": ("C5: 0/.4@71", "H5: 0/.4@71", "H5", "no conozco la nota «H5»"),
+    "a note without an octave": ("C5: 0/.4@71", "C: 0/.4@71", "C: ", "no conozco la nota «C»"),
+    "a position beyond the bar": ("C5: 0/.4@71", "C5: 4/.4@71", "C5: 4", "la posición 4 queda fuera del compás, que dura 4"),
+    "a length of nothing": ("C5: 0/.4@71", "C5: 0/0@71", "C5: 0/0@", "la duración 0 no sirve"),
+    "a pitched note without a length": ("C5: 0/.4@71", "C5: 0@71", "C5: 0@", "falta la duración"),
+    "a position without a note": ("C5: 0/.4@71", "0/.4@71", "    0/.4@71", "falta la nota"),
+    "a velocity beyond MIDI": ("C5: 0/.4@71", "C5: 0/.4@128", "@128", "no está entre 1 y 127"),
+    "a level that is not defined": ("C5: 0/.4@71", "C5: 0/.4@Q", "@Q", "«Q» no es un número"),
+    "an event that is no event": ("C5: 0/.4@71", "C5: 0/.4@71&", "71&", "no entiendo «&»"),
+    "the same mark twice": ("C5: 0/.4@71", "C5: 0/.4/.5@71", "/.4/.5", "no entiendo"),
+    "an offset that is no leaning": ("C5: 0/.4@71", "C5: 1/.4@71(+.9)", "(+.9)", "pasa de 0.2"),
+    "a note before the loop": ("C5: 0/.4@71", "C5: 0/.4@71(-.02)", "(-.02)", "Intro 1, compás 1, 0: empieza fuera de la vuelta"),
+    "a note that rings on": ("C5: 0/.4@71", "C5: 0/.4@71 · 3.5/.8 E5", "3.5/.8", "0.3 tiempos después del final"),
+    "a pitch struck twice at once": ("C5: 0/.4@71", "C5: 0/.4@71 0/.2@60", "0/.2@60", "C5 se toca dos veces a la vez"),
+    "a drum struck twice at once": ("bombo: 0/.4@71", "bombo: 0/.4@71 · 36: 0/.2@60", "0/.2@60", "bombo se toca dos veces a la vez"),
+    "a black key": ("C5: 0/.4@71", "C5: 0/.4@71 · 2/.4 F#5", "F#5", "F#5 no es de Do mayor"),
+    "a note too low for its instrument": ("C5: 0/.4@71", "C5: 0/.4@71 · 2/.4 C4", "2/.4 C4", "C4 queda fuera de C#4–A#6, lo que admite Violín"),
+    "a note too high for its instrument": ("C5: 0/.4@71", "C5: 0/.4@71 · 2/.4 C7", "2/.4 C7", "queda fuera"),
+    "a note that is hardly heard": ("C5: 0/.4@71", "C5: 0/.4@12", "@12", "la fuerza 12 no llega a 20"),
+    "a note that is too loud": ("C5: 0/.4@71", "C5: 0/.4@126", "@126", "la fuerza 126 pasa de 120"),
+    "velocities that do not breathe": ("C5: 0/.4@71 1/.4@65", "C5: 0/.4@70 1/.4@70 2/.4@70", "70 2/.4@70", "hacen falta acentos"),
+    "a bar that the variant does not have": ("C5: 0/.4@71", "b3 C5: 0/.4@71", "b3", "la variante tiene compases del 1 al 1"),
+    "a grid that does not end": ("C5: 0/.4@71 1/.4@65", "C5 | x . x .", "C5 |", "la grilla termina con «|»"),
+    "a letter that is no level": ("C5: 0/.4@71 1/.4@65", "C5 | x q x . |", "C5 |", "«q» no es un nivel"),
+    "a grid that begins with a held note": ("C5: 0/.4@71 1/.4@65", "C5 | - . x . |", "C5 |", "antes no suena nada"),
+    "a grid of too many bars": ("C5: 0/.4@71 1/.4@65", "C5 | x . | . x |", "C5 |", "hay 2 compases escritos y la variante tiene 1"),
+    "an empty bar in a grid": ("C5: 0/.4@71 1/.4@65", "C5 |  |", "C5 |", "un compás tiene de 1 a 96 casillas"),
+    "a strum that is no stroke": ("C5: 0/.4@71 1/.4@65", "rasgueo G-high | D . E5 . |", "rasgueo", "en un rasgueo van D, U o X"),
+    "a quotation of nothing": ("C5: 0/.4@71", "= Normal 7\nC5: 0/.4@71", "= Normal 7", "no hay «Normal 7»"),
+    "a quotation of a layer that is not there": ("C5: 0/.4@71", "= arpa.Normal 1\nC5: 0/.4@71", "= arpa", "no hay una capa «arpa»"),
+    "a melody quoted from drums": ("C5: 0/.4@71", "= percusion.Normal 1\nC5: 0/.4@71", "= perc", "no se puede copiar entre percusión"),
+    "a quotation with a strange change": ("C5: 0/.4@71", "= Normal 1 tempo +3\nC5: 0/.4@71", "= Normal 1 tempo", "van fuerza u octava"),
+    "a force that is no number": ("C5: 0/.4@71", "fuerza mucha\nC5: 0/.4@71", "fuerza mucha", "la fuerza se cambia con"),
+    "an octave for drums": ("bombo: 0/.4@71", "octava +1\nbombo: 0/.4@71", "octava", "la percusión no tiene octavas"),
+    "nothing to take away": ("C5: 0/.4@71", "quitar D5\nC5: 0/.4@71", "quitar", "no hay nada que quitar"),
+    "a crescendo without its ends": ("C5: 0/.4@71", "crece +8\nC5: 0/.4@71", "crece", "se escribe: crece -8 +8"),
+    "a chord with a strange note": ("capa perc", "acorde K: [C4 H4]\ncapa perc", "acorde", "las notas del acorde se escriben"),
+    "a level that is a word": ("capa perc", "niveles: fuerte=90\ncapa perc", "niveles", "un nivel es una sola letra"),
+    "a strum that takes a second": ("gm_violin\n", "gm_violin\nrasgueo: 900 7 6\n", "rasgueo", "de 0 a 60 milisegundos"),
+    "music before any variant": ("gm_violin\n", "gm_violin\n0/.4 C5\n", "0/.4 C5", "el comienzo de una variante"),
+}
+
+
+@rows(FAULTS)
+class Faults(TestCase):
+    maxDiff = None
+
+    def row(self, former, present, place, message):
+        text = whole_source()
+        self.assertIn(former, text)
+        text = text.replace(former, present, 1) if former != "capa violin" else text.replace(former, present)
+        line = text[: text.index(place)].count("\n") + 1 if place else 1
+        found = problems_of(text)
+        self.assertTrue([said for at, said in found if at == line and message in said], (line, found))
+
+
+class AllAtOnce(TestCase):
+    def test_all_faults_are_told_and_not_only_the_first(self):
+        text = whole_source().replace("4/4", "4/0").replace("gm_violin", "gm_viola").replace("80 100 120", "1 2 3")
+        told = " ".join(message for _, message in problems_of(text))
+        for part in ("el compás se escribe", "no existe el instrumento", "no está entre 20 y 400"):
+            self.assertIn(part, told)
+
+    def test_messages_come_in_the_order_of_lines(self):
+        text = whole_source().replace("C5:", "H5:").replace("bombo:", "bambo:")
+        lines = [line for line, _ in problems_of(text)]
+        self.assertEqual(lines, sorted(lines))
+        self.assertGreater(len(lines), 10)
+
+    def test_a_passing_note_that_lasts_is_advice_and_no_fault(self):
+        text = whole_source().replace("C5: 0/.4@71", "C5: 0/.4@71 · 2/.9 F5", 1)
+        self.assertEqual(problems_of(text), [])
+
+    def test_a_chromatic_layer_may_leave_the_white_keys(self):
+        text = whole_source().replace("C5: 0/.4@71", "C5: 0/.4@71 · 2/.4 F#5", 1)
+        self.assertEqual(problems_of(text.replace("gm_violin", "gm_violin cromática")), [])

@@ -1,0 +1,157 @@
+"""The committed packages are what the sources say, and the commands do what they promise."""
+
+import json
+import os
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+from unittest import TestCase
+from xml.etree import ElementTree
+
+from sounding import HEADER, rhythm_of, whole_source
+from velta_content.package import files_of, groove_text, package_text
+from velta_content.sources import Checkout, load, problems_of
+
+ROOT = Path(__file__).resolve().parents[2]
+TOOL = ROOT / "tools" / "velta-content"
+CHECKOUT = Checkout(ROOT)
+
+
+def run(*arguments):
+    """The finished command, with its texts."""
+    return subprocess.run([sys.executable, str(TOOL), *map(str, arguments)], capture_output=True, text=True,
+                          env=os.environ | {"PYTHONIOENCODING": "utf-8"}, check=False)
+
+
+class CommittedPackages(TestCase):
+    maxDiff = 2000
+
+    def test_all_sources_are_without_faults(self):
+        faults = [str(problem) for problem in problems_of(CHECKOUT.installed() + CHECKOUT.served()) if not problem.warning]
+        self.assertEqual(faults, [])
+
+    def test_compiling_gives_the_committed_files_byte_for_byte(self):
+        for rhythm in CHECKOUT.installed():
+            for path, text in files_of(rhythm, CHECKOUT.packages, CHECKOUT.grooves).items():
+                with self.subTest(path=path.name):
+                    self.assertTrue(text.encode() == path.read_bytes(), f"{path} is not what tools/velta-content compile writes")
+
+    def test_every_committed_file_has_a_source(self):
+        written = {path for rhythm in CHECKOUT.installed()
+                   for path in files_of(rhythm, CHECKOUT.packages, CHECKOUT.grooves)}
+        present = {path for folder in (CHECKOUT.packages, CHECKOUT.grooves) for path in folder.iterdir()}
+        self.assertEqual(present, written)
+
+    def test_there_are_rhythms(self):
+        self.assertGreaterEqual(len(CHECKOUT.installed()), 4)
+
+
+class Packages(TestCase):
+    def setUp(self):
+        self.package = json.loads(package_text(rhythm_of(whole_source())))
+
+    def test_the_head_says_what_the_source_says(self):
+        self.assertEqual(self.package["musicalStyle"], {"id": "folklore", "displayName": "Folklore"})
+        self.assertEqual(self.package["rhythm"], {
+            "id": "prueba", "displayName": "Ritmo de prueba", "styleId": "folklore",
+            "timeSignature": {"numerator": 4, "denominator": 4, "isCompound": False},
+            "referenceBpm": 100, "bpmMin": 80, "bpmMax": 120, "grooveTemplateId": "prueba"})
+
+    def test_layers_say_whether_they_are_pitched(self):
+        self.assertEqual([layer["pitched"] for layer in self.package["loopLayers"]], [False, True, True, True])
+        self.assertEqual(self.package["loopLayers"][1], {
+            "id": "prueba_bajo", "rhythmId": "prueba", "label": "Bajo", "instrumentId": "gm_bajo", "pitched": True})
+
+    def test_variants_stand_in_the_order_of_layers_and_sections(self):
+        seen = [(loop["section"], loop["variantIndex"]) for loop in self.package["loopVariants"][:10]]
+        self.assertEqual(seen, [("Intro", 1), ("Intro", 2), ("Normal", 1), ("Normal", 2), ("Normal", 3), ("Normal", 4),
+                                ("Intermedio", 1), ("Intermedio", 2), ("Final", 1), ("Final", 2)])
+        self.assertEqual(len(self.package["loopVariants"]), 40)
+
+    def test_notes_have_the_four_fields_of_a_note(self):
+        self.assertEqual(self.package["loopVariants"][0]["notes"][1],
+                         {"pitch": 36, "startBeat": 1, "durationBeats": 0.4, "velocity": 65})
+
+    def test_recorded_instruments_carry_their_bank(self):
+        text = HEADER.format(meter="4/4") + 'instrumento quena: "Quena" Winds 75 grabado\n'
+        self.assertEqual(json.loads(package_text(rhythm_of(text)))["instruments"], [{
+            "id": "quena", "name": "Quena", "category": "Winds", "source": "CustomRecordedBank",
+            "generalMidiProgram": 75, "soundfontBankPath": "instruments/quena.sf2"}])
+
+    def test_the_groove_keeps_the_order_of_the_source(self):
+        groove = json.loads(groove_text(rhythm_of("groove 1: -.02 -4\ngroove 0: 0 +6\n" + whole_source())))
+        self.assertEqual([offset["position"] for offset in groove["offsets"]], [1, 0])
+        self.assertEqual(groove["offsets"][0], {"position": 1, "timingOffsetBeats": -0.02, "velocityOffset": -4})
+
+    def test_names_keep_their_accents(self):
+        self.assertIn('"label": "Percusión"', package_text(rhythm_of(whole_source())))
+
+    def test_equal_sources_give_equal_bytes(self):
+        self.assertEqual(package_text(rhythm_of(whole_source())), package_text(rhythm_of(whole_source())))
+
+
+class SideBySide(TestCase):
+    """Sources that are good by themselves, and not together."""
+
+    def told(self, former, present):
+        with tempfile.TemporaryDirectory() as folder:
+            for name, text in (("prueba", whole_source()), ("otra", whole_source().replace("ritmo: prueba", "ritmo: otra"))):
+                text = text.replace("gm_violin", "arpa_gm").replace("capa perc", 'instrumento arpa_gm: "Arpa" Strings 46\ncapa perc')
+                if name == "otra":
+                    text = text.replace(former, present)
+                (Path(folder) / f"{name}.ritmo").write_text(text, encoding="utf-8")
+            rhythms = [load(Path(folder) / "prueba.ritmo"), load(Path(folder) / "otra.ritmo")]
+            return " ".join(problem.message for problem in problems_of(rhythms))
+
+    def test_two_rhythms_may_share_style_and_instruments(self):
+        self.assertEqual(self.told("", ""), "")
+
+    def test_an_id_names_one_rhythm(self):
+        self.assertIn("el ritmo «prueba» ya está en", self.told("ritmo: otra", "ritmo: prueba"))
+
+    def test_a_style_has_one_name(self):
+        self.assertIn("se llama «Folklore» en", self.told('"Folklore"', '"Folclore"'))
+
+    def test_an_instrument_has_one_definition(self):
+        self.assertIn("está definido de otro modo en", self.told("Strings 46", "Strings 48"))
+
+
+class Commands(TestCase):
+    def setUp(self):
+        self.folder = Path(self.enterContext(tempfile.TemporaryDirectory()))
+        self.source = self.folder / "prueba.ritmo"
+        self.source.write_text(whole_source(), encoding="utf-8")
+
+    def test_check_says_that_all_is_well(self):
+        done = run("check", self.source)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "1 ritmos, 40 variantes: todo en orden\n", ""))
+
+    def test_check_fails_with_file_and_line(self):
+        self.source.write_text(whole_source().replace("gm_violin", "gm_viola"), encoding="utf-8")
+        done = run("check", self.source)
+        line = whole_source().split("\n").index('capa violin: "Violín" gm_violin') + 1
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(f"{self.source}:{line}: no existe el instrumento «gm_viola»", done.stderr)
+
+    def test_advice_does_not_fail(self):
+        self.source.write_text(whole_source().replace("C5: 0/.4@71", "C5: 0/.4@71 · 2/.9 F5", 1), encoding="utf-8")
+        done = run("check", self.source)
+        self.assertEqual(done.returncode, 0)
+        self.assertIn("aviso: Intro 1, compás 1, 2: F5", done.stderr)
+
+    def test_check_of_a_file_that_is_not_there_fails(self):
+        done = run("check", self.folder / "nada.ritmo")
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("nada.ritmo:1: no se puede leer", done.stderr)
+
+    def test_picture_draws_every_variant_and_note(self):
+        done = run("picture", self.folder / "dibujos", self.source)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        drawn = ElementTree.parse(self.folder / "dibujos" / "prueba.svg").getroot()
+        kinds = [element.get("class") for element in drawn.iter()]
+        notes = sum(len(loop.notes) for layer in load(self.source).layers.values() for loop in layer.loops())
+        self.assertEqual((kinds.count("frame"), kinds.count("note")), (40, notes))
+
+    def test_no_command_is_no_success(self):
+        self.assertNotEqual(run().returncode, 0)
