@@ -18,10 +18,10 @@ TOOL = ROOT / "tools" / "velta-content"
 CHECKOUT = Checkout(ROOT)
 
 
-def run(*arguments):
+def run(*arguments, encoding="utf-8"):
     """The finished command, with its texts."""
-    return subprocess.run([sys.executable, str(TOOL), *map(str, arguments)], capture_output=True, text=True,
-                          env=os.environ | {"PYTHONIOENCODING": "utf-8"}, check=False)
+    return subprocess.run([sys.executable, str(TOOL), *map(str, arguments)], capture_output=True, encoding=encoding,
+                          env=os.environ | {"PYTHONIOENCODING": encoding}, check=False)
 
 
 class CommittedPackages(TestCase):
@@ -133,6 +133,12 @@ class Commands(TestCase):
         line = whole_source().split("\n").index('capa violin: "Violín" gm_violin') + 1
         self.assertEqual(done.returncode, 1)
         self.assertIn(f"{self.source}:{line}: no existe el instrumento «gm_viola»", done.stderr)
+
+    def test_a_terminal_without_accents_still_shows_the_message(self):
+        self.source.write_text(whole_source().replace("gm_violin", "gm_viola"), encoding="utf-8")
+        done = run("check", self.source, encoding="ascii")
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("no existe el instrumento \\xabgm_viola\\xbb", done.stderr)
 
     def test_advice_does_not_fail(self):
         self.source.write_text(whole_source().replace("C5: 0/.4@71", "C5: 0/.4@71 · 2/.9 F5", 1), encoding="utf-8")

@@ -1,8 +1,11 @@
 """The notation by example: what each form of a line plays."""
 
+import re
+from pathlib import Path
 from unittest import TestCase
 
 from sounding import DRUMS, GUITAR, HEADER, notes, rhythm_of, rows, whole_source
+from velta_content import music
 
 
 def starts(found):
@@ -257,3 +260,54 @@ class Headers(TestCase):
 
     def test_layers_have_the_rhythm_in_their_id(self):
         self.assertEqual(rhythm_of(whole_source()).layers["bajo"].id, "prueba_bajo")
+
+
+class Guide(TestCase):
+    """The guide for authors: its examples are understood, its tables true."""
+
+    TEXT = (Path(__file__).resolve().parents[2] / "docs" / "content-format.md").read_text(encoding="utf-8")
+    BEFORE = ("figura repique, 1 compás:\n0/.4 C4\nNormal 1, 4 compases:\n0/.4 E4\n"
+              "Normal 2, 4 compases:\n0/.4 G4\nNormal 9, 4 compases:\n1/.4 C4\n")
+
+    def examples(self, title):
+        block = re.search(re.escape(f"**{title}") + r".*?```\n(.*?)```", self.TEXT, re.DOTALL)
+        return [line for line in block.group(1).split("\n") if line.strip() and not line.lstrip().startswith("#")]
+
+    def understood(self, line):
+        for layer in (GUITAR, DRUMS):
+            try:
+                return notes(line, 4, layer + "sonidos: aro=76\n")
+            except AssertionError:
+                continue
+        return []
+
+    def test_every_grid_and_event_is_understood(self):
+        examples = self.examples("Grids") + self.examples("Events")
+        self.assertGreater(len(examples), 10)
+        for line in examples:
+            with self.subTest(line=line):
+                self.assertNotEqual(self.understood(line), [])
+
+    def test_every_quotation_and_change_is_understood(self):
+        for line in self.examples("Quoting"):
+            with self.subTest(line=line):
+                if "quitar" in line:
+                    self.assertEqual(len(notes("A: 1.5 2 3\n" + line, 4, DRUMS)), 10)
+                else:
+                    self.assertNotEqual(notes(self.BEFORE + line), [])
+
+    def test_the_header_of_the_guide_is_understood(self):
+        block = re.search(r"### Header\n\n```\n(.*?)```", self.TEXT, re.DOTALL).group(1)
+        self.assertFalse([p for p in rhythm_of(block).problems.found if p.line > 1 and "ninguna capa" not in p.message
+                          and "se tiene que llamar" not in p.message])
+
+    def test_every_drum_of_the_table_has_its_key(self):
+        drums = re.findall(r"`([a-z_0-9]+)` (\d\d)[, |]", self.TEXT)
+        self.assertGreater(len(drums), 40)
+        for name, key in drums:
+            if name != "pitch":
+                self.assertEqual(music.drum_of(name), int(key), name)
+
+    def test_every_voicing_has_its_notes(self):
+        for name, written in music.VOICINGS.items():
+            self.assertRegex(self.TEXT, f"`{name}`[^\\[]*" + re.escape(f"[{' '.join(written)}]"))

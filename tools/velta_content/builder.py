@@ -6,9 +6,10 @@ import re
 from collections.abc import Callable
 from dataclasses import replace
 
-from .figures import FigureReader, bars_of, voice_of
+from .figures import FigureReader
 from .model import MAX_DEPTH, MAX_NOTES, MAX_NOTES_OF_A_RHYTHM, SECTIONS, Layer, Line, Note, Rhythm, Variant
 from .problems import SourceError
+from .voices import bars_of, voice_of
 from .words import number, plain, whole
 
 _NAMED = re.compile(r"(?:([a-z][a-z0-9_]*)\.)?([^\W\d]\w*)(?:\s+(\d{1,2})(?=\s|$))?\s*(.*)")

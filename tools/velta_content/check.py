@@ -135,7 +135,8 @@ def _check_twins(problems: Problems, layer: Layer) -> None:
             problems.error(variant.line, f"{variant.name} es igual a {twin.name}")
 
 
-def _check_variant(rhythm: Rhythm, layer: Layer, variant: Variant, instrument: music.Instrument | None) -> None:
+def _check_variant(rhythm: Rhythm, layer: Layer, variant: Variant,
+                   instrument: music.Instrument | None) -> None:
     if not rhythm.bar or not rhythm.tempo[1]:
         return
     if not variant.notes:
@@ -205,11 +206,13 @@ def _check_velocities(said: _Speaker, variant: Variant) -> None:
         said.error(loudest, "todo suena igual de fuerte: hacen falta acentos")
 
 
-def _check_pitches(said: _Speaker, layer: Layer, variant: Variant, instrument: music.Instrument | None) -> None:
+def _check_pitches(said: _Speaker, layer: Layer, variant: Variant,
+                   instrument: music.Instrument | None) -> None:
     compass = music.compass(instrument) if instrument else None
     if instrument and not compass:
         said.rhythm.problems.error(
-            layer.line, f"no conozco la extensión del programa {instrument.program}: va en tools/velta_content/music.py")
+            layer.line,
+            f"no conozco la extensión del programa {instrument.program}: va en tools/velta_content/music.py")
     for note in variant.notes:
         name = music.note_name(note.pitch)
         if not layer.chromatic and not music.is_diatonic(note.pitch):

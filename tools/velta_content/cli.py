@@ -16,6 +16,9 @@ from .sources import Checkout, load, problems_of
 
 def main(arguments: list[str]) -> int:
     """Runs a command; 0, or 1 with messages on the error stream."""
+    for stream in (sys.stdout, sys.stderr):
+        # A terminal that lacks a letter still shows the message.
+        stream.reconfigure(errors="backslashreplace")
     options = _parser().parse_args(arguments)
     return options.run(options)
 
