@@ -2,7 +2,7 @@
 
 from unittest import TestCase
 
-from sounding import problems_of, rows, whole_source
+from sounding import problems_of, rhythm_of, rows, whole_source
 
 # What is replaced in a source without faults, by what, the text at whose line the message stands
 # (nothing: line 1), and part of the message.
@@ -123,6 +123,13 @@ class AllAtOnce(TestCase):
     def test_a_passing_note_that_lasts_is_advice_and_no_fault(self):
         text = whole_source().replace("C5: 0/.4@71", "C5: 0/.4@71 · 2/.9 F5", 1)
         self.assertEqual(problems_of(text), [])
+
+    def test_lengths_that_never_meet_are_told_as_advice(self):
+        text = whole_source()
+        at = text.index("capa violin")
+        text = text[:at].replace("Normal 2, 1 compás", "Normal 2, 2 compases") + text[at:].replace("Normal 2, 1 compás", "Normal 2, 3 compases")
+        advice = [problem.message for problem in rhythm_of(text).problems.found if problem.warning]
+        self.assertEqual(advice, ["Normal 2 dura 3 compases y en otra capa 2: no caen juntos"])
 
     def test_a_chromatic_layer_may_leave_the_white_keys(self):
         text = whole_source().replace("C5: 0/.4@71", "C5: 0/.4@71 · 2/.4 F#5", 1)

@@ -125,7 +125,7 @@ class Commands(TestCase):
 
     def test_check_says_that_all_is_well(self):
         done = run("check", self.source)
-        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "1 ritmos, 40 variantes: todo en orden\n", ""))
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "1 ritmo, 40 variantes: todo en orden\n", ""))
 
     def test_check_fails_with_file_and_line(self):
         self.source.write_text(whole_source().replace("gm_violin", "gm_viola"), encoding="utf-8")
@@ -159,5 +159,13 @@ class Commands(TestCase):
         notes = sum(len(loop.notes) for layer in load(self.source).layers.values() for loop in layer.loops())
         self.assertEqual((kinds.count("frame"), kinds.count("note")), (40, notes))
 
-    def test_no_command_is_no_success(self):
-        self.assertNotEqual(run().returncode, 0)
+    def test_words_that_are_no_command_get_the_list_of_commands(self):
+        for words in ((), ("compilar",), ("build-server",), ("compile", "algo"), ("picture",)):
+            with self.subTest(words=words):
+                done = run(*words)
+                self.assertEqual((done.returncode, done.stdout), (2, ""))
+                self.assertIn("velta-content check [archivo.ritmo...]", done.stderr)
+
+    def test_help_lists_the_commands(self):
+        done = run("--help")
+        self.assertEqual((done.returncode, done.stderr, len(done.stdout.splitlines())), (0, "", 4))

@@ -24,6 +24,7 @@ def check(rhythm: Rhythm) -> None:
     _check_band(rhythm)
     for layer in rhythm.layers.values():
         _check_layer(rhythm, layer)
+    _check_lengths(rhythm)
 
 
 def check_together(rhythms: list[Rhythm]) -> None:
@@ -84,6 +85,21 @@ def _check_band(rhythm: Rhythm) -> None:
             _error(rhythm, f"instrumento {instrument}", f"no hay un banco grabado de «{instrument}»")
         if instrument not in used:
             _error(rhythm, f"instrumento {instrument}", f"ninguna capa usa el instrumento «{instrument}»")
+
+
+def _check_lengths(rhythm: Rhythm) -> None:
+    """Variants of one number sound together, so one of them has to last as long as some of the other."""
+    longest: dict[str, Variant] = {}
+    for layer in rhythm.layers.values():
+        for variant in layer.loops():
+            other = longest.setdefault(variant.name, variant)
+            short, long = sorted((variant.bars, other.bars))
+            if long % short:
+                rhythm.problems.warning(
+                    variant.line, f"{variant.name} dura {variant.bars} compases y en otra capa {other.bars}: "
+                                  "no caen juntos")
+            if variant.bars > other.bars:
+                longest[variant.name] = variant
 
 
 def _check_layer(rhythm: Rhythm, layer: Layer) -> None:

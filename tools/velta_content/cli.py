@@ -2,8 +2,8 @@
 
 from __future__ import annotations
 
-import argparse
 import sys
+from collections.abc import Callable
 from pathlib import Path
 
 from .model import Rhythm
@@ -13,32 +13,28 @@ from .problems import SourceError
 from .server import build_server
 from .sources import Checkout, load, problems_of
 
+USAGE = """\
+velta-content check [archivo.ritmo...]             revisa los ritmos: los nombrados, o todos
+velta-content compile                              compila los ritmos que vienen con el programa
+velta-content picture carpeta [archivo.ritmo...]   los dibuja en archivos SVG
+velta-content build-server carpeta                 arma la carpeta del servidor de contenidos
+"""
+
 
 def main(arguments: list[str]) -> int:
-    """Runs a command; 0, or 1 with messages on the error stream."""
+    """Runs a command; 0, 1 with messages on the error stream, or 2 for words that are no command."""
     for stream in (sys.stdout, sys.stderr):
         # A terminal that lacks a letter still shows the message.
         stream.reconfigure(errors="backslashreplace")
-    options = _parser().parse_args(arguments)
-    return options.run(options)
-
-
-def _parser() -> argparse.ArgumentParser:
-    parser = argparse.ArgumentParser(prog="velta-content", description="Herramientas para escribir ritmos.")
-    commands = parser.add_subparsers(required=True, metavar="orden")
-    command = commands.add_parser("check", help="revisa los ritmos")
-    command.add_argument("sources", nargs="*", type=Path, metavar="archivo.ritmo")
-    command.set_defaults(run=_check)
-    command = commands.add_parser("compile", help="compila los ritmos que vienen con el programa")
-    command.set_defaults(run=_compile)
-    command = commands.add_parser("build-server", help="arma la carpeta del servidor de contenidos")
-    command.add_argument("folder", type=Path, metavar="carpeta")
-    command.set_defaults(run=_build_server)
-    command = commands.add_parser("picture", help="dibuja los ritmos en archivos SVG")
-    command.add_argument("folder", type=Path, metavar="carpeta")
-    command.add_argument("sources", nargs="*", type=Path, metavar="archivo.ritmo")
-    command.set_defaults(run=_picture)
-    return parser
+    if arguments in (["-h"], ["--help"]):
+        print(USAGE, end="")
+        return 0
+    command, paths = (arguments[0], [Path(word) for word in arguments[1:]]) if arguments else ("", [])
+    run, least, most = _COMMANDS.get(command, (None, 0, 0))
+    if not run or not least <= len(paths) <= most:
+        print(USAGE, end="", file=sys.stderr)
+        return 2
+    return run(paths)
 
 
 def _chosen(checkout: Checkout, sources: list[Path]) -> list[Rhythm]:
@@ -53,39 +49,20 @@ def _report(rhythms: list[Rhythm]) -> bool:
     return all(problem.warning for problem in problems)
 
 
-def _check(options: argparse.Namespace) -> int:
-    rhythms = _chosen(Checkout(), options.sources)
-    good = _report(rhythms)
-    if good:
-        loops = sum(len(layer.loops()) for rhythm in rhythms for layer in rhythm.layers.values())
-        print(f"{len(rhythms)} ritmos, {loops} variantes: todo en orden")
-    return 0 if good else 1
+def _counted(rhythms: list[Rhythm]) -> str:
+    return "1 ritmo" if len(rhythms) == 1 else f"{len(rhythms)} ritmos"
 
 
-def _build_server(options: argparse.Namespace) -> int:
-    checkout = Checkout()
-    rhythms = checkout.served()
+def _check(sources: list[Path]) -> int:
+    rhythms = _chosen(Checkout(), sources)
     if not _report(rhythms):
         return 1
-    try:
-        build_server(rhythms, options.folder, checkout.root / "tools")
-    except SourceError as error:
-        print(error, file=sys.stderr)
-        return 1
-    print(f"{len(rhythms)} ritmos en {options.folder}")
+    loops = sum(len(layer.loops()) for rhythm in rhythms for layer in rhythm.layers.values())
+    print(f"{_counted(rhythms)}, {loops} variantes: todo en orden")
     return 0
 
 
-def _picture(options: argparse.Namespace) -> int:
-    options.folder.mkdir(parents=True, exist_ok=True)
-    for rhythm in _chosen(Checkout(), options.sources):
-        path = options.folder / f"{rhythm.file.stem}.svg"
-        path.write_text(picture(rhythm), encoding="utf-8")
-        print(path)
-    return 0
-
-
-def _compile(_: argparse.Namespace) -> int:
+def _compile(_: list[Path]) -> int:
     checkout = Checkout()
     rhythms = checkout.installed()
     if not _report(rhythms):
@@ -95,3 +72,36 @@ def _compile(_: argparse.Namespace) -> int:
             path.parent.mkdir(parents=True, exist_ok=True)
             path.write_text(text, encoding="utf-8")
     return 0
+
+
+def _picture(paths: list[Path]) -> int:
+    folder, *sources = paths
+    folder.mkdir(parents=True, exist_ok=True)
+    for rhythm in _chosen(Checkout(), sources):
+        path = folder / f"{rhythm.file.stem}.svg"
+        path.write_text(picture(rhythm), encoding="utf-8")
+        print(path)
+    return 0
+
+
+def _build_server(paths: list[Path]) -> int:
+    checkout = Checkout()
+    rhythms = checkout.served()
+    if not _report(rhythms):
+        return 1
+    try:
+        build_server(rhythms, paths[0], checkout.root / "tools")
+    except SourceError as error:
+        print(error, file=sys.stderr)
+        return 1
+    print(f"{_counted(rhythms)} en {paths[0]}")
+    return 0
+
+
+# Each command with the least and the most paths that it takes.
+_COMMANDS: dict[str, tuple[Callable[[list[Path]], int], int, int]] = {
+    "check": (_check, 0, 1000),
+    "compile": (_compile, 0, 0),
+    "picture": (_picture, 1, 1000),
+    "build-server": (_build_server, 1, 1),
+}
