@@ -133,11 +133,12 @@ void PianoKeyboardWidget::paintEvent(QPaintEvent* /*event*/)
 
 void PianoKeyboardWidget::paintSeparators(QPainter& painter) const
 {
-    painter.setPen(canvasColors().keyLine);
+    // A rectangle is rounded as the rows of the grid are, and a line is not.
+    const double pixel = 1.0 / devicePixelRatioF();
     for (int pitch = kLowestPitch; pitch <= kHighestPitch; ++pitch) {
         const double y = canvas_->view()->viewportY(whiteKeyBottom(pitch));
         if (!isBlackKey(pitch) && y >= 0.0 && y <= height())
-            painter.drawLine(QPointF(0.0, y), QPointF(width(), y));
+            painter.fillRect(QRectF(0.0, y, width(), pixel), canvasColors().keyLine);
     }
 }
 

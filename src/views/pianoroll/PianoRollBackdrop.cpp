@@ -14,7 +14,7 @@ using namespace PianoRollLayout;
 
 namespace {
 
-constexpr qreal kBarLineWidth = 2.0;
+constexpr int kBarLinePixels = 2;
 
 constexpr double kHatchPixels = 10.0;
 constexpr int kHatchExtraAlpha = 60;
@@ -27,13 +27,6 @@ QRectF rowOf(int pitch, double left, double right)
     return {left, pitchToSceneY(pitch), right - left, kRowPixels};
 }
 
-QPen cosmeticPen(const QColor& color, qreal width)
-{
-    QPen pen(color, width);
-    pen.setCosmetic(true);
-    return pen;
-}
-
 QColor hatchColor()
 {
     QColor color = canvasColors().rowLine;
@@ -41,38 +34,58 @@ QColor hatchColor()
     return color;
 }
 
-/// Lines at 45 degrees from the bottom of an area up to the right, counted from a place outside.
-QList<QLineF> hatching(const QRectF& area, double originX)
+/// Hatches rows of one height: lines at 45 degrees from the bottom of a row up to the right.
+///
+/// All rows share a picture of one line, since a painter takes much longer over a thousand lines
+/// than over a picture that repeats itself.
+class Hatching {
+public:
+    explicit Hatching(const QPainter& painter);
+
+    /// Fills a row, given in scene coordinates.
+    void paint(QPainter& painter, const QRectF& row) const;
+
+private:
+    QPixmap tile_;
+};
+
+Hatching::Hatching(const QPainter& painter)
 {
-    const double first = std::floor((area.left() - area.height() - originX) / kHatchPixels);
-    QList<QLineF> lines;
-    for (double x = originX + first * kHatchPixels; x < area.right(); x += kHatchPixels)
-        lines.append(QLineF(x, area.bottom(), x + area.height(), area.top()));
-    return lines;
+    const double height = std::ceil(painter.worldTransform().m22() * kRowPixels);
+    const qreal pixelRatio = painter.device()->devicePixelRatio();
+    tile_ = QPixmap((QSizeF(kHatchPixels, height) * pixelRatio).toSize());
+    tile_.setDevicePixelRatio(pixelRatio);
+    tile_.fill(Qt::transparent);
+    QPainter pen(&tile_);
+    // One pixel of the screen, whatever its scale.
+    pen.setPen(QPen(hatchColor(), 0));
+    for (double x = -kHatchPixels * std::ceil(height / kHatchPixels); x < kHatchPixels;
+         x += kHatchPixels)
+        pen.drawLine(QPointF(x, height), QPointF(x + height, 0.0));
 }
 
-void hatch(QPainter& painter, const QRectF& row)
+void Hatching::paint(QPainter& painter, const QRectF& row) const
 {
     const QTransform toScreen = painter.worldTransform();
     const QRectF area = toScreen.mapRect(row);
+    const double tileHeight = tile_.height() / tile_.devicePixelRatio();
     painter.save();
     painter.resetTransform();
-    painter.setClipRect(area, Qt::IntersectClip);
-    painter.setPen(cosmeticPen(hatchColor(), 1.0));
     // Counted from the start of the song, the pattern travels with it.
-    painter.drawLines(hatching(area, toScreen.dx()));
+    painter.drawTiledPixmap(area, tile_, {area.left() - toScreen.dx(), tileHeight - area.height()});
     painter.restore();
 }
 
 void paintScale(QPainter& painter, const QRectF& exposed, const KeySignature& key)
 {
+    const Hatching hatching(painter);
     const PitchSpan span = pitchesBetween(exposed.top(), exposed.bottom());
     for (int pitch = span.lowest; pitch <= span.highest; ++pitch) {
         if (isInScale(key, pitch))
             continue;
         const QRectF row = rowOf(pitch, exposed.left(), exposed.right());
         painter.fillRect(row, canvasColors().outOfScaleFill);
-        hatch(painter, row);
+        hatching.paint(painter, row);
     }
 }
 
@@ -113,37 +126,69 @@ void paintHarmony(QPainter& painter, const QRectF& exposed, const Project& proje
     }
 }
 
-void paintRowLines(QPainter& painter, const QRectF& exposed)
+/// Paints straight lines as rectangles in pixels of the screen. They are rounded like the rows, so
+/// that both meet, and a painter takes much longer over a line than over a rectangle.
+class LinePainter {
+public:
+    LinePainter(QPainter& painter, const QRectF& exposed)
+        : painter_(painter), toScreen_(painter.worldTransform()), area_(toScreen_.mapRect(exposed)),
+          pixel_(1.0 / painter.device()->devicePixelRatio())
+    {
+        painter_.save();
+        painter_.resetTransform();
+    }
+
+    ~LinePainter() { painter_.restore(); }
+
+    Q_DISABLE_COPY_MOVE(LinePainter)
+
+    void horizontal(double sceneY, const QColor& color)
+    {
+        const double y = toScreen_.map(QPointF(0.0, sceneY)).y();
+        painter_.fillRect(QRectF(area_.left(), y, area_.width(), pixel_), color);
+    }
+
+    /// One pixel wide from its place on, or two around it.
+    void vertical(double sceneX, int pixels, const QColor& color)
+    {
+        const double x = toScreen_.map(QPointF(sceneX, 0.0)).x() - pixel_ * (pixels - 1);
+        // Taller ones would be shared among threads, which takes longer than painting them.
+        constexpr double kTallest = 40.0;
+        for (double y = area_.top(); y < area_.bottom(); y += kTallest)
+            painter_.fillRect(QRectF(x, y, pixels * pixel_, std::min(kTallest, area_.bottom() - y)),
+                              color);
+    }
+
+private:
+    QPainter& painter_;
+    QTransform toScreen_;
+    /// What is exposed, on the screen.
+    QRectF area_;
+    /// Of the screen.
+    double pixel_;
+};
+
+void paintRowLines(LinePainter& lines, const QRectF& exposed)
 {
     const PitchSpan span = pitchesBetween(exposed.top(), exposed.bottom());
-    painter.setPen(cosmeticPen(canvasColors().rowLine, 0));
     // The last of them closes the lowest row.
-    for (int pitch = span.lowest - 1; pitch <= span.highest; ++pitch) {
-        const double y = pitchToSceneY(pitch);
-        painter.drawLine(QPointF(exposed.left(), y), QPointF(exposed.right(), y));
-    }
+    for (int pitch = span.lowest - 1; pitch <= span.highest; ++pitch)
+        lines.horizontal(pitchToSceneY(pitch), canvasColors().rowLine);
 }
 
-QPen linePen(PianoRollLine::Kind kind)
+void paintTimeLine(LinePainter& lines, const PianoRollLine& line)
 {
-    switch (kind) {
+    const double x = line.beat * kBeatPixels;
+    switch (line.kind) {
     case PianoRollLine::Kind::Bar:
-        return cosmeticPen(canvasColors().barLine, kBarLineWidth);
-    case PianoRollLine::Kind::Beat:
-        return cosmeticPen(canvasColors().beatLine, 0);
-    case PianoRollLine::Kind::Subdivision:
+        lines.vertical(x, kBarLinePixels, canvasColors().barLine);
         break;
-    }
-    return cosmeticPen(canvasColors().subdivisionLine, 0);
-}
-
-void paintTimeLines(QPainter& painter, const QRectF& exposed, const TimeSignature& meter,
-                    GridSubdivisionLevel level)
-{
-    for (const PianoRollLine& line : gridLines(exposed.left(), exposed.right(), meter, level)) {
-        const double x = line.beat * kBeatPixels;
-        painter.setPen(linePen(line.kind));
-        painter.drawLine(QPointF(x, exposed.top()), QPointF(x, exposed.bottom()));
+    case PianoRollLine::Kind::Beat:
+        lines.vertical(x, 1, canvasColors().beatLine);
+        break;
+    case PianoRollLine::Kind::Subdivision:
+        lines.vertical(x, 1, canvasColors().subdivisionLine);
+        break;
     }
 }
 
@@ -155,6 +200,9 @@ void PianoRollBackdrop::paint(QPainter& painter, const QRectF& exposed, const Pr
     painter.fillRect(exposed, canvasColors().canvasBackground);
     paintScale(painter, exposed, project.keySignature);
     paintHarmony(painter, exposed, project);
-    paintRowLines(painter, exposed);
-    paintTimeLines(painter, exposed, project.timeSignature, level);
+    LinePainter lines(painter, exposed);
+    paintRowLines(lines, exposed);
+    for (const PianoRollLine& line :
+         gridLines(exposed.left(), exposed.right(), project.timeSignature, level))
+        paintTimeLine(lines, line);
 }
