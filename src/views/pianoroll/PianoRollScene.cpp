@@ -44,6 +44,8 @@ void PianoRollScene::rebuild(const Project& project, const MelodyBlock* block,
 
 void PianoRollScene::empty()
 {
+    // Once for all: item by item, views would take longer to learn of the change than to paint it.
+    update();
     clear();
     playhead_ = nullptr;
 }
