@@ -19,6 +19,9 @@ public:
     /// The key that the mouse holds; -1 for none.
     int pressedPitch() const { return pressedPitch_; }
 
+    /// Lets go of that key, as if the mouse did.
+    void release();
+
     /// Pixels; the widest name fits at its largest.
     int blackKeyWidth() const { return blackKeyWidth_; }
 
@@ -35,7 +38,6 @@ protected:
 
 private:
     void press(int pitch);
-    void release();
 
     QFont keyFont() const;
     void paintSeparators(QPainter& painter) const;

@@ -8,6 +8,7 @@
 #include "views/pianoroll/PianoRollGridView.h"
 #include "views/pianoroll/PianoRollScene.h"
 
+#include <QApplication>
 #include <QGridLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -91,11 +92,17 @@ PianoRollCanvas::PianoRollCanvas(QWidget* parent)
             &PianoRollCanvas::syncRulerAndKeyboard);
     connect(view_->verticalScrollBar(), &QScrollBar::valueChanged, this,
             &PianoRollCanvas::syncRulerAndKeyboard);
+    connect(keyboard_, &PianoKeyboardWidget::keyPressed, this, &PianoRollCanvas::liveNoteOn);
+    connect(keyboard_, &PianoKeyboardWidget::keyReleased, this, &PianoRollCanvas::liveNoteOff);
     connect(ruler_, &TimelineRuler::seekRequested, this, &PianoRollCanvas::seek);
+    // Letters may come by way of the buttons, which have a focus of their own.
+    connect(qApp, &QApplication::focusChanged, this, &PianoRollCanvas::endHeldKeys);
 }
 
 PianoRollCanvas::~PianoRollCanvas()
 {
+    // What has the focus loses it on the way, and nothing is held by then.
+    disconnect(qApp, nullptr, this, nullptr);
     // A view that loses its scene scrolls, and the ruler follows: the view has to go first.
     delete view_;
 }
@@ -140,6 +147,7 @@ QWidget* PianoRollCanvas::makeCorner()
 
 void PianoRollCanvas::setContext(Project* project, PlaybackEngine* playback)
 {
+    forgetGestures();
     if (project_)
         disconnect(project_, nullptr, this, nullptr);
     if (playback_ && playback_ != playback)
@@ -179,6 +187,7 @@ void PianoRollCanvas::setActiveBlock(int track, int block)
 
 void PianoRollCanvas::showTrack(int track, int block)
 {
+    view_->endDrag();
     activeTrack_ = track;
     activeBlockIndex_ = block;
     rebuildScene();
@@ -229,8 +238,7 @@ QList<int> PianoRollCanvas::ghostTracks() const
 
 void PianoRollCanvas::rebuildScene()
 {
-    // Items tell the view where they come and go, but what lies behind them is none.
-    view_->viewport()->update();
+    sceneIsStale_ = false;
     if (!project_) {
         scene_->empty();
         updateCaption();

@@ -3,6 +3,7 @@
 #include "model/GridSubdivision.h"
 #include "views/pianoroll/PianoRollLayout.h"
 
+#include <QHash>
 #include <QList>
 #include <QVariantAnimation>
 #include <QWidget>
@@ -66,6 +67,40 @@ public:
 
     void rebuildScene();
 
+    // ---- Edits ----
+
+    /// Adds a note to the block at an absolute beat, and says nothing of it.
+    void addNoteAt(double beat, int pitch, double duration);
+
+    /// Puts the notes of the block in order, and says that the project has been edited.
+    void commitEdit();
+
+    void deleteSelectedNotes();
+
+    /// What was copied before is gone, even if nothing is selected. Copies outlive their block.
+    void copySelection();
+
+    void pasteAtPlayhead();
+
+    /// Repeats the selected notes right behind them.
+    void duplicateSelection();
+
+    // ---- Live notes ----
+
+    /// The octave that the letters play, 1 to 7; 4 is that of middle C.
+    int keyboardOctave() const { return keyboardOctave_; }
+
+    /// -1 for keys other than the letters A to G.
+    int keyLetterToPitch(int key, bool sharp) const;
+
+    /// Sounds a pitch with the instrument of the track, until endPreview().
+    void startPreview(int pitch);
+    void endPreview(int pitch);
+
+    /// Sounds a pitch until liveNoteOff(), which writes it into the block if the song was playing.
+    void liveNoteOn(int pitch);
+    void liveNoteOff(int pitch);
+
     // ---- Rows and zoom ----
 
     int visibleRows() const { return rows_.count; }
@@ -101,7 +136,18 @@ public:
 signals:
     void edited();
 
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
+
 private:
+    bool scrollByKey(const QKeyEvent& event);
+    bool editByKey(const QKeyEvent& event);
+    bool playByKey(const QKeyEvent& event);
+    void endHeldKeys();
+    void forgetGestures();
+
     QWidget* makeBar();
     QWidget* makeCorner();
     void showTrack(int track, int block);
@@ -125,6 +171,16 @@ private:
     double zoomY_ = 1.0;
     int wheelRemainder_ = 0;
     QVariantAnimation scrollAnimation_;
+
+    /// Shared by all tracks and blocks.
+    QList<NoteEvent> copyBuffer_;
+    /// The beats at which notes that are being recorded began, by pitch.
+    QHash<int, double> liveStarts_;
+    /// The pitches of the letters that are held down, by key.
+    QHash<int, int> heldKeys_;
+    int keyboardOctave_ = 4;
+    /// Whether the notes have been put in order since the scene was made.
+    bool sceneIsStale_ = false;
 
     PianoRollScene* scene_;
     QLabel* caption_;

@@ -1,14 +1,19 @@
 #include "views/pianoroll/PianoRollGridView.h"
 
+#include "model/Track.h"
 #include "shell/theme/CanvasColors.h"
 #include "views/pianoroll/PianoRollBackdrop.h"
 #include "views/pianoroll/PianoRollCanvas.h"
+#include "views/pianoroll/PianoRollLayout.h"
 #include "views/pianoroll/PianoRollScene.h"
 
+#include <QMouseEvent>
 #include <QScrollBar>
 #include <QWheelEvent>
 
+#include <cmath>
 #include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -43,6 +48,185 @@ void PianoRollGridView::resizeEvent(QResizeEvent* event)
 {
     QGraphicsView::resizeEvent(event);
     canvas_->applyVerticalFit();
+}
+
+// ---- Drags ---------------------------------------------------------------------------------
+
+bool PianoRollGridView::dragsNotes() const
+{
+    return drag_.mode != DragMode::None && drag_.mode != DragMode::RubberBand;
+}
+
+/// Whether the notes are the very ones that the drag has left: whatever else writes to the block,
+/// an undo or a note played live, gives it a list of its own, in which indices mean other notes.
+bool PianoRollGridView::holdsNotes() const
+{
+    const MelodyBlock* block = canvas_->activeBlock();
+    return block && block->notes.isSharedWith(drag_.left);
+}
+
+/// Leaves no drag, and silences the note that was being drawn.
+PianoRollGridView::Drag PianoRollGridView::takeDrag()
+{
+    Drag drag = std::exchange(drag_, {});
+    if (drag.mode == DragMode::Draw)
+        canvas_->endPreview(drag.drawPitch);
+    return drag;
+}
+
+void PianoRollGridView::endDrag()
+{
+    if (!dragsNotes())
+        return;
+    const bool intact = holdsNotes();
+    if (takeDrag().moved && intact)
+        canvas_->commitEdit();
+}
+
+void PianoRollGridView::cancelDrag()
+{
+    if (dragsNotes())
+        takeDrag();
+}
+
+void PianoRollGridView::dragTo(const QPointF& place)
+{
+    MelodyBlock& block = *canvas_->activeBlock();
+    const double step = canvas_->snapBeats();
+    const QPointF way = place - drag_.start;
+    const double beats = NoteEdits::snapped(way.x() / PianoRollLayout::kBeatPixels, step);
+    if (drag_.mode == DragMode::Move) {
+        applyMoveDelta(beats, -PianoRollLayout::rowsIn(way.y()));
+    } else if (drag_.mode == DragMode::Resize) {
+        applyResizeDelta(beats);
+    } else if (drag_.drawIndex < block.notes.size()) {
+        block.notes[drag_.drawIndex].durationBeats =
+            NoteEdits::drawnLength(drag_.drawBeat, place.x() / PianoRollLayout::kBeatPixels, step);
+    }
+    drag_.moved = true;
+    drag_.left = block.notes;
+    canvas_->rebuildScene();
+}
+
+void PianoRollGridView::applyMoveDelta(double beats, int pitches)
+{
+    if (MelodyBlock* block = canvas_->activeBlock())
+        NoteEdits::move(*block, drag_.notes, beats, pitches);
+}
+
+void PianoRollGridView::applyResizeDelta(double beats)
+{
+    if (MelodyBlock* block = canvas_->activeBlock())
+        NoteEdits::resize(*block, drag_.notes, beats, canvas_->snapBeats());
+}
+
+// ---- Mouse ---------------------------------------------------------------------------------
+
+void PianoRollGridView::mousePressEvent(QMouseEvent* event)
+{
+    const bool left = event->button() == Qt::LeftButton;
+    const bool right = event->button() == Qt::RightButton;
+    if ((!left && !right) || !canvas_->hasEditableBlock()) {
+        QGraphicsView::mousePressEvent(event);
+        return;
+    }
+    const QPointF place = mapToScene(event->position().toPoint());
+    if (right) {
+        deleteAt(place);
+        return;
+    }
+    // The release of the press before this one may have gone elsewhere.
+    endDrag();
+    if (event->modifiers() & Qt::ShiftModifier)
+        startRubberBand(event);
+    else if (NoteItem* note = noteItemAt(place))
+        pressOnNote(note, place, event->modifiers());
+    else
+        drawNote(place);
+}
+
+void PianoRollGridView::deleteAt(const QPointF& place)
+{
+    NoteItem* note = noteItemAt(place);
+    if (!note)
+        return;
+    note->setSelected(true);
+    canvas_->deleteSelectedNotes();
+}
+
+void PianoRollGridView::startRubberBand(QMouseEvent* event)
+{
+    drag_ = {.mode = DragMode::RubberBand};
+    setDragMode(RubberBandDrag);
+    QGraphicsView::mousePressEvent(event);
+}
+
+void PianoRollGridView::pressOnNote(NoteItem* note, const QPointF& place,
+                                    Qt::KeyboardModifiers modifiers)
+{
+    if (!note->isSelected()) {
+        if (!(modifiers & Qt::ControlModifier))
+            scene()->clearSelection();
+        note->setSelected(true);
+    }
+    const MelodyBlock& block = *canvas_->activeBlock();
+    const bool grip = PianoRollLayout::isOnGrip(place.x(), note->rect().right(), transform().m11());
+    drag_ = {.mode = grip ? DragMode::Resize : DragMode::Move,
+             .start = place,
+             .notes = NoteEdits::dragged(block, canvas_->scene()->selectedNotes()),
+             .left = block.notes};
+}
+
+void PianoRollGridView::drawNote(const QPointF& place)
+{
+    scene()->clearSelection();
+    const double step = canvas_->snapBeats();
+    const int pitch = PianoRollLayout::sceneYToPitch(place.y());
+    const double beat = std::floor(place.x() / PianoRollLayout::kBeatPixels / step) * step;
+    if (pitch == -1 || beat < 0.0)
+        return;
+    canvas_->addNoteAt(beat, pitch, step);
+    const QList<NoteEvent>& notes = canvas_->activeBlock()->notes;
+    drag_ = {.mode = DragMode::Draw,
+             .start = place,
+             .drawBeat = beat,
+             .drawPitch = pitch,
+             .drawIndex = static_cast<int>(notes.size()) - 1,
+             .moved = true,
+             .left = notes};
+    canvas_->startPreview(pitch);
+}
+
+void PianoRollGridView::mouseMoveEvent(QMouseEvent* event)
+{
+    const QPointF place = mapToScene(event->position().toPoint());
+    if (!dragsNotes()) {
+        showCursorAt(place);
+        QGraphicsView::mouseMoveEvent(event);
+    } else if (holdsNotes()) {
+        dragTo(place);
+    } else {
+        cancelDrag();
+    }
+}
+
+void PianoRollGridView::showCursorAt(const QPointF& place)
+{
+    const NoteItem* note = noteItemAt(place);
+    const bool grip =
+        note && PianoRollLayout::isOnGrip(place.x(), note->rect().right(), transform().m11());
+    viewport()->setCursor(grip ? Qt::SizeHorCursor : Qt::ArrowCursor);
+}
+
+void PianoRollGridView::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (dragsNotes()) {
+        endDrag();
+        return;
+    }
+    QGraphicsView::mouseReleaseEvent(event);
+    if (takeDrag().mode == DragMode::RubberBand)
+        setDragMode(NoDrag);
 }
 
 // ---- Wheel ---------------------------------------------------------------------------------

@@ -1,11 +1,15 @@
 #pragma once
 
+#include "music/NoteEvent.h"
+#include "views/pianoroll/NoteEdits.h"
+
 #include <QGraphicsView>
 
 class NoteItem;
 class PianoRollCanvas;
 
-/// The grid of the piano roll: paints the key, the chords and the lines of time under the notes.
+/// The grid of the piano roll: paints the key, the chords and the lines of time under the notes,
+/// and turns the mouse into edits.
 class PianoRollGridView : public QGraphicsView {
     Q_OBJECT
 
@@ -15,16 +19,57 @@ public:
     /// The topmost editable note at a place of the scene, or null.
     NoteItem* noteItemAt(const QPointF& place) const;
 
+    /// Ends a drag of notes that is under way as if the mouse let go.
+    void endDrag();
+
+    /// Forgets a drag of notes; what it has done so far stays.
+    void cancelDrag();
+
     /// The height in the viewport of a height of the scene, in pixels and parts of them.
     double viewportY(double sceneY) const;
 
 protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void drawBackground(QPainter* painter, const QRectF& rect) override;
 
 private:
+    enum class DragMode { None, Draw, Move, Resize, RubberBand };
+
+    /// What the mouse does between press and release.
+    struct Drag {
+        DragMode mode = DragMode::None;
+        /// Of the press, in scene pixels.
+        QPointF start = {};
+        /// What was selected at the press.
+        QList<DraggedNote> notes = {};
+        /// Of the note that is being drawn: its absolute beat, its pitch and its place in the
+        /// block.
+        double drawBeat = 0.0;
+        int drawPitch = -1;
+        int drawIndex = -1;
+        /// The notes are to be committed at the release.
+        bool moved = false;
+        /// The notes of the block as the drag has left them.
+        QList<NoteEvent> left = {};
+    };
+
+    bool dragsNotes() const;
+    bool holdsNotes() const;
+    Drag takeDrag();
+    void startRubberBand(QMouseEvent* event);
+    void pressOnNote(NoteItem* note, const QPointF& place, Qt::KeyboardModifiers modifiers);
+    void drawNote(const QPointF& place);
+    void deleteAt(const QPointF& place);
+    void dragTo(const QPointF& place);
+    void applyMoveDelta(double beats, int pitches);
+    void applyResizeDelta(double beats);
+    void showCursorAt(const QPointF& place);
     void scrollHorizontally(int pixels);
 
     PianoRollCanvas* canvas_;
+    Drag drag_;
 };

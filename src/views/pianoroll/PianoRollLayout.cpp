@@ -97,6 +97,12 @@ int PianoRollLayout::sceneYToPitch(double sceneY)
     return kHighestPitch - static_cast<int>(row);
 }
 
+int PianoRollLayout::rowsIn(double scenePixels)
+{
+    const double rows = std::round(scenePixels / kRowPixels);
+    return static_cast<int>(std::clamp<double>(rows, -kRows, kRows));
+}
+
 PianoRollLayout::PitchSpan PianoRollLayout::pitchesBetween(double top, double bottom)
 {
     const auto pitchAt = [](double y) {

@@ -82,6 +82,9 @@ double pitchToSceneY(int pitch);
 /// The pitch of the row at a height of the scene; -1 outside the rows.
 int sceneYToPitch(double sceneY);
 
+/// The whole rows nearest to a way down the scene.
+int rowsIn(double scenePixels);
+
 /// Rows of the scene that a stretch of it touches, as the highest and the lowest pitch.
 struct PitchSpan {
     int highest = kHighestPitch;
