@@ -1,12 +1,8 @@
 #include "content/ContentCatalog.h"
 
-#include "content/ContentServer.h"
-
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
-#include <QNetworkReply>
-#include <QPointer>
 
 #include <algorithm>
 
@@ -71,23 +67,17 @@ void ContentCatalog::refresh()
         return;
     }
     const QUrl url = ContentServer::urlOf(baseUrl_, u"catalog.json"_s);
-    QNetworkReply* reply = ContentServer::get(*network_, url, ContentServer::kMaxJsonBytes);
-    // Queued, so that a slot of ours may delete this object and the reply with it.
-    const auto finish = [this, reply = QPointer(reply)] {
-        if (reply)
-            read(*reply);
-    };
-    connect(reply, &QNetworkReply::finished, this, finish, Qt::QueuedConnection);
+    ContentServer::get(*network_, url, ContentServer::kMaxJsonBytes, this,
+                       [this](const ContentServer::Answer& answer) { take(answer); });
 }
 
-void ContentCatalog::read(QNetworkReply& reply)
+void ContentCatalog::take(const ContentServer::Answer& answer)
 {
-    reply.deleteLater();
-    if (reply.error() != QNetworkReply::NoError) {
-        emit catalogFailed(reply.errorString());
+    if (!answer.error.isEmpty()) {
+        emit catalogFailed(answer.error);
         return;
     }
-    const QJsonDocument document = QJsonDocument::fromJson(reply.readAll());
+    const QJsonDocument document = QJsonDocument::fromJson(answer.body);
     if (!document.isObject()) {
         emit catalogFailed(tr("catalog.json inválido."));
         return;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "content/ContentServer.h"
+
 #include <QJsonObject>
 #include <QList>
 #include <QObject>
@@ -7,7 +9,6 @@
 #include <QUrl>
 
 class QNetworkAccessManager;
-class QNetworkReply;
 
 /// A rhythm that the content server offers.
 struct CatalogEntry {
@@ -61,7 +62,7 @@ signals:
     void catalogFailed(const QString& message);
 
 private:
-    void read(QNetworkReply& reply);
+    void take(const ContentServer::Answer& answer);
 
     QUrl baseUrl_;
     QNetworkAccessManager* network_;

@@ -53,37 +53,27 @@ void ContentDownloadManager::installRhythm(const QString& rhythmId)
         return fail(
             tr("Paquete inválido: %1").arg(tr("el id del ritmo no sirve como nombre de archivo")));
     emit progress(tr("Descargando %1...").arg(id));
-    fetch("content/"_L1 + id + ".content.json"_L1, ContentServer::kMaxJsonBytes,
-          &ContentDownloadManager::takeContent);
+    get("content/"_L1 + id + ".content.json"_L1, ContentServer::kMaxJsonBytes,
+        &ContentDownloadManager::takeContent);
 }
 
-QNetworkReply* ContentDownloadManager::get(const QString& relativePath, qint64 maxBytes)
+void ContentDownloadManager::get(const QString& relativePath, qint64 maxBytes, Step next)
 {
     const QUrl url = ContentServer::urlOf(catalog_->baseUrl(), relativePath);
-    return ContentServer::get(*catalog_->networkManager(), url, maxBytes);
-}
-
-void ContentDownloadManager::fetch(const QString& relativePath, qint64 maxBytes, Step next)
-{
-    reply_ = get(relativePath, maxBytes);
-    const auto finish = [this, next] {
-        if (!reply_)
-            return;
-        reply_->deleteLater();
-        if (reply_->error() != QNetworkReply::NoError)
-            fail(reply_->errorString());
+    const auto ended = [this, next](const ContentServer::Answer& answer) {
+        if (answer.error.isEmpty())
+            (this->*next)(answer.body);
         else
-            (this->*next)(reply_->readAll());
+            fail(answer.error);
     };
-    // Queued, so that a slot of ours may delete this object and the reply with it.
-    connect(reply_, &QNetworkReply::finished, this, finish, Qt::QueuedConnection);
+    reply_ = ContentServer::get(*catalog_->networkManager(), url, maxBytes, this, ended);
 }
 
 void ContentDownloadManager::takeContent(const QByteArray& body)
 {
     contentBytes_ = body;
-    fetch("grooves/"_L1 + currentRhythmId_ + ".groove.json"_L1, ContentServer::kMaxJsonBytes,
-          &ContentDownloadManager::takeGroove);
+    get("grooves/"_L1 + currentRhythmId_ + ".groove.json"_L1, ContentServer::kMaxJsonBytes,
+        &ContentDownloadManager::takeGroove);
 }
 
 void ContentDownloadManager::takeGroove(const QByteArray& body)
@@ -109,8 +99,8 @@ void ContentDownloadManager::fetchNextInstrument()
         return finishInstall();
     currentInstrumentId_ = pendingInstruments_.takeFirst();
     emit progress(tr("Descargando instrumento %1...").arg(currentInstrumentId_));
-    fetch(InstallPlan::bankFile(currentInstrumentId_), ContentServer::kMaxBankBytes,
-          &ContentDownloadManager::takeBank);
+    get(InstallPlan::bankFile(currentInstrumentId_), ContentServer::kMaxBankBytes,
+        &ContentDownloadManager::takeBank);
 }
 
 void ContentDownloadManager::takeBank(const QByteArray& body)

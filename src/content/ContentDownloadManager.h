@@ -50,8 +50,7 @@ signals:
 private:
     using Step = void (ContentDownloadManager::*)(const QByteArray& body);
 
-    QNetworkReply* get(const QString& relativePath, qint64 maxBytes);
-    void fetch(const QString& relativePath, qint64 maxBytes, Step next);
+    void get(const QString& relativePath, qint64 maxBytes, Step next);
     void takeContent(const QByteArray& body);
     void takeGroove(const QByteArray& body);
     void checkPackage();

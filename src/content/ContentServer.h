@@ -1,10 +1,14 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <QUrl>
 
+#include <functional>
+
 class QNetworkAccessManager;
 class QNetworkReply;
+class QObject;
 
 /// The server of more rhythms: static files below a base address.
 namespace ContentServer {
@@ -17,8 +21,17 @@ constexpr qint64 kMaxBankBytes = 256 * 1024 * 1024;
 /// to which neither may be escaped.
 QUrl urlOf(const QUrl& base, const QString& relativePath);
 
-/// Asks for a file once, following redirects within HTTP that are no less safe. The reply belongs
-/// to `network`; its whole body is held until it is read.
-QNetworkReply* get(QNetworkAccessManager& network, const QUrl& url, qint64 maxBytes);
+/// How a request ended: with a body, or with the network's own words for what went wrong.
+struct Answer {
+    QByteArray body;
+    /// Empty if all went well.
+    QString error;
+};
+
+/// Asks for a file once, following redirects within HTTP that are no less safe. The whole body is
+/// held until `ended` is called from the event loop, once, and never after `context` is gone. The
+/// reply belongs to `network` and lives no longer than that; deleting it ends the request unheard.
+QNetworkReply* get(QNetworkAccessManager& network, const QUrl& url, qint64 maxBytes,
+                   const QObject* context, const std::function<void(const Answer&)>& ended);
 
 } // namespace ContentServer
