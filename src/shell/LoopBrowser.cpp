@@ -13,11 +13,15 @@
 #include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <QStandardItemModel>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <memory>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -29,6 +33,10 @@ constexpr double kAtThePlayhead = -1.0;
 constexpr int kShades = 3;
 constexpr int kPreviewButtonHeight = 18;
 constexpr double kDefaultBarBeats = 4.0;
+
+/// Far above any real section. A damaged package may list more variants than there is room for
+/// widgets.
+constexpr int kMaxVariants = 200;
 
 QLabel* headerLabel(const QString& text)
 {
@@ -53,7 +61,8 @@ public:
     {
         const int margins =
             2 * view()->frameWidth() + view()->verticalScrollBar()->sizeHint().width();
-        view()->setMinimumWidth(view()->sizeHintForColumn(0) + margins);
+        view()->setMinimumWidth(std::min(view()->sizeHintForColumn(0) + margins,
+                                         screen()->availableGeometry().width()));
         QComboBox::showPopup();
     }
 };
@@ -263,7 +272,8 @@ QWidget* LoopBrowser::buildCard(LoopSection section, const QList<LoopVariant>& v
     auto* columns = new WrappingRow(row);
     columns->setContentsMargins(6, 0, 6, 0);
     columns->setSpacing(6);
-    for (const LoopVariant& variant : variants)
+    for (const LoopVariant& variant :
+         variants.first(std::min<qsizetype>(variants.size(), kMaxVariants)))
         columns->addWidget(buildColumn(section, variant.variantIndex));
     columns->addStretch();
     layout->addWidget(row);

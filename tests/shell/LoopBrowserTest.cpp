@@ -108,7 +108,9 @@ private slots:
     void buttonsHaveTheirHeightInBothThemes();
     void longNamesDoNotWidenThePanel();
     void longNamesAreWholeInTheListThatDropsDown();
+    void theListThatDropsDownStaysOnTheScreen();
     void anyNumberOfVariantsFitsTheWidth();
+    void variantsWithoutEndDoNotFillTheMemory();
 
     // The cascade
     void aChangeOfStyleFillsTheRest();
@@ -483,6 +485,26 @@ void LoopBrowserTest::anyNumberOfVariantsFitsTheWidth()
             covered += place;
         }
     }
+}
+
+void LoopBrowserTest::variantsWithoutEndDoNotFillTheMemory()
+{
+    QList<LoopVariant> variants;
+    for (int index = 1; index <= 20000; ++index)
+        variants.append(variantOf("l", LoopSection::Normal, index));
+    stage().load(variants);
+    const auto buttons = stage().cards().at(0)->findChildren<VariationButton*>();
+    QVERIFY(buttons.size() >= 100 && buttons.size() <= 1000);
+    QCOMPARE(buttons.first()->text(), "1");
+}
+
+void LoopBrowserTest::theListThatDropsDownStaysOnTheScreen()
+{
+    stage().load({.id = "r", .name = QString(20000, 'm'), .style = "s"});
+    stage().rhythms().showPopup();
+    const QWidget* list = stage().rhythms().view()->window();
+    QVERIFY(list->width() <= list->screen()->availableGeometry().width() + 2);
+    stage().rhythms().hidePopup();
 }
 
 // ---- The cascade ---------------------------------------------------------------------------
