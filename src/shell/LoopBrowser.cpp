@@ -3,21 +3,17 @@
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
 #include "playback/PlaybackEngine.h"
+#include "shell/ChoiceBox.h"
 #include "shell/OnlineSearchDialog.h"
 #include "shell/SectionWords.h"
 #include "shell/VariationButton.h"
 #include "shell/WrappingRow.h"
 
-#include <QAbstractItemView>
-#include <QComboBox>
 #include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QScreen>
 #include <QScrollArea>
-#include <QScrollBar>
 #include <QSignalBlocker>
-#include <QStandardItemModel>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -54,28 +50,6 @@ QWidget* transparentRow()
     return row;
 }
 
-/// Long names are read in the list that drops down, which may be wider than the box.
-class ChoiceBox : public QComboBox {
-public:
-    void showPopup() override
-    {
-        const int margins =
-            2 * view()->frameWidth() + view()->verticalScrollBar()->sizeHint().width();
-        view()->setMinimumWidth(std::min(view()->sizeHintForColumn(0) + margins,
-                                         screen()->availableGeometry().width()));
-        QComboBox::showPopup();
-    }
-};
-
-QComboBox* choice(const QString& tooltip)
-{
-    auto* combo = new ChoiceBox;
-    combo->setToolTip(tooltip);
-    // Long names may not widen the panel.
-    combo->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    return combo;
-}
-
 bool isForeign(const TimeSignature& meter, const Project* project)
 {
     return project && meter != project->timeSignature;
@@ -92,23 +66,6 @@ QString layerText(const LoopLayer& layer, const Instrument* instrument)
     if (!instrument || layer.label.startsWith(instrument->name))
         return layer.label;
     return u"%1 · %2"_s.arg(layer.label, instrument->name);
-}
-
-void disableItem(QComboBox* combo, int index, const QString& reason)
-{
-    QStandardItem* item = qobject_cast<QStandardItemModel*>(combo->model())->item(index);
-    item->setEnabled(false);
-    item->setToolTip(reason);
-}
-
-void selectFirstEnabled(QComboBox* combo)
-{
-    for (int index = 0; index < combo->count(); ++index) {
-        if (combo->model()->flags(combo->model()->index(index, 0)).testFlag(Qt::ItemIsEnabled)) {
-            combo->setCurrentIndex(index);
-            return;
-        }
-    }
 }
 
 /// A drag runs the event loop and must not lose the button that it started from.
@@ -155,10 +112,11 @@ LoopBrowser::LoopBrowser(LoopLibrary* library, InstrumentLibrary* instruments,
 
 QFormLayout* LoopBrowser::buildChoices()
 {
-    styleCombo_ = choice(tr("Estilo musical"));
-    rhythmCombo_ = choice(tr("Ritmo dentro del estilo"));
-    layerCombo_ = choice(tr("Capa de instrumento del ritmo (cada una tiene su carril en la línea "
-                            "de tiempo)"));
+    styleCombo_ = new ChoiceBox(tr("Estilo musical"));
+    rhythmCombo_ = new ChoiceBox(tr("Ritmo dentro del estilo"));
+    layerCombo_ =
+        new ChoiceBox(tr("Capa de instrumento del ritmo (cada una tiene su carril en la línea "
+                         "de tiempo)"));
     connect(styleCombo_, &QComboBox::currentIndexChanged, this, &LoopBrowser::reloadRhythms);
     connect(rhythmCombo_, &QComboBox::currentIndexChanged, this, &LoopBrowser::reloadLayers);
     connect(layerCombo_, &QComboBox::currentIndexChanged, this, &LoopBrowser::rebuildSectionCards);
@@ -213,18 +171,18 @@ void LoopBrowser::reloadRhythms()
         const QSignalBlocker blocker(rhythmCombo_);
         rhythmCombo_->clear();
         fillRhythms();
-        selectFirstEnabled(rhythmCombo_);
+        rhythmCombo_->selectFirstEnabled();
     }
     reloadLayers();
 }
 
 void LoopBrowser::fillRhythms()
 {
-    for (const Rhythm& rhythm : library_->rhythmsForStyle(styleId())) {
+    for (const Rhythm& rhythm : library_->rhythmsForStyle(styleCombo_->currentId())) {
         rhythmCombo_->addItem(rhythmText(rhythm), rhythm.id);
         if (isForeign(rhythm.timeSignature, project_))
-            disableItem(rhythmCombo_, rhythmCombo_->count() - 1,
-                        tr("Compás distinto al del proyecto — no se puede mezclar"));
+            rhythmCombo_->disableItem(rhythmCombo_->count() - 1,
+                                      tr("Compás distinto al del proyecto — no se puede mezclar"));
     }
 }
 
@@ -233,7 +191,7 @@ void LoopBrowser::reloadLayers()
     {
         const QSignalBlocker blocker(layerCombo_);
         layerCombo_->clear();
-        for (const LoopLayer& layer : library_->layersForRhythm(rhythmId())) {
+        for (const LoopLayer& layer : library_->layersForRhythm(rhythmCombo_->currentId())) {
             const Instrument* instrument =
                 instruments_ ? instruments_->find(layer.instrumentId) : nullptr;
             layerCombo_->addItem(layerText(layer, instrument), layer.id);
@@ -250,7 +208,8 @@ void LoopBrowser::rebuildSectionCards()
     }
     int card = 0;
     for (const LoopSection section : kSectionOrder) {
-        const QList<LoopVariant> variants = library_->variantsFor(layerId(), section);
+        const QList<LoopVariant> variants =
+            library_->variantsFor(layerCombo_->currentId(), section);
         if (variants.isEmpty())
             continue;
         sectionsLayout_->insertWidget(card, buildCard(section, variants, card % kShades));
@@ -282,7 +241,8 @@ QWidget* LoopBrowser::buildCard(LoopSection section, const QList<LoopVariant>& v
 
 QWidget* LoopBrowser::buildColumn(LoopSection section, int variantIndex)
 {
-    auto* place = new VariationButton(rhythmId(), layerId(), section, variantIndex);
+    auto* place = new VariationButton(rhythmCombo_->currentId(), layerCombo_->currentId(), section,
+                                      variantIndex);
     connect(place, &QToolButton::clicked, this,
             [this, section, variantIndex] { placeVariant(section, variantIndex); });
 
@@ -307,11 +267,12 @@ QWidget* LoopBrowser::buildColumn(LoopSection section, int variantIndex)
 
 void LoopBrowser::previewVariant(LoopSection section, int variantIndex)
 {
-    const LoopVariant* variant = library_->findVariant(layerId(), section, variantIndex);
+    const LoopVariant* variant =
+        library_->findVariant(layerCombo_->currentId(), section, variantIndex);
     if (!variant || !engine_)
         return;
-    const LoopLayer* layer = library_->findLayer(layerId());
-    const Rhythm* rhythm = library_->findRhythm(rhythmId());
+    const LoopLayer* layer = library_->findLayer(layerCombo_->currentId());
+    const Rhythm* rhythm = library_->findRhythm(rhythmCombo_->currentId());
     const int rhythmBpm = rhythm ? rhythm->referenceBpm : Project::kDefaultBpm;
     engine_->previewVariant(*variant, layer ? layer->instrumentId : QString(),
                             project_ ? project_->bpm : rhythmBpm,
@@ -320,8 +281,9 @@ void LoopBrowser::previewVariant(LoopSection section, int variantIndex)
 
 void LoopBrowser::placeVariant(LoopSection section, int variantIndex)
 {
-    const LoopVariant* variant = library_->findVariant(layerId(), section, variantIndex);
-    const LoopLayer* layer = library_->findLayer(layerId());
+    const LoopVariant* variant =
+        library_->findVariant(layerCombo_->currentId(), section, variantIndex);
+    const LoopLayer* layer = library_->findLayer(layerCombo_->currentId());
     const Rhythm* rhythm = layer ? library_->findRhythm(layer->rhythmId) : nullptr;
     if (!project_ || !variant || !rhythm)
         return;
@@ -342,19 +304,4 @@ void LoopBrowser::openOnlineSearch()
 {
     OnlineSearchDialog dialog(*library_, *catalog_, *downloads_, *registry_, this);
     dialog.exec();
-}
-
-QString LoopBrowser::styleId() const
-{
-    return styleCombo_->currentData().toString();
-}
-
-QString LoopBrowser::rhythmId() const
-{
-    return rhythmCombo_->currentData().toString();
-}
-
-QString LoopBrowser::layerId() const
-{
-    return layerCombo_->currentData().toString();
 }

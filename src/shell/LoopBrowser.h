@@ -5,13 +5,13 @@
 #include <QPointer>
 #include <QWidget>
 
+class ChoiceBox;
 class ContentCatalog;
 class ContentDownloadManager;
 class InstalledContentRegistry;
 class InstrumentLibrary;
 class LoopLibrary;
 class PlaybackEngine;
-class QComboBox;
 class QFormLayout;
 class QVBoxLayout;
 struct LoopVariant;
@@ -60,10 +60,6 @@ private:
     void placeVariant(LoopSection section, int variantIndex);
     void openOnlineSearch();
 
-    QString styleId() const;
-    QString rhythmId() const;
-    QString layerId() const;
-
     LoopLibrary* library_;
     InstrumentLibrary* instruments_;
     ContentCatalog* catalog_;
@@ -72,9 +68,9 @@ private:
     PlaybackEngine* engine_;
     QPointer<Project> project_;
     /// Their items hold ids.
-    QComboBox* styleCombo_;
-    QComboBox* rhythmCombo_;
-    QComboBox* layerCombo_;
+    ChoiceBox* styleCombo_;
+    ChoiceBox* rhythmCombo_;
+    ChoiceBox* layerCombo_;
     /// The cards, and behind them the stretch that holds them together.
     QVBoxLayout* sectionsLayout_;
 };
