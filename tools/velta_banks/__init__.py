@@ -1,0 +1,1 @@
+"""Synthesises the banks of the recorded instruments as SoundFont 2 files."""
