@@ -26,6 +26,7 @@ test_packages=(
     g++-mingw-w64-x86-64-win32
     locales
     pulseaudio pulseaudio-utils libasound2-plugins
+    python3 python3-numpy
     python3
 )
 
