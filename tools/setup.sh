@@ -17,6 +17,7 @@ window_packages=(
 # What the tools of those who write rhythms need on top of what every build needs.
 author_packages=(
     libebur128-dev
+    python3 python3-numpy
 )
 
 # What the tests need on top of what every build needs.
@@ -26,8 +27,6 @@ test_packages=(
     g++-mingw-w64-x86-64-win32
     locales
     pulseaudio pulseaudio-utils libasound2-plugins
-    python3 python3-numpy
-    python3
 )
 
 say() {
