@@ -91,6 +91,7 @@ private slots:
     void aRedirectOutOfHttpLeavesWhatWasThere();
     void aCatalogueOfFiveMegabytesLoads();
     void twoRefreshesAnswerTwice();
+    void deletingEndsWhatIsUnderWay_data();
     void deletingEndsWhatIsUnderWay();
     void aSlotMayDeleteTheCatalogue();
 };
@@ -349,13 +350,25 @@ void ContentCatalogTest::twoRefreshesAnswerTwice()
     QCOMPARE(client.ids(), QStringList({"zamba", "cueca"}));
 }
 
+void ContentCatalogTest::deletingEndsWhatIsUnderWay_data()
+{
+    const QByteArray ok = "HTTP/1.1 200 OK\r\n";
+    QTest::addColumn<LocalServer::Behaviour>("behaviour");
+    QTest::newRow("no answer") << keepsSilent();
+    QTest::newRow("a head without end") << drips(ok, "X-More: of the same\r\n");
+    QTest::newRow("a line without end") << drips(ok + "X-More: ", "x");
+    QTest::newRow("a body without end") << drips(ok + "\r\n", "x");
+}
+
 void ContentCatalogTest::deletingEndsWhatIsUnderWay()
 {
+    QFETCH(LocalServer::Behaviour, behaviour);
     ContentHost host;
-    host.misbehave("/catalog.json", keepsSilent());
+    host.misbehave("/catalog.json", behaviour);
     Client client(host.url());
     client.catalog->refresh();
     QTRY_COMPARE(host.asked().size(), 1);
+    QTest::qWait(20);
     client.catalog.reset();
     QTRY_COMPARE(host.server().openConnections(), 0);
     QCOMPARE(client.signalCount(), 0);
