@@ -3,6 +3,7 @@
 #include "playback/PlaybackEngine.h"
 #include "support/ContentFixture.h"
 #include "support/FluidSpy.h"
+#include "support/FullDisk.h"
 #include "support/LameSpy.h"
 #include "support/Mp3Frames.h"
 #include "support/ProjectBuilder.h"
@@ -16,7 +17,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <csignal>
 #include <limits>
 #include <sys/resource.h>
 #include <utility>
@@ -209,26 +209,6 @@ QList<float> bareMix(const Project& song, const LoopLibrary* library, const QByt
         sample = std::clamp(sample, -1.0F, 1.0F);
     return mix;
 }
-
-/// While it lives, no file of this process grows beyond a size, as on a disk that fills up.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &before_);
-        const rlimit limit{bytes, before_.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &before_); }
-
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit before_{};
-};
 
 /// While it lives, the process gets little more memory than it has.
 class ScarceMemory {

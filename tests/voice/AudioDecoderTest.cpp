@@ -1,6 +1,7 @@
 #include "voice/AudioDecoder.h"
 
 #include "support/Files.h"
+#include "support/FullDisk.h"
 #include "support/SoundFile.h"
 #include "support/Tones.h"
 
@@ -10,9 +11,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <csignal>
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -111,31 +110,6 @@ public:
 private:
     int nowhere_;
     RedirectedStream stream_;
-};
-
-/// Keeps files of this process below a size for as long as it lives, as a full disk would.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t bytes)
-    {
-        getrlimit(RLIMIT_FSIZE, &saved_);
-        const rlimit limit{bytes, saved_.rlim_max};
-        handler_ = std::signal(SIGXFSZ, SIG_IGN);
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &saved_);
-        std::signal(SIGXFSZ, handler_);
-    }
-
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit saved_{};
-    void (*handler_)(int) = SIG_DFL;
 };
 
 } // namespace
