@@ -1,6 +1,7 @@
 #include "content/ContentCatalog.h"
 
 #include "content/ContentHost.h"
+#include "support/Await.h"
 #include "support/JsonEdit.h"
 
 #include <QNetworkAccessManager>
@@ -42,7 +43,7 @@ struct Client {
         loaded.clear();
         failed.clear();
         catalog->refresh();
-        if (!QTest::qWaitFor([&] { return signalCount() > 0; }, 20000))
+        if (!await([&] { return signalCount() > 0; }))
             return "no signal";
         QTest::qWait(10);
         if (signalCount() > 1)

@@ -53,6 +53,8 @@ private slots:
     void init();
     void aFaultOfTheServerFailsTheInstall_data();
     void aFaultOfTheServerFailsTheInstall();
+    void aBodyThatIsCutBetweenItsPiecesIsRefused_data();
+    void aBodyThatIsCutBetweenItsPiecesIsRefused();
     void aMissingSecondBankLeavesTheFirst();
     void aServerThatIsDownFailsTheInstall();
     void noAddressFailsTheInstall();
@@ -130,6 +132,33 @@ void DownloadFaultsTest::aFaultOfTheServerFailsTheInstall()
     QCOMPARE(stage.files(), before);
     QVERIFY(stage.registry.installedRhythms().isEmpty());
     QVERIFY(!stage.content.library().findRhythm("zamba"));
+    host.heal();
+    QCOMPARE(stage.install("zamba"), "installed");
+}
+
+void DownloadFaultsTest::aBodyThatIsCutBetweenItsPiecesIsRefused_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QByteArray>("body");
+    QTest::newRow("package") << kContent << packageWith("zamba", {"charango"});
+    QTest::newRow("bank") << kFirstBank << someBank();
+}
+
+// Qt mostly takes the end of the connection for that of the body.
+void DownloadFaultsTest::aBodyThatIsCutBetweenItsPiecesIsRefused()
+{
+    QFETCH(QString, path);
+    QFETCH(QByteArray, body);
+    ZambaHost host;
+    DownloadStage stage(host.url());
+    const auto before = stage.files();
+    host.misbehave(
+        path, sends(headOf("Transfer-Encoding: chunked\r\n") + "80\r\n" + body.left(128) + "\r\n"));
+    const QString outcome = stage.install("zamba");
+    QVERIFY2(outcome.startsWith("Paquete inválido: ") || outcome == "Connection closed",
+             qPrintable(outcome));
+    QVERIFY(!stage.downloads->isBusy());
+    QCOMPARE(stage.files(), before);
     host.heal();
     QCOMPARE(stage.install("zamba"), "installed");
 }

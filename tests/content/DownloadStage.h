@@ -3,6 +3,7 @@
 #include "content/ContentCatalog.h"
 #include "content/ContentDownloadManager.h"
 #include "content/InstalledContentRegistry.h"
+#include "support/Await.h"
 #include "support/ContentFixture.h"
 #include "support/TinyBank.h"
 
@@ -52,7 +53,7 @@ public:
         failed.clear();
         downloads->installRhythm(id);
         const auto outcomes = [this] { return installed.size() + failed.size(); };
-        if (!QTest::qWaitFor([&] { return outcomes() > 0; }, 20000))
+        if (!await([&] { return outcomes() > 0; }))
             return QStringLiteral("no signal");
         QTest::qWait(10);
         if (outcomes() > 1)
