@@ -4,6 +4,8 @@
 #include <QScreen>
 #include <QScrollBar>
 #include <QStandardItemModel>
+#include <QStyleOption>
+#include <QStylePainter>
 
 #include <algorithm>
 
@@ -36,4 +38,18 @@ void ChoiceBox::showPopup()
     view()->setMinimumWidth(
         std::min(view()->sizeHintForColumn(0) + margins, screen()->availableGeometry().width()));
     QComboBox::showPopup();
+}
+
+void ChoiceBox::paintEvent(QPaintEvent*)
+{
+    QStylePainter painter(this);
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    const QRect field =
+        style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this);
+    // Styles leave a pixel free on both sides.
+    option.currentText =
+        option.fontMetrics.elidedText(option.currentText, Qt::ElideRight, field.width() - 2);
+    painter.drawComplexControl(QStyle::CC_ComboBox, option);
+    painter.drawControl(QStyle::CE_ComboBoxLabel, option);
 }

@@ -2,8 +2,8 @@
 
 #include <QComboBox>
 
-/// A choice in a narrow panel. Long names do not widen the box: they are read in the list that
-/// drops down, which may be wider, up to the width of the screen.
+/// A choice in a narrow panel. Long names do not widen the box: they are elided in it, and read in
+/// the list that drops down, which may be wider, up to the width of the screen.
 class ChoiceBox : public QComboBox {
     Q_OBJECT
 
@@ -20,4 +20,7 @@ public:
     QString currentId() const { return currentData().toString(); }
 
     void showPopup() override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
 };

@@ -4,7 +4,6 @@
 #include "shell/theme/StyleSheet.h"
 #include "support/ContextTranslator.h"
 
-#include <QAbstractItemView>
 #include <QFormLayout>
 #include <QPointer>
 #include <QPushButton>
@@ -107,8 +106,6 @@ private slots:
     void buttonsHaveTheirHeightInBothThemes_data();
     void buttonsHaveTheirHeightInBothThemes();
     void longNamesDoNotWidenThePanel();
-    void longNamesAreWholeInTheListThatDropsDown();
-    void theListThatDropsDownStaysOnTheScreen();
     void anyNumberOfVariantsFitsTheWidth();
     void variantsWithoutEndDoNotFillTheMemory();
 
@@ -453,18 +450,6 @@ void LoopBrowserTest::longNamesDoNotWidenThePanel()
     }
 }
 
-void LoopBrowserTest::longNamesAreWholeInTheListThatDropsDown()
-{
-    const QString longName = QString("un nombre muy largo ").repeated(2);
-    stage().load({.id = "r", .name = longName, .style = "s"});
-    QComboBox& combo = stage().rhythms();
-    const int needed = combo.view()->fontMetrics().horizontalAdvance(longName + " (4/4)");
-    QVERIFY(needed > combo.width());
-    combo.showPopup();
-    QVERIFY(combo.view()->viewport()->width() >= needed);
-    combo.hidePopup();
-}
-
 void LoopBrowserTest::anyNumberOfVariantsFitsTheWidth()
 {
     qApp->setStyleSheet(styleSheet(false));
@@ -496,15 +481,6 @@ void LoopBrowserTest::variantsWithoutEndDoNotFillTheMemory()
     const auto buttons = stage().cards().at(0)->findChildren<VariationButton*>();
     QVERIFY(buttons.size() >= 100 && buttons.size() <= 1000);
     QCOMPARE(buttons.first()->text(), "1");
-}
-
-void LoopBrowserTest::theListThatDropsDownStaysOnTheScreen()
-{
-    stage().load({.id = "r", .name = QString(20000, 'm'), .style = "s"});
-    stage().rhythms().showPopup();
-    const QWidget* list = stage().rhythms().view()->window();
-    QVERIFY(list->width() <= list->screen()->availableGeometry().width() + 2);
-    stage().rhythms().hidePopup();
 }
 
 // ---- The cascade ---------------------------------------------------------------------------
