@@ -27,8 +27,8 @@ bool escribirJson(const QString& ruta, const QJsonDocument& documento)
     QSaveFile archivo(ruta);
     if (texto.size() > kMaxArchivoJson || !archivo.open(QIODevice::WriteOnly))
         return false;
-    archivo.write(texto);
-    return archivo.commit();
+    // Bytes for which there is no room are no error to commit().
+    return archivo.write(texto) == texto.size() && archivo.flush() && archivo.commit();
 }
 
 } // namespace brusel

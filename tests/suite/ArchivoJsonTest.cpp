@@ -1,6 +1,7 @@
 #include "suite/ArchivoJson.h"
 
 #include "suite/SuiteFolder.h"
+#include "support/FullDisk.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -24,6 +25,8 @@ private slots:
     void writingFailsWhereNoFileCanBe_data();
     void writingFailsWhereNoFileCanBe();
     void writingFollowsNoLink();
+    void aFullDiskKeepsTheFormerFile_data();
+    void aFullDiskKeepsTheFormerFile();
     void whatIsNoDocumentReadsAsNull_data();
     void whatIsNoDocumentReadsAsNull();
     void aByteOrderMarkIsNoObstacle();
@@ -97,6 +100,30 @@ void ArchivoJsonTest::writingFollowsNoLink()
     QVERIFY(!escribirJson(file(), QJsonDocument(QJsonArray())));
     QCOMPARE(bytesOf(target), "somebody's");
     QVERIFY(QFileInfo(file()).isSymLink());
+}
+
+void ArchivoJsonTest::aFullDiskKeepsTheFormerFile_data()
+{
+    QTest::addColumn<int>("room");
+    QTest::newRow("no room at all") << 0;
+    QTest::newRow("room for a part") << 1000;
+}
+
+void ArchivoJsonTest::aFullDiskKeepsTheFormerFile()
+{
+    QFETCH(int, room);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("sesion.json");
+    const QJsonDocument former(QJsonObject{{"modo", "solo"}});
+    QVERIFY(escribirJson(path, former));
+    const QJsonDocument longer(QJsonObject{{"modo", QString(1500, 'x')}});
+    {
+        const FullDisk disk(static_cast<rlim_t>(room));
+        QVERIFY(!escribirJson(path, longer));
+    }
+    QCOMPARE(leerJson(path), former);
+    QVERIFY(escribirJson(path, longer));
+    QCOMPARE(leerJson(path), longer);
 }
 
 void ArchivoJsonTest::whatIsNoDocumentReadsAsNull_data()
