@@ -17,7 +17,10 @@ void ListenPageTest::everyLoopIsHeardAndSeen()
                             .sound = "zamba/Normal_2.wav",
                             .picture = "zamba/Normal_2.png",
                             .seconds = 12.34,
-                            .loudness = {.lufs = -21.06, .peakDb = -6.0}};
+                            .loudness = {.lufs = -21.06, .peakDb = -6.0},
+                            .layers = {{.label = "Bombo",
+                                        .sound = "zamba/Normal_2_1.wav",
+                                        .loudness = {.lufs = -25.0, .peakDb = -9.0}}}};
     const QString page = listenPage({{.title = "Zamba (6/8)", .loops = {loop}}});
     for (const char* part :
          {"<h2>Zamba (6/8)</h2>", "<h3>Normal 2</h3>", "src=\"zamba/Normal_2.wav\"",

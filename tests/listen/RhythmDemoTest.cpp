@@ -33,6 +33,7 @@ private slots:
     void everyChordLastsOneLoop();
     void theSongHasTheTempoAndTheMeterOfTheRhythm();
     void theChordsThemselvesAreSilent();
+    void aTrackAloneKeepsTheSong();
 
 private:
     std::unique_ptr<Project> song(const Loop& loop)
@@ -130,6 +131,15 @@ void RhythmDemoTest::theSongHasTheTempoAndTheMeterOfTheRhythm()
 void RhythmDemoTest::theChordsThemselvesAreSilent()
 {
     QVERIFY(song({LoopSection::Normal, 1, 2})->harmonyTrack.muted);
+}
+
+void RhythmDemoTest::aTrackAloneKeepsTheSong()
+{
+    const auto demo = song({LoopSection::Normal, 2, 4});
+    const auto bass = RhythmDemo::alone(*demo, 1);
+    QCOMPARE(bass->tracks, QList{demo->tracks.at(1)});
+    QCOMPARE(bass->harmonyTrack, demo->harmonyTrack);
+    QCOMPARE(bass->bpm, 84);
 }
 
 QTEST_GUILESS_MAIN(RhythmDemoTest)

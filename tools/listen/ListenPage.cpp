@@ -15,14 +15,25 @@ img { display: block; margin: 0.4em 0 1em; }
 <h1>Ritmos de Velta</h1>
 )"_s;
 
+QString layerHtml(const RenderedLayer& layer)
+{
+    return u"<p>%1 · %2 LUFS</p>\n<audio controls preload=\"none\" src=\"%3\"></audio>\n"_s.arg(
+        layer.label.toHtmlEscaped(), QString::number(layer.loudness.lufs, 'f', 1),
+        layer.sound.toHtmlEscaped());
+}
+
 QString loopHtml(const RenderedLoop& loop)
 {
-    return u"<h3>%1</h3>\n<p>%2 s · %3 LUFS · pico %4 dB</p>\n"
-           u"<audio controls preload=\"none\" src=\"%5\"></audio>\n<img src=\"%6\" alt=\"\">\n"_s
-               .arg(loop.title.toHtmlEscaped(), QString::number(loop.seconds, 'f', 1),
-                    QString::number(loop.loudness.lufs, 'f', 1),
-                    QString::number(loop.loudness.peakDb, 'f', 1), loop.sound.toHtmlEscaped(),
-                    loop.picture.toHtmlEscaped());
+    QString html =
+        u"<h3>%1</h3>\n<p>%2 s · %3 LUFS · pico %4 dB</p>\n"
+        u"<audio controls preload=\"none\" src=\"%5\"></audio>\n<img src=\"%6\" alt=\"\">\n"_s.arg(
+            loop.title.toHtmlEscaped(), QString::number(loop.seconds, 'f', 1),
+            QString::number(loop.loudness.lufs, 'f', 1),
+            QString::number(loop.loudness.peakDb, 'f', 1), loop.sound.toHtmlEscaped(),
+            loop.picture.toHtmlEscaped());
+    for (const RenderedLayer& layer : loop.layers)
+        html += layerHtml(layer);
+    return html;
 }
 
 } // namespace

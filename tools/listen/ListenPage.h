@@ -5,6 +5,14 @@
 #include <QList>
 #include <QString>
 
+/// One layer of a loop, rendered alone.
+struct RenderedLayer {
+    QString label;
+    /// Relative to the page.
+    QString sound;
+    Loudness loudness;
+};
+
 /// A loop that was rendered.
 struct RenderedLoop {
     /// Section and number, as the author reads them.
@@ -14,6 +22,8 @@ struct RenderedLoop {
     QString picture;
     double seconds = 0.0;
     Loudness loudness;
+    /// Empty where only the mix was asked for.
+    QList<RenderedLayer> layers;
 };
 
 struct RenderedRhythm {

@@ -92,3 +92,10 @@ std::unique_ptr<Project> RhythmDemo::song(const LoopLibrary& library, const Rhyt
     }
     return project;
 }
+
+std::unique_ptr<Project> RhythmDemo::alone(const Project& song, qsizetype track)
+{
+    std::unique_ptr<Project> project(Project::fromJson(song.toJson(), nullptr));
+    project->tracks = {project->tracks.at(track)};
+    return project;
+}

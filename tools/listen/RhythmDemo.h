@@ -32,4 +32,7 @@ QList<Loop> loopsOf(const LoopLibrary& library, const QString& rhythmId);
 /// layer on each chord and a track for each layer. The chords themselves are silent.
 std::unique_ptr<Project> song(const LoopLibrary& library, const Rhythm& rhythm, const Loop& loop);
 
+/// The same song with one of its tracks alone.
+std::unique_ptr<Project> alone(const Project& song, qsizetype track);
+
 } // namespace RhythmDemo

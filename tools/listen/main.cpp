@@ -28,6 +28,8 @@ struct Studio {
     LoopLibrary library;
     QString gmBank;
     QDir folder;
+    /// Each layer is wanted alone, too.
+    bool layers = false;
 
     Studio(const QString& resources, const QString& out)
         : instruments(resources + "/soundfonts"_L1), library(resources + "/loops"_L1, &instruments),
@@ -64,27 +66,53 @@ void report(const Rhythm& rhythm, const RenderedLoop& loop)
     std::fflush(stdout);
 }
 
+/// The finished mix, written to a file of the studio's folder; empty if that failed.
+QList<float> record(Studio& studio, const Project& song, const QString& sound)
+{
+    QString error;
+    const QList<float> mix = AudioExporter::renderFullMix(
+        song, QString(), &studio.library, &studio.instruments, studio.gmBank, &error);
+    if (mix.isEmpty())
+        fail(error);
+    else if (!AudioDecoder::writeWav(studio.folder.filePath(sound), mix, kSampleRate, 2))
+        fail(u"No pude escribir %1"_s.arg(sound));
+    else
+        return mix;
+    return {};
+}
+
+bool renderLayers(Studio& studio, const Project& song, const QString& name, RenderedLoop& rendered)
+{
+    for (qsizetype i = 0; i < song.tracks.size(); ++i) {
+        RenderedLayer layer{.label = song.tracks.at(i).name,
+                            .sound = u"%1_%2.wav"_s.arg(name).arg(i + 1),
+                            .loudness = {}};
+        const QList<float> mix = record(studio, *RhythmDemo::alone(song, i), layer.sound);
+        if (mix.isEmpty())
+            return false;
+        layer.loudness = Loudness::of(mix);
+        rendered.layers.append(layer);
+    }
+    return true;
+}
+
 bool render(Studio& studio, const Rhythm& rhythm, const RhythmDemo::Loop& loop,
             RenderedLoop& rendered)
 {
     const auto song = RhythmDemo::song(studio.library, rhythm, loop);
-    QString error;
-    const QList<float> mix = AudioExporter::renderFullMix(
-        *song, QString(), &studio.library, &studio.instruments, studio.gmBank, &error);
-    if (mix.isEmpty())
-        return fail(error);
     rendered.title = titleOf(loop);
     const QString name = rhythm.id + u'/' + QString(rendered.title).replace(u' ', u'_');
     rendered.sound = name + ".wav"_L1;
     rendered.picture = name + ".png"_L1;
+    const QList<float> mix = record(studio, *song, rendered.sound);
+    if (mix.isEmpty())
+        return false;
     rendered.seconds = static_cast<double>(mix.size()) / 2 / kSampleRate;
     rendered.loudness = Loudness::of(mix);
     report(rhythm, rendered);
-    if (!AudioDecoder::writeWav(studio.folder.filePath(rendered.sound), mix, kSampleRate, 2))
-        return fail(u"No pude escribir %1"_s.arg(rendered.sound));
     if (!notePicture(*song, studio.library).save(studio.folder.filePath(rendered.picture)))
         return fail(u"No pude escribir %1"_s.arg(rendered.picture));
-    return true;
+    return !studio.layers || renderLayers(studio, *song, name, rendered);
 }
 
 bool renderRhythm(Studio& studio, const Rhythm& rhythm, QList<RenderedRhythm>& page)
@@ -135,6 +163,7 @@ int main(int argc, char** argv)
     parser.addHelpOption();
     parser.addOption({u"resources"_s, u"Carpeta con loops/ y soundfonts/."_s, u"carpeta"_s,
                       QCoreApplication::applicationDirPath() + "/resources"_L1});
+    parser.addOption({u"layers"_s, u"También cada capa sola."_s});
     parser.addPositionalArgument(u"salida"_s, u"Carpeta que se llena; index.html muestra todo."_s);
     parser.addPositionalArgument(u"ritmo"_s, u"Solo estos ritmos."_s, u"[ritmo...]"_s);
     parser.process(app);
@@ -142,5 +171,6 @@ int main(int argc, char** argv)
     if (arguments.isEmpty())
         parser.showHelp(1);
     Studio studio(parser.value(u"resources"_s), arguments.takeFirst());
+    studio.layers = parser.isSet(u"layers"_s);
     return renderLibrary(studio, arguments) ? 0 : 1;
 }
