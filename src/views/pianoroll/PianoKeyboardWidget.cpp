@@ -134,7 +134,7 @@ void PianoKeyboardWidget::paintEvent(QPaintEvent* /*event*/)
 void PianoKeyboardWidget::paintSeparators(QPainter& painter) const
 {
     // A rectangle is rounded as the rows of the grid are, and a line is not.
-    const double pixel = 1.0 / devicePixelRatioF();
+    const double pixel = 1.0 / painter.deviceTransform().m11();
     for (int pitch = kLowestPitch; pitch <= kHighestPitch; ++pitch) {
         const double y = canvas_->view()->viewportY(whiteKeyBottom(pitch));
         if (!isBlackKey(pitch) && y >= 0.0 && y <= height())

@@ -6,6 +6,7 @@
 #include "views/pianoroll/PianoRollLayout.h"
 
 #include <QPainter>
+#include <QtMath>
 
 #include <algorithm>
 #include <cmath>
@@ -25,6 +26,13 @@ constexpr int kChordAlphaLight = 38;
 QRectF rowOf(int pitch, double left, double right)
 {
     return {left, pitchToSceneY(pitch), right - left, kRowPixels};
+}
+
+/// A pixel of the screen in those of the widget. The device does not tell: it is the widget even
+/// while that is painted into something else.
+double screenPixel(const QPainter& painter)
+{
+    return painter.worldTransform().m11() / painter.deviceTransform().m11();
 }
 
 QColor hatchColor()
@@ -51,17 +59,17 @@ private:
 
 Hatching::Hatching(const QPainter& painter)
 {
-    const double height = std::ceil(painter.worldTransform().m22() * kRowPixels);
-    const qreal pixelRatio = painter.device()->devicePixelRatio();
-    tile_ = QPixmap((QSizeF(kHatchPixels, height) * pixelRatio).toSize());
-    tile_.setDevicePixelRatio(pixelRatio);
+    const double pixelRatio = 1.0 / screenPixel(painter);
+    // In whole pixels of the screen, or the picture would not join itself.
+    const int period = qRound(kHatchPixels * pixelRatio);
+    const int height = qCeil(painter.worldTransform().m22() * kRowPixels * pixelRatio);
+    tile_ = QPixmap(period, height);
     tile_.fill(Qt::transparent);
     QPainter pen(&tile_);
-    // One pixel of the screen, whatever its scale.
-    pen.setPen(QPen(hatchColor(), 0));
-    for (double x = -kHatchPixels * std::ceil(height / kHatchPixels); x < kHatchPixels;
-         x += kHatchPixels)
-        pen.drawLine(QPointF(x, height), QPointF(x + height, 0.0));
+    pen.setPen(hatchColor());
+    for (int x = -period * (height / period + 1); x < period; x += period)
+        pen.drawLine(x, height, x + height, 0);
+    tile_.setDevicePixelRatio(pixelRatio);
 }
 
 void Hatching::paint(QPainter& painter, const QRectF& row) const
@@ -132,7 +140,7 @@ class LinePainter {
 public:
     LinePainter(QPainter& painter, const QRectF& exposed)
         : painter_(painter), toScreen_(painter.worldTransform()), area_(toScreen_.mapRect(exposed)),
-          pixel_(1.0 / painter.device()->devicePixelRatio())
+          pixel_(screenPixel(painter))
     {
         painter_.save();
         painter_.resetTransform();

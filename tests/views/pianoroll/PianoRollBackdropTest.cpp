@@ -7,6 +7,7 @@
 #include "views/Painted.h"
 
 #include <QPainter>
+#include <QtMath>
 
 #include <algorithm>
 #include <cmath>
@@ -83,6 +84,8 @@ private slots:
     void hatchingRunsUpToTheRight();
     void hatchingComesEveryTenPixels_data();
     void hatchingComesEveryTenPixels();
+    void hatchingIsEvenOnEveryScreen_data();
+    void hatchingIsEvenOnEveryScreen();
     void hatchingStaysInItsRow_data();
     void hatchingStaysInItsRow();
     void hatchingTravelsWithTheSong_data();
@@ -221,6 +224,41 @@ void PianoRollBackdropTest::hatchingComesEveryTenPixels()
     for (int x = 3; x < 603; ++x)
         ways[x % 10] += isNear(image.pixelColor(x, y), tinted) ? 0 : 1;
     QCOMPARE(std::ranges::count(ways, 60), 1);
+}
+
+void PianoRollBackdropTest::hatchingIsEvenOnEveryScreen_data()
+{
+    QTest::addColumn<double>("pixelRatio");
+    QTest::addColumn<int>("period");
+
+    QTest::newRow("125 %") << 1.25 << 13;
+    QTest::newRow("150 %") << 1.5 << 15;
+    QTest::newRow("175 %") << 1.75 << 18;
+    QTest::newRow("200 %") << 2.0 << 20;
+}
+
+void PianoRollBackdropTest::hatchingIsEvenOnEveryScreen()
+{
+    QFETCH(double, pixelRatio);
+    QFETCH(int, period);
+    song_->timeSignature = {1000, 1, false};
+    Look look;
+    look.view = QTransform(6.0, 0.0, 0.0, 2.0, 0.0, -960.0);
+    look.level = GridSubdivisionLevel::Pulse;
+    look.pixelRatio = pixelRatio;
+    const QImage image = picture(*song_, look);
+    const QColor tinted = over(QColor(0, 0, 0, 14), QColor(0xfa, 0xfb, 0xf7));
+    // Left of the first beat, over the height of the row of 66.
+    for (int y = 2; y < qFloor(32.0 * pixelRatio); ++y) {
+        QList<int> lines;
+        for (int x = 3; x < qFloor(380.0 * pixelRatio); ++x) {
+            if (!isNear(image.pixelColor(x, y), tinted))
+                lines.append(x);
+        }
+        QVERIFY(lines.size() > 20);
+        for (int i = 1; i < lines.size(); ++i)
+            QCOMPARE(lines[i] - lines[i - 1], period);
+    }
 }
 
 void PianoRollBackdropTest::hatchingStaysInItsRow_data()
