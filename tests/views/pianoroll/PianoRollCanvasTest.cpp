@@ -1,0 +1,893 @@
+#include "views/pianoroll/PianoRollCanvas.h"
+
+#include "PianoRollStage.h"
+#include "shell/theme/CanvasColors.h"
+#include "support/UserHome.h"
+#include "views/Painted.h"
+#include "views/TimelineRuler.h"
+
+#include <QGraphicsTextItem>
+#include <QPushButton>
+#include <QToolButton>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+using namespace ProjectBuilder;
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr int kMostInt = std::numeric_limits<int>::max();
+constexpr int kLeastInt = std::numeric_limits<int>::min();
+
+/// What is written into the grid; empty for nothing.
+QString messageIn(const PianoRollCanvas& canvas)
+{
+    for (const QGraphicsItem* item : canvas.scene()->items()) {
+        if (const auto* text = dynamic_cast<const QGraphicsTextItem*>(item))
+            return text->toPlainText();
+    }
+    return {};
+}
+
+qsizetype ghostsIn(const PianoRollCanvas& canvas)
+{
+    return std::ranges::count_if(canvas.scene()->items(), [](const QGraphicsItem* item) {
+        return qFuzzyCompare(item->zValue(), -1.0);
+    });
+}
+
+template <typename Button>
+Button* buttonOf(const QWidget& root, const QString& text)
+{
+    for (Button* button : root.findChildren<Button*>()) {
+        if (button->text() == text)
+            return button;
+    }
+    return nullptr;
+}
+
+const QString kMessage =
+    QStringLiteral("Elegí una velta de melodía en la línea de tiempo para editarla acá.");
+
+} // namespace
+
+class PianoRollCanvasTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+
+    void startsWithoutAProject();
+    void isBuiltOfABarACornerARulerKeysAndAGrid();
+    void viewIsSetUpForWholeRows();
+    void buttonsHaveTheirWords();
+
+    void contextShowsTheFirstTrack();
+    void contextResetsTheRowsAndKeepsTheZoom();
+    void contextShowsAMelodyOutOfSight();
+    void projectWithoutTracksHasAMessage();
+    void noProjectShowsNothing();
+    void formerProjectIsLetGo();
+    void changesOfTheProjectAreShown();
+    void dyingWithFocusAndAHeldKeyIsHarmless();
+
+    void activeBlockOfATrack_data();
+    void activeBlockOfATrack();
+    void trackWithoutABlockGetsOne();
+    void blockIsCreatedInSilence();
+    void blockIsAsLongAsTheSong_data();
+    void blockIsAsLongAsTheSong();
+    void accompanimentIsNeverEditable();
+    void onlyOneBlockIsShown();
+
+    void messageWithoutABlock_data();
+    void messageWithoutABlock();
+    void otherSelectedTracksShowThrough();
+    void activeTrackIsNoGhost();
+    void staleTracksAreSurvived();
+    void selectionIsNotCarriedOverARebuild();
+
+    void blockInSightLeavesTheRows();
+    void blockOutOfSightIsShownWhole_data();
+    void blockOutOfSightIsShownWhole();
+    void emptyBlockLeavesTheRows();
+    void melodyIsVisibleByAnyNote_data();
+    void melodyIsVisibleByAnyNote();
+    void wholeMelodyIsShown_data();
+    void wholeMelodyIsShown();
+    void wholeMelodyOfNothingIsUsual();
+    void buttonShowsTheWholeMelody();
+
+    void stepsFollowTheLevel_data();
+    void stepsFollowTheLevel();
+    void levelRepaintsTheGrid();
+
+    void rowsFillTheView_data();
+    void rowsFillTheView();
+    void sameRowsAtAnyHeight();
+    void topPitchStaysInTheRows();
+    void downAtTheBottomDoesNothing();
+    void scrollMovesInTime();
+    void scrollAtOnceEndsTheMove();
+    void arrowButtonsScroll();
+    void scrollingByAbsurdDeltasIsHeld();
+    void horizontalZoomIsHeld();
+    void horizontalZoomKeepsTheRows();
+    void absurdZoomsAreSurvived_data();
+    void absurdZoomsAreSurvived();
+    void verticalZoomIsByRows();
+
+    void captionTellsTrackKeyAndLength_data();
+    void captionTellsTrackKeyAndLength();
+    void captionKeepsPercentSigns();
+    void captionIsEmptyWithoutABlock();
+
+    void rulerFollowsZoomAndScroll();
+    void rulerSeeks();
+    void playheadIsShown();
+    void playheadDoesNotScroll();
+
+    void hostileSongsAreShown();
+
+private:
+    PianoRollCanvas& canvas() const { return stage_->canvas; }
+
+    Project& song() const { return stage_->song; }
+
+    UserHome home_;
+    std::unique_ptr<SilentBand> band_;
+    std::unique_ptr<PianoRollStage> stage_;
+};
+
+void PianoRollCanvasTest::init()
+{
+    ThemeManager::instance()->setDark(false);
+    qApp->setStyleSheet(QString());
+    band_ = std::make_unique<SilentBand>();
+    stage_ = std::make_unique<PianoRollStage>(&band_->engine());
+}
+
+void PianoRollCanvasTest::cleanup()
+{
+    stage_.reset();
+    band_.reset();
+}
+
+// ---- Composition ---------------------------------------------------------------------------
+
+void PianoRollCanvasTest::startsWithoutAProject()
+{
+    PianoRollCanvas canvas;
+    QCOMPARE(canvas.activeTrack(), -1);
+    QCOMPARE(canvas.visibleRows(), 13);
+    QCOMPARE(canvas.topPitch(), 72);
+    QCOMPARE(canvas.zoomX(), 1.0);
+    QCOMPARE(canvas.zoomY(), 1.0);
+    QCOMPARE(canvas.snapBeats(), 0.5);
+    QCOMPARE(canvas.subdivisionLevel(), GridSubdivisionLevel::Division);
+    QCOMPARE(canvas.keyboardOctave(), 4);
+    QVERIFY(!canvas.activeBlock());
+    QVERIFY(!canvas.hasEditableBlock());
+    QVERIFY(canvas.melodyVisible());
+    canvas.rebuildScene();
+    QVERIFY(canvas.scene()->items().isEmpty());
+}
+
+void PianoRollCanvasTest::isBuiltOfABarACornerARulerKeysAndAGrid()
+{
+    const auto place = [this](const QWidget* widget) {
+        return QRect(widget->mapTo(&canvas(), QPoint()), widget->size());
+    };
+    const QRect keys = place(canvas().keyboard());
+    const QRect ruler = place(canvas().ruler());
+    const QRect view = place(canvas().view());
+    QCOMPARE(keys.left(), 0);
+    QCOMPARE(view.left(), keys.right() + 1);
+    QCOMPARE(ruler.left(), view.left());
+    QCOMPARE(view.top(), keys.top());
+    QCOMPARE(ruler.bottom() + 1, view.top());
+    QCOMPARE(ruler.height(), 34);
+    QCOMPARE(view.right(), canvas().width() - 1);
+    QCOMPARE(view.bottom(), canvas().height() - 1);
+    QCOMPARE(stage_->grid()->mapTo(canvas().view(), QPoint()), QPoint());
+
+    const QWidget* up = buttonOf<QToolButton>(canvas(), "▲");
+    const QRect corner = place(up->parentWidget());
+    QCOMPARE(corner.topLeft(), QPoint(0, ruler.top()));
+    QCOMPARE(corner.size(), QSize(keys.width(), 34));
+}
+
+void PianoRollCanvasTest::viewIsSetUpForWholeRows()
+{
+    const PianoRollGridView* view = canvas().view();
+    QVERIFY(!view->renderHints().testFlag(QPainter::Antialiasing));
+    QCOMPARE(view->transformationAnchor(), QGraphicsView::AnchorUnderMouse);
+    QCOMPARE(view->alignment(), Qt::AlignLeft | Qt::AlignTop);
+    QVERIFY(view->hasMouseTracking());
+    QCOMPARE(view->verticalScrollBarPolicy(), Qt::ScrollBarAlwaysOff);
+    QCOMPARE(view->focusProxy(), &canvas());
+    QCOMPARE(canvas().focusPolicy(), Qt::StrongFocus);
+}
+
+void PianoRollCanvasTest::buttonsHaveTheirWords()
+{
+    const auto* whole = buttonOf<QPushButton>(canvas(), "Ver toda la melodía");
+    QVERIFY(whole);
+    QCOMPARE(whole->toolTip(), "Muestra desde la nota más grave hasta la más aguda");
+    const auto* up = buttonOf<QToolButton>(canvas(), "▲");
+    const auto* down = buttonOf<QToolButton>(canvas(), "▼");
+    QVERIFY(up && down);
+    QCOMPARE(up->toolTip(), "Subir una nota (flecha arriba)");
+    QCOMPARE(down->toolTip(), "Bajar una nota (flecha abajo)");
+    for (const QToolButton* button : {up, down}) {
+        QCOMPARE(button->objectName(), "btn_toolbar");
+        QVERIFY(button->autoRepeat());
+        QCOMPARE(button->sizePolicy().horizontalPolicy(), QSizePolicy::Ignored);
+        QCOMPARE(button->sizePolicy().verticalPolicy(), QSizePolicy::Ignored);
+    }
+    QCOMPARE(canvas().findChild<QLabel*>()->font().weight(), QFont::Bold);
+}
+
+// ---- Context -------------------------------------------------------------------------------
+
+void PianoRollCanvasTest::contextShowsTheFirstTrack()
+{
+    QCOMPARE(canvas().activeTrack(), 0);
+    QCOMPARE(canvas().activeBlock(), &song().tracks[0].melodyBlocks[0]);
+    QCOMPARE(stage_->noteItems().size(), 4);
+}
+
+void PianoRollCanvasTest::contextResetsTheRowsAndKeepsTheZoom()
+{
+    canvas().zoomHorizontal(2.0);
+    canvas().zoomVertical(0.5);
+    canvas().scrollToTopPitch(90, false);
+    canvas().setContext(&song(), &band_->engine());
+    QCOMPARE(canvas().visibleRows(), 13);
+    QCOMPARE(canvas().topPitch(), 72);
+    QCOMPARE(canvas().zoomX(), 2.0);
+}
+
+void PianoRollCanvasTest::contextShowsAMelodyOutOfSight()
+{
+    stage_->notes() = {note(90, 0.0)};
+    canvas().setContext(&song(), &band_->engine());
+    QCOMPARE(canvas().visibleRows(), 13);
+    QCOMPARE(canvas().topPitch(), 96);
+}
+
+void PianoRollCanvasTest::projectWithoutTracksHasAMessage()
+{
+    Project bare;
+    canvas().setContext(&bare, nullptr);
+    QCOMPARE(canvas().activeTrack(), -1);
+    QVERIFY(!canvas().activeBlock());
+    QCOMPARE(messageIn(canvas()), kMessage);
+    // The grid still paints: a line of bar 2, and a row out of the key.
+    const QImage grid = painted(stage_->grid());
+    COMPARE_COLOR(grid.pixelColor(256, 10), over(QColor(0, 0, 0, 150), QColor(0xfa, 0xfb, 0xf7)));
+    canvas().setContext(nullptr, nullptr);
+}
+
+void PianoRollCanvasTest::noProjectShowsNothing()
+{
+    canvas().setContext(nullptr, nullptr);
+    QCOMPARE(canvas().activeTrack(), -1);
+    QVERIFY(canvas().scene()->items().isEmpty());
+    QCOMPARE(stage_->caption(), QString());
+    const QImage grid = painted(stage_->grid());
+    COMPARE_COLOR(grid.pixelColor(256, 10), QColor(0xfa, 0xfb, 0xf7));
+}
+
+void PianoRollCanvasTest::formerProjectIsLetGo()
+{
+    Project other;
+    other.tracks = {melodyTrack({melody({note(60, 0.0)})})};
+    canvas().setContext(&other, nullptr);
+    QCOMPARE(stage_->noteItems().size(), 1);
+    emit song().changed();
+    stage_->notes().clear();
+    emit song().changed();
+    QCOMPARE(stage_->noteItems().size(), 1);
+    canvas().setContext(nullptr, nullptr);
+}
+
+void PianoRollCanvasTest::changesOfTheProjectAreShown()
+{
+    stage_->notes().append(note(65, 5.0));
+    QCOMPARE(stage_->noteItems().size(), 4);
+    emit song().changed();
+    QCOMPARE(stage_->noteItems().size(), 5);
+}
+
+void PianoRollCanvasTest::dyingWithFocusAndAHeldKeyIsHarmless()
+{
+    auto mortal = std::make_unique<PianoRollCanvas>();
+    mortal->setContext(&song(), &band_->engine());
+    mortal->show();
+    mortal->activateWindow();
+    mortal->setFocus();
+    QVERIFY(QTest::qWaitForWindowActive(mortal.get()));
+    QTest::keyPress(mortal.get(), Qt::Key_C);
+    mortal.reset();
+    QCOMPARE(stage_->tune().size(), 4);
+}
+
+// ---- The block -----------------------------------------------------------------------------
+
+void PianoRollCanvasTest::activeBlockOfATrack_data()
+{
+    QTest::addColumn<int>("track");
+    QTest::addColumn<int>("block");
+    QTest::addColumn<int>("found");
+
+    QTest::newRow("first") << 0 << 0 << 0;
+    QTest::newRow("second") << 0 << 1 << 1;
+    QTest::newRow("behind the last") << 0 << 7 << 1;
+    QTest::newRow("before the first") << 0 << -3 << 0;
+    QTest::newRow("absurd") << 0 << kMostInt << 1;
+    QTest::newRow("accompaniment") << 1 << 0 << -1;
+    QTest::newRow("no track") << -1 << 0 << -1;
+    QTest::newRow("behind the last track") << 4 << 0 << -1;
+    QTest::newRow("absurd track") << kMostInt << 0 << -1;
+    QTest::newRow("absurd negative track") << kLeastInt << 0 << -1;
+}
+
+void PianoRollCanvasTest::activeBlockOfATrack()
+{
+    QFETCH(int, track);
+    QFETCH(int, block);
+    QFETCH(int, found);
+    song().tracks[0].melodyBlocks.append(melody({}, 12.0));
+    canvas().setActiveBlock(track, block);
+    QCOMPARE(canvas().hasEditableBlock(), found >= 0);
+    if (found >= 0)
+        QCOMPARE(canvas().activeBlock(), &song().tracks[track].melodyBlocks[found]);
+    else
+        QVERIFY(!canvas().activeBlock());
+}
+
+void PianoRollCanvasTest::trackWithoutABlockGetsOne()
+{
+    canvas().setActiveTrack(3);
+    QCOMPARE(song().tracks[3].melodyBlocks.size(), 1);
+    QCOMPARE(song().tracks[3].melodyBlocks[0], melody({}, 0.0, 32.0));
+    QCOMPARE(canvas().activeBlock(), &song().tracks[3].melodyBlocks[0]);
+    canvas().rebuildScene();
+    QCOMPARE(song().tracks[3].melodyBlocks.size(), 1);
+}
+
+void PianoRollCanvasTest::blockIsCreatedInSilence()
+{
+    const QSignalSpy edited(&canvas(), &PianoRollCanvas::edited);
+    const QSignalSpy changed(&song(), &Project::changed);
+    canvas().setVisibleTracks({3}, 3);
+    QCOMPARE(song().tracks[3].melodyBlocks.size(), 1);
+    QCOMPARE(edited.size(), 0);
+    QCOMPARE(changed.size(), 0);
+}
+
+void PianoRollCanvasTest::blockIsAsLongAsTheSong_data()
+{
+    QTest::addColumn<TimeSignature>("meter");
+    QTest::addColumn<double>("end");
+    QTest::addColumn<double>("length");
+
+    QTest::newRow("short song: eight bars") << TimeSignature{4, 4, false} << 8.0 << 32.0;
+    QTest::newRow("long song") << TimeSignature{4, 4, false} << 47.0 << 48.0;
+    QTest::newRow("6/8") << TimeSignature{6, 8, true} << 8.0 << 24.0;
+    QTest::newRow("bar without length") << TimeSignature{4, 0, false} << 8.0 << 4.0;
+    QTest::newRow("negative bar") << TimeSignature{-4, 4, false} << 8.0 << 4.0;
+}
+
+void PianoRollCanvasTest::blockIsAsLongAsTheSong()
+{
+    QFETCH(TimeSignature, meter);
+    QFETCH(double, end);
+    QFETCH(double, length);
+    song().timeSignature = meter;
+    song().tracks[0].melodyBlocks[0].durationBeats = end;
+    canvas().setActiveTrack(3);
+    QCOMPARE(song().tracks[3].melodyBlocks[0].durationBeats, length);
+}
+
+void PianoRollCanvasTest::accompanimentIsNeverEditable()
+{
+    song().tracks[1].melodyBlocks = {melody({note(60, 0.0)})};
+    canvas().setActiveTrack(1);
+    QVERIFY(!canvas().hasEditableBlock());
+    QVERIFY(stage_->noteItems().isEmpty());
+}
+
+void PianoRollCanvasTest::onlyOneBlockIsShown()
+{
+    song().tracks[0].melodyBlocks.append(melody({note(65, 0.0)}, 12.0));
+    canvas().setActiveBlock(0, 1);
+    QCOMPARE(stage_->noteItems().size(), 1);
+    QCOMPARE(stage_->noteItems()[0]->rect().left(), 12.0 * 64.0);
+    canvas().setActiveTrack(0);
+    QCOMPARE(stage_->noteItems().size(), 4);
+}
+
+// ---- Scene ---------------------------------------------------------------------------------
+
+void PianoRollCanvasTest::messageWithoutABlock_data()
+{
+    QTest::addColumn<QList<int>>("visible");
+    QTest::addColumn<int>("active");
+    QTest::addColumn<QString>("message");
+
+    QTest::newRow("melody") << QList{0} << 0 << QString();
+    QTest::newRow("accompaniment") << QList{1} << 1 << kMessage;
+    QTest::newRow("nothing selected") << QList<int>() << -1 << kMessage;
+    QTest::newRow("tracks to look at only") << QList{0, 2} << -1 << QString();
+    QTest::newRow("a track that is gone") << QList{9} << 9 << kMessage;
+}
+
+void PianoRollCanvasTest::messageWithoutABlock()
+{
+    QFETCH(QList<int>, visible);
+    QFETCH(int, active);
+    canvas().setVisibleTracks(visible, active);
+    QTEST(messageIn(canvas()), "message");
+}
+
+void PianoRollCanvasTest::otherSelectedTracksShowThrough()
+{
+    QCOMPARE(ghostsIn(canvas()), 0);
+    canvas().setVisibleTracks({0, 2}, 0);
+    QCOMPARE(ghostsIn(canvas()), 1);
+    QCOMPARE(stage_->noteItems().size(), 4);
+    canvas().setVisibleTracks({0, 2}, 2);
+    QCOMPARE(ghostsIn(canvas()), 4);
+    QCOMPARE(stage_->noteItems().size(), 1);
+}
+
+void PianoRollCanvasTest::activeTrackIsNoGhost()
+{
+    song().tracks[0].melodyBlocks.append(melody({note(65, 0.0)}, 12.0));
+    canvas().setVisibleTracks({0}, 0);
+    QCOMPARE(ghostsIn(canvas()), 0);
+}
+
+void PianoRollCanvasTest::staleTracksAreSurvived()
+{
+    canvas().setVisibleTracks({0, 2, 3, -1, 77}, 3);
+    song().tracks.resize(1);
+    emit song().changed();
+    QCOMPARE(ghostsIn(canvas()), 4);
+    QCOMPARE(messageIn(canvas()), kMessage);
+    song().tracks.clear();
+    emit song().changed();
+    QCOMPARE(ghostsIn(canvas()), 0);
+}
+
+void PianoRollCanvasTest::selectionIsNotCarriedOverARebuild()
+{
+    stage_->noteItems()[1]->setSelected(true);
+    canvas().rebuildScene();
+    QVERIFY(stage_->selected().isEmpty());
+}
+
+// ---- The melody in sight -------------------------------------------------------------------
+
+void PianoRollCanvasTest::blockInSightLeavesTheRows()
+{
+    canvas().scrollToTopPitch(75, false);
+    canvas().setActiveTrack(2);
+    QCOMPARE(canvas().topPitch(), 75);
+    canvas().setActiveBlock(0, 0);
+    QCOMPARE(canvas().topPitch(), 75);
+}
+
+void PianoRollCanvasTest::blockOutOfSightIsShownWhole_data()
+{
+    QTest::addColumn<int>("way");
+
+    QTest::newRow("setActiveTrack") << 0;
+    QTest::newRow("setActiveBlock") << 1;
+    QTest::newRow("setVisibleTracks") << 2;
+}
+
+void PianoRollCanvasTest::blockOutOfSightIsShownWhole()
+{
+    QFETCH(int, way);
+    canvas().scrollToTopPitch(96, false);
+    if (way == 0)
+        canvas().setActiveTrack(2);
+    else if (way == 1)
+        canvas().setActiveBlock(2, 0);
+    else
+        canvas().setVisibleTracks({2}, 2);
+    // One note at 67: three rows, stretched to thirteen.
+    QCOMPARE(canvas().visibleRows(), 13);
+    QCOMPARE(canvas().topPitch(), 73);
+}
+
+void PianoRollCanvasTest::emptyBlockLeavesTheRows()
+{
+    canvas().scrollToTopPitch(96, false);
+    canvas().setActiveTrack(3);
+    QCOMPARE(canvas().topPitch(), 96);
+}
+
+void PianoRollCanvasTest::melodyIsVisibleByAnyNote_data()
+{
+    QTest::addColumn<QList<int>>("pitches");
+    QTest::addColumn<bool>("visible");
+
+    QTest::newRow("none") << QList<int>() << true;
+    QTest::newRow("in the top row") << QList{72} << true;
+    QTest::newRow("just above") << QList{73} << false;
+    QTest::newRow("in the lowest row") << QList{60} << true;
+    QTest::newRow("just below") << QList{59} << false;
+    QTest::newRow("one of many") << QList{90, 59, 66} << true;
+}
+
+void PianoRollCanvasTest::melodyIsVisibleByAnyNote()
+{
+    QFETCH(QList<int>, pitches);
+    stage_->notes() = notesInARow(pitches);
+    QTEST(canvas().melodyVisible(), "visible");
+}
+
+void PianoRollCanvasTest::wholeMelodyIsShown_data()
+{
+    QTest::addColumn<QList<int>>("pitches");
+    QTest::addColumn<int>("rows");
+    QTest::addColumn<int>("top");
+
+    QTest::newRow("one note at 60") << QList{60} << 13 << 66;
+    QTest::newRow("from 30 to 90") << QList{30, 90} << 63 << 91;
+    QTest::newRow("up to 96") << QList{80, 96} << 19 << 96;
+}
+
+void PianoRollCanvasTest::wholeMelodyIsShown()
+{
+    QFETCH(QList<int>, pitches);
+    QFETCH(int, rows);
+    QFETCH(int, top);
+    stage_->notes() = notesInARow(pitches);
+    canvas().showWholeMelody();
+    QCOMPARE(canvas().visibleRows(), rows);
+    QCOMPARE(canvas().topPitch(), top);
+    QCOMPARE(canvas().view()->transform().m22(), PianoRollStage::kGridHeight / (rows * 16.0));
+}
+
+void PianoRollCanvasTest::wholeMelodyOfNothingIsUsual()
+{
+    canvas().zoomVertical(0.5);
+    canvas().scrollToTopPitch(90, false);
+    canvas().setVisibleTracks({}, -1);
+    canvas().showWholeMelody();
+    QCOMPARE(canvas().visibleRows(), 13);
+    QCOMPARE(canvas().topPitch(), 72);
+}
+
+void PianoRollCanvasTest::buttonShowsTheWholeMelody()
+{
+    canvas().scrollToTopPitch(96, false);
+    QTest::mouseClick(buttonOf<QPushButton>(canvas(), "Ver toda la melodía"), Qt::LeftButton);
+    // From 60 to 72: fifteen rows with one on either side.
+    QCOMPARE(canvas().visibleRows(), 15);
+    QCOMPARE(canvas().topPitch(), 73);
+}
+
+// ---- Steps ---------------------------------------------------------------------------------
+
+void PianoRollCanvasTest::stepsFollowTheLevel_data()
+{
+    QTest::addColumn<bool>("compound");
+    QTest::addColumn<int>("level");
+    QTest::addColumn<double>("step");
+
+    QTest::newRow("pulse") << false << 0 << 1.0;
+    QTest::newRow("division") << false << 1 << 0.5;
+    QTest::newRow("subdivision") << false << 2 << 0.25;
+    QTest::newRow("pulse in compound time") << true << 0 << 1.5;
+    QTest::newRow("division in compound time") << true << 1 << 0.5;
+}
+
+void PianoRollCanvasTest::stepsFollowTheLevel()
+{
+    QFETCH(bool, compound);
+    QFETCH(int, level);
+    song().timeSignature.isCompound = compound;
+    canvas().setSubdivisionLevel(static_cast<GridSubdivisionLevel>(level));
+    QTEST(canvas().snapBeats(), "step");
+}
+
+void PianoRollCanvasTest::levelRepaintsTheGrid()
+{
+    const QPoint quarter(16, 10);
+    const QColor before = painted(stage_->grid()).pixelColor(quarter);
+    canvas().setSubdivisionLevel(GridSubdivisionLevel::Subdivision);
+    QVERIFY(painted(stage_->grid()).pixelColor(quarter) != before);
+}
+
+// ---- Rows and zoom -------------------------------------------------------------------------
+
+void PianoRollCanvasTest::rowsFillTheView_data()
+{
+    QTest::addColumn<int>("rows");
+
+    QTest::newRow("fewest") << 8;
+    QTest::newRow("usual") << 13;
+    QTest::newRow("many") << 40;
+    QTest::newRow("all") << 73;
+}
+
+void PianoRollCanvasTest::rowsFillTheView()
+{
+    QFETCH(int, rows);
+    while (canvas().visibleRows() != rows)
+        canvas().zoomVertical(canvas().visibleRows() > rows ? 2.0 : 0.5);
+    const int height = stage_->grid()->height();
+    const auto y = [this](int row) {
+        return canvas().view()->viewportTransform().map(QPointF(0.0, row * 16.0)).y();
+    };
+    for (int top = 96; top >= rows + 23; --top) {
+        canvas().scrollToTopPitch(top, false);
+        QVERIFY(std::abs(y(96 - top)) <= 0.51);
+        QVERIFY(std::abs(y(96 - top + rows) - height) <= 0.51);
+    }
+}
+
+void PianoRollCanvasTest::sameRowsAtAnyHeight()
+{
+    canvas().scrollToTopPitch(80, false);
+    for (const int height : {300, 471, 900, 150}) {
+        canvas().resize(1000, height);
+        QCoreApplication::processEvents();
+        QCOMPARE(canvas().visibleRows(), 13);
+        QCOMPARE(canvas().topPitch(), 80);
+        QCOMPARE(canvas().zoomY(), stage_->grid()->height() / (13.0 * 16.0));
+        QCOMPARE(canvas().keyboard()->pitchAtY(1), 80);
+        QCOMPARE(canvas().keyboard()->pitchAtY(stage_->grid()->height() - 2), 68);
+    }
+}
+
+void PianoRollCanvasTest::topPitchStaysInTheRows()
+{
+    canvas().scrollToTopPitch(500, false);
+    QCOMPARE(canvas().topPitch(), 96);
+    canvas().scrollToTopPitch(-500, false);
+    QCOMPARE(canvas().topPitch(), 36);
+    canvas().zoomVertical(0.5);
+    QCOMPARE(canvas().visibleRows(), 14);
+    QCOMPARE(canvas().topPitch(), 37);
+}
+
+void PianoRollCanvasTest::downAtTheBottomDoesNothing()
+{
+    canvas().scrollToTopPitch(36, false);
+    const int y = canvas().view()->verticalScrollBar()->value();
+    QTest::mouseClick(buttonOf<QToolButton>(canvas(), "▼"), Qt::LeftButton);
+    QCOMPARE(canvas().topPitch(), 36);
+    QTest::qWait(200);
+    QCOMPARE(canvas().view()->verticalScrollBar()->value(), y);
+}
+
+void PianoRollCanvasTest::scrollMovesInTime()
+{
+    QScrollBar* bar = canvas().view()->verticalScrollBar();
+    QCOMPARE(bar->value(), 24 * 32);
+    canvas().scrollToTopPitch(74, true);
+    QCOMPARE(canvas().topPitch(), 74);
+    QCOMPARE(bar->value(), 24 * 32);
+    QTRY_COMPARE(bar->value(), 22 * 32);
+}
+
+void PianoRollCanvasTest::scrollAtOnceEndsTheMove()
+{
+    QScrollBar* bar = canvas().view()->verticalScrollBar();
+    canvas().scrollToTopPitch(90, true);
+    canvas().scrollToTopPitch(60, false);
+    QCOMPARE(bar->value(), 36 * 32);
+    QTest::qWait(200);
+    QCOMPARE(bar->value(), 36 * 32);
+}
+
+void PianoRollCanvasTest::arrowButtonsScroll()
+{
+    QTest::mouseClick(buttonOf<QToolButton>(canvas(), "▲"), Qt::LeftButton);
+    QTest::mouseClick(buttonOf<QToolButton>(canvas(), "▲"), Qt::LeftButton);
+    QCOMPARE(canvas().topPitch(), 74);
+    QTest::mouseClick(buttonOf<QToolButton>(canvas(), "▼"), Qt::LeftButton);
+    QCOMPARE(canvas().topPitch(), 73);
+}
+
+void PianoRollCanvasTest::scrollingByAbsurdDeltasIsHeld()
+{
+    canvas().scrollNotes(kMostInt);
+    QCOMPARE(canvas().topPitch(), 96);
+    canvas().scrollNotes(kLeastInt);
+    QCOMPARE(canvas().topPitch(), 36);
+    canvas().wheelNotes(kMostInt);
+    QCOMPARE(canvas().topPitch(), 96);
+    canvas().scrollToTopPitch(kLeastInt, false);
+    QCOMPARE(canvas().topPitch(), 36);
+}
+
+void PianoRollCanvasTest::horizontalZoomIsHeld()
+{
+    canvas().zoomHorizontal(1.25);
+    QCOMPARE(canvas().zoomX(), 1.25);
+    QCOMPARE(canvas().view()->transform().m11(), 1.25);
+    canvas().zoomHorizontal(100.0);
+    QCOMPARE(canvas().zoomX(), 6.0);
+    canvas().zoomHorizontal(0.0001);
+    QCOMPARE(canvas().zoomX(), 0.2);
+}
+
+void PianoRollCanvasTest::horizontalZoomKeepsTheRows()
+{
+    canvas().resize(1000, 643);
+    QCoreApplication::processEvents();
+    const int y = canvas().view()->verticalScrollBar()->value();
+    // With the mouse over the grid the view keeps what is under it in place.
+    QTest::mouseMove(stage_->grid(), QPoint(300, 301));
+    for (const double factor : {1.15, 1.15, 0.5, 3.0, 1.0 / 1.15}) {
+        canvas().zoomHorizontal(factor);
+        QCOMPARE(canvas().view()->verticalScrollBar()->value(), y);
+    }
+}
+
+void PianoRollCanvasTest::absurdZoomsAreSurvived_data()
+{
+    QTest::addColumn<double>("factor");
+    QTest::addColumn<double>("zoom");
+
+    QTest::newRow("no number") << kNaN << 1.0;
+    QTest::newRow("infinite") << std::numeric_limits<double>::infinity() << 6.0;
+    QTest::newRow("zero") << 0.0 << 0.2;
+    QTest::newRow("negative") << -3.0 << 0.2;
+}
+
+void PianoRollCanvasTest::absurdZoomsAreSurvived()
+{
+    QFETCH(double, factor);
+    canvas().zoomHorizontal(factor);
+    canvas().zoomVertical(factor);
+    QTEST(canvas().zoomX(), "zoom");
+}
+
+void PianoRollCanvasTest::verticalZoomIsByRows()
+{
+    canvas().zoomVertical(1.01);
+    QCOMPARE(canvas().visibleRows(), 12);
+    canvas().zoomVertical(1.0);
+    QCOMPARE(canvas().visibleRows(), 13);
+    for (int i = 0; i < 100; ++i)
+        canvas().zoomVertical(0.8);
+    QCOMPARE(canvas().visibleRows(), 73);
+    QCOMPARE(canvas().topPitch(), 96);
+    for (int i = 0; i < 100; ++i)
+        canvas().zoomVertical(1.25);
+    QCOMPARE(canvas().visibleRows(), 8);
+}
+
+// ---- Caption -------------------------------------------------------------------------------
+
+void PianoRollCanvasTest::captionTellsTrackKeyAndLength_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<int>("root");
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<QList<NoteEvent>>("notes");
+    QTest::addColumn<QString>("caption");
+
+    const QList<NoteEvent> aBar{note(60, 0.0, 4.0)};
+    QTest::newRow("one bar") << "Quena" << 0 << 0 << aBar << "Quena · Do mayor · 1 compás";
+    QTest::newRow("two bars, D dorian")
+        << "Quena" << 2 << 2 << QList{note(60, 3.0, 2.0)} << "Quena · Re dórico · 2 compases";
+    QTest::newRow("no notes") << "Quena" << 9 << 1 << QList<NoteEvent>()
+                              << "Quena · La menor · sin notas todavía";
+    QTest::newRow("no name") << "  " << 6 << 3 << aBar << "Melodía · Fa# lidio · 1 compás";
+    QTest::newRow("name is trimmed") << "  Voz " << 0 << 0 << aBar << "Voz · Do mayor · 1 compás";
+    QTest::newRow("unknown mode") << "Voz" << 0 << 44 << aBar << "Voz · Do mayor · 1 compás";
+    QTest::newRow("no bar at all")
+        << "Voz" << 0 << 0 << QList{note(60, 4.0, 0.0)} << "Voz · Do mayor · 0 compases";
+}
+
+void PianoRollCanvasTest::captionTellsTrackKeyAndLength()
+{
+    QFETCH(QString, name);
+    QFETCH(int, root);
+    QFETCH(int, mode);
+    QFETCH(QList<NoteEvent>, notes);
+    song().tracks[0].name = name;
+    song().keySignature = {root, static_cast<KeyMode>(mode)};
+    stage_->notes() = notes;
+    emit song().changed();
+    QTEST(stage_->caption(), "caption");
+}
+
+void PianoRollCanvasTest::captionKeepsPercentSigns()
+{
+    song().tracks[0].name = "100 %2 %1";
+    emit song().changed();
+    QCOMPARE(stage_->caption(), "100 %2 %1 · Do mayor · 2 compases");
+}
+
+void PianoRollCanvasTest::captionIsEmptyWithoutABlock()
+{
+    QCOMPARE(stage_->caption(), "Quena · Do mayor · 2 compases");
+    canvas().setActiveTrack(1);
+    QCOMPARE(stage_->caption(), QString());
+}
+
+// ---- Ruler and playhead --------------------------------------------------------------------
+
+void PianoRollCanvasTest::rulerFollowsZoomAndScroll()
+{
+    QCOMPARE(canvas().ruler()->viewport(), (RulerViewport{0.0, 64.0, 0}));
+    canvas().view()->horizontalScrollBar()->setValue(100);
+    QCOMPARE(canvas().ruler()->viewport(), (RulerViewport{100.0, 64.0, 0}));
+    canvas().zoomHorizontal(2.0);
+    canvas().view()->horizontalScrollBar()->setValue(300);
+    QCOMPARE(canvas().ruler()->viewport(), (RulerViewport{300.0, 128.0, 0}));
+}
+
+void PianoRollCanvasTest::rulerSeeks()
+{
+    PlaybackEngine& engine = band_->engine();
+    QTest::mouseClick(canvas().ruler(), Qt::LeftButton, {}, QPoint(64 * 3 + 5, 10));
+    QVERIFY(engine.isPlaying());
+    QVERIFY(engine.playheadBeat() >= 3.0 && engine.playheadBeat() < 3.5);
+    engine.stop();
+    canvas().setContext(&song(), nullptr);
+    QTest::mouseClick(canvas().ruler(), Qt::LeftButton, {}, QPoint(64 * 3, 10));
+    QVERIFY(!engine.isPlaying());
+}
+
+void PianoRollCanvasTest::playheadIsShown()
+{
+    const auto x = [this] {
+        for (const QGraphicsItem* item : canvas().scene()->items()) {
+            if (qFuzzyCompare(item->zValue(), 100.0))
+                return item->x();
+        }
+        return -1.0;
+    };
+    band_->engine().setPlayheadBeat(2.5);
+    QCOMPARE(x(), 160.0);
+    canvas().rebuildScene();
+    QCOMPARE(x(), 160.0);
+    canvas().setContext(&song(), &band_->engine());
+    band_->engine().setPlayheadBeat(1.0);
+    QCOMPARE(x(), 64.0);
+}
+
+void PianoRollCanvasTest::playheadDoesNotScroll()
+{
+    band_->engine().setPlayheadBeat(30.0);
+    QCOMPARE(canvas().view()->horizontalScrollBar()->value(), 0);
+}
+
+// ---- Damage --------------------------------------------------------------------------------
+
+void PianoRollCanvasTest::hostileSongsAreShown()
+{
+    Generator songs(23, Numbers::Hostile);
+    for (int i = 0; i < 150; ++i) {
+        songs.fill(song(), 5);
+        emit song().changed();
+        canvas().setVisibleTracks({0, 1, 2, 3, 4, 5}, i % 6 - 1);
+        canvas().showWholeMelody();
+        canvas().setSubdivisionLevel(static_cast<GridSubdivisionLevel>(i % 5 - 1));
+        if (i % 10 == 0)
+            painted(&canvas());
+        QVERIFY(canvas().visibleRows() >= 8 && canvas().visibleRows() <= 73);
+        QVERIFY(canvas().topPitch() <= 96);
+        QVERIFY(canvas().topPitch() - canvas().visibleRows() >= 23);
+    }
+}
+
+QTEST_MAIN(PianoRollCanvasTest)
+
+#include "PianoRollCanvasTest.moc"
