@@ -12,24 +12,6 @@ using namespace ProjectBuilder;
 
 namespace {
 
-/// Who listens to edits: the count of them, and the project announced as changed after each.
-class Editor {
-public:
-    explicit Editor(PianoRollStage& stage)
-    {
-        QObject::connect(&stage.canvas, &PianoRollCanvas::edited, &context_, [this, &stage] {
-            ++edits_;
-            emit stage.song.changed();
-        });
-    }
-
-    int edits() const { return edits_; }
-
-private:
-    QObject context_;
-    int edits_ = 0;
-};
-
 constexpr Qt::KeyboardModifiers kCtrlShift = Qt::ControlModifier | Qt::ShiftModifier;
 
 } // namespace

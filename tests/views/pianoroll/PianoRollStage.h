@@ -18,12 +18,14 @@
 #include <QTest>
 #include <QWheelEvent>
 
-/// An engine with a synthesiser that nobody hears.
+/// An engine with a synthesiser that nobody hears: a piano, a pan flute and drums.
 class SilentBand {
 public:
     SilentBand()
     {
-        ContentFixture::write(files_.filePath("gm.sf2"), TinyBank::bytes({{0, 0, 100}}));
+        files_.instruments().loadBuiltinGmInstruments();
+        ContentFixture::write(files_.filePath("gm.sf2"),
+                              TinyBank::bytes({{0, 0, 100}, {0, 75, 100}, {128, 0, 100}}));
         player_.loadGmBank(files_.filePath("gm.sf2"));
     }
 
@@ -32,7 +34,7 @@ public:
 private:
     ContentFixture files_;
     SoundfontPlayer player_{SoundfontPlayer::Mode::Offline};
-    PlaybackEngine engine_{&player_, nullptr, nullptr};
+    PlaybackEngine engine_{&player_, nullptr, &files_.instruments()};
 };
 
 /// A song in 4/4 and C major:
@@ -49,14 +51,15 @@ inline void writeTune(Project& song)
         track.name = QString::fromUtf8(name);
         return track;
     };
+    // A beat takes a minute, so that the clock stands still for a test.
     song.bpm = 1;
     song.tracks = {
         named(melodyTrack({melody({note(60, 0.0), note(62, 1.0), note(64, 2.0), note(72, 4.0, 0.5)},
                                   0.0, 8.0)},
-                          "quena"),
+                          "gm_piano"),
               "Quena"),
-        named(loopTrack({loop("r", "bombo", 0.0, 8.0)}, "bombo"), "Bombo"),
-        named(melodyTrack({melody({note(67, 0.0)}, 4.0)}, "flauta"), "Flauta"),
+        named(loopTrack({loop("r", "bombo", 0.0, 8.0)}, "gm_bateria"), "Bombo"),
+        named(melodyTrack({melody({note(67, 0.0)}, 4.0)}, "gm_flauta_pan"), "Flauta"),
         named(melodyTrack({}), "Voz")};
 }
 
@@ -183,4 +186,22 @@ public:
 
     Project song;
     PianoRollCanvas canvas;
+};
+
+/// Who listens to edits: the count of them, and the project announced as changed after each.
+class Editor {
+public:
+    explicit Editor(PianoRollStage& stage)
+    {
+        QObject::connect(&stage.canvas, &PianoRollCanvas::edited, &context_, [this, &stage] {
+            ++edits_;
+            emit stage.song.changed();
+        });
+    }
+
+    int edits() const { return edits_; }
+
+private:
+    QObject context_;
+    int edits_ = 0;
 };
