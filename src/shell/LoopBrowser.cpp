@@ -4,6 +4,7 @@
 #include "content/LoopLibrary.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/ChoiceBox.h"
+#include "shell/IgualadorSimbolos.h"
 #include "shell/OnlineSearchDialog.h"
 #include "shell/SectionWords.h"
 #include "shell/VariationButton.h"
@@ -215,6 +216,9 @@ void LoopBrowser::rebuildSectionCards()
         sectionsLayout_->insertWidget(card, buildCard(section, variants, card % kShades));
         ++card;
     }
+    // A window that is on the screen already is not evened out again.
+    if (isVisible())
+        ovelin::igualarSimbolos(sectionsLayout_->parentWidget());
 }
 
 QWidget* LoopBrowser::buildCard(LoopSection section, const QList<LoopVariant>& variants, int shade)

@@ -1,4 +1,5 @@
 #include "BrowserStage.h"
+#include "shell/IgualadorSimbolos.h"
 #include "shell/LoopBrowser.h"
 #include "support/FluidSpy.h"
 
@@ -89,6 +90,9 @@ private slots:
     void thePreviewPlacesNothing();
     void thePreviewSoundsOnWhenTheLibraryReloads();
     void withoutAnEngineNothingIsHeard();
+
+    // Looking
+    void theFacesOfLaterCardsAreEvenedOutToo();
 
     // The search
     void theSearchOpensADialogForAsLongAsItRuns();
@@ -352,6 +356,25 @@ void LoopBrowserUseTest::withoutAnEngineNothingIsHeard()
     stage().addThree();
     Widgets::click(stage().preview("NORMAL", 1));
     QCOMPARE(FluidSpy::calls(), QStringList());
+}
+
+// ---- Looking -------------------------------------------------------------------------------
+
+void LoopBrowserUseTest::theFacesOfLaterCardsAreEvenedOutToo()
+{
+    const auto faceOf = [this] {
+        VariationButton* button = stage().variant("NORMAL", 2);
+        button->ensurePolished();
+        return button->font().pixelSize();
+    };
+    stage().addThree();
+    stage().browser().setProject(project_.get());
+    // As a window does when it is shown.
+    ovelin::igualarSimbolos(&stage().browser());
+    const int size = faceOf();
+    QVERIFY(size > 0);
+    stage().library().reload();
+    QCOMPARE(faceOf(), size);
 }
 
 // ---- The search ----------------------------------------------------------------------------
