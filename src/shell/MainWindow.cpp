@@ -142,6 +142,8 @@ QWidget* MainWindow::buildSidePanel()
         new LoopBrowser(loopLibrary_, instruments_, catalog_, downloads_, registry_, engine_);
     connect(loopBrowser_, &LoopBrowser::loopChosen, this, &MainWindow::handleLoopChosen);
     headerPanel_ = new TrackHeaderPanel(instruments_);
+    // Height that its rows do not need is better spent on loops.
+    headerPanel_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
     connect(headerPanel_, &TrackHeaderPanel::trackEdited, this, &MainWindow::snapshotAndRefresh);
     connect(headerPanel_, &TrackHeaderPanel::mixingChanged, engine_,
             &PlaybackEngine::refreshChannels);
