@@ -1,6 +1,7 @@
 // What an edit costs in the arranger, and whether the length of a song matters where it is not
 // seen.
 
+#include "Editing.h"
 #include "RatioReporter.h"
 #include "model/Project.h"
 #include "views/arranger/ArrangerGridView.h"
@@ -8,10 +9,6 @@
 #include "views/arranger/TrackArranger.h"
 
 #include <QApplication>
-#include <QGraphicsRectItem>
-#include <QImage>
-#include <QMouseEvent>
-#include <QPainter>
 
 #include <memory>
 
@@ -52,14 +49,7 @@ public:
         QCoreApplication::processEvents();
     }
 
-    void mouse(QEvent::Type type, const QPointF& place)
-    {
-        QWidget* grid = arranger.view()->viewport();
-        const bool press = type == QEvent::MouseButtonPress;
-        QMouseEvent event(type, place, grid->mapToGlobal(place),
-                          press ? Qt::LeftButton : Qt::NoButton, Qt::LeftButton, {});
-        QApplication::sendEvent(grid, &event);
-    }
+    QWidget* grid() const { return arranger.view()->viewport(); }
 
     std::unique_ptr<Project> project;
     TrackArranger arranger;
@@ -68,57 +58,32 @@ public:
 Stage* fullStage = nullptr;
 Stage* smallStage = nullptr;
 
-/// Lets the scene and its views catch up, as they do between two edits, while nobody measures.
-void settle(benchmark::State& state)
-{
-    state.PauseTiming();
-    QCoreApplication::processEvents();
-    state.ResumeTiming();
-}
-
 void rebuild(benchmark::State& state)
 {
     for (auto _ : state) {
         fullStage->arranger.rebuildScene();
-        settle(state);
+        Editing::settle(state);
     }
 }
 
 /// As many rectangles as the rebuild makes blocks.
 void refillOfPlainItems(benchmark::State& state)
 {
-    QGraphicsScene scene;
-    for (auto _ : state) {
-        scene.clear();
-        for (int i = 0; i < 1400; ++i)
-            scene.addRect(128.0 * (i % 100), 42.0 * (i / 100), 128.0, 36.0)
-                ->setFlag(QGraphicsItem::ItemIsSelectable);
-        settle(state);
-    }
+    Editing::refill(state, 1400,
+                    [](int i) { return QRectF(128.0 * (i % 100), 42.0 * (i / 100), 128.0, 36.0); });
 }
 
-/// One move of the mouse up to the repainted screen.
-void dragSteps(benchmark::State& state, Stage& stage)
-{
-    const QPointF place(70.0, 65.0);
-    stage.mouse(QEvent::MouseButtonPress, place);
-    int step = 0;
-    for (auto _ : state) {
-        stage.mouse(QEvent::MouseMove, place + QPointF(32.0 * (++step % 20), 0.0));
-        QCoreApplication::processEvents();
-    }
-    stage.mouse(QEvent::MouseMove, place);
-    stage.mouse(QEvent::MouseButtonRelease, place);
-}
+/// In the first block.
+constexpr QPointF kGrip(70.0, 65.0);
 
 void dragStepInAFullSong(benchmark::State& state)
 {
-    dragSteps(state, *fullStage);
+    Editing::dragSteps(state, fullStage->grid(), kGrip);
 }
 
 void dragStepInASmallSong(benchmark::State& state)
 {
-    dragSteps(state, *smallStage);
+    Editing::dragSteps(state, smallStage->grid(), kGrip);
 }
 
 /// Paints the grid alone, into an image of the same size whatever the length of the song.
@@ -127,12 +92,7 @@ void paintGrid(benchmark::State& state, int bars)
     const Stage stage(1, 1, 0);
     stage.project->tracks[0].loopBlocks[0].startBeat = (bars - 1) * kBar;
     emit stage.project->changed();
-    QWidget* grid = stage.arranger.view()->viewport();
-    QImage image(grid->size(), QImage::Format_RGB32);
-    for (auto _ : state) {
-        QPainter painter(&image);
-        grid->render(&painter);
-    }
+    Editing::paint(state, stage.grid());
 }
 
 void gridOfAHundredBars(benchmark::State& state)

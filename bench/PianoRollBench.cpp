@@ -1,6 +1,7 @@
 // What an edit and a look cost in the piano roll, and whether the length of a song matters where
 // it is not seen.
 
+#include "Editing.h"
 #include "RatioReporter.h"
 #include "model/Project.h"
 #include "views/pianoroll/PianoRollCanvas.h"
@@ -8,10 +9,7 @@
 #include "views/pianoroll/PianoRollScene.h"
 
 #include <QApplication>
-#include <QGraphicsRectItem>
-#include <QImage>
-#include <QMouseEvent>
-#include <QPainter>
+#include <QGraphicsItem>
 #include <QScrollBar>
 
 #include <memory>
@@ -66,14 +64,6 @@ public:
 
     QWidget* grid() const { return canvas.view()->viewport(); }
 
-    void mouse(QEvent::Type type, const QPointF& place) const
-    {
-        const bool press = type == QEvent::MouseButtonPress;
-        QMouseEvent event(type, place, grid()->mapToGlobal(place),
-                          press ? Qt::LeftButton : Qt::NoButton, Qt::LeftButton, {});
-        QApplication::sendEvent(grid(), &event);
-    }
-
     /// The middle of the first note, in the grid.
     QPointF firstNote() const
     {
@@ -92,57 +82,29 @@ public:
 Stage* fullStage = nullptr;
 Stage* smallStage = nullptr;
 
-/// Lets the scene and its views catch up, as they do between two edits, while nobody measures.
-void settle(benchmark::State& state)
-{
-    state.PauseTiming();
-    QCoreApplication::processEvents();
-    state.ResumeTiming();
-}
-
 void rebuild(benchmark::State& state)
 {
     for (auto _ : state) {
         fullStage->canvas.rebuildScene();
-        settle(state);
+        Editing::settle(state);
     }
 }
 
 /// As many rectangles as the rebuild makes notes.
 void refillOfPlainItems(benchmark::State& state)
 {
-    QGraphicsScene scene;
-    for (auto _ : state) {
-        scene.clear();
-        for (int i = 0; i < 4000; ++i)
-            scene.addRect(32.0 * (i / 4), 16.0 * (i % 36), 32.0, 14.0)
-                ->setFlag(QGraphicsItem::ItemIsSelectable);
-        settle(state);
-    }
-}
-
-/// One move of the mouse up to the repainted screen.
-void dragSteps(benchmark::State& state, const Stage& stage)
-{
-    const QPointF place = stage.firstNote();
-    stage.mouse(QEvent::MouseButtonPress, place);
-    int step = 0;
-    for (auto _ : state) {
-        stage.mouse(QEvent::MouseMove, place + QPointF(32.0 * (++step % 20), 0.0));
-        QCoreApplication::processEvents();
-    }
-    stage.mouse(QEvent::MouseMove, place);
-    stage.mouse(QEvent::MouseButtonRelease, place);
+    Editing::refill(state, 4000,
+                    [](int i) { return QRectF(32.0 * (i / 4), 16.0 * (i % 36), 32.0, 14.0); });
 }
 
 void dragStepInAFullBlock(benchmark::State& state)
 {
-    dragSteps(state, *fullStage);
+    Editing::dragSteps(state, fullStage->grid(), fullStage->firstNote());
 }
 
 void dragStepInASmallBlock(benchmark::State& state)
 {
-    dragSteps(state, *smallStage);
+    Editing::dragSteps(state, smallStage->grid(), smallStage->firstNote());
 }
 
 /// The mouse over the grid without a button.
@@ -150,7 +112,7 @@ void hover(benchmark::State& state)
 {
     int step = 0;
     for (auto _ : state)
-        fullStage->mouse(QEvent::MouseMove, QPointF(300.0 + ++step % 400, 300.0));
+        Editing::mouse(fullStage->grid(), QEvent::MouseMove, QPointF(300.0 + ++step % 400, 300.0));
 }
 
 /// One frame of a scroll, the song as wide as it is at the start or as dense as it can be.
@@ -204,11 +166,7 @@ void paintGrid(benchmark::State& state, int bars)
     const Stage stage(1, 0, 0);
     stage.project->tracks[0].melodyBlocks[0].durationBeats = bars * kBar;
     emit stage.project->changed();
-    QImage image(stage.grid()->size(), QImage::Format_RGB32);
-    for (auto _ : state) {
-        QPainter painter(&image);
-        stage.grid()->render(&painter);
-    }
+    Editing::paint(state, stage.grid());
 }
 
 void gridOfAHundredBars(benchmark::State& state)

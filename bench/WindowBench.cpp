@@ -1,7 +1,9 @@
 // From a click on the program's icon to its first painted window, and what an edit costs there.
 
 #include "RatioReporter.h"
+#include "content/LoopLibrary.h"
 #include "model/Project.h"
+#include "playback/PlaybackEngine.h"
 #include "playback/SoundfontPlayer.h"
 #include "shell/IgualadorSimbolos.h"
 #include "shell/MainWindow.h"
@@ -89,32 +91,79 @@ void bankLoad(benchmark::State& state)
         state.SetIterationTime(numberFromChild(kLoadBank));
 }
 
-/// A song of 13 tracks and 5,000 notes.
-void fill(Project& project)
+constexpr double kBar = 4.0;
+constexpr int kBlocksPerTrack = 10;
+
+Track melodyTrack(int notes)
 {
-    constexpr int kNotes = 5000;
-    project.tracks = QList<Track>(kMaxNoteTracks);
-    for (int i = 0; i < kNotes; ++i) {
-        Track& track = project.tracks[i % kMaxNoteTracks];
-        if (track.melodyBlocks.isEmpty())
-            track.melodyBlocks.append({.startBeat = 0.0, .durationBeats = 400.0, .notes = {}});
-        track.melodyBlocks[0].notes.append({.pitch = 48 + i % 36,
-                                            .startBeat = i * 0.25,
-                                            .durationBeats = 0.25,
-                                            .velocity = 60 + i % 60});
-    }
+    Track track;
+    for (int i = 0; i < kBlocksPerTrack; ++i)
+        track.melodyBlocks.append(
+            {.startBeat = i * 4 * kBar, .durationBeats = 4 * kBar, .notes = {}});
+    for (int i = 0; i < notes; ++i)
+        track.melodyBlocks[i % kBlocksPerTrack].notes.append(
+            {.pitch = 48 + i % 36,
+             .startBeat = (i / kBlocksPerTrack) * 0.25,
+             .durationBeats = 0.25,
+             .velocity = 60 + i % 60});
+    return track;
+}
+
+Track loopTrack(const LoopLayer& layer)
+{
+    Track track;
+    track.isAccompaniment = true;
+    track.layerId = layer.id;
+    track.instrumentId = layer.instrumentId;
+    for (int i = 0; i < kBlocksPerTrack; ++i)
+        track.loopBlocks.append({.startBeat = i * 4 * kBar,
+                                 .durationBeats = 4 * kBar,
+                                 .rhythmId = layer.rhythmId,
+                                 .layerId = layer.id,
+                                 .section = LoopSection::Normal,
+                                 .variantIndex = 3});
+    return track;
+}
+
+/// A pupil's song: 8 tracks, 80 blocks, half of them loops, 1,500 written notes, a chord on each
+/// bar.
+void fill(Project& project, const LoopLibrary& library)
+{
+    constexpr int kTracks = 4;
+    project.tracks.clear();
+    for (int i = 0; i < kTracks; ++i)
+        project.tracks.append(melodyTrack(1500 / kTracks));
+    const QList<LoopLayer> layers = library.layersForRhythm(QStringLiteral("popular_cumbia"));
+    for (int i = 0; i < kTracks; ++i)
+        project.tracks.append(loopTrack(layers.at(i)));
+    for (int bar = 0; bar < 4 * kBlocksPerTrack; ++bar)
+        project.harmonyTrack.insertEvent(bar * kBar, kBar, 1 + bar % 7, ChordExtension::Triad,
+                                         kBar);
 }
 
 MainWindow* openedWindow = nullptr;
 
-void editWithoutViews(benchmark::State& state)
+/// From the edit to the repainted window, with the song playing.
+void editWhilePlaying(benchmark::State& state)
 {
     Project& project = *openedWindow->project();
-    fill(project);
+    fill(project, *openedWindow->loopLibrary());
+    openedWindow->snapshotAndRefresh();
+    openedWindow->engine()->play(0.0);
     for (auto _ : state) {
         project.bpm = project.bpm == 100 ? 101 : 100;
         openedWindow->snapshotAndRefresh();
+        QCoreApplication::processEvents();
     }
+    openedWindow->engine()->stop();
+}
+
+/// The part of an edit that undo needs, the yardstick of the whole.
+void stateAsJson(benchmark::State& state)
+{
+    fill(*openedWindow->project(), *openedWindow->loopLibrary());
+    for (auto _ : state)
+        benchmark::DoNotOptimize(openedWindow->project()->toJson());
 }
 
 void switchTheme(benchmark::State& state)
@@ -125,7 +174,8 @@ void switchTheme(benchmark::State& state)
 
 BENCHMARK(processStartToFirstPaint)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(bankLoad)->UseManualTime()->Unit(benchmark::kMillisecond);
-BENCHMARK(editWithoutViews)->Unit(benchmark::kMillisecond);
+BENCHMARK(editWhilePlaying)->Unit(benchmark::kMillisecond);
+BENCHMARK(stateAsJson)->Unit(benchmark::kMillisecond);
 BENCHMARK(switchTheme)->Unit(benchmark::kMillisecond);
 
 } // namespace
@@ -142,8 +192,12 @@ int main(int argc, char** argv)
     qunsetenv("XDG_CONFIG_HOME");
     QApplication application(argc, argv);
     MainWindow window;
+    window.resize(1366, 768);
+    window.show();
     openedWindow = &window;
     return runBenchmarks(argc, argv,
                          {{"First painted window over the load of the bank",
-                           "processStartToFirstPaint", "bankLoad", "below 3"}});
+                           "processStartToFirstPaint", "bankLoad", "below 3"},
+                          {"Edit of a playing song over its state as JSON", "editWhilePlaying",
+                           "stateAsJson", "the edit itself below 50 ms"}});
 }

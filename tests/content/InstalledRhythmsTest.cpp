@@ -1,6 +1,7 @@
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
 #include "music/ChordMapper.h"
+#include "support/Files.h"
 
 #include <QDir>
 #include <QFile>
@@ -76,25 +77,16 @@ constexpr int kTritone = 6;
 /// Keys of the General MIDI drum kit.
 constexpr PitchSpan kDrumKeys{35, 81};
 
-void copyFiles(const QString& from, const QString& to)
-{
-    if (!QDir().mkpath(to))
-        qFatal("No folder %s", qPrintable(to));
-    for (const QFileInfo& file : QDir(from).entryInfoList(QDir::Files)) {
-        if (!QFile::copy(file.filePath(), to + '/' + file.fileName()))
-            qFatal("Not copied, perhaps there twice: %s", qPrintable(file.fileName()));
-    }
-}
-
 /// The rhythms that come with the program and those of the content server, in a folder of their
 /// own: loading writes an index.
 struct Content {
     Content() : instruments(QString()), library(folder.path(), &instruments)
     {
-        copyFiles(VELTA_LOOPS_DIR "/installed", library.installedDir());
-        copyFiles(VELTA_SERVED_DIR "/content", library.installedDir());
-        copyFiles(VELTA_LOOPS_DIR "/grooves", library.groovesDir());
-        copyFiles(VELTA_SERVED_DIR "/grooves", library.groovesDir());
+        if (!copyFiles(VELTA_LOOPS_DIR "/installed", library.installedDir()) ||
+            !copyFiles(VELTA_SERVED_DIR "/content", library.installedDir()) ||
+            !copyFiles(VELTA_LOOPS_DIR "/grooves", library.groovesDir()) ||
+            !copyFiles(VELTA_SERVED_DIR "/grooves", library.groovesDir()))
+            qFatal("The rhythms cannot be put together.");
         instruments.loadBuiltinGmInstruments();
         library.reload();
     }

@@ -4,8 +4,8 @@
 #include "listen/Loudness.h"
 #include "listen/RhythmDemo.h"
 #include "model/Project.h"
+#include "support/Files.h"
 
-#include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -15,17 +15,6 @@ namespace {
 constexpr double kLoudestLufs = -14.0;
 constexpr double kSoftestLufs = -34.0;
 constexpr double kMostSpreadLu = 6.0;
-
-void copyFiles(const QString& from, const QString& to)
-{
-    if (!QDir().mkpath(to))
-        qFatal("No folder %s", qPrintable(to));
-    for (const QFileInfo& file : QDir(from).entryInfoList(QDir::Files)) {
-        if (file.fileName() != "manifest.json" &&
-            !QFile::copy(file.filePath(), to + '/' + file.fileName()))
-            qFatal("Not copied: %s", qPrintable(file.fileName()));
-    }
-}
 
 } // namespace
 
@@ -59,11 +48,13 @@ void RenderedLibraryTest::initTestCase()
 {
     const QString staged = QCoreApplication::applicationDirPath() + "/resources";
     const QString served = QString::fromUtf8(VELTA_SERVED_DIR);
-    copyFiles(staged + "/loops/installed", folder_.filePath("loops/installed"));
-    copyFiles(served + "/content", folder_.filePath("loops/installed"));
-    copyFiles(staged + "/loops/grooves", folder_.filePath("loops/grooves"));
-    copyFiles(served + "/grooves", folder_.filePath("loops/grooves"));
-    copyFiles(served + "/instruments", folder_.filePath("soundfonts/instruments"));
+    QVERIFY(copyFiles(QStringLiteral(VELTA_LOOPS_DIR "/installed"),
+                      folder_.filePath("loops/installed")));
+    QVERIFY(copyFiles(served + "/content", folder_.filePath("loops/installed")));
+    QVERIFY(
+        copyFiles(QStringLiteral(VELTA_LOOPS_DIR "/grooves"), folder_.filePath("loops/grooves")));
+    QVERIFY(copyFiles(served + "/grooves", folder_.filePath("loops/grooves")));
+    QVERIFY(copyFiles(served + "/instruments", folder_.filePath("soundfonts/instruments")));
     QVERIFY(QFile::link(staged + "/soundfonts/velta_bank_gm.sf2",
                         folder_.filePath("soundfonts/velta_bank_gm.sf2")));
     instruments_ = std::make_unique<InstrumentLibrary>(folder_.filePath("soundfonts"));

@@ -19,3 +19,15 @@ inline bool writeBytes(const QString& path, const QByteArray& bytes)
     QFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
 }
+
+/// Copies the files of a folder into another, which is made. False if one is there already.
+inline bool copyFiles(const QString& from, const QString& to)
+{
+    if (!QDir().mkpath(to))
+        return false;
+    for (const QFileInfo& file : QDir(from).entryInfoList(QDir::Files)) {
+        if (!QFile::copy(file.filePath(), to + '/' + file.fileName()))
+            return false;
+    }
+    return true;
+}

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <QApplication>
+#include <QGraphicsRectItem>
+#include <QGraphicsScene>
+#include <QImage>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QWidget>
+
+#include <benchmark/benchmark.h>
+
+/// What the benchmarks of the editors do alike.
+namespace Editing {
+
+/// Lets a scene and its views catch up, as they do between two edits, while nobody measures.
+inline void settle(benchmark::State& state)
+{
+    state.PauseTiming();
+    QCoreApplication::processEvents();
+    state.ResumeTiming();
+}
+
+/// Fills a scene with plain rectangles, the yardstick of a rebuild that makes as many items.
+template <typename RectOf>
+void refill(benchmark::State& state, int count, RectOf rectOf)
+{
+    QGraphicsScene scene;
+    for (auto _ : state) {
+        scene.clear();
+        for (int i = 0; i < count; ++i)
+            scene.addRect(rectOf(i))->setFlag(QGraphicsItem::ItemIsSelectable);
+        settle(state);
+    }
+}
+
+/// A press, move or release of the left button at a place of a widget.
+inline void mouse(QWidget* widget, QEvent::Type type, const QPointF& place)
+{
+    const bool press = type == QEvent::MouseButtonPress;
+    QMouseEvent event(type, place, widget->mapToGlobal(place),
+                      press ? Qt::LeftButton : Qt::NoButton, Qt::LeftButton, {});
+    QApplication::sendEvent(widget, &event);
+}
+
+/// One move of the mouse up to the repainted screen, in a drag of what stands at a place.
+inline void dragSteps(benchmark::State& state, QWidget* grid, const QPointF& place)
+{
+    mouse(grid, QEvent::MouseButtonPress, place);
+    int step = 0;
+    for (auto _ : state) {
+        mouse(grid, QEvent::MouseMove, place + QPointF(32.0 * (++step % 20), 0.0));
+        QCoreApplication::processEvents();
+    }
+    mouse(grid, QEvent::MouseMove, place);
+    mouse(grid, QEvent::MouseButtonRelease, place);
+}
+
+/// Paints a widget alone, into an image of its size.
+inline void paint(benchmark::State& state, QWidget* widget)
+{
+    QImage image(widget->size(), QImage::Format_RGB32);
+    for (auto _ : state) {
+        QPainter painter(&image);
+        widget->render(&painter);
+    }
+}
+
+} // namespace Editing
