@@ -205,6 +205,8 @@ void LoopBrowser::rebuildSectionCards()
 {
     while (sectionsLayout_->count() > 1) {
         const std::unique_ptr<QLayoutItem> item(sectionsLayout_->takeAt(0));
+        for (const VariationButton* button : item->widget()->findChildren<VariationButton*>())
+            faceSheets_.insert(button->text(), button->styleSheet());
         deleteCard(item->widget());
     }
     int card = 0;
@@ -216,9 +218,22 @@ void LoopBrowser::rebuildSectionCards()
         sectionsLayout_->insertWidget(card, buildCard(section, variants, card % kShades));
         ++card;
     }
-    // A window that is on the screen already is not evened out again.
-    if (isVisible())
-        ovelin::igualarSimbolos(sectionsLayout_->parentWidget());
+    evenOutFaces();
+}
+
+void LoopBrowser::evenOutFaces()
+{
+    // A window evens out its faces when it is shown: those of later cards get here what that came
+    // to, and are measured only where no such number stood on a card before.
+    if (!isVisible())
+        return;
+    for (VariationButton* button :
+         sectionsLayout_->parentWidget()->findChildren<VariationButton*>()) {
+        if (button->styleSheet().isEmpty()) {
+            ovelin::igualarSimbolos(button->parentWidget());
+            faceSheets_.insert(button->text(), button->styleSheet());
+        }
+    }
 }
 
 QWidget* LoopBrowser::buildCard(LoopSection section, const QList<LoopVariant>& variants, int shade)
@@ -247,6 +262,7 @@ QWidget* LoopBrowser::buildColumn(LoopSection section, int variantIndex)
 {
     auto* place = new VariationButton(rhythmCombo_->currentId(), layerCombo_->currentId(), section,
                                       variantIndex);
+    place->setStyleSheet(faceSheets_.value(place->text()));
     connect(place, &QToolButton::clicked, this,
             [this, section, variantIndex] { placeVariant(section, variantIndex); });
 

@@ -2,6 +2,7 @@
 
 #include "model/Project.h"
 
+#include <QHash>
 #include <QPointer>
 #include <QWidget>
 
@@ -51,6 +52,7 @@ private:
     void reloadRhythms();
     void reloadLayers();
     void rebuildSectionCards();
+    void evenOutFaces();
 
     void fillRhythms();
     QWidget* buildCard(LoopSection section, const QList<LoopVariant>& variants, int shade);
@@ -73,4 +75,6 @@ private:
     ChoiceBox* layerCombo_;
     /// The cards, and behind them the stretch that holds them together.
     QVBoxLayout* sectionsLayout_;
+    /// The style sheets of the variants' numbers, as far as they have been evened out.
+    QHash<QString, QString> faceSheets_;
 };
