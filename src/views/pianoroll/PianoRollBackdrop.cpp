@@ -76,11 +76,10 @@ void Hatching::paint(QPainter& painter, const QRectF& row) const
 {
     const QTransform toScreen = painter.worldTransform();
     const QRectF area = toScreen.mapRect(row);
-    const double tileHeight = tile_.height() / tile_.devicePixelRatio();
     painter.save();
     painter.resetTransform();
     // Counted from the start of the song, the pattern travels with it.
-    painter.drawTiledPixmap(area, tile_, {area.left() - toScreen.dx(), tileHeight - area.height()});
+    painter.drawTiledPixmap(area, tile_, {area.left() - toScreen.dx(), 0.0});
     painter.restore();
 }
 
