@@ -3,6 +3,8 @@
 #include "support/UserHome.h"
 
 #include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
 
 #include <limits>
 #include <memory>
@@ -114,6 +116,9 @@ private slots:
 
     void losingTheFocusEndsHeldLetters_data();
     void losingTheFocusEndsHeldLetters();
+    void openingAMenuEndsHeldLetters();
+    void lettersOfAButtonWithTheFocusEndWithIt();
+    void clicksOnTheBarLeaveTheLetters();
     void drawnNoteSoundsWhileItIsHeld();
     void drawnNoteOfALostDragIsSilenced_data();
     void drawnNoteOfALostDragIsSilenced();
@@ -808,6 +813,44 @@ void PianoRollCanvasEditsTest::losingTheFocusEndsHeldLetters()
     QCOMPARE(editor_->edits(), playing ? 1 : 0);
     release(Qt::Key_F);
     QCOMPARE(editor_->edits(), playing ? 1 : 0);
+}
+
+void PianoRollCanvasEditsTest::openingAMenuEndsHeldLetters()
+{
+    canvas().activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&canvas()));
+    canvas().setFocus();
+    press(Qt::Key_F);
+    QMenu menu(&canvas());
+    menu.addAction("Algo");
+    menu.popup(canvas().mapToGlobal(QPoint(50, 50)));
+    QVERIFY(!engine().previewHeld().contains(65));
+}
+
+void PianoRollCanvasEditsTest::lettersOfAButtonWithTheFocusEndWithIt()
+{
+    QLineEdit elsewhere(&canvas());
+    elsewhere.show();
+    canvas().activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&canvas()));
+    auto* button = canvas().findChild<QPushButton*>();
+    button->setFocus();
+    QTest::keyPress(button, Qt::Key_F);
+    QVERIFY(engine().previewHeld().contains(65));
+    elsewhere.setFocus();
+    QVERIFY(!engine().previewHeld().contains(65));
+}
+
+void PianoRollCanvasEditsTest::clicksOnTheBarLeaveTheLetters()
+{
+    canvas().activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&canvas()));
+    QTest::mouseClick(stage_->grid(), Qt::LeftButton, {}, stage_->at(0.5, 60));
+    QCOMPARE(QApplication::focusWidget(), &canvas());
+    QTest::mouseClick(canvas().findChild<QPushButton*>(), Qt::LeftButton);
+    QCOMPARE(QApplication::focusWidget(), &canvas());
+    QTest::mouseClick(canvas().keyboard(), Qt::LeftButton, {}, QPoint(10, 10));
+    QCOMPARE(QApplication::focusWidget(), &canvas());
 }
 
 void PianoRollCanvasEditsTest::drawnNoteSoundsWhileItIsHeld()

@@ -97,6 +97,7 @@ private slots:
     void zoomKeepsWhatIsUnderTheMouse_data();
     void zoomKeepsWhatIsUnderTheMouse();
     void ctrlShiftWheelZoomsRows();
+    void zoomOfRowsStaysAtItsTime();
     void shiftWheelScrollsToTheSide_data();
     void shiftWheelScrollsToTheSide();
     void sidewaysWheelScrollsToTheSide();
@@ -796,6 +797,19 @@ void PianoRollGridViewTest::ctrlShiftWheelZoomsRows()
     PianoRollStage::turnWheel(stage_->grid(), QPoint(0, 0), kCtrlShift);
     QCOMPARE(canvas().visibleRows(), 14);
     QCOMPARE(canvas().zoomX(), 1.0);
+}
+
+void PianoRollGridViewTest::zoomOfRowsStaysAtItsTime()
+{
+    QVERIFY(QTest::qWaitForWindowExposed(&canvas()));
+    canvas().zoomHorizontal(1.37);
+    canvas().view()->horizontalScrollBar()->setValue(401);
+    stage_->move(QPoint(298, 200));
+    stage_->move(QPoint(299, 201));
+    for (int i = 0; i < 60; ++i) {
+        PianoRollStage::turnWheel(stage_->grid(), QPoint(0, i < 30 ? -120 : 120), kCtrlShift);
+        QCOMPARE(canvas().view()->horizontalScrollBar()->value(), 401);
+    }
 }
 
 void PianoRollGridViewTest::shiftWheelScrollsToTheSide_data()
