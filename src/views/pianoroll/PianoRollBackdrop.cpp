@@ -28,12 +28,42 @@ QRectF rowOf(int pitch, double left, double right)
     return {left, pitchToSceneY(pitch), right - left, kRowPixels};
 }
 
-/// A pixel of the screen in those of the widget. The device does not tell: it is the widget even
-/// while that is painted into something else.
-double screenPixel(const QPainter& painter)
-{
-    return painter.worldTransform().m11() / painter.deviceTransform().m11();
-}
+/// Makes whole pixels of the screen the units of a painter, for as long as it lives. Scales and
+/// scrolls of a window, and of the screen it is on, put rows between pixels; what repeats itself
+/// or is one pixel thin has to keep to pixels all the same.
+class ScreenPixels {
+public:
+    explicit ScreenPixels(QPainter& painter)
+        : painter_(painter), toScreen_(painter.deviceTransform())
+    {
+        painter_.save();
+        painter_.setWorldTransform(toScreen_.inverted() * painter_.worldTransform());
+    }
+
+    ~ScreenPixels() { painter_.restore(); }
+
+    Q_DISABLE_COPY_MOVE(ScreenPixels)
+
+    QPainter& painter() { return painter_; }
+
+    /// Where the song starts.
+    int origin() const { return qFloor(toScreen_.dx()); }
+
+    int x(double sceneX) const { return qRound(toScreen_.map(QPointF(sceneX, 0.0)).x()); }
+
+    int y(double sceneY) const { return qRound(toScreen_.map(QPointF(0.0, sceneY)).y()); }
+
+    /// Rounded as a painter rounds what it fills.
+    QRect rect(const QRectF& area) const
+    {
+        return {QPoint(x(area.left()), y(area.top())),
+                QPoint(x(area.right()) - 1, y(area.bottom()) - 1)};
+    }
+
+private:
+    QPainter& painter_;
+    QTransform toScreen_;
+};
 
 QColor hatchColor()
 {
@@ -59,28 +89,23 @@ private:
 
 Hatching::Hatching(const QPainter& painter)
 {
-    const double pixelRatio = 1.0 / screenPixel(painter);
-    // In whole pixels of the screen, or the picture would not join itself.
-    const int period = qRound(kHatchPixels * pixelRatio);
-    const int height = qCeil(painter.worldTransform().m22() * kRowPixels * pixelRatio);
+    const double scale = painter.deviceTransform().m11() / painter.worldTransform().m11();
+    const int period = qRound(kHatchPixels * scale);
+    const int height = qCeil(painter.deviceTransform().m22() * kRowPixels);
     tile_ = QPixmap(period, height);
     tile_.fill(Qt::transparent);
     QPainter pen(&tile_);
     pen.setPen(hatchColor());
     for (int x = -period * (height / period + 1); x < period; x += period)
         pen.drawLine(x, height, x + height, 0);
-    tile_.setDevicePixelRatio(pixelRatio);
 }
 
 void Hatching::paint(QPainter& painter, const QRectF& row) const
 {
-    const QTransform toScreen = painter.worldTransform();
-    const QRectF area = toScreen.mapRect(row);
-    painter.save();
-    painter.resetTransform();
+    ScreenPixels screen(painter);
+    const QRect area = screen.rect(row);
     // Counted from the start of the song, the pattern travels with it.
-    painter.drawTiledPixmap(area, tile_, {area.left() - toScreen.dx(), 0.0});
-    painter.restore();
+    painter.drawTiledPixmap(area, tile_, QPoint(area.left() - screen.origin(), 0));
 }
 
 void paintScale(QPainter& painter, const QRectF& exposed, const KeySignature& key)
@@ -133,46 +158,33 @@ void paintHarmony(QPainter& painter, const QRectF& exposed, const Project& proje
     }
 }
 
-/// Paints straight lines as rectangles in pixels of the screen. They are rounded like the rows, so
-/// that both meet, and a painter takes much longer over a line than over a rectangle.
+/// Paints straight lines as rectangles: these meet the rows, and a painter takes much longer over
+/// a line than over a rectangle.
 class LinePainter {
 public:
     LinePainter(QPainter& painter, const QRectF& exposed)
-        : painter_(painter), toScreen_(painter.worldTransform()), area_(toScreen_.mapRect(exposed)),
-          pixel_(screenPixel(painter))
-    {
-        painter_.save();
-        painter_.resetTransform();
-    }
-
-    ~LinePainter() { painter_.restore(); }
-
-    Q_DISABLE_COPY_MOVE(LinePainter)
+        : screen_(painter), area_(screen_.rect(exposed))
+    {}
 
     void horizontal(double sceneY, const QColor& color)
     {
-        const double y = toScreen_.map(QPointF(0.0, sceneY)).y();
-        painter_.fillRect(QRectF(area_.left(), y, area_.width(), pixel_), color);
+        screen_.painter().fillRect(area_.left(), screen_.y(sceneY), area_.width(), 1, color);
     }
 
     /// One pixel wide from its place on, or two around it.
     void vertical(double sceneX, int pixels, const QColor& color)
     {
-        const double x = toScreen_.map(QPointF(sceneX, 0.0)).x() - pixel_ * (pixels - 1);
+        const int x = screen_.x(sceneX) - (pixels - 1);
         // Taller ones would be shared among threads, which takes longer than painting them.
-        constexpr double kTallest = 40.0;
-        for (double y = area_.top(); y < area_.bottom(); y += kTallest)
-            painter_.fillRect(QRectF(x, y, pixels * pixel_, std::min(kTallest, area_.bottom() - y)),
-                              color);
+        constexpr int kTallest = 64;
+        for (int y = area_.top(); y <= area_.bottom(); y += kTallest)
+            screen_.painter().fillRect(x, y, pixels, qMin(kTallest, area_.bottom() + 1 - y), color);
     }
 
 private:
-    QPainter& painter_;
-    QTransform toScreen_;
-    /// What is exposed, on the screen.
-    QRectF area_;
-    /// Of the screen.
-    double pixel_;
+    ScreenPixels screen_;
+    /// What is exposed.
+    QRect area_;
 };
 
 void paintRowLines(LinePainter& lines, const QRectF& exposed)

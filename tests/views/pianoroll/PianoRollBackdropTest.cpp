@@ -35,6 +35,8 @@ struct Look {
     /// What is painted of the picture; all of it if null.
     QRect part = {};
     qreal pixelRatio = 1.0;
+    /// How far the widget stands in its window, to the right and down.
+    int inset = 0;
 };
 
 /// What the backdrop paints over red, which no part of it leaves.
@@ -44,6 +46,8 @@ QImage picture(const Project& song, const Look& look = {})
     image.setDevicePixelRatio(look.pixelRatio);
     image.fill(Qt::red);
     QPainter painter(&image);
+    painter.setViewport(look.inset, look.inset, kWidth, kHeight);
+    painter.setWindow(0, 0, kWidth, kHeight);
     const QRect part = look.part.isNull() ? QRect(0, 0, kWidth, kHeight) : look.part;
     painter.setClipRect(part);
     painter.setWorldTransform(look.view);
@@ -106,6 +110,7 @@ private slots:
 
     void stretchesFitTogether_data();
     void stretchesFitTogether();
+    void stretchesFitTogetherBetweenPixels();
     void nothingIsPaintedOutsideTheStretch();
     void longSongsPaintTheSame();
     void damagedSongsArePainted();
@@ -490,6 +495,22 @@ void PianoRollBackdropTest::stretchesFitTogether()
     const QImage whole = picture(*song_, look);
     look.part = part;
     QCOMPARE(picture(*song_, look).copy(part), whole.copy(part));
+}
+
+void PianoRollBackdropTest::stretchesFitTogetherBetweenPixels()
+{
+    song_->harmonyTrack = harmony({1, 5, 4});
+    Look look;
+    // On a screen of one and a half the song starts in the middle of a pixel.
+    look.pixelRatio = 1.5;
+    look.inset = 1;
+    look.view = QTransform(1.13, 0.0, 0.0, 2.0437, -50.0, -785.0);
+    const QImage whole = picture(*song_, look);
+    for (const int x : {101, 151, 203, 333}) {
+        look.part = QRect(x, 77, 22, 130);
+        const QRect pixels((x + 1) * 3 / 2, 78 * 3 / 2, 33, 195);
+        QCOMPARE(picture(*song_, look).copy(pixels), whole.copy(pixels));
+    }
 }
 
 void PianoRollBackdropTest::nothingIsPaintedOutsideTheStretch()
