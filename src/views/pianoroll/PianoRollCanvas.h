@@ -67,6 +67,15 @@ public:
 
     void rebuildScene();
 
+    /// Writes the track, the key and the length of the block over the grid.
+    void updateCaption();
+
+    /// In beats. The view does not follow.
+    void updatePlayhead(double beat);
+
+    /// Puts the ruler and the keys where the view stands.
+    void syncRulerAndKeyboard();
+
     // ---- Edits ----
 
     /// Adds a note to the block at an absolute beat, and says nothing of it.
@@ -153,10 +162,7 @@ private:
     void showTrack(int track, int block);
     const Track* track() const;
     QList<int> ghostTracks() const;
-    void updateCaption();
     QString captionOf(const MelodyBlock& block) const;
-    void updatePlayhead(double beat);
-    void syncRulerAndKeyboard();
     void seek(double beat);
 
     Project* project_ = nullptr;
