@@ -3,6 +3,7 @@
 #include "model/Project.h"
 #include "shell/theme/CanvasColors.h"
 #include "views/LoopDragPayload.h"
+#include "views/ScreenPixels.h"
 #include "views/arranger/ArrangerLayout.h"
 #include "views/arranger/ArrangerScene.h"
 #include "views/arranger/TrackArranger.h"
@@ -15,7 +16,7 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr double kWheelZoom = 1.15;
-constexpr qreal kBarLineWidth = 2.0;
+constexpr int kBarLinePixels = 2;
 
 QColor laneColor(const LaneInfo& lane)
 {
@@ -28,33 +29,26 @@ QColor laneColor(const LaneInfo& lane)
     return lane.trackIndex % 2 != 0 ? colors.laneOdd : colors.laneEven;
 }
 
-QPen cosmeticPen(const QColor& color, qreal width)
-{
-    QPen pen(color, width);
-    pen.setCosmetic(true);
-    return pen;
-}
-
 void paintLanes(QPainter& painter, const QList<LaneInfo>& lanes, const QRectF& exposed)
 {
     for (const LaneInfo& lane : lanes)
         painter.fillRect(QRectF(exposed.left(), lane.top, exposed.width(), lane.height),
                          laneColor(lane));
     // Each of them lies in the first row of the next lane.
-    painter.setPen(cosmeticPen(canvasColors().laneSeparator, 0));
+    LinePainter lines(painter, exposed);
     for (const LaneInfo& lane : lanes)
-        painter.drawLine(QPointF(exposed.left(), lane.bottom()),
-                         QPointF(exposed.right(), lane.bottom()));
+        lines.horizontal(lane.bottom(), canvasColors().laneSeparator);
 }
 
 void paintLines(QPainter& painter, const TimeSignature& meter, const QRectF& exposed)
 {
-    const QPen barPen = cosmeticPen(canvasColors().barLine, kBarLineWidth);
-    const QPen beatPen = cosmeticPen(canvasColors().beatLine, 0);
+    LinePainter lines(painter, exposed);
     for (const GridLine& line : ArrangerLayout::gridLines(exposed.left(), exposed.right(), meter)) {
         const double x = line.beat * ArrangerLayout::kBeatPixels;
-        painter.setPen(line.isBar ? barPen : beatPen);
-        painter.drawLine(QPointF(x, exposed.top()), QPointF(x, exposed.bottom()));
+        if (line.isBar)
+            lines.vertical(x, kBarLinePixels, canvasColors().barLine);
+        else
+            lines.vertical(x, 1, canvasColors().beatLine);
     }
 }
 

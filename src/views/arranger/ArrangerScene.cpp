@@ -55,6 +55,8 @@ ArrangerScene::ArrangerScene(QObject* parent) : QGraphicsScene(parent)
 
 void ArrangerScene::rebuild(const Project& project, const QList<LaneInfo>& lanes)
 {
+    // Once for all: item by item, views would take longer to learn of the change than to paint it.
+    update();
     clear();
     setSceneRect(QRectF(QPointF(), sceneSize(project, lanes)));
     addChords(project);
