@@ -282,16 +282,22 @@ void MainWindow::undo()
 {
     if (!project_ || !undoStack_->canUndo())
         return;
-    project_->loadJson(undoStack_->undo(*project_));
-    emit project_->changed();
+    restore(undoStack_->undo(*project_));
 }
 
 void MainWindow::redo()
 {
     if (!project_ || !undoStack_->canRedo())
         return;
-    project_->loadJson(undoStack_->redo());
+    restore(undoStack_->redo());
+}
+
+void MainWindow::restore(const QJsonObject& state)
+{
+    project_->loadJson(state);
     emit project_->changed();
+    // The track that it showed may be another one now, or none.
+    headerPanel_->setProject(project_);
 }
 
 void MainWindow::setBpm(int bpm)

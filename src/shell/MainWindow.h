@@ -165,6 +165,9 @@ private:
     void zoomIn();
     void zoomOut();
 
+    /// Puts a state that undo has kept in place of the present one.
+    void restore(const QJsonObject& state);
+
     void setBpm(int bpm);
     void setKey(int rootPitchClass, int mode);
     void setHarmonyMuted(bool muted);

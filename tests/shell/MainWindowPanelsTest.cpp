@@ -30,6 +30,7 @@ private slots:
     void zoomActsOnBothEditors();
     void aNameIsOneStepOfUndo();
     void theMixIsNoStepOfUndo();
+    void undoAndRedoLeaveThePanelWithoutATrack();
     void aNameThatIsBeingTypedIsSaved();
     void theWindowMayGoWhileANameIsTyped();
 
@@ -152,6 +153,21 @@ void MainWindowPanelsTest::theMixIsNoStepOfUndo()
     QCOMPARE(stage_->song().tracks[0].volume, 0.25F);
     QVERIFY(!FluidSpy::calls({"cc"}).isEmpty());
     QVERIFY(!stage_->canUndo());
+}
+
+void MainWindowPanelsTest::undoAndRedoLeaveThePanelWithoutATrack()
+{
+    stage_->clickRibbon("Agregar");
+    QVERIFY(panel().isEnabled());
+    stage_->choose("Deshacer");
+    QVERIFY(!panel().isEnabled());
+    arranger().selectNoteTrack(0, false);
+    QVERIFY(panel().isEnabled());
+    QCOMPARE(nameField().text(), "Melodía");
+    stage_->choose("Rehacer");
+    QVERIFY(!panel().isEnabled());
+    arranger().selectNoteTrack(1, false);
+    QCOMPARE(nameField().text(), "Velta 2");
 }
 
 void MainWindowPanelsTest::aNameThatIsBeingTypedIsSaved()
