@@ -4,6 +4,7 @@
 #include "model/Project.h"
 #include "support/ContentFixture.h"
 #include "support/ProjectBuilder.h"
+#include "views/GridMouse.h"
 #include "views/arranger/ArrangerGridView.h"
 #include "views/arranger/ArrangerHeaderColumn.h"
 #include "views/arranger/ArrangerScene.h"
@@ -87,7 +88,7 @@ inline constexpr int kInstrumentalY = 305;
 inline constexpr int kBajoY = 337;
 
 /// The song in an arranger on the screen, and the hands of a user on it. There is no engine.
-class ArrangerStage {
+class ArrangerStage : public GridMouse {
 public:
     ArrangerStage()
     {
@@ -98,7 +99,7 @@ public:
         QCoreApplication::processEvents();
     }
 
-    QWidget* grid() const { return arranger.view()->viewport(); }
+    QWidget* grid() const override { return arranger.view()->viewport(); }
 
     // ---- Places: a beat is 32 pixels of the scene, which the zoom stretches ----
 
@@ -116,26 +117,6 @@ public:
     }
 
     // ---- Mouse on the grid ----
-
-    void press(const QPoint& place, Qt::MouseButton button = Qt::LeftButton,
-               Qt::KeyboardModifiers modifiers = {}) const
-    {
-        QTest::mousePress(grid(), button, modifiers, place);
-    }
-
-    void move(const QPoint& place) const { QTest::mouseMove(grid(), place); }
-
-    void release(const QPoint& place, Qt::MouseButton button = Qt::LeftButton) const
-    {
-        QTest::mouseRelease(grid(), button, {}, place);
-    }
-
-    void click(const QPoint& place, Qt::MouseButton button = Qt::LeftButton,
-               Qt::KeyboardModifiers modifiers = {}) const
-    {
-        press(place, button, modifiers);
-        release(place, button);
-    }
 
     void doubleClick(const QPoint& place) const
     {

@@ -6,6 +6,7 @@
 #include "support/ContentFixture.h"
 #include "support/ProjectBuilder.h"
 #include "support/TinyBank.h"
+#include "views/GridMouse.h"
 #include "views/pianoroll/PianoKeyboardWidget.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 #include "views/pianoroll/PianoRollGridView.h"
@@ -74,7 +75,7 @@ inline QStringList written(const QList<NoteEvent>& notes)
 }
 
 /// The tune in a piano roll on the screen, with rows of 32 pixels, and the hands of a user on it.
-class PianoRollStage {
+class PianoRollStage : public GridMouse {
 public:
     static constexpr int kRowPixels = 32;
     static constexpr int kGridHeight = 13 * kRowPixels;
@@ -93,7 +94,7 @@ public:
         QCoreApplication::processEvents();
     }
 
-    QWidget* grid() const { return canvas.view()->viewport(); }
+    QWidget* grid() const override { return canvas.view()->viewport(); }
 
     QList<NoteEvent>& notes(int track = 0, int block = 0)
     {
@@ -114,26 +115,6 @@ public:
     }
 
     // ---- Mouse on the grid ----
-
-    void press(const QPoint& place, Qt::MouseButton button = Qt::LeftButton,
-               Qt::KeyboardModifiers modifiers = {}) const
-    {
-        QTest::mousePress(grid(), button, modifiers, place);
-    }
-
-    void move(const QPoint& place) const { QTest::mouseMove(grid(), place); }
-
-    void release(const QPoint& place, Qt::MouseButton button = Qt::LeftButton) const
-    {
-        QTest::mouseRelease(grid(), button, {}, place);
-    }
-
-    void click(const QPoint& place, Qt::MouseButton button = Qt::LeftButton,
-               Qt::KeyboardModifiers modifiers = {}) const
-    {
-        press(place, button, modifiers);
-        release(place, button);
-    }
 
     /// From one place to another in three moves, and up to the release.
     void drag(const QPoint& from, const QPoint& to) const
