@@ -2,6 +2,7 @@
 
 #include "model/Track.h"
 #include "music/Beats.h"
+#include "views/pianoroll/PianoRollLayout.h"
 
 #include <Qt>
 
@@ -109,7 +110,8 @@ void NoteEdits::move(MelodyBlock& block, const QList<DraggedNote>& notes, double
             continue;
         NoteEvent& note = block.notes[taken.index];
         const qint64 pitch = qint64{taken.pitch} + pitches;
-        note.pitch = static_cast<int>(std::clamp<qint64>(pitch, kLowestPitch, kHighestPitch));
+        note.pitch = static_cast<int>(std::clamp<qint64>(pitch, PianoRollLayout::kLowestPitch,
+                                                         PianoRollLayout::kHighestPitch));
         note.startBeat = std::max(0.0, taken.startBeat + beats);
     }
 }

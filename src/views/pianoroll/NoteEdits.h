@@ -24,10 +24,6 @@ struct DraggedNote {
 /// above 0; an index that stands for no note is passed over, and a list of none does nothing.
 namespace NoteEdits {
 
-/// The rows of the piano roll, outside of which no note can be dragged.
-inline constexpr int kLowestPitch = 24;
-inline constexpr int kHighestPitch = 96;
-
 /// The multiple of a step nearest to a beat.
 double snapped(double beat, double step);
 
