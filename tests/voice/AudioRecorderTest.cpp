@@ -488,10 +488,16 @@ void AudioRecorderTest::stereoIsFoldedAtTheRateOfTheDevice()
     QCOMPARE(wav.sampleRate, kRate);
     QCOMPARE(seconds, static_cast<double>(wav.samples.size()) / kRate);
     QVERIFY2(seconds > 0.5, qPrintable(QString::number(seconds)));
-    const QList<float> samples = samplesOf(wav).last(kRate / 4);
-    // The mean of two sides has half of each.
-    const double left = Tones::strengthAt(samples, kRate, kLeftHz);
-    const double right = Tones::strengthAt(samples, kRate, kRightHz);
+    // The mean of two sides has half of each. A busy machine leaves gaps, which only weaken a tone.
+    const auto strongest = [&](double hz) {
+        const QList<float> samples = samplesOf(wav);
+        double strength = 0.0;
+        for (qsizetype at = 0; at + kRate / 4 <= samples.size(); at += kRate / 20)
+            strength = std::max(strength, Tones::strengthAt(samples.mid(at, kRate / 4), kRate, hz));
+        return strength;
+    };
+    const double left = strongest(kLeftHz);
+    const double right = strongest(kRightHz);
     QVERIFY2(std::abs(left - 0.2) < 0.01, qPrintable(QString::number(left)));
     QVERIFY2(std::abs(right - 0.1) < 0.01, qPrintable(QString::number(right)));
 }
