@@ -28,7 +28,6 @@ constexpr double kMostZoom = 6.0;
 constexpr int kCornerHeight = 34;
 constexpr int kScrollMs = 140;
 constexpr double kSnapWithoutProject = 0.5;
-constexpr int kLeastBars = 8;
 
 /// Empty, and as long as the song.
 MelodyBlock blankBlock(const Project& project)
@@ -36,7 +35,7 @@ MelodyBlock blankBlock(const Project& project)
     MelodyBlock block;
     const double bar = project.beatsPerBar();
     if (isBarLength(bar))
-        block.durationBeats = bar * project.barCount(kLeastBars);
+        block.durationBeats = bar * project.barCount(PianoRollLayout::kLeastBars);
     return block;
 }
 

@@ -13,7 +13,6 @@ namespace {
 
 constexpr int kAngleOfARow = 120;
 constexpr double kGripPixels = 6.0;
-constexpr int kLeastBars = 8;
 constexpr double kExtraBars = 8.0;
 constexpr int kNoteTop = 1;
 
