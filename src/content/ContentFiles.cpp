@@ -1,9 +1,10 @@
 #include "content/ContentFiles.h"
 
+#include "files/WholeFile.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QSaveFile>
 #include <QtEndian>
 
 #include <algorithm>
@@ -80,14 +81,9 @@ bool ContentFiles::isSoundFont(const QByteArray& bytes)
 
 bool ContentFiles::replaceFile(const QString& path, const QByteArray& bytes)
 {
-    // A file that is saved through a link would take the place of the link's target.
     const QFileInfo info(path);
     if (info.isSymLink() && !QFile::remove(path))
         return false;
     QDir().mkpath(info.path());
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return false;
-    // Bytes for which there is no room are no error to commit().
-    return file.write(bytes) == bytes.size() && file.flush() && file.commit();
+    return WholeFile::replace(path, bytes);
 }
