@@ -39,6 +39,9 @@ bool mayBeRead(const QString& path)
 /// Frames asked of libsndfile at once: what a header claims is not trusted with memory.
 constexpr sf_count_t kReadFrames = 65536;
 
+/// Frames clamped and handed to libsndfile at once.
+constexpr sf_count_t kWriteFrames = 65536;
+
 /// All samples of an open file, or none when they are more than AudioDecoder::kMaxSamples.
 QList<float> readSamples(SNDFILE* file, const SF_INFO& info)
 {
@@ -58,6 +61,23 @@ QList<float> readSamples(SNDFILE* file, const SF_INFO& info)
         }
     }
     return samples;
+}
+
+/// False if the file does not take all frames. libsndfile folds what lies beyond full scale over
+/// to the other side, and its own clipping rounds ordinary samples otherwise.
+bool writeClamped(SNDFILE* file, const QList<float>& samples, int channels)
+{
+    const sf_count_t frames = samples.size() / channels;
+    QList<float> block;
+    for (sf_count_t done = 0; done < frames; done += kWriteFrames) {
+        const sf_count_t count = std::min(frames - done, kWriteFrames);
+        block = samples.mid(done * channels, count * channels);
+        for (float& sample : block)
+            sample = std::clamp(sample, -1.0F, 1.0F);
+        if (sf_writef_float(file, block.constData(), count) != count)
+            return false;
+    }
+    return true;
 }
 
 } // namespace
@@ -107,8 +127,5 @@ bool AudioDecoder::writeWav(const QString& path, const QList<float>& samples, in
     info.channels = channels;
     info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
     const SndFile file = openFile(path, SFM_WRITE, &info);
-    if (!file)
-        return false;
-    const sf_count_t frames = samples.size() / channels;
-    return sf_writef_float(file.get(), samples.constData(), frames) == frames;
+    return file && writeClamped(file.get(), samples, channels);
 }

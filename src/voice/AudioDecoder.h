@@ -28,8 +28,8 @@ public:
     /// The mean of the channels, frame by frame; a mono result is shared without a copy.
     static QList<float> toMono(const Result& result);
 
-    /// Writes interleaved samples as a 16-bit PCM WAV. False if the file cannot be made or does
-    /// not take all frames.
+    /// Writes interleaved samples as a 16-bit PCM WAV; what lies beyond -1.0 to 1.0 is held there.
+    /// False if the file cannot be made or does not take all frames.
     static bool writeWav(const QString& path, const QList<float>& samples, int sampleRate,
                          int channels);
 };

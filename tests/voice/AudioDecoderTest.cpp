@@ -4,6 +4,7 @@
 #include "support/FullDisk.h"
 #include "support/SoundFile.h"
 #include "support/Tones.h"
+#include "support/WavFile.h"
 
 #include <QDir>
 #include <QFile>
@@ -11,7 +12,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <fcntl.h>
+#include <limits>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -160,6 +163,9 @@ private slots:
     void bytesOfATinyFile();
     void writtenFilesReadBackWithinHalfAStep_data();
     void writtenFilesReadBackWithinHalfAStep();
+    void samplesBeyondFullScaleAreHeldThere_data();
+    void samplesBeyondFullScaleAreHeldThere();
+    void loudMusicIsNotTorn();
     void samplesBehindTheLastWholeFrameAreLeftOut();
     void aShorterFileReplacesALongerOne();
     void whatCannotBeWrittenGivesFalse_data();
@@ -725,6 +731,59 @@ void AudioDecoderTest::writtenFilesReadBackWithinHalfAStep()
     QCOMPARE(result.channels, channels);
     // Written as multiples of 1/32767, read as multiples of 1/32768.
     QVERIFY(largestDifference(result.samples, samples) <= 0.5 / 32767 + 1.0 / 32768);
+}
+
+void AudioDecoderTest::samplesBeyondFullScaleAreHeldThere_data()
+{
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    QTest::addColumn<float>("sample");
+    QTest::addColumn<int>("written");
+    QTest::newRow("full scale") << 1.0F << 32767;
+    QTest::newRow("full scale downward") << -1.0F << -32767;
+    QTest::newRow("a little beyond") << 1.0001F << 32767;
+    QTest::newRow("a fifth beyond") << 1.2F << 32767;
+    QTest::newRow("a fifth beyond, downward") << -1.2F << -32767;
+    QTest::newRow("twice full scale") << 2.0F << 32767;
+    QTest::newRow("the largest number") << std::numeric_limits<float>::max() << 32767;
+    QTest::newRow("infinity") << kInfinity << 32767;
+    QTest::newRow("minus infinity") << -kInfinity << -32767;
+}
+
+void AudioDecoderTest::samplesBeyondFullScaleAreHeldThere()
+{
+    QFETCH(float, sample);
+    QFETCH(int, written);
+    QList<float> samples(200000, 0.5F);
+    const QList<qsizetype> places{0, 65535, 65536, 131071, 131072, 199999};
+    for (const qsizetype place : places)
+        samples[place] = sample;
+    QVERIFY(AudioDecoder::writeWav(path("toma.wav"), samples, 44100, 2));
+    const QList<int> read = WavFile::read(bytesOf(path("toma.wav"))).samples;
+    QCOMPARE(read.size(), samples.size());
+    for (const qsizetype place : places)
+        QCOMPARE(read.at(place), written);
+    // 0.5 * 32767 lies between two steps and goes to the even one.
+    QCOMPARE(read.count(16384), samples.size() - places.size());
+}
+
+void AudioDecoderTest::loudMusicIsNotTorn()
+{
+    constexpr int kOgg = SF_FORMAT_OGG | SF_FORMAT_VORBIS;
+    if (!SoundFile::canWrite(kOgg))
+        QSKIP("This libsndfile writes no Ogg.");
+    // Music mastered to full scale: its peaks are cut flat, and coding throws them beyond.
+    QList<float> music = Tones::sine(440.0, 44100, 44100, 3.0);
+    for (float& sample : music)
+        sample = std::clamp(sample, -1.0F, 1.0F);
+    QVERIFY(SoundFile::write(path("fuerte.ogg"), kOgg, 44100, 1, music));
+    const AudioDecoder::Result loud = AudioDecoder::decode(path("fuerte.ogg"));
+    QVERIFY2(std::ranges::max(loud.samples) > 1.01F, "the source itself");
+
+    QVERIFY(AudioDecoder::writeWav(path("fuerte.wav"), loud.samples, loud.sampleRate, 1));
+    const QList<float> written = AudioDecoder::decode(path("fuerte.wav")).samples;
+    QCOMPARE(written.size(), loud.samples.size());
+    for (qsizetype i = 0; i < written.size(); ++i)
+        QVERIFY(std::abs(written.at(i) - std::clamp(loud.samples.at(i), -1.0F, 1.0F)) < 1e-4F);
 }
 
 void AudioDecoderTest::samplesBehindTheLastWholeFrameAreLeftOut()
