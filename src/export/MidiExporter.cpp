@@ -4,6 +4,7 @@
 #include "content/LoopLibrary.h"
 #include "export/ExportError.h"
 #include "model/Project.h"
+#include "playback/ChannelPlan.h"
 #include "playback/NoteRenderer.h"
 
 #include <QByteArray>
@@ -111,12 +112,12 @@ qint64 tickOf(double beat)
 void appendNotes(QList<MidiEvent>& events, const QList<NoteEvent>& notes, int channel)
 {
     events.reserve(events.size() + 2 * notes.size());
-    for (const NoteEvent& note : notes) {
-        const double end =
-            note.startBeat + std::max(note.durationBeats, NoteRenderer::kMinNoteBeats);
+    const QList<double> releases = NoteRenderer::releaseBeats(notes);
+    for (qsizetype i = 0; i < notes.size(); ++i) {
+        const NoteEvent& note = notes.at(i);
         events.append({tickOf(note.startBeat), channelMessage(0x90, channel, note.pitch,
                                                               std::clamp(note.velocity, 1, 127))});
-        events.append({tickOf(end), channelMessage(0x80, channel, note.pitch, 0)});
+        events.append({tickOf(releases.at(i)), channelMessage(0x80, channel, note.pitch, 0)});
     }
 }
 
@@ -178,10 +179,9 @@ QByteArray trackChunk(const Track& track, const QList<NoteEvent>& notes,
 
 QByteArray harmonyChunk(const QList<NoteEvent>& notes, ChannelCounter& channels)
 {
-    constexpr int kPiano = 0;
     const int channel = channels.forMelodic();
     QList<MidiEvent> events{{0, trackName(QStringLiteral("Acordes"))},
-                            {0, channelMessage(0xC0, channel, kPiano)}};
+                            {0, channelMessage(0xC0, channel, kHarmonyProgram)}};
     appendNotes(events, notes, channel);
     return buildTrackChunk(events);
 }

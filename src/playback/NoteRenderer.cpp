@@ -8,11 +8,22 @@
 #include "music/ChordVoicer.h"
 #include "music/Humanizer.h"
 
+#include <QHash>
+
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <numeric>
 #include <optional>
 
 namespace {
+
+/// A key while the notes are walked from the last to the first.
+struct KeyStarts {
+    /// Of the note met last, and the first start behind it.
+    double start = std::numeric_limits<double>::infinity();
+    double next = std::numeric_limits<double>::infinity();
+};
 
 /// What a loop block repeats.
 struct LoopCycle {
@@ -33,6 +44,17 @@ bool hasPlace(const NoteEvent& note)
 void sortByStart(QList<NoteEvent>& notes)
 {
     std::ranges::stable_sort(notes, {}, &NoteEvent::startBeat);
+}
+
+/// The places of the notes in a list, ordered by their starts.
+QList<qsizetype> placesByStart(const QList<NoteEvent>& notes)
+{
+    QList<qsizetype> places(notes.size());
+    std::iota(places.begin(), places.end(), 0);
+    const auto start = [&](qsizetype place) { return notes.at(place).startBeat; };
+    if (!std::ranges::is_sorted(notes, {}, &NoteEvent::startBeat))
+        std::ranges::stable_sort(places, {}, start);
+    return places;
 }
 
 QList<NoteEvent> melodyNotes(const Track& track)
@@ -183,4 +205,20 @@ QList<NoteEvent> NoteRenderer::harmonyNotes(const Project& project)
     }
     sortByStart(notes);
     return notes;
+}
+
+QList<double> NoteRenderer::releaseBeats(const QList<NoteEvent>& notes)
+{
+    const QList<qsizetype> places = placesByStart(notes);
+    QHash<int, KeyStarts> keys;
+    QList<double> releases(notes.size());
+    for (auto place = places.crbegin(); place != places.crend(); ++place) {
+        const NoteEvent& note = notes.at(*place);
+        KeyStarts& key = keys[note.pitch];
+        if (note.startBeat < key.start)
+            key = {.start = note.startBeat, .next = key.start};
+        const double end = note.startBeat + std::max(note.durationBeats, kMinNoteBeats);
+        releases[*place] = std::min(end, key.next);
+    }
+    return releases;
 }

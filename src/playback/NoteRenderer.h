@@ -37,4 +37,10 @@ QList<NoteEvent> trackNotes(const Project& project, const Track& track, const Lo
 /// The chords of the harmony track as notes in absolute beats, sorted by start.
 QList<NoteEvent> harmonyNotes(const Project& project);
 
+/// Where each of the notes that share a channel is released, in beats and in the order of `notes`:
+/// at its end, kMinNoteBeats behind its start at least, but no later than the next start on its
+/// pitch. A release goes by the key: a later one would end the note that was struck there since.
+/// Notes that start together keep their own ends.
+QList<double> releaseBeats(const QList<NoteEvent>& notes);
+
 } // namespace NoteRenderer

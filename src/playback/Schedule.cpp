@@ -12,18 +12,19 @@ void Schedule::appendNotes(QList<ScheduledEvent>& events, const QList<NoteEvent>
                            int channel, double& end)
 {
     events.reserve(events.size() + 2 * notes.size());
-    for (const NoteEvent& note : notes) {
+    const QList<double> releases = NoteRenderer::releaseBeats(notes);
+    for (qsizetype i = 0; i < notes.size(); ++i) {
+        const NoteEvent& note = notes.at(i);
         events.append({.beat = note.startBeat,
                        .noteOn = true,
                        .channel = channel,
                        .pitch = note.pitch,
                        .velocity = note.velocity});
-        events.append(
-            {.beat = note.startBeat + std::max(note.durationBeats, NoteRenderer::kMinNoteBeats),
-             .noteOn = false,
-             .channel = channel,
-             .pitch = note.pitch,
-             .velocity = 0});
+        events.append({.beat = releases.at(i),
+                       .noteOn = false,
+                       .channel = channel,
+                       .pitch = note.pitch,
+                       .velocity = 0});
         end = std::max(end, note.startBeat + note.durationBeats);
     }
 }

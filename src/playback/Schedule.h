@@ -30,7 +30,8 @@ struct Score {
 /// Building time-ordered lists of events from notes.
 namespace Schedule {
 
-/// Appends a note-on and a note-off for each note, and raises `end` to the end of every note.
+/// Appends a note-on and a note-off for each note, at its start and where
+/// NoteRenderer::releaseBeats() has it, and raises `end` to the written end of every note.
 void appendNotes(QList<ScheduledEvent>& events, const QList<NoteEvent>& notes, int channel,
                  double& end);
 

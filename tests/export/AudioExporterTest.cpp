@@ -120,8 +120,13 @@ void addPlainEvents(QList<PlainEvent>& events, const QList<NoteEvent>& notes, in
                     double& end)
 {
     for (const NoteEvent& note : notes) {
+        double release = note.startBeat + std::max(note.durationBeats, 0.05);
+        for (const NoteEvent& other : notes) {
+            if (other.pitch == note.pitch && other.startBeat > note.startBeat)
+                release = std::min(release, other.startBeat);
+        }
         events.append({note.startBeat, true, channel, note});
-        events.append({note.startBeat + std::max(note.durationBeats, 0.05), false, channel, note});
+        events.append({release, false, channel, note});
         end = std::max(end, note.startBeat + note.durationBeats);
     }
 }

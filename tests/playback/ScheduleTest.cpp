@@ -41,6 +41,21 @@ Events sorted(Events events)
     return events;
 }
 
+/// The rule by which notes become events, note by note.
+void appendPlainly(Events& events, const QList<NoteEvent>& notes, int channel, double& end)
+{
+    for (const NoteEvent& note : notes) {
+        double release = note.startBeat + std::max(note.durationBeats, 0.05);
+        for (const NoteEvent& other : notes) {
+            if (other.pitch == note.pitch && other.startBeat > note.startBeat)
+                release = std::min(release, other.startBeat);
+        }
+        events.append(on(note.startBeat, note.pitch, channel, note.velocity));
+        events.append(off(release, note.pitch, channel));
+        end = std::max(end, note.startBeat + note.durationBeats);
+    }
+}
+
 /// One order for lists of equal events.
 Events settled(Events events)
 {
@@ -104,7 +119,12 @@ private slots:
     void noteOffGoesFirstAtOneBeat();
     void beatsAreComparedExactly();
     void repeatedPitchIsReleasedBeforeItStartsAgain();
-    void noteShorterThanTheFloorMayOverlapTheNext();
+    void noteShorterThanTheFloorEndsWhereTheNextStarts();
+    void noteEndsNoLaterThanTheNextOnItsPitchStarts_data();
+    void noteEndsNoLaterThanTheNextOnItsPitchStarts();
+    void channelsDoNotEndOneAnother();
+    void humanizedRepeatedNotesAllSound();
+    void everyNoteEndsByTheRule();
     void sortingKeepsEveryEvent();
 
     void emptySongHasNoEvents();
@@ -115,6 +135,7 @@ private slots:
     void soloIsHeededAsItIsTold();
     void onlyThirteenTracksHaveChannels();
     void trackThatCutsTheSongEndsIt();
+    void songOfTooManyNotesIsCut();
     void songIsWhatTheRendererGives();
 };
 
@@ -232,10 +253,79 @@ void ScheduleTest::repeatedPitchIsReleasedBeforeItStartsAgain()
              (Events{on(0.0, 60), off(1.0, 60), on(1.0, 60), off(2.0, 60)}));
 }
 
-void ScheduleTest::noteShorterThanTheFloorMayOverlapTheNext()
+void ScheduleTest::noteShorterThanTheFloorEndsWhereTheNextStarts()
 {
     QCOMPARE(sorted(appended({note(60, 0.0, 0.03125), note(60, 0.03125, 1.0)})),
-             (Events{on(0.0, 60), on(0.03125, 60), off(0.05, 60), off(1.03125, 60)}));
+             (Events{on(0.0, 60), off(0.03125, 60), on(0.03125, 60), off(1.03125, 60)}));
+}
+
+void ScheduleTest::noteEndsNoLaterThanTheNextOnItsPitchStarts_data()
+{
+    using Notes = QList<NoteEvent>;
+    QTest::addColumn<Notes>("notes");
+    QTest::addColumn<QList<double>>("ends");
+    QTest::newRow("the next starts before its end")
+        << Notes{note(60, 0.0, 1.0), note(60, 0.96875, 1.0)} << QList<double>{0.96875, 1.96875};
+    QTest::newRow("the next starts on its end")
+        << Notes{note(60, 0.0, 1.0), note(60, 1.0, 1.0)} << QList<double>{1.0, 2.0};
+    QTest::newRow("the next starts behind its end")
+        << Notes{note(60, 0.0, 1.0), note(60, 1.5, 1.0)} << QList<double>{1.0, 2.5};
+    QTest::newRow("another pitch does not end it")
+        << Notes{note(60, 0.0, 1.0), note(61, 0.5, 1.0)} << QList<double>{1.0, 1.5};
+    QTest::newRow("a note within it ends it for good")
+        << Notes{note(60, 0.0, 8.0), note(60, 2.0, 1.0)} << QList<double>{2.0, 3.0};
+    QTest::newRow("each ends at the one behind it")
+        << Notes{note(60, 0.0, 8.0), note(60, 2.0, 8.0), note(60, 3.0, 8.0)}
+        << QList<double>{2.0, 3.0, 11.0};
+    QTest::newRow("notes that start together keep their ends")
+        << Notes{note(60, 1.0, 1.0), note(60, 1.0, 3.0)} << QList<double>{2.0, 4.0};
+    QTest::newRow("notes that start together end at the next")
+        << Notes{note(60, 1.0, 1.0), note(60, 1.0, 3.0), note(60, 2.5, 1.0)}
+        << QList<double>{2.0, 2.5, 3.5};
+    QTest::newRow("the order of the list does not count")
+        << Notes{note(60, 2.0, 1.0), note(62, 0.0, 1.0), note(60, 0.0, 8.0)}
+        << QList<double>{3.0, 1.0, 2.0};
+    QTest::newRow("the floor gives way to the next start")
+        << Notes{note(60, 0.0, 0.0), note(60, 0.015625, 0.0)} << QList<double>{0.015625, 0.065625};
+}
+
+void ScheduleTest::noteEndsNoLaterThanTheNextOnItsPitchStarts()
+{
+    QFETCH(QList<NoteEvent>, notes);
+    QFETCH(QList<double>, ends);
+    QList<double> offs;
+    for (const ScheduledEvent& event : appended(notes)) {
+        if (!event.noteOn)
+            offs.append(event.beat);
+    }
+    QCOMPARE(offs.size(), ends.size());
+    for (qsizetype i = 0; i < ends.size(); ++i)
+        QCOMPARE(exact(offs.at(i)), exact(ends.at(i)));
+}
+
+void ScheduleTest::channelsDoNotEndOneAnother()
+{
+    Events events;
+    double end = 0.0;
+    Schedule::appendNotes(events, {note(60, 0.0, 4.0)}, 0, end);
+    Schedule::appendNotes(events, {note(60, 1.0, 1.0)}, 1, end);
+    QCOMPARE(events, (Events{on(0.0, 60, 0), off(4.0, 60, 0), on(1.0, 60, 1), off(2.0, 60, 1)}));
+}
+
+void ScheduleTest::humanizedRepeatedNotesAllSound()
+{
+    // Quarter notes on one pitch, as the piano roll writes them, with what a new track has.
+    for (quint32 seed = 0; seed < 200; ++seed) {
+        Track track = melodyTrack({melody({}, 0.0, 64.0)});
+        QVERIFY(track.humanize.enabled);
+        track.humanize.seed = seed;
+        for (int i = 0; i < 64; ++i)
+            track.melodyBlocks[0].notes.append(note(60, i));
+        const Events events = sorted(scoreOf(*project({track})).events);
+        QCOMPARE(events.size(), 128);
+        for (qsizetype i = 0; i < events.size(); ++i)
+            QCOMPARE(events[i].noteOn, i % 2 == 0);
+    }
 }
 
 void ScheduleTest::sortingKeepsEveryEvent()
@@ -258,8 +348,28 @@ void ScheduleTest::sortingKeepsEveryEvent()
             QVERIFY(before.beat < after.beat ||
                     (before.beat == after.beat && (!before.noteOn || after.noteOn)));
         }
-        QVERIFY(ordered.last().beat >= end);
+        QVERIFY(ordered.last().beat <= end + NoteRenderer::kMinNoteBeats);
     }
+}
+
+void ScheduleTest::everyNoteEndsByTheRule()
+{
+    ProjectBuilder::Generator generator(23);
+    qsizetype shortened = 0;
+    for (int round = 0; round < 400; ++round) {
+        QList<NoteEvent> notes;
+        for (int i = 0; i < 40; ++i) {
+            notes.append(generator.note());
+            notes.last().pitch = 60 + notes.last().pitch % 4;
+        }
+        Events expected;
+        double end = 0.0;
+        appendPlainly(expected, notes, 0, end);
+        QCOMPARE(appended(notes), expected);
+        for (qsizetype i = 0; i < notes.size(); ++i)
+            shortened += expected[2 * i + 1].beat < notes[i].startBeat + notes[i].durationBeats;
+    }
+    QVERIFY(shortened > 1000);
 }
 
 // ---- Whole songs ---------------------------------------------------------------------------
@@ -342,6 +452,20 @@ void ScheduleTest::trackThatCutsTheSongEndsIt()
     QVERIFY(score.events.size() <= 2 * (NoteRenderer::kMaxTrackNotes + 1));
 }
 
+void ScheduleTest::songOfTooManyNotesIsCut()
+{
+    ContentFixture content;
+    content.addPackage("r", oneNotePackage());
+    content.library().reload();
+    // Each track is within the bound of a track: a note a bar.
+    constexpr int kBars = NoteRenderer::kMaxTrackNotes;
+    const Track full = straight(loopTrack({loop("r", "l", 0.0, 4.0 * kBars)}));
+    const auto song = project(QList<Track>(4, full) + QList<Track>(2, trackOf({note(60, 0.0)})));
+    Score score;
+    QVERIFY(!Schedule::appendSong(score, *song, &content.library(), false));
+    QCOMPARE(score.events.size(), 2 * (NoteRenderer::kMaxSongNotes + 1));
+}
+
 void ScheduleTest::songIsWhatTheRendererGives()
 {
     ContentFixture content;
@@ -357,11 +481,11 @@ void ScheduleTest::songIsWhatTheRendererGives()
         for (int i = 0; i < song->tracks.size(); ++i) {
             const Track& track = song->tracks[i];
             if (!track.muted)
-                Schedule::appendNotes(
-                    expected, NoteRenderer::trackNotes(*song, track, &content.library()), i, end);
+                appendPlainly(expected, NoteRenderer::trackNotes(*song, track, &content.library()),
+                              i, end);
         }
         if (!song->harmonyTrack.muted)
-            Schedule::appendNotes(expected, NoteRenderer::harmonyNotes(*song), 15, end);
+            appendPlainly(expected, NoteRenderer::harmonyNotes(*song), 15, end);
         const Score score = scoreOf(*song, false, &content.library());
         QCOMPARE(score.events, expected);
         QCOMPARE(exact(score.end), exact(end));
