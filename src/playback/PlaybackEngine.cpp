@@ -74,6 +74,7 @@ void PlaybackEngine::play(double fromBeat)
     buildSchedule();
     refreshChannels();
     playing_ = true;
+    cursor_ = Transport::startCursor(score_.events, start);
     startTogether(start);
     tickTimer_.start();
     emit playingChanged(true);
@@ -194,7 +195,6 @@ void PlaybackEngine::startTogether(double beat)
     stopVoicePlayback();
     const QList<float> voices = renderVoices();
     anchorBeat_ = beat;
-    cursor_ = cursorForBeat(beat);
     clock_.restart();
     playVoices(voices, beat);
 }

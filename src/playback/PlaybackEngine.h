@@ -54,7 +54,8 @@ public:
     void setProject(Project* project);
 
     /// Starts, or starts again, from a beat; a negative one stands for where playback was left.
-    /// Notes that began before it are not heard.
+    /// Notes that began before it are not heard, but for those that the humanizer may have moved
+    /// ahead of it; see Transport::startCursor().
     void play(double fromBeat = -1.0);
 
     /// Stops and keeps the position.

@@ -18,7 +18,8 @@ struct TransportStep {
     double beat = 0.0;
     /// The end of the range was passed, and the playhead has gone back into it.
     bool wrapped = false;
-    /// The events that are due: [first, next). `next` is where the following tick goes on.
+    /// The events that are due: [first, next). `next` is where the following tick goes on. After a
+    /// wrap they begin with those that the range begins with, however late the tick came.
     int first = 0;
     int next = 0;
     /// The song is over, its last bar of silence included.
@@ -30,6 +31,10 @@ namespace Transport {
 
 /// Index of the first event at a beat or later; the number of events if there is none.
 int cursorForBeat(const QList<ScheduledEvent>& events, double beat);
+
+/// Index of the first event to play when playback sets out from a beat: a little before it, so that
+/// no note is lost that the humanizer has moved ahead of its bar line.
+int startCursor(const QList<ScheduledEvent>& events, double beat);
 
 /// Where the playhead is, some nanoseconds after it was at `anchorBeat`.
 double beatAfter(double anchorBeat, qint32 bpm, qint64 nanoseconds);

@@ -252,6 +252,7 @@ private slots:
 
     void notesAreHeardFromTheBeatOn();
     void noteThatStraddlesTheStartIsNotHeard();
+    void noteMovedAheadOfTheStartIsHeard();
     void tiedNoteIsReleasedBeforeItStartsAgain();
     void wholeSongIsPlayedOnceInOrder();
     void tracksPlayOnTheirChannels();
@@ -891,6 +892,19 @@ void PlaybackEngineTest::noteThatStraddlesTheStartIsNotHeard()
     QCOMPARE(ends, QStringList({"noteoff 0 60", "noteoff 0 62"}));
 }
 
+void PlaybackEngineTest::noteMovedAheadOfTheStartIsHeard()
+{
+    Player player(stillSong({trackOf({note(60, 3.96875), note(62, 4.0), note(64, 3.9375)})}));
+    QCOMPARE(player.heardFrom(4.0), QStringList({"noteon 0 60 100", "noteon 0 62 100"}));
+    player.engine().setPlayheadBeat(4.0);
+    QVERIFY(player.tick());
+    QCOMPARE(player.heard(), QStringList({"silence", "noteon 0 60 100", "noteon 0 62 100"}));
+    // An edit sounds no note twice.
+    player.engine().rescheduleIfPlaying();
+    QVERIFY(player.tick());
+    QCOMPARE(player.heard(), QStringList({"silence", "noteon 0 62 100"}));
+}
+
 void PlaybackEngineTest::tiedNoteIsReleasedBeforeItStartsAgain()
 {
     Player player(stillSong({trackOf({note(60, 1.0), note(60, 0.0)})}));
@@ -1039,7 +1053,7 @@ void PlaybackEngineTest::clicksPlayOnInAnEmptySong()
     player.engine().setMetronomeEnabled(true);
     QCOMPARE(player.heardFrom(16.0), QStringList{"noteon 14 76 110"});
     QVERIFY(player.engine().isPlaying());
-    QVERIFY(player.heardFrom(16.05).isEmpty());
+    QVERIFY(player.heardFrom(16.0625).isEmpty());
     QVERIFY(player.engine().isPlaying());
     player.engine().play(16.2);
     QVERIFY(player.tick());
@@ -1072,7 +1086,7 @@ void PlaybackEngineTest::wrapGoesBackIntoTheRange()
     player.heard();
     QVERIFY(player.tick());
     QCOMPARE(player.told(), QStringList{"8.03125"});
-    QCOMPARE(player.heard(), QStringList({"silence", "noteon 0 62 100"}));
+    QCOMPARE(player.heard(), QStringList({"silence", "noteon 0 60 100", "noteon 0 62 100"}));
     QCOMPARE(player.engine().playheadBeat(), 8.03125);
     QVERIFY(player.tick());
     QCOMPARE(player.told(), QStringList{"8.03125"});

@@ -1,7 +1,9 @@
 #include "playback/Transport.h"
 
 #include "music/Beats.h"
+#include "playback/Metronome.h"
 #include "support/Exact.h"
+#include "support/ProjectBuilder.h"
 #include "support/SeededRandom.h"
 
 #include <QTest>
@@ -9,6 +11,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+
+using namespace ProjectBuilder;
 
 namespace {
 
@@ -118,7 +122,10 @@ private slots:
     void endOfTheRangeWraps_data();
     void endOfTheRangeWraps();
     void eventsFromTheNewPositionAreDueInTheSameStep();
-    void eventsBetweenStartAndOvershootAreSkipped();
+    void eventsBetweenStartAndOvershootAreDue_data();
+    void eventsBetweenStartAndOvershootAreDue();
+    void wrapThatComesFarTooLateStartsWhereItIs();
+    void startReachesBackATwentiethOfABeat();
     void eventsThatTheRangeEndsOnAreNotDue();
     void disabledRangeDoesNotWrap();
     void rangeThatEndsBeforeItStartsStaysThere();
@@ -137,6 +144,7 @@ private slots:
 
     void everyEventFiresOnceInOrderAndNotEarly();
     void everyPassOfTheRangeFiresWhatAPlainOneDoes();
+    void everyDownbeatOfARepeatedBarIsHeard();
     void pulseDoesNotSlip();
 };
 
@@ -318,17 +326,47 @@ void TransportTest::eventsFromTheNewPositionAreDueInTheSameStep()
     QCOMPARE(onTheStart.first, 1);
     QCOMPARE(onTheStart.next, 3);
     const TransportStep late = Transport::step(score, 5, 16.03125, range(8.0, 16.0), kBar);
-    QCOMPARE(late.first, 3);
+    QCOMPARE(exact(late.beat), exact(8.03125));
+    QCOMPARE(late.first, 1);
     QCOMPARE(late.next, 4);
 }
 
-void TransportTest::eventsBetweenStartAndOvershootAreSkipped()
+void TransportTest::eventsBetweenStartAndOvershootAreDue_data()
 {
+    QTest::addColumn<double>("beat");
+    QTest::addColumn<int>("next");
+    QTest::newRow("at once") << 16.0 << 4;
+    QTest::newRow("a tick late") << 16.0625 << 5;
+    QTest::newRow("a quarter of a beat late") << 16.25 << 6;
+}
+
+void TransportTest::eventsBetweenStartAndOvershootAreDue()
+{
+    QFETCH(double, beat);
+    // Notes that the humanizer has moved ahead of the bar line are of the range too.
+    const Score score = scoreAt({7.5, 7.9375, 7.96875, 8.0, 8.0625, 8.25, 9.0});
+    const TransportStep step = Transport::step(score, 7, beat, range(8.0, 16.0), kBar);
+    QCOMPARE(step.first, 2);
+    QTEST(step.next, "next");
+}
+
+void TransportTest::wrapThatComesFarTooLateStartsWhereItIs()
+{
+    // So it is when a range is set behind the playhead: bars would sound at once.
     const Score score = scoreAt({8.0, 8.25, 9.0});
     const TransportStep step = Transport::step(score, 3, 16.5, range(8.0, 16.0), kBar);
     QCOMPARE(exact(step.beat), exact(8.5));
     QCOMPARE(step.first, 2);
     QCOMPARE(step.next, 2);
+}
+
+void TransportTest::startReachesBackATwentiethOfABeat()
+{
+    const Events events = eventsAt({0.0, 3.9375, 3.953125, 3.96875, 4.0, 4.5});
+    QCOMPARE(Transport::startCursor(events, 4.0), 2);
+    QCOMPARE(Transport::startCursor(events, 4.03125), 4);
+    QCOMPARE(Transport::startCursor(events, 0.0), 0);
+    QCOMPARE(Transport::startCursor(events, 100.0), 6);
 }
 
 void TransportTest::eventsThatTheRangeEndsOnAreNotDue()
@@ -510,7 +548,7 @@ void TransportTest::everyPassOfTheRangeFiresWhatAPlainOneDoes()
                     over -= length;
                 QVERIFY(std::abs(step.beat - (start + over)) < 1e-9 ||
                         std::abs(step.beat - (start + over)) > length - 1e-9);
-                plain.jump(step.beat);
+                plain.jump(over <= 0.25 ? start - 0.05 : step.beat);
             }
             QCOMPARE(pitchesOf(score.events, step), plain.soundUpTo(step.beat));
             QVERIFY(!step.ended);
@@ -519,6 +557,49 @@ void TransportTest::everyPassOfTheRangeFiresWhatAPlainOneDoes()
         }
     }
     QVERIFY(wraps > 10000);
+}
+
+void TransportTest::everyDownbeatOfARepeatedBarIsHeard()
+{
+    // A plain track and nine humanized ones strike each bar line; chords and clicks join them.
+    QList<Track> tracks{straight(melodyTrack({melody({}, 0.0, 32.0)}))};
+    for (quint32 seed = 1; seed < 10; ++seed) {
+        tracks.append(melodyTrack({melody({}, 0.0, 32.0)}));
+        tracks.last().humanize.seed = seed;
+    }
+    for (Track& track : tracks) {
+        for (int bar = 0; bar < 8; ++bar)
+            track.melodyBlocks[0].notes.append(note(60, 4.0 * bar));
+    }
+    Score score;
+    Schedule::appendSong(score, *project(tracks, harmony({1, 4, 5, 1, 1, 4, 5, 1})), nullptr,
+                         false);
+    Metronome::appendClicks(score.events, {}, 32.0);
+    Schedule::sort(score.events);
+    // Ten tracks, a chord of three notes and an accent.
+    constexpr int kStruck = 14;
+
+    SeededRandom random(6);
+    for (int bar = 0; bar < 7; ++bar) {
+        const RepeatRange bars = range(4.0 * bar, 4.0 * bar + 4.0);
+        double beat = bars.start;
+        int cursor = Transport::startCursor(score.events, beat);
+        int struck = 0;
+        for (int wraps = 0; wraps < 32; beat += random.magnitude(0.004, 0.2)) {
+            const TransportStep step = Transport::step(score, cursor, beat, bars, kBar);
+            if (step.wrapped) {
+                QCOMPARE(struck, kStruck);
+                struck = 0;
+                ++wraps;
+            }
+            for (int i = step.first; i < step.next; ++i) {
+                const ScheduledEvent& event = score.events.at(i);
+                struck += event.noteOn && std::abs(event.beat - bars.start) < 0.1 ? 1 : 0;
+            }
+            cursor = step.next;
+            beat = step.beat;
+        }
+    }
 }
 
 void TransportTest::pulseDoesNotSlip()
