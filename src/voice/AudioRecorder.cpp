@@ -6,6 +6,7 @@
 #include <QAudioDevice>
 #include <QAudioFormat>
 #include <QAudioSource>
+#include <QCoreApplication>
 #include <QMediaDevices>
 
 #include <algorithm>
@@ -65,6 +66,9 @@ AudioRecorder::AudioRecorder(QObject* parent) : QObject(parent)
 AudioRecorder::~AudioRecorder()
 {
     cancelRecording();
+    // Deleting a source runs the event loop, which must not come back to delete it once more.
+    for (QAudioSource* source : findChildren<QAudioSource*>())
+        QCoreApplication::removePostedEvents(source, QEvent::DeferredDelete);
 }
 
 bool AudioRecorder::startRecording()
