@@ -12,6 +12,7 @@
 #include "playback/SoundfontPlayer.h"
 #include "shell/LoopBrowser.h"
 #include "shell/TransportControls.h"
+#include "shell/VoiceTake.h"
 #include "shell/theme/ThemeManager.h"
 #include "storage/LocalStorageProvider.h"
 #include "views/TrackHeaderPanel.h"
@@ -236,6 +237,7 @@ void MainWindow::adoptProject()
 
 void MainWindow::exchangeProject(Project* project, const QString& id)
 {
+    finishTake();
     if (project_)
         project_->deleteLater();
     project_ = project;
@@ -344,6 +346,7 @@ bool MainWindow::confirmDiscardChanges()
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
+    finishTake();
     engine_->stop();
     if (currentProjectId_.isEmpty()) {
         event->setAccepted(confirmDiscardChanges());

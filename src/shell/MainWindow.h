@@ -25,6 +25,8 @@ class TrackArranger;
 class TrackHeaderPanel;
 class TransportControls;
 class UndoStack;
+class VoiceTake;
+struct AudioClip;
 struct KeySignature;
 struct LoopBlock;
 struct TimeSignature;
@@ -93,7 +95,7 @@ public:
     void importVoiceFile();
 
     /// Begins to record a voice, along with playback, or ends the take and lays it as a clip that
-    /// ends at the playhead.
+    /// ends at the playhead. A take that outlasted playback lies where it began.
     void toggleVoiceRecording();
 
     /// The one way of every finished edit: makes it undoable, visible and audible.
@@ -160,8 +162,23 @@ private:
     void onLibraryChanged();
 
     void startTake();
+
+    /// Ends the take, if there is one, into the work that it belongs to: the present one, as no
+    /// other is opened during a take.
     void finishTake();
+
+    /// Ends a take that was under way with what came by then.
     void onRecordingFailed(const QString& message);
+
+    /// Where the clips of the work lie: in its folder, or among the works until its first save.
+    QString clipsFolder() const;
+
+    /// Has the clips lie in the work's folder, which it may have got since they came. False if that
+    /// takes a copy that cannot be made.
+    bool bringClipsHome();
+
+    /// Adds a clip to a work, which is the present one, as a finished edit.
+    void layClip(Project& work, const AudioClip& clip);
     void zoomIn();
     void zoomOut();
 
@@ -195,8 +212,8 @@ private:
     Project* project_ = nullptr;
     /// Storage id of the project; empty until it is saved for the first time.
     QString currentProjectId_;
-    /// A take is under way.
-    bool voiceRecording_ = false;
+    /// Null while nobody sings.
+    std::unique_ptr<VoiceTake> take_;
 
     QStackedWidget* stackedWidget_ = nullptr;
     TransportControls* transport_ = nullptr;

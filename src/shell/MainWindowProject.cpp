@@ -6,6 +6,8 @@
 #include "shell/MainWindow.h"
 #include "shell/OpenProjectDialog.h"
 #include "shell/ProjectGallery.h"
+#include "shell/VoiceTake.h"
+#include "storage/ClipFiles.h"
 #include "storage/ProjectStorageProvider.h"
 #include "views/arranger/TrackArranger.h"
 
@@ -51,6 +53,7 @@ void MainWindow::startBlankProject()
 
 void MainWindow::newProject()
 {
+    finishTake();
     if (!confirmDiscardChanges())
         return;
     QString name;
@@ -93,6 +96,7 @@ void MainWindow::openProjectById(const QString& id)
 
 void MainWindow::openProjectDialog()
 {
+    finishTake();
     const QList<ProjectInfo> works = storage_->listProjects();
     if (works.isEmpty()) {
         prompts_.inform(this, tr("Abrir obra"),
@@ -120,7 +124,7 @@ bool MainWindow::saveCurrentProject()
     finishTyping();
     if (!project_ || (currentProjectId_.isEmpty() && !nameForFirstSave()))
         return false;
-    if (!storage_->saveProject(currentProjectId_, *project_)) {
+    if (!bringClipsHome() || !storage_->saveProject(currentProjectId_, *project_)) {
         prompts_.warn(this, tr("Guardar"), tr("No pude guardar la obra."));
         return false;
     }
@@ -137,8 +141,19 @@ bool MainWindow::nameForFirstSave()
         return false;
     project_->name = name;
     currentProjectId_ = storage_->createProjectId(name);
-    engine_->projectDir = storage_->projectFolder(currentProjectId_);
     showProjectName();
+    return true;
+}
+
+bool MainWindow::bringClipsHome()
+{
+    const QString folder = storage_->projectFolder(currentProjectId_);
+    const QString& former = engine_->projectDir;
+    if (!former.isEmpty() && former != folder && !ClipFiles::copyInto(*project_, former, folder))
+        return false;
+    engine_->projectDir = folder;
+    if (take_)
+        take_->moveTo(folder);
     return true;
 }
 
@@ -177,9 +192,8 @@ bool MainWindow::writeAudio(bool mp3, const QString& path, QString* error)
 {
     const WaitCursor cursor;
     const QString bank = resourcesDir() + "/soundfonts/velta_bank_gm.sf2"_L1;
-    const QString clipsDir = storage_->projectFolder(currentProjectId_);
     const auto write = mp3 ? &AudioExporter::exportMp3 : &AudioExporter::exportWav;
-    return write(*project_, clipsDir, loopLibrary_, instruments_, bank, path, error);
+    return write(*project_, clipsFolder(), loopLibrary_, instruments_, bank, path, error);
 }
 
 void MainWindow::addTrack()

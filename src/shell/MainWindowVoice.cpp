@@ -2,40 +2,24 @@
 #include "model/ProjectEdits.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/MainWindow.h"
+#include "shell/VoiceTake.h"
+#include "storage/ClipFiles.h"
 #include "storage/ProjectStorageProvider.h"
 #include "voice/AudioDecoder.h"
 #include "voice/AudioRecorder.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QStatusBar>
 
-#include <algorithm>
 #include <cmath>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
 constexpr int kTakeMs = 3000;
-
-/// A file that does not exist yet: the name itself, or with the first free number from 2 on.
-QString freeImportPath(const QString& folder, const QString& baseName)
-{
-    QString path = folder + u'/' + baseName + ".wav"_L1;
-    for (int number = 2; QFileInfo::exists(path); ++number)
-        path = folder + u"/%1_%2.wav"_s.arg(baseName).arg(number);
-    return path;
-}
-
-QString freeTakePath(const QString& folder)
-{
-    QString path;
-    int number = 1;
-    do {
-        path = folder + u"/voz_%1.wav"_s.arg(number++);
-    } while (QFileInfo::exists(path));
-    return path;
-}
 
 double secondsOf(const AudioDecoder::Result& audio)
 {
@@ -69,12 +53,25 @@ void MainWindow::importVoiceFile()
                       tr("No pude leer el archivo: %1").arg(audio.error));
         return;
     }
-    const QString folder = storage_->projectFolder(currentProjectId_);
-    const QString target = freeImportPath(folder, QFileInfo(*source).completeBaseName());
+    QDir().mkpath(clipsFolder());
+    const QString target =
+        ClipFiles::freePath(clipsFolder(), QFileInfo(*source).completeBaseName(), u"wav"_s);
     AudioDecoder::writeWav(target, audio.samples, audio.sampleRate, audio.channels);
     const double beats = project_->bpm * secondsOf(audio) / 60.0;
-    ProjectEdits::addClip(*project_, tr("Voz"),
-                          clipOf(target, std::floor(engine_->playheadBeat()), beats));
+    layClip(*project_, clipOf(target, std::floor(engine_->playheadBeat()), beats));
+}
+
+QString MainWindow::clipsFolder() const
+{
+    return engine_->projectDir.isEmpty() ? storage_->projectFolder(currentProjectId_)
+                                         : engine_->projectDir;
+}
+
+void MainWindow::layClip(Project& work, const AudioClip& clip)
+{
+    // A work that was never saved has no folder of its own to be heard from.
+    engine_->projectDir = clipsFolder();
+    ProjectEdits::addClip(work, tr("Voz"), clip);
     snapshotAndRefresh();
 }
 
@@ -82,7 +79,7 @@ void MainWindow::toggleVoiceRecording()
 {
     if (!project_)
         return;
-    if (voiceRecording_)
+    if (take_)
         finishTake();
     else
         startTake();
@@ -92,33 +89,33 @@ void MainWindow::startTake()
 {
     if (!recorder_->startRecording())
         return;
-    voiceRecording_ = true;
     statusBar()->showMessage(tr("Grabando voz… tocá «Grabar voz» de nuevo para terminar."));
     if (!engine_->isPlaying())
         engine_->play();
+    take_ = std::make_unique<VoiceTake>(*project_, *engine_, clipsFolder());
 }
 
 void MainWindow::finishTake()
 {
-    voiceRecording_ = false;
-    const double stopBeat = engine_->playheadBeat();
+    if (!take_)
+        return;
+    const auto take = std::exchange(take_, nullptr);
+    take->end();
     engine_->pause();
-    const QString path = freeTakePath(storage_->projectFolder(currentProjectId_));
+    QDir().mkpath(clipsFolder());
+    const QString path = take->file();
     const double seconds = recorder_->stopRecording(path);
     if (seconds <= 0.0) {
         statusBar()->showMessage(tr("La grabación quedó vacía."), kTakeMs);
         return;
     }
-    // The take ends where playback was stopped.
-    const double beats = project_->bpm * seconds / 60.0;
-    ProjectEdits::addClip(*project_, tr("Voz"),
-                          clipOf(path, std::max(0.0, stopBeat - beats), beats));
-    snapshotAndRefresh();
+    const double beats = take->work().bpm * seconds / 60.0;
+    layClip(take->work(), clipOf(path, take->offsetOf(beats), beats));
     statusBar()->showMessage(tr("Voz grabada (%1 s).").arg(seconds, 0, 'f', 1), kTakeMs);
 }
 
 void MainWindow::onRecordingFailed(const QString& message)
 {
-    voiceRecording_ = false;
+    finishTake();
     prompts_.warn(this, tr("Grabación"), message);
 }

@@ -3,6 +3,7 @@
 #include "support/Tones.h"
 #include "support/WavFile.h"
 #include "support/WindowStage.h"
+#include "voice/AudioRecorder.h"
 
 #include <QAudioDevice>
 #include <QMediaDevices>
@@ -36,7 +37,27 @@ private slots:
     void aTakeThatBeganBeforeTheSongStartsAtBeatZero();
     void aTakeThatCannotBeWrittenIsEmpty();
 
+    // A take and its place
+    void aTakeThatOutlastsPlaybackLiesWhereItBegan_data();
+    void aTakeThatOutlastsPlaybackLiesWhereItBegan();
+
+    // A take and its work
+    void anotherWorkEndsTheTakeFirst_data();
+    void anotherWorkEndsTheTakeFirst();
+    void anUnsavedWorkIsAskedForOnceItHoldsTheTake_data();
+    void anUnsavedWorkIsAskedForOnceItHoldsTheTake();
+    void closingEndsTheTakeFirst();
+    void aTakeThatCannotBeginDisturbsNothing();
+    void aRecorderThatFailsKeepsWhatCame();
+    void aTakeOfAnUnsavedWorkIsHeardAndKept();
+    void aFirstSaveDuringATakeKeepsIt();
+
 private:
+    /// The one clip of a work on the disk, with its file there.
+    AudioClip savedClip(const QString& id);
+
+    void beginTake(int ms);
+
     /// Records for some time and ends the take.
     void take(int ms);
 
@@ -69,12 +90,27 @@ void MainWindowTakeTest::cleanup()
     stage_.reset();
 }
 
-void MainWindowTakeTest::take(int ms)
+void MainWindowTakeTest::beginTake(int ms)
 {
     stage_->clickRibbon("Grabar");
     QCOMPARE(stage_->message(), "Grabando voz… tocá «Grabar voz» de nuevo para terminar.");
     QTest::qWait(ms);
+}
+
+void MainWindowTakeTest::take(int ms)
+{
+    beginTake(ms);
     stage_->clickRibbon("Grabar");
+}
+
+AudioClip MainWindowTakeTest::savedClip(const QString& id)
+{
+    const QJsonObject work = stage_->savedWork(id);
+    const std::unique_ptr<Project> saved(Project::fromJson(work, nullptr));
+    const QList<AudioClip> clips = saved->audioTracks.value(0).clips;
+    const AudioClip clip = clips.value(0);
+    const QString file = stage_->home().works() + '/' + id + '/' + clip.audioFilePath;
+    return clips.size() == 1 && WavFile::read(bytesOf(file)).ok ? clip : AudioClip();
 }
 
 void MainWindowTakeTest::aTakeBecomesANumberedClipThatEndsAtThePlayhead()
@@ -130,6 +166,157 @@ void MainWindowTakeTest::aTakeThatCannotBeWrittenIsEmpty()
     QVERIFY(stage_->song().audioTracks.isEmpty());
     QVERIFY(!stage_->canUndo());
     stage_->unblockWorks();
+}
+
+// ---- A take and its place ------------------------------------------------------------------
+
+void MainWindowTakeTest::aTakeThatOutlastsPlaybackLiesWhereItBegan_data()
+{
+    QTest::addColumn<double>("songBeats");
+    QTest::addColumn<QString>("button");
+    QTest::newRow("a song that ends by itself") << 3.0 << "";
+    QTest::newRow("a song that is stopped") << 200.0 << "Detener";
+    QTest::newRow("a song that is paused") << 200.0 << "Reproducir";
+}
+
+void MainWindowTakeTest::aTakeThatOutlastsPlaybackLiesWhereItBegan()
+{
+    QFETCH(double, songBeats);
+    QFETCH(QString, button);
+    stage_->song().tracks[0].melodyBlocks = {
+        ProjectBuilder::melody({ProjectBuilder::note(60, 0.0, songBeats)}, 0.0, songBeats)};
+    stage_->engine().setPlayheadBeat(2.5);
+    beginTake(500);
+    if (!button.isEmpty())
+        stage_->clickRibbon(button);
+    QTRY_VERIFY(!stage_->engine().isPlaying());
+    QTest::qWait(kTakeMs);
+    stage_->clickRibbon("Grabar");
+    QVERIFY2(stage_->song().audioTracks.size() == 1, qPrintable(stage_->message()));
+    // Between the two lies the time that playback takes to set out.
+    const double offset = stage_->song().audioTracks[0].clips.value(0).offsetBeats;
+    QVERIFY2(offset >= 2.5 && offset < 2.75, qPrintable(QString::number(offset)));
+}
+
+// ---- A take and its work -------------------------------------------------------------------
+
+void MainWindowTakeTest::anotherWorkEndsTheTakeFirst_data()
+{
+    QTest::addColumn<QString>("entry");
+    QTest::newRow("opened") << "Abrir obra…";
+    QTest::newRow("new") << "Obra nueva…";
+}
+
+void MainWindowTakeTest::anotherWorkEndsTheTakeFirst()
+{
+    QFETCH(QString, entry);
+    QVERIFY(stage_->saveWork("otra", Project()));
+    beginTake(kTakeMs);
+    bool tookPlace = false;
+    stage_->prompts().inDialog([&](QDialog& dialog) {
+        tookPlace = stage_->song().audioTracks.size() == 1 &&
+                    QFile::exists(stage_->home().works() + "/coplas/voz_1.wav");
+        dialog.reject();
+    });
+    stage_->choose(entry);
+    QVERIFY(tookPlace);
+    QVERIFY(!stage_->engine().isPlaying());
+    stage_->window().openProject("otra");
+    QVERIFY(stage_->song().audioTracks.isEmpty());
+    QVERIFY(!QFile::exists(stage_->home().works() + "/otra/voz_1.wav"));
+    // The next click begins a take of the other work.
+    stage_->clickRibbon("Grabar");
+    QVERIFY(stage_->message().startsWith("Grabando"));
+}
+
+void MainWindowTakeTest::anUnsavedWorkIsAskedForOnceItHoldsTheTake_data()
+{
+    anotherWorkEndsTheTakeFirst_data();
+    QTest::newRow("closed") << "Salir";
+}
+
+void MainWindowTakeTest::anUnsavedWorkIsAskedForOnceItHoldsTheTake()
+{
+    QFETCH(QString, entry);
+    stage_->window().startBlankProject();
+    QVERIFY(stage_->showWindow());
+    beginTake(kTakeMs);
+    stage_->prompts().answer(QMessageBox::Save);
+    stage_->prompts().answerText("Mi zamba");
+    if (entry != "Salir")
+        stage_->prompts().inDialog([](QDialog& dialog) { dialog.reject(); });
+    stage_->choose(entry);
+    QVERIFY(stage_->prompts().allAnswersUsed());
+    QVERIFY(stage_->prompts().calls().value(0).startsWith("ask | Obra sin guardar"));
+    QCOMPARE(stage_->window().isVisible(), entry != "Salir");
+    QCOMPARE(savedClip("mi_zamba").audioFilePath, "voz_1.wav");
+}
+
+void MainWindowTakeTest::closingEndsTheTakeFirst()
+{
+    beginTake(kTakeMs);
+    QVERIFY(stage_->window().close());
+    QCOMPARE(stage_->prompts().calls(), QStringList());
+    QCOMPARE(savedClip("coplas").audioFilePath, "voz_1.wav");
+}
+
+void MainWindowTakeTest::aTakeThatCannotBeginDisturbsNothing()
+{
+    auto* recorder = stage_->window().findChild<AudioRecorder*>();
+    emit recorder->recordingFailed("No hay micrófono disponible.");
+    QCOMPARE(stage_->prompts().takeCalls(),
+             QStringList{"warn | Grabación | No hay micrófono disponible."});
+    QVERIFY(stage_->song().audioTracks.isEmpty());
+    QCOMPARE(stage_->message(), QString());
+}
+
+void MainWindowTakeTest::aRecorderThatFailsKeepsWhatCame()
+{
+    auto* recorder = stage_->window().findChild<AudioRecorder*>();
+    beginTake(kTakeMs);
+    bool keptBefore = false;
+    stage_->prompts().whileWarning = [&] { keptBefore = stage_->song().audioTracks.size() == 1; };
+    emit recorder->recordingFailed("El micrófono se fue.");
+    QCOMPARE(stage_->prompts().calls(), QStringList{"warn | Grabación | El micrófono se fue."});
+    QVERIFY(keptBefore);
+    QVERIFY(!stage_->engine().isPlaying());
+    QVERIFY(!recorder->isRecording());
+    const AudioClip first = stage_->song().audioTracks[0].clips.value(0);
+    QVERIFY(first.durationBeats > 1.0);
+    QVERIFY(WavFile::read(bytesOf(stage_->home().works() + "/coplas/voz_1.wav")).ok);
+
+    take(kTakeMs);
+    QCOMPARE(stage_->song().audioTracks[0].clips.size(), 2);
+    QCOMPARE(stage_->song().audioTracks[0].clips[1].audioFilePath, "voz_2.wav");
+}
+
+void MainWindowTakeTest::aTakeOfAnUnsavedWorkIsHeardAndKept()
+{
+    stage_->window().startBlankProject();
+    take(kTakeMs);
+    const QByteArray recorded = bytesOf(stage_->home().works() + "/voz_1.wav");
+    QVERIFY(WavFile::read(recorded).ok);
+    QCOMPARE(QDir(stage_->engine().projectDir), QDir(stage_->home().works()));
+
+    stage_->prompts().answerText("Mi zamba");
+    QVERIFY(stage_->window().saveCurrentProject());
+    QCOMPARE(stage_->engine().projectDir, stage_->home().works() + "/mi_zamba");
+    QCOMPARE(savedClip("mi_zamba").audioFilePath, "voz_1.wav");
+    QCOMPARE(bytesOf(stage_->home().works() + "/mi_zamba/voz_1.wav"), recorded);
+    QCOMPARE(bytesOf(stage_->home().works() + "/voz_1.wav"), recorded);
+}
+
+void MainWindowTakeTest::aFirstSaveDuringATakeKeepsIt()
+{
+    stage_->window().startBlankProject();
+    beginTake(1000);
+    stage_->prompts().answerText("Mi zamba");
+    QVERIFY(stage_->window().saveCurrentProject());
+    QTest::qWait(kTakeMs);
+    stage_->clickRibbon("Grabar");
+    QVERIFY(stage_->window().saveCurrentProject());
+    QCOMPARE(savedClip("mi_zamba").audioFilePath, "voz_1.wav");
+    QVERIFY(!QFile::exists(stage_->home().works() + "/voz_1.wav"));
 }
 
 int main(int argc, char** argv)

@@ -1,3 +1,4 @@
+#include "support/FullDisk.h"
 #include "support/ProjectBuilder.h"
 #include "support/Tones.h"
 #include "support/WavFile.h"
@@ -5,6 +6,7 @@
 
 #include <QTest>
 
+#include <algorithm>
 #include <cstdlib>
 
 using namespace ProjectBuilder;
@@ -36,6 +38,13 @@ private slots:
     void aFileThatIsNoneIsTold();
     void anImportIsOneStepOfUndo();
 
+    // Works that were never saved
+    void aVoiceOfAnUnsavedWorkIsHeard();
+    void theFirstSaveKeepsTheVoices();
+    void aFileThatIsThereAlreadyStays();
+    void aFileThatIsNotThereIsNoReasonToFail();
+    void aVoiceThatCannotBeCopiedFailsTheSave();
+
     // Recording, without a sound server
     void withoutAMicrophoneTheUserIsTold();
     void afterAFailureTheNextClickStartsAnew();
@@ -44,6 +53,12 @@ private:
     QString voiceFile(const QString& name, double seconds, int channels = 1);
     bool import(const QString& path);
     AudioClip lastClip();
+
+    /// The loudest sample of the song as a WAV.
+    int exportedPeak();
+
+    /// Saves under a name while the disk has room for small files only.
+    void failFirstSave(const QString& name);
 
     std::unique_ptr<WindowStage> stage_;
 };
@@ -80,6 +95,26 @@ bool MainWindowVoiceTest::import(const QString& path)
     stage_->prompts().answerPath(path);
     stage_->choose("Importar audio de voz…");
     return stage_->song().audioTracks != before;
+}
+
+int MainWindowVoiceTest::exportedPeak()
+{
+    const QString path = stage_->home().filePath("song.wav");
+    stage_->prompts().answerPath(path);
+    stage_->choose("Exportar WAV…");
+    int peak = 0;
+    for (const int sample : WavFile::read(bytesOf(path)).samples)
+        peak = std::max(peak, std::abs(sample));
+    return peak;
+}
+
+void MainWindowVoiceTest::failFirstSave(const QString& name)
+{
+    stage_->prompts().takeCalls();
+    stage_->prompts().answerText(name);
+    const FullDisk disk(20000);
+    QVERIFY(!stage_->window().saveCurrentProject());
+    QCOMPARE(stage_->prompts().takeCalls().value(1), "warn | Guardar | No pude guardar la obra.");
 }
 
 AudioClip MainWindowVoiceTest::lastClip()
@@ -184,6 +219,85 @@ void MainWindowVoiceTest::anImportIsOneStepOfUndo()
     stage_->choose("Deshacer");
     QCOMPARE(stage_->song().toJson(), before);
     QVERIFY(!stage_->canUndo());
+}
+
+// ---- Works that were never saved -----------------------------------------------------------
+
+void MainWindowVoiceTest::aVoiceOfAnUnsavedWorkIsHeard()
+{
+    stage_->window().startBlankProject();
+    QCOMPARE(stage_->engine().projectDir, QString());
+    QVERIFY(import(voiceFile("voz.wav", 1.0)));
+    QCOMPARE(QDir(stage_->engine().projectDir), QDir(stage_->home().works()));
+    QVERIFY(QFile::exists(QDir(stage_->engine().projectDir).filePath(lastClip().audioFilePath)));
+    QVERIFY(exportedPeak() > 1000);
+}
+
+void MainWindowVoiceTest::theFirstSaveKeepsTheVoices()
+{
+    stage_->window().startBlankProject();
+    QVERIFY(import(voiceFile("voz.wav", 0.5)));
+    QVERIFY(import(voiceFile("coro.wav", 0.5)));
+    stage_->song().audioTracks[0].clips.append(clip("voz.wav", 8.0, 1.0));
+    const int before = exportedPeak();
+    QVERIFY(before > 1000);
+    stage_->prompts().answerText("Mi zamba");
+    QVERIFY(stage_->window().saveCurrentProject());
+    const QString folder = stage_->home().works() + "/mi_zamba";
+    QCOMPARE(QDir(folder).entryList(QDir::Files, QDir::Name),
+             (QStringList{"coro.wav", "project.json", "voz.wav"}));
+    for (const char* name : {"/voz.wav", "/coro.wav"})
+        QCOMPARE(bytesOf(folder + name), bytesOf(stage_->home().works() + name));
+    QCOMPARE(stage_->engine().projectDir, folder);
+    QCOMPARE(exportedPeak(), before);
+    stage_->window().openProject("mi_zamba");
+    QCOMPARE(exportedPeak(), before);
+}
+
+void MainWindowVoiceTest::aFileThatIsThereAlreadyStays()
+{
+    stage_->window().startBlankProject();
+    QVERIFY(import(voiceFile("voz.wav", 0.5)));
+    QVERIFY(import(voiceFile("coro.wav", 0.5)));
+    failFirstSave("Mi zamba");
+    writeBytes(stage_->home().works() + "/mi_zamba/voz.wav", "of somebody else");
+    QVERIFY(stage_->window().saveCurrentProject());
+    QCOMPARE(bytesOf(stage_->home().works() + "/mi_zamba/voz.wav"), "of somebody else");
+    QCOMPARE(stage_->song().audioTracks[0].clips[0].audioFilePath, "voz_2.wav");
+    QCOMPARE(stage_->song().audioTracks[0].clips[1].audioFilePath, "coro.wav");
+    QCOMPARE(stage_->savedWork("mi_zamba"), stage_->song().toJson());
+    QCOMPARE(bytesOf(stage_->home().works() + "/mi_zamba/voz_2.wav"),
+             bytesOf(stage_->home().works() + "/voz.wav"));
+}
+
+void MainWindowVoiceTest::aFileThatIsNotThereIsNoReasonToFail()
+{
+    stage_->window().startBlankProject();
+    QVERIFY(import(voiceFile("voz.wav", 0.5)));
+    stage_->song().audioTracks[0].clips.append(clip("gone.wav"));
+    stage_->song().audioTracks[0].clips.append(clip("../voz.wav"));
+    stage_->prompts().answerText("Mi zamba");
+    QVERIFY(stage_->window().saveCurrentProject());
+    QCOMPARE(stage_->song().audioTracks[0].clips[1].audioFilePath, "gone.wav");
+    QCOMPARE(stage_->song().audioTracks[0].clips[2].audioFilePath, "../voz.wav");
+}
+
+void MainWindowVoiceTest::aVoiceThatCannotBeCopiedFailsTheSave()
+{
+    stage_->window().startBlankProject();
+    QVERIFY(import(voiceFile("coro.wav", 0.1)));
+    QVERIFY(import(voiceFile("voz.wav", 2.0)));
+    const QJsonObject before = stage_->song().toJson();
+    failFirstSave("Obra sin título");
+    QCOMPARE(stage_->song().toJson(), before);
+    const QString folder = stage_->home().works() + "/obra_sin_t_tulo";
+    QCOMPARE(QDir(folder).entryList(QDir::Files), QStringList());
+    // What was heard before is heard still, and kept by the next save.
+    QVERIFY(exportedPeak() > 1000);
+    QVERIFY(stage_->window().saveCurrentProject());
+    QCOMPARE(QDir(folder).entryList(QDir::Files, QDir::Name),
+             (QStringList{"coro.wav", "project.json", "voz.wav"}));
+    QVERIFY(exportedPeak() > 1000);
 }
 
 // ---- Recording -----------------------------------------------------------------------------

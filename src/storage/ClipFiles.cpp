@@ -1,0 +1,74 @@
+#include "storage/ClipFiles.h"
+
+#include "model/Project.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+/// Names of files in the former folder, with those of their copies.
+using Copies = QHash<QString, QString>;
+
+/// On a disk that is full, what was copied may be shorter.
+bool copyWhole(const QString& from, const QString& to)
+{
+    if (QFile::copy(from, to) && QFileInfo(to).size() == QFileInfo(from).size())
+        return true;
+    QFile::remove(to);
+    return false;
+}
+
+bool liesIn(const QString& folder, const QString& name)
+{
+    return QFileInfo(name).fileName() == name && QFileInfo(folder + u'/' + name).isFile();
+}
+
+void removeAll(const QString& folder, const Copies& copies)
+{
+    for (const QString& copy : copies)
+        QFile::remove(folder + u'/' + copy);
+}
+
+void rename(Project& project, const Copies& copies)
+{
+    for (AudioTrack& track : project.audioTracks) {
+        for (AudioClip& clip : track.clips)
+            clip.audioFilePath = copies.value(clip.audioFilePath, clip.audioFilePath);
+    }
+}
+
+} // namespace
+
+QString ClipFiles::freePath(const QString& folder, const QString& baseName, const QString& suffix)
+{
+    QString path = u"%1/%2.%3"_s.arg(folder, baseName, suffix);
+    for (int number = 2; QFileInfo::exists(path); ++number)
+        path = u"%1/%2_%3.%4"_s.arg(folder, baseName, QString::number(number), suffix);
+    return path;
+}
+
+bool ClipFiles::copyInto(Project& project, const QString& from, const QString& to)
+{
+    Copies copies;
+    for (const AudioTrack& track : std::as_const(project.audioTracks)) {
+        for (const AudioClip& clip : track.clips) {
+            const QString& name = clip.audioFilePath;
+            if (copies.contains(name) || !liesIn(from, name))
+                continue;
+            const QFileInfo file(from + u'/' + name);
+            const QString copy = freePath(to, file.completeBaseName(), file.suffix());
+            if (!QDir().mkpath(to) || !copyWhole(file.filePath(), copy)) {
+                removeAll(to, copies);
+                return false;
+            }
+            copies.insert(name, QFileInfo(copy).fileName());
+        }
+    }
+    rename(project, copies);
+    return true;
+}
