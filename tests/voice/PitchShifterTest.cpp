@@ -1,5 +1,6 @@
 #include "voice/PitchShifter.h"
 
+#include "support/HeldNote.h"
 #include "support/SeededRandom.h"
 #include "support/Tones.h"
 
@@ -31,37 +32,76 @@ struct Overlap {
     QList<float> windows;
 };
 
-/// One frame of the plain form, every bound asked for every sample.
-void addPlainFrame(const QList<float>& samples, int start, float ratio, Overlap& overlap)
+/// One frame of the plain form, every bound asked for every sample, read from `drift` samples
+/// beside its place.
+void addPlainFrame(const QList<float>& samples, int start, double drift, float ratio,
+                   Overlap& overlap)
 {
     const auto count = static_cast<int>(samples.size());
     for (int i = 0; i < 2048; ++i) {
         const int o = start + i;
         if (o >= count)
             return;
-        const float position = static_cast<float>(i) * ratio + static_cast<float>(start);
-        const int k = static_cast<int>(position);
+        const float position =
+            static_cast<float>(i) * ratio + static_cast<float>(drift - std::floor(drift));
+        const int steps = static_cast<int>(position);
+        const int k = start + static_cast<int>(std::floor(drift)) + steps;
         if (k + 1 >= count)
             return;
-        const float part = position - static_cast<float>(k);
+        const float part = position - static_cast<float>(steps);
         const float reading = (1 - part) * samples[k] + part * samples[k + 1];
         overlap.readings[o] += reading * window()[i];
         overlap.windows[o] += window()[i];
     }
 }
 
-/// The plain form of the shifter. A ratio that is not a number counts as out of range.
-QList<float> plainShift(const QList<float>& samples, const QList<float>& ratios)
+/// Where the frames of the plain form begin to read: each goes on, in the middle of what it shares
+/// with the frame before, where that one reads, or whole periods beside it, as near as may be to
+/// its own place.
+class PlainDrift {
+public:
+    double of(int frame, float ratio, float period)
+    {
+        const double r = std::abs(ratio - 1.0F) < 1e-4F ? 1.0 : static_cast<double>(ratio);
+        if (frame > 0)
+            drift_ = drift_ + (former_ - 1.0) * 512 + (former_ - r) * 768;
+        if (period >= 1.0F && period <= 1024.0F)
+            last_ = static_cast<double>(period);
+        else
+            period = 0.0F;
+        if (last_ > 0.0)
+            drift_ = drift_ - last_ * std::round(drift_ / last_);
+        else
+            drift_ = 0.0;
+        if (period == 0.0F)
+            drift_ = std::round(drift_);
+        former_ = r;
+        return drift_;
+    }
+
+private:
+    double drift_ = 0.0;
+    double former_ = 1.0;
+    double last_ = 0.0;
+};
+
+/// The plain form of the shifter. A ratio or a period that is not a number counts as out of range.
+QList<float> plainShift(const QList<float>& samples, const QList<float>& ratios,
+                        const QList<float>& periods = {})
 {
     if (samples.isEmpty() || ratios.isEmpty())
         return samples;
     const auto count = static_cast<int>(samples.size());
     Overlap overlap{Tones::silence(count), Tones::silence(count)};
+    PlainDrift drift;
     for (int frame = 0; frame == 0 || frame * 512 + 512 < count; ++frame) {
         float ratio = frame < ratios.size() ? ratios[frame] : ratios.last();
         if (std::isnan(ratio) || ratio <= 0.25F || ratio >= 4.0F)
             ratio = 1.0F;
-        addPlainFrame(samples, frame * 512, ratio, overlap);
+        float period = 0.0F;
+        if (!periods.isEmpty())
+            period = frame < periods.size() ? periods[frame] : periods.last();
+        addPlainFrame(samples, frame * 512, drift.of(frame, ratio, period), ratio, overlap);
     }
     QList<float> result(count);
     for (int i = 0; i < count; ++i)
@@ -128,6 +168,12 @@ private slots:
 
     void aFrameSoundsAtThePitchOfItsRatio_data();
     void aFrameSoundsAtThePitchOfItsRatio();
+    void aHeldNoteMovesByTheRatio_data();
+    void aHeldNoteMovesByTheRatio();
+    void aRatioThatChangesTearsNothing();
+    void withoutShiftingPeriodsChangeNothing();
+    void aGapInTheMiddleOfANoteLeavesItsLoudness();
+    void noiseIsReadAtWholeSamples();
     void movingTheInputByAHopMovesTheOutputByAHop_data();
     void movingTheInputByAHopMovesTheOutputByAHop();
     void noOutputIsLouderThanTheLoudestInput();
@@ -136,7 +182,9 @@ private slots:
     void theBitsAreThoseOfThePlainForm();
     void theBitsAreThoseOfThePlainFormForRandomRatios();
     void theBitsAreThoseOfThePlainFormForHostileRatios();
-    void theBitsAreThoseOfThePlainFormWherePositionsLoseTheirFractions();
+    void theBitsAreThoseOfThePlainFormWithPeriods();
+    void theBitsAreThoseOfThePlainFormWithHostilePeriods();
+    void nothingIsLostLateInARecording();
     void samplesThatAreNoNumbersStayNearTheirPlace();
 };
 
@@ -345,6 +393,92 @@ void PitchShifterTest::aFrameSoundsAtThePitchOfItsRatio()
     QVERIFY(std::abs(Tones::rms(first) - 0.5 / std::sqrt(2.0)) < 0.02);
 }
 
+void PitchShifterTest::aHeldNoteMovesByTheRatio_data()
+{
+    QTest::addColumn<double>("hz");
+    QTest::addColumn<double>("drawnTo");
+    QTest::newRow("half a semitone down") << 450.0 << 440.0;
+    QTest::newRow("a semitone down") << 466.1638 << 440.0;
+    QTest::newRow("a few cents up") << 438.0 << 440.0;
+    QTest::newRow("half a semitone up") << 107.0 << 110.0;
+    QTest::newRow("a tritone up") << 311.127 << 440.0;
+    QTest::newRow("a tritone down") << 311.127 << 220.0;
+    QTest::newRow("a low note") << 78.0 << 82.4069;
+    QTest::newRow("a high note") << 950.0 << 987.7666;
+}
+
+void PitchShifterTest::aHeldNoteMovesByTheRatio()
+{
+    QFETCH(double, hz);
+    QFETCH(double, drawnTo);
+    const QList<float> note = Tones::sine(hz, 44100, 3 * 44100);
+    const QList<float> shifted = PitchShifter::process(note, {static_cast<float>(drawnTo / hz)},
+                                                       {static_cast<float>(44100.0 / hz)})
+                                     .mid(4096, 2 * 44100);
+    const double off = HeldNote::median(HeldNote::centsOff(shifted, drawnTo, 44100));
+    QVERIFY2(std::abs(off) < 0.1, qPrintable(QString::number(off)));
+    QVERIFY(Tones::strengthAt(shifted, 44100, drawnTo) > 0.49);
+    QVERIFY(Tones::strengthAt(shifted, 44100, hz) < 0.5 * 0.01);
+    QVERIFY(std::abs(Tones::rms(shifted) - 0.5 / std::sqrt(2.0)) < 0.01);
+    QVERIFY(HeldNote::amplitudeModulation(shifted) < 0.001);
+}
+
+void PitchShifterTest::aRatioThatChangesTearsNothing()
+{
+    // From a semitone down to one up and back, over and over.
+    const QList<float> note = Tones::sine(440.0, 44100, 2 * 44100);
+    QList<float> ratios;
+    for (int frame = 0; frame < 180; ++frame)
+        ratios.append(static_cast<float>(std::exp2(std::sin(0.07 * frame) / 12.0)));
+    const QList<float> shifted = PitchShifter::process(note, ratios, {44100.0F / 440.0F});
+    QVERIFY(HeldNote::amplitudeModulation(shifted.mid(4096, 44100)) < 0.01);
+    // A sine bends by its amplitude times the square of its step, at most; a tear would show.
+    const double step = 2.0 * 3.14159265358979323846 * 440.0 * std::exp2(1.0 / 12.0) / 44100.0;
+    for (qsizetype i = 4096; i < 80000; ++i) {
+        const double bend = static_cast<double>(shifted[i - 1]) -
+                            2.0 * static_cast<double>(shifted[i]) +
+                            static_cast<double>(shifted[i + 1]);
+        QVERIFY(std::abs(bend) < 1.1 * 0.5 * step * step);
+    }
+}
+
+void PitchShifterTest::withoutShiftingPeriodsChangeNothing()
+{
+    const QList<float> samples = Tones::voice({}, 44100, 16384);
+    for (const float ratio : {1.0F, 0.0F, 5.0F}) {
+        QCOMPARE(difference(PitchShifter::process(samples, {ratio}, {200.4F}),
+                            PitchShifter::process(samples, {ratio})),
+                 QString());
+    }
+    QCOMPARE(difference(PitchShifter::process(samples, {0.9F, 1.2F}, {0.0F}),
+                        PitchShifter::process(samples, {0.9F, 1.2F})),
+             QString());
+}
+
+void PitchShifterTest::aGapInTheMiddleOfANoteLeavesItsLoudness()
+{
+    const QList<float> note = Tones::sine(450.0, 44100, 2 * 44100);
+    QList<float> periods(170, 98.0F);
+    for (qsizetype frame = 7; frame < periods.size(); frame += 10)
+        periods[frame] = 0.0F;
+    const QList<float> shifted = PitchShifter::process(note, {440.0F / 450.0F}, periods);
+    QVERIFY(HeldNote::amplitudeModulation(shifted.mid(4096, 44100)) < 0.01);
+}
+
+void PitchShifterTest::noiseIsReadAtWholeSamples()
+{
+    // A frame of a note leaves a distance behind, with which the noise after it is read: 1280 times
+    // the ratio's distance from 1 is 60.03 samples back, or a period of 101.3 later 41.27 ahead.
+    // Reading between samples would soften the noise, so it is 41.
+    QList<float> ratios(200, 1.0F);
+    QList<float> periods(200, 0.0F);
+    ratios[0] = 0.9531F;
+    periods[0] = 101.3F;
+    const QList<float> noise = Tones::noise(60000, 12);
+    const QList<float> shifted = PitchShifter::process(noise, ratios, periods);
+    QVERIFY(largestDifference(shifted.mid(4096, 50000), noise.mid(4096 + 41, 50000)) < 1e-6);
+}
+
 void PitchShifterTest::movingTheInputByAHopMovesTheOutputByAHop_data()
 {
     QTest::addColumn<float>("ratio");
@@ -359,8 +493,8 @@ void PitchShifterTest::movingTheInputByAHopMovesTheOutputByAHop()
     const QList<float> samples = Tones::voice({}, 44100, 16384);
     const QList<float> shifted = PitchShifter::process(samples, {ratio});
     const QList<float> moved = PitchShifter::process(samples.mid(512), {ratio});
-    // Clear of the edges, where fewer frames overlap. Positions are rounded otherwise.
-    QVERIFY(largestDifference(shifted.mid(4096, 4096), moved.mid(4096 - 512, 4096)) < 1e-3);
+    // Clear of the edges, where fewer frames overlap.
+    QCOMPARE(difference(shifted.mid(4096, 4096), moved.mid(4096 - 512, 4096)), QString());
     QVERIFY(largestDifference(shifted.mid(4096, 4096), samples.mid(4096, 4096)) > 1e-2);
 }
 
@@ -425,13 +559,56 @@ void PitchShifterTest::theBitsAreThoseOfThePlainFormForHostileRatios()
     }
 }
 
-void PitchShifterTest::theBitsAreThoseOfThePlainFormWherePositionsLoseTheirFractions()
+void PitchShifterTest::theBitsAreThoseOfThePlainFormWithPeriods()
 {
-    // Beyond 2^20 samples a single precision position has three binary places left.
-    const QList<float> samples = Tones::noise((1 << 20) + 5000, 10, 1.0);
-    for (const QList<float>& ratios : {QList<float>{0.9F}, {1.3F}})
-        QCOMPARE(difference(PitchShifter::process(samples, ratios), plainShift(samples, ratios)),
+    SeededRandom random(85);
+    for (int round = 0; round < 400; ++round) {
+        const int count = random.between(1, 9000);
+        const QList<float> samples = Tones::noise(count, static_cast<unsigned>(round), 1.0);
+        QList<float> ratios;
+        for (int i = random.between(1, 20); i > 0; --i)
+            ratios.append(static_cast<float>(random.between(0.68, 1.45)));
+        QList<float> periods;
+        for (int i = random.between(1, 20); i > 0; --i)
+            periods.append(random.oneIn(4) ? 0.0F
+                                           : static_cast<float>(random.between(40.0, 640.0)));
+        QCOMPARE(difference(PitchShifter::process(samples, ratios, periods),
+                            plainShift(samples, ratios, periods)),
                  QString());
+    }
+}
+
+void PitchShifterTest::theBitsAreThoseOfThePlainFormWithHostilePeriods()
+{
+    const QList<float> hostile{kNaN,   kInfinity, -kInfinity, 0.0F,    -0.0F,   -100.0F, 1e-45F,
+                               0.999F, 1.0F,      1.5F,       1023.9F, 1024.0F, 1024.1F, 3e38F};
+    const QList<float> ratios{0.26F, 0.5F, 0.7071F, 0.99995F, 1.0F, 1.4142F, 2.0F, 3.99F, kNaN};
+    SeededRandom random(86);
+    for (int round = 0; round < 200; ++round) {
+        const QList<float> samples = Tones::noise(random.between(1, 9000), 9, 1.0);
+        QList<float> some;
+        QList<float> periods;
+        for (int i = 0; i < 16; ++i) {
+            some.append(random.pick(ratios));
+            periods.append(random.pick(hostile));
+        }
+        QCOMPARE(difference(PitchShifter::process(samples, some, periods),
+                            plainShift(samples, some, periods)),
+                 QString());
+    }
+}
+
+void PitchShifterTest::nothingIsLostLateInARecording()
+{
+    // A minute and a half of silence before a voice changes nothing about the voice.
+    const QList<float> voice = Tones::voice({}, 44100, 20000);
+    const QList<float> late = Tones::silence(qsizetype(8192) * 512) + voice;
+    for (const float ratio : {0.9F, 1.3F}) {
+        const QList<float> shifted = PitchShifter::process(voice, {ratio});
+        const QList<float> shiftedLate = PitchShifter::process(late, {ratio});
+        // From where the frames that began in the silence have ended.
+        QCOMPARE(difference(shiftedLate.last(20000 - 2048), shifted.last(20000 - 2048)), QString());
+    }
 }
 
 void PitchShifterTest::samplesThatAreNoNumbersStayNearTheirPlace()
