@@ -6,11 +6,19 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 namespace {
 
 /// Smallest curvature of the correlation that its peak is refined by.
 constexpr double kParabolaEpsilon = 1e-12;
+
+/// How far from the exact part of a lag its period may correlate best, as a share of the period.
+constexpr double kPeriodTolerance = 0.02;
+
+/// Share of the lag's correlation that one period must reach. A third harmonic on a narrow formant
+/// comes up to 0.95.
+constexpr double kNearlyAsHigh = 0.97;
 
 struct LagRange {
     int min;
@@ -63,7 +71,7 @@ private:
     std::array<double, kFrameSize + 1> energy_{};
 };
 
-/// Finds, for one frame after another, the lags that may hold the highest correlation.
+/// The quick correlations of one frame after another, and the lags that may hold the highest.
 class LagPicker {
 public:
     explicit LagPicker(LagRange lags)
@@ -100,6 +108,15 @@ public:
         return candidates_;
     }
 
+    /// The correlation of the frame that was asked for last, within CorrelationScreen::kMaxError.
+    double correlation(const Frame& frame, int lag) const
+    {
+        const bool inRange = lags_.min <= lag && lag <= lags_.max;
+        const double quick =
+            inRange ? quick_[static_cast<std::size_t>(lag - lags_.min)] : kNotCovered;
+        return quick < kNotCovered ? quick : frame.correlation(lag);
+    }
+
 private:
     static constexpr double kNotCovered = 2.0;
 
@@ -119,7 +136,8 @@ double refinedLag(const Frame& frame, int lag, double correlation)
     return lag;
 }
 
-float pitchOf(const Frame& frame, const std::vector<int>& candidates, LagRange lags, int sampleRate)
+/// The lag of the highest correlation, or nothing in a frame without pitch.
+std::optional<double> bestLag(const Frame& frame, const std::vector<int>& candidates, LagRange lags)
 {
     int bestLag = 0;
     double best = 0.0;
@@ -131,15 +149,53 @@ float pitchOf(const Frame& frame, const std::vector<int>& candidates, LagRange l
         }
     }
     if (best < PitchDetector::kVoicedThreshold)
-        return 0.0F;
+        return std::nullopt;
     const bool inside = lags.min < bestLag && bestLag < lags.max;
-    const double lag = inside ? refinedLag(frame, bestLag, best) : bestLag;
-    return static_cast<float>(sampleRate / lag);
+    return inside ? refinedLag(frame, bestLag, best) : bestLag;
+}
+
+/// Height, between samples, of the highest peak of the correlation at a whole lag up to `reach`
+/// away from a lag; 0 where there is none.
+double peakHeight(const LagPicker& picker, const Frame& frame, double lag, double reach)
+{
+    const int first = std::max(1, static_cast<int>(std::ceil(lag - reach)));
+    const int last = static_cast<int>(std::floor(lag + reach));
+    double highest = 0.0;
+    double before = picker.correlation(frame, first - 1);
+    double here = picker.correlation(frame, first);
+    for (int at = first; at <= last; ++at) {
+        const double after = picker.correlation(frame, at + 1);
+        const double curvature = before - 2.0 * here + after;
+        if (here >= before && here >= after && curvature < 0.0)
+            highest =
+                std::max(highest, here - (before - after) * (before - after) / (8.0 * curvature));
+        before = here;
+        here = after;
+    }
+    return highest;
+}
+
+/// Of how many periods a lag is the length: the highest odd number of them for which a single one
+/// correlates nearly as well, or 1.
+int oddPeriodsIn(double lag, const LagPicker& picker, const Frame& frame, LagRange lags)
+{
+    const double height = peakHeight(picker, frame, lag, 1.0);
+    if (height <= 0.0)
+        return 1;
+    const int most = static_cast<int>(lag / std::max(lags.min, 1));
+    for (int periods = most - (most + 1) % 2; periods >= 3; periods -= 2) {
+        const double period = lag / periods;
+        const double reach = std::max(1.0, kPeriodTolerance * period);
+        if (peakHeight(picker, frame, period, reach) >= kNearlyAsHigh * height)
+            return periods;
+    }
+    return 1;
 }
 
 } // namespace
 
-QList<float> PitchDetector::detectTrack(const QList<float>& samples, int sampleRate)
+QList<float> PitchDetector::detectTrack(const QList<float>& samples, int sampleRate,
+                                        OddFractions fractions)
 {
     if (samples.size() < kFrameSize || sampleRate < 1)
         return {};
@@ -155,7 +211,12 @@ QList<float> PitchDetector::detectTrack(const QList<float>& samples, int sampleR
         const Frame frame(samples.constData() + i * kHopSize);
         if (frame.energy() / kFrameSize < kSilenceThreshold)
             continue;
-        pitches[i] = pitchOf(frame, picker.candidates(frame, products), lags, sampleRate);
+        const auto lag = bestLag(frame, picker.candidates(frame, products), lags);
+        if (!lag)
+            continue;
+        const int periods =
+            fractions == OddFractions::Undone ? oddPeriodsIn(*lag, picker, frame, lags) : 1;
+        pitches[i] = static_cast<float>(sampleRate / *lag * periods);
     }
     return pitches;
 }

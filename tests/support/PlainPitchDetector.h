@@ -81,4 +81,38 @@ inline QList<float> detectTrack(const QList<float>& samples, int sampleRate)
     return pitches;
 }
 
+/// Height of the highest peak of the correlation at whole lags from `lag - reach` to `lag + reach`,
+/// by the parabola through it and its neighbours; 0 without one.
+inline double peakHeight(const float* frame, double lag, double reach)
+{
+    double highest = 0.0;
+    for (int at = 1; at <= lag + reach; ++at) {
+        if (at < lag - reach)
+            continue;
+        const double r1 = correlation(frame, at - 1);
+        const double r2 = correlation(frame, at);
+        const double r3 = correlation(frame, at + 1);
+        const double d = r1 - 2.0 * r2 + r3;
+        if (r2 >= r1 && r2 >= r3 && d < 0.0)
+            highest = std::max(highest, r2 - (r1 - r3) * (r1 - r3) / (8.0 * d));
+    }
+    return highest;
+}
+
+/// A frame's pitch with an odd fraction undone: the highest odd multiple whose single period
+/// correlates nearly as well.
+inline double undoneFraction(const float* frame, double hz, int sampleRate)
+{
+    const int lagMin = static_cast<int>(sampleRate / 1000.0);
+    const double lag = sampleRate / hz;
+    const double height = peakHeight(frame, lag, 1.0);
+    for (int m = 1023; m >= 3 && height > 0.0; m -= 2) {
+        if (lag / m < lagMin || lag / m < 1.0)
+            continue;
+        if (peakHeight(frame, lag / m, std::max(1.0, 0.02 * lag / m)) >= 0.97 * height)
+            return m * hz;
+    }
+    return hz;
+}
+
 } // namespace PlainPitchDetector

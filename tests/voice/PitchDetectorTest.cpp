@@ -2,6 +2,7 @@
 
 #include "support/PlainPitchDetector.h"
 #include "support/SeededRandom.h"
+#include "support/SungVoices.h"
 #include "support/Tones.h"
 #include "voice/CorrelationScreen.h"
 
@@ -11,6 +12,8 @@
 #include <limits>
 
 namespace {
+
+using Fractions = PitchDetector::OddFractions;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
@@ -474,6 +477,15 @@ private slots:
     void theBitsAreThoseOfThePlainSearchAtEveryOnset();
     void theBitsAreThoseOfThePlainSearchForConstants();
 
+    void anOddFractionIsUndone_data();
+    void anOddFractionIsUndone();
+    void octavesOfAPitchAreLeft();
+    void belowTheRangeNoFractionIsUndone_data();
+    void belowTheRangeNoFractionIsUndone();
+    void undoingFollowsThePlainRule_data();
+    void undoingFollowsThePlainRule();
+    void withoutFractionsNothingIsUndone();
+
     void theScreenKeepsItsPromise_data();
     void theScreenKeepsItsPromise();
     void theScreenKeepsItsPromiseWhenEveryAdditionIsLost_data();
@@ -894,6 +906,105 @@ void PitchDetectorTest::theBitsAreThoseOfThePlainSearchForConstants()
         const auto level = static_cast<float>(random.magnitude(1e-3, 1e3));
         const QList<float> samples(2048, level);
         QCOMPARE(PitchDetector::detectTrack(samples, 4000), QList<float>{1000.0F});
+    }
+}
+
+void PitchDetectorTest::anOddFractionIsUndone_data()
+{
+    QTest::addColumn<double>("hz");
+    QTest::newRow("B, found at a seventh") << 493.8833;
+    QTest::newRow("a high F") << 698.4565;
+    QTest::newRow("725 Hz, found at a sixth") << 725.0;
+    QTest::newRow("950 Hz") << 950.0;
+}
+
+void PitchDetectorTest::anOddFractionIsUndone()
+{
+    QFETCH(double, hz);
+    const QList<float> tone = Tones::sine(hz, 44100, 8192);
+    for (const float pitch : PitchDetector::detectTrack(tone, 44100, Fractions::Undone)) {
+        const double octaves = std::log2(hz / static_cast<double>(pitch));
+        QVERIFY2(std::abs(octaves - std::round(octaves)) < 1e-4,
+                 qPrintable(QString::number(pitch)));
+    }
+}
+
+void PitchDetectorTest::octavesOfAPitchAreLeft()
+{
+    // A loud second harmonic: an octave higher correlates well, and is not taken for the pitch.
+    const QList<float> voice =
+        Tones::sum(Tones::sine(150.0, 44100, 8192, 0.1), Tones::sine(300.0, 44100, 8192, 0.8));
+    for (const float pitch : PitchDetector::detectTrack(voice, 44100, Fractions::Undone))
+        QVERIFY(std::abs(centsFromWholeFraction(pitch, 150.0)) < 1.0);
+}
+
+void PitchDetectorTest::belowTheRangeNoFractionIsUndone_data()
+{
+    QTest::addColumn<double>("hz");
+    for (const double hz : {40.0, 50.0, 60.0, 69.0})
+        QTest::addRow("%g Hz", hz) << hz;
+}
+
+void PitchDetectorTest::belowTheRangeNoFractionIsUndone()
+{
+    QFETCH(double, hz);
+    const QList<float> tone = Tones::sine(hz, 44100, 8192);
+    QCOMPARE(PitchDetector::detectTrack(tone, 44100, Fractions::Undone),
+             PitchDetector::detectTrack(tone, 44100));
+}
+
+void PitchDetectorTest::undoingFollowsThePlainRule_data()
+{
+    QTest::addColumn<QList<float>>("samples");
+    QTest::addColumn<int>("sampleRate");
+    const QList<SungVoices::Singer> singers = SungVoices::all();
+    for (qsizetype i = 0; i < singers.size(); i += 4) {
+        for (const auto manner : {SungVoices::Manner::Jitter, SungVoices::Manner::Breath})
+            QTest::addRow("singer %d, %s", static_cast<int>(i),
+                          manner == SungVoices::Manner::Breath ? "with breath" : "with jitter")
+                << SungVoices::samples(singers.at(i), manner, 44100, 9000) << 44100;
+    }
+    for (const int sampleRate : {8000, 22050, 96000})
+        QTest::addRow("a vowel at %d Hz", sampleRate)
+            << Tones::voice({.hz = 610.0}, sampleRate, 9000) << sampleRate;
+    QTest::newRow("white noise") << Tones::noise(9000, 14) << 44100;
+    QTest::newRow("a voice in noise")
+        << Tones::sum(Tones::voice({.hz = 610.0}, 44100, 9000), Tones::noise(9000, 15, 0.2))
+        << 44100;
+    QTest::newRow("a constant") << QList<float>(9000, 0.25F) << 44100;
+    QTest::newRow("beyond what the screen covers")
+        << Tones::scaled(Tones::sine(493.8833, 44100, 4096), 1e17F) << 44100;
+}
+
+void PitchDetectorTest::undoingFollowsThePlainRule()
+{
+    QFETCH(QList<float>, samples);
+    QFETCH(int, sampleRate);
+    const QList<float> kept = PitchDetector::detectTrack(samples, sampleRate);
+    const QList<float> undone = PitchDetector::detectTrack(samples, sampleRate, Fractions::Undone);
+    QCOMPARE(undone.size(), kept.size());
+    for (qsizetype i = 0; i < kept.size(); ++i) {
+        const auto found = static_cast<double>(kept[i]);
+        const double expected = found > 0.0 ? PlainPitchDetector::undoneFraction(
+                                                  samples.constData() + i * 512, found, sampleRate)
+                                            : 0.0;
+        QVERIFY2(std::abs(static_cast<double>(undone[i]) - expected) <= 1e-6 * expected,
+                 qPrintable(QString("%1: %2 of %3").arg(i).arg(undone[i]).arg(expected)));
+    }
+}
+
+void PitchDetectorTest::withoutFractionsNothingIsUndone()
+{
+    // Notes below a third of the range's end, which leave no room for a fraction.
+    for (const double hz : {220.0, 261.6256, 329.6276}) {
+        const QList<float> voice = Tones::voice({.hz = hz}, 44100, 8192);
+        for (const float pitch : PitchDetector::detectTrack(voice, 44100, Fractions::Undone))
+            QVERIFY(std::abs(centsFromWholeFraction(pitch, hz)) < 35.0);
+    }
+    for (const int sampleRate : {999, 500, 70, 1}) {
+        const QList<float> voice = Tones::noise(4096, 13);
+        QCOMPARE(PitchDetector::detectTrack(voice, sampleRate, Fractions::Undone),
+                 PitchDetector::detectTrack(voice, sampleRate));
     }
 }
 
