@@ -4,9 +4,7 @@
 #include "model/Project.h"
 #include "music/Beats.h"
 #include "voice/AudioDecoder.h"
-#include "voice/PitchShifter.h"
 #include "voice/SampleBuffer.h"
-#include "voice/VoiceFrames.h"
 #include "voice/VoiceTuner.h"
 
 #include <QDir>
@@ -15,10 +13,6 @@
 #include <cmath>
 
 namespace {
-
-/// Samples behind the last one heard that tuning may read to shape it: those of a frame at the
-/// fastest speed.
-constexpr qint64 kTuningReach = static_cast<qint64>(PitchShifter::kMaxRatio) * kFrameSize;
 
 /// The clip's file as mono samples at the mixing rate.
 QList<float> samplesOf(const AudioClip& clip, const QString& projectDir)
@@ -122,7 +116,7 @@ QList<float> VoiceMix::render(const Project& project, const QString& projectDir,
             if (span.first >= span.last)
                 continue;
             if (clip.tune.enabled) {
-                mono.resize(std::min(mono.size(), span.last + kTuningReach));
+                mono.resize(std::min(mono.size(), span.last + VoiceTuner::kReach));
                 mono = VoiceTuner::tune(mono, kSampleRate, project.keySignature, clip.tune);
             }
             addClip(clip, mono, span, track.volume, mix);

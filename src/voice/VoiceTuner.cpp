@@ -38,6 +38,16 @@ double nearestNote(double note, const QList<int>& scale)
     return target;
 }
 
+/// The period at every frame in samples, 0.0 without a pitch.
+QList<float> periodsOf(const QList<float>& pitches, int sampleRate)
+{
+    QList<float> periods(pitches.size());
+    std::ranges::transform(pitches, periods.begin(), [sampleRate](float hz) {
+        return hz > 0.0F ? static_cast<float>(sampleRate) / hz : 0.0F;
+    });
+    return periods;
+}
+
 } // namespace
 
 QList<float> VoiceTuner::tune(const QList<float>& samples, int sampleRate, const KeySignature& key,
@@ -45,11 +55,13 @@ QList<float> VoiceTuner::tune(const QList<float>& samples, int sampleRate, const
 {
     if (!settings.enabled || !(settings.intensity > 0.0F) || samples.isEmpty())
         return samples;
-    const QList<float> pitches = PitchDetector::detectTrack(samples, sampleRate);
+    const QList<float> pitches =
+        PitchDetector::detectTrack(samples, sampleRate, PitchDetector::OddFractions::Undone);
     if (pitches.isEmpty())
         return samples;
     return PitchShifter::process(
-        samples, ratiosTowardScale(pitches, key.scalePitchClasses(), settings.intensity));
+        samples, ratiosTowardScale(pitches, key.scalePitchClasses(), settings.intensity),
+        periodsOf(pitches, sampleRate));
 }
 
 QList<float> VoiceTuner::ratiosTowardScale(const QList<float>& pitches, const QList<int>& scale,

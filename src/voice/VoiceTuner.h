@@ -2,15 +2,23 @@
 
 #include "model/AudioTrack.h"
 #include "music/KeySignature.h"
+#include "voice/VoiceFrames.h"
 
 #include <QList>
 
-/// Draws a sung mono recording to the notes of a key. Works on pitch alone: time is not touched.
+/// Draws a sung mono recording to the notes of a key: the pitch of every frame is found, with odd
+/// fractions undone, and the frame shifted to the nearest note in phase with the one before. Works
+/// on pitch alone: time is not touched.
 class VoiceTuner {
 public:
     /// Weights of the present and of the previous frame in the smoothing of ratios.
     static constexpr float kRatioKeep = 0.7F;
     static constexpr float kRatioCarry = 0.3F;
+
+    /// Samples behind one that decide how it is tuned: every frame that begins before it is
+    /// analysed whole. What such a frame reads for it lies nearer, a tritone up (848 samples over a
+    /// frame) and half a period along (512).
+    static constexpr qsizetype kReach = kFrameSize;
 
     /// A list as long as `samples`; the samples themselves when tuning is off, has no intensity,
     /// or the recording is shorter than one frame. `sampleRate` is in Hz.

@@ -1,6 +1,8 @@
 #include "voice/VoiceTuner.h"
 
+#include "support/HeldNote.h"
 #include "support/SeededRandom.h"
+#include "support/SungVoices.h"
 #include "support/Tones.h"
 #include "voice/PitchDetector.h"
 #include "voice/PitchShifter.h"
@@ -49,10 +51,29 @@ double largestDifference(const QList<float>& a, const QList<float>& b)
     return largest;
 }
 
-/// Frequency of the first 512 samples, which sound at the first frame's ratio alone.
-double hzOfFirstHop(const QList<float>& samples)
+/// Frequency of the second half of a tone that crosses zero upward once a period.
+double hzOfHeld(const QList<float>& samples)
 {
-    return Tones::hzByZeroCrossings(samples.first(512), 44100);
+    return Tones::hzByZeroCrossings(samples.last(samples.size() / 2), 44100);
+}
+
+/// Frequency of the note of C Major that lies nearest.
+double nearestInCMajor(double hz)
+{
+    double nearest = 0.0;
+    for (int note = 0; note < 128; ++note) {
+        const double off = std::abs(Tones::cents(hzOf(note), hz));
+        if (kCMajor.contains(note % 12) &&
+            (nearest == 0.0 || off < std::abs(Tones::cents(nearest, hz))))
+            nearest = hzOf(note);
+    }
+    return nearest;
+}
+
+/// How many cents a held note is off, on the whole, once it has set in.
+double centsFrom(double hz, const QList<float>& samples)
+{
+    return HeldNote::median(HeldNote::centsOff(samples.sliced(4096), hz, 44100));
 }
 
 bool allFinite(const QList<float>& samples)
@@ -73,6 +94,11 @@ private slots:
 
     void aVoiceIsDrawnToANoteOfTheScale_data();
     void aVoiceIsDrawnToANoteOfTheScale();
+    void nothingIsLeftOfThePitchThatWasSung();
+    void everySteadyToneIsDrawnToTheNearestNote_data();
+    void everySteadyToneIsDrawnToTheNearestNote();
+    void sungVoicesAreDrawnToTheNearestNote_data();
+    void sungVoicesAreDrawnToTheNearestNote();
     void aVoiceHalfCorrectedMovesHalfOfTheRatio();
     void anIntensityBeyondOneActsAsOne_data();
     void anIntensityBeyondOneActsAsOne();
@@ -81,7 +107,7 @@ private slots:
     void aVoiceWithoutPitchComesOutUnchanged_data();
     void aVoiceWithoutPitchComesOutUnchanged();
     void anotherKeyDrawsToAnotherNote();
-    void theRatiosAreWhatTheShifterGets();
+    void theShifterGetsTheRatiosAndThePeriods();
 
     void ratioTowardTheNearestNote_data();
     void ratioTowardTheNearestNote();
@@ -156,6 +182,10 @@ void VoiceTunerTest::aVoiceIsDrawnToANoteOfTheScale_data()
     QTest::newRow("460 Hz in F Major to B flat") << 5 << 460.0 << 466.1638;
     QTest::newRow("265 Hz in C Major to middle C") << 0 << 265.0 << 261.6256;
     QTest::newRow("725 Hz in E Major to F sharp") << 4 << 725.0 << 739.9888;
+    QTest::newRow("725 Hz in C Major to F") << 0 << 725.0 << 698.4565;
+    QTest::newRow("225 Hz in C Major to A") << 0 << 225.0 << 220.0;
+    QTest::newRow("107 Hz in C Major to a low A") << 0 << 107.0 << 110.0;
+    QTest::newRow("227 Hz in C Major, more than half a semitone, to A") << 0 << 227.0 << 220.0;
 }
 
 void VoiceTunerTest::aVoiceIsDrawnToANoteOfTheScale()
@@ -163,19 +193,87 @@ void VoiceTunerTest::aVoiceIsDrawnToANoteOfTheScale()
     QFETCH(int, root);
     QFETCH(double, sung);
     QFETCH(double, drawnTo);
-    const QList<float> voice = Tones::sine(sung, 44100, 8192);
+    const QList<float> voice = Tones::sine(sung, 44100, 44100);
     const QList<float> tuned = VoiceTuner::tune(voice, 44100, key(root), tuning(1.0F));
-    const double heard = hzOfFirstHop(tuned);
-    QVERIFY2(std::abs(Tones::cents(hzOfFirstHop(voice), sung)) < 2.0, "the measurement itself");
-    QVERIFY2(std::abs(Tones::cents(heard, drawnTo)) < 2.0, qPrintable(QString::number(heard)));
+    const double heard = hzOfHeld(tuned);
+    QVERIFY2(std::abs(Tones::cents(hzOfHeld(voice), sung)) < 0.5, "the measurement itself");
+    QVERIFY2(std::abs(Tones::cents(heard, drawnTo)) < 0.5, qPrintable(QString::number(heard)));
+}
+
+void VoiceTunerTest::nothingIsLeftOfThePitchThatWasSung()
+{
+    const QList<float> voice = Tones::sine(450.0, 44100, 3 * 44100);
+    const QList<float> tuned =
+        VoiceTuner::tune(voice, 44100, key(0), tuning(1.0F)).mid(4096, 2 * 44100);
+    const double heard = Tones::strongestHz(tuned, 44100, 435.0, 455.0);
+    QVERIFY2(std::abs(Tones::cents(heard, 440.0)) < 0.1, qPrintable(QString::number(heard)));
+    QVERIFY(Tones::strengthAt(tuned, 44100, 450.0) <
+            0.001 * Tones::strengthAt(tuned, 44100, 440.0));
+    QVERIFY(HeldNote::amplitudeModulation(tuned) < 0.001);
+}
+
+void VoiceTunerTest::everySteadyToneIsDrawnToTheNearestNote_data()
+{
+    QTest::addColumn<bool>("vowel");
+    QTest::newRow("sines") << false;
+    QTest::newRow("vowels") << true;
+}
+
+void VoiceTunerTest::everySteadyToneIsDrawnToTheNearestNote()
+{
+    QFETCH(bool, vowel);
+    for (int i = 0; i < 160; ++i) {
+        const double hz = 80.0 * std::pow(980.0 / 80.0, i / 159.0);
+        const QList<float> tone = vowel ? Tones::voice({.hz = hz, .vibratoCents = 0.0}, 44100, 8192)
+                                        : Tones::sine(hz, 44100, 8192);
+        const QList<float> tuned = VoiceTuner::tune(tone, 44100, key(0), tuning(1.0F));
+        const double off = centsFrom(nearestInCMajor(hz), tuned);
+        QVERIFY2(std::abs(off) < 1.0, qPrintable(QString("%1 Hz: %2").arg(hz).arg(off)));
+    }
+}
+
+void VoiceTunerTest::sungVoicesAreDrawnToTheNearestNote_data()
+{
+    QTest::addColumn<SungVoices::Manner>("manner");
+    QTest::addColumn<double>("leastShare");
+    QTest::addColumn<double>("mostModulation");
+    // What misses are voices in the middle between two notes, which go to either as they waver.
+    QTest::newRow("held steadily") << SungVoices::Manner::Steady << 0.98 << 0.01;
+    QTest::newRow("with jitter") << SungVoices::Manner::Jitter << 0.95 << 0.03;
+    QTest::newRow("with breath") << SungVoices::Manner::Breath << 0.95 << 0.04;
+    QTest::newRow("with vibrato") << SungVoices::Manner::Vibrato << 0.80 << 0.06;
+}
+
+void VoiceTunerTest::sungVoicesAreDrawnToTheNearestNote()
+{
+    QFETCH(SungVoices::Manner, manner);
+    QFETCH(double, leastShare);
+    QFETCH(double, mostModulation);
+    int drawn = 0;
+    int missedBefore = 0;
+    double modulation = 0.0;
+    const QList<SungVoices::Singer> singers = SungVoices::all();
+    QCOMPARE(singers.size(), 65);
+    for (const SungVoices::Singer& singer : singers) {
+        const QList<float> sung = SungVoices::samples(singer, manner, 44100, 36000);
+        const QList<float> tuned = VoiceTuner::tune(sung, 44100, key(0), tuning(1.0F));
+        const double target = nearestInCMajor(singer.hz);
+        drawn += std::abs(centsFrom(target, tuned)) <= 10.0 ? 1 : 0;
+        missedBefore += std::abs(Tones::cents(singer.hz, target)) > 10.0 ? 1 : 0;
+        modulation += HeldNote::amplitudeModulation(tuned.sliced(4096)) / 65.0;
+    }
+    const double share = drawn / 65.0;
+    QVERIFY2(missedBefore > 50, "the voices themselves");
+    QVERIFY2(share >= leastShare, qPrintable(QString::number(share)));
+    QVERIFY2(modulation <= mostModulation, qPrintable(QString::number(modulation)));
 }
 
 void VoiceTunerTest::aVoiceHalfCorrectedMovesHalfOfTheRatio()
 {
     // 440 / 450 is 0.97778; half of the way from 1 is 0.98889, and 450 Hz times that is 445 Hz.
-    const QList<float> voice = Tones::sine(450.0, 44100, 8192);
-    const double heard = hzOfFirstHop(VoiceTuner::tune(voice, 44100, key(0), tuning(0.5F)));
-    QVERIFY2(std::abs(Tones::cents(heard, 445.0)) < 2.0, qPrintable(QString::number(heard)));
+    const QList<float> voice = Tones::sine(450.0, 44100, 44100);
+    const double heard = hzOfHeld(VoiceTuner::tune(voice, 44100, key(0), tuning(0.5F)));
+    QVERIFY2(std::abs(Tones::cents(heard, 445.0)) < 0.5, qPrintable(QString::number(heard)));
 }
 
 void VoiceTunerTest::anIntensityBeyondOneActsAsOne_data()
@@ -204,6 +302,8 @@ void VoiceTunerTest::aVoiceInTuneComesOutUnchanged_data()
     QTest::newRow("middle C") << 60.0;
     QTest::newRow("the A above") << 69.0;
     QTest::newRow("a low G") << 43.0;
+    QTest::newRow("a B, of which seven periods correlate best") << 71.0;
+    QTest::newRow("a high F, of which seven periods correlate best") << 77.0;
 }
 
 void VoiceTunerTest::aVoiceInTuneComesOutUnchanged()
@@ -232,23 +332,29 @@ void VoiceTunerTest::aVoiceWithoutPitchComesOutUnchanged()
 
 void VoiceTunerTest::anotherKeyDrawsToAnotherNote()
 {
-    const QList<float> voice = Tones::sine(460.0, 44100, 8192);
-    const double inC = hzOfFirstHop(VoiceTuner::tune(voice, 44100, key(0), tuning(1.0F)));
+    const QList<float> voice = Tones::sine(460.0, 44100, 44100);
+    const double inC = hzOfHeld(VoiceTuner::tune(voice, 44100, key(0), tuning(1.0F)));
     const double inCMinor =
-        hzOfFirstHop(VoiceTuner::tune(voice, 44100, key(0, KeyMode::Minor), tuning(1.0F)));
-    QVERIFY(std::abs(Tones::cents(inC, 440.0)) < 2.0);
+        hzOfHeld(VoiceTuner::tune(voice, 44100, key(0, KeyMode::Minor), tuning(1.0F)));
+    QVERIFY(std::abs(Tones::cents(inC, 440.0)) < 0.5);
     // C Minor has A flat and B flat, and no A.
-    QVERIFY(std::abs(Tones::cents(inCMinor, 466.1638)) < 2.0);
+    QVERIFY(std::abs(Tones::cents(inCMinor, 466.1638)) < 0.5);
 }
 
-void VoiceTunerTest::theRatiosAreWhatTheShifterGets()
+void VoiceTunerTest::theShifterGetsTheRatiosAndThePeriods()
 {
-    const QList<float> voice = Tones::voice({.hz = 207.0, .vibratoCents = 60.0}, 44100, 22050);
-    const QList<float> pitches = PitchDetector::detectTrack(voice, 44100);
+    const QList<float> voice = Tones::voice({.hz = 207.0, .vibratoCents = 60.0}, 44100, 22050) +
+                               Tones::silence(6000) + Tones::sine(725.0, 44100, 8000);
+    const QList<float> pitches =
+        PitchDetector::detectTrack(voice, 44100, PitchDetector::OddFractions::Undone);
     const QList<float> ratios = VoiceTuner::ratiosTowardScale(pitches, kCMajor, 0.8F);
+    QList<float> periods;
+    for (const float hz : pitches)
+        periods.append(hz > 0.0F ? 44100.0F / hz : 0.0F);
+    QVERIFY(periods.contains(0.0F));
     QCOMPARE(ratios.size(), pitches.size());
     QCOMPARE(VoiceTuner::tune(voice, 44100, key(0), tuning(0.8F)),
-             PitchShifter::process(voice, ratios));
+             PitchShifter::process(voice, ratios, periods));
 }
 
 void VoiceTunerTest::ratioTowardTheNearestNote_data()
