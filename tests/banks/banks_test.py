@@ -15,13 +15,18 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
 import numpy as np  # noqa: E402
 
 from velta_banks import bandoneon, acordeon, bombo, charango, guitarra, quena  # noqa: E402
-from velta_banks.banks import BANKS, drum_sound, key_ranges  # noqa: E402
+from velta_banks.banks import (BANKS, CHASQUIDO_KEYS, GOLPE_KEYS, drum_sound,  # noqa: E402
+                               key_ranges, take_bands)
 from velta_banks.bombo import Strike  # noqa: E402
 from velta_banks.cli import main  # noqa: E402
 from velta_banks.levels import CEILING, at_level, level, limited, on_curve  # noqa: E402
 from velta_banks.loops import loop_for, loop_of  # noqa: E402
-from velta_banks.measure import offset, pitch_error, roughest_moment, steepest_fall  # noqa: E402
-from velta_banks.sf2 import Recording, Zone, pcm, timecents, write_bank  # noqa: E402
+from velta_banks.measure import (centroid, fall_time, offset, pitch_error,  # noqa: E402
+                                 roughest_moment, steepest_fall, swing)
+from velta_banks.reeds import Onset, touched  # noqa: E402
+from velta_banks.sf2 import (Recording, Shade, Vibrato, Zone, pcm, timecents,  # noqa: E402
+                              write_bank)
+from velta_banks.shading import passed  # noqa: E402
 from velta_banks.shapes import (band, coloured_noise, fade_out, rise,  # noqa: E402
                                 without_offset)
 from velta_banks.units import cents, dice, key_hz, seconds  # noqa: E402
@@ -67,8 +72,9 @@ class Font:
 def small_font():
     tone = Recording("tono", sine(441.0, 0.5), 69, (100, 10100))
     stroke = Recording("golpe", sine(441.0, 0.1), 60)
-    zones = [Zone(tone, (0, 69), (1, 79), 0.5), Zone(tone, (70, 127), (1, 79), 1.0),
-             Zone(stroke, (0, 127), (80, 127), 2.0, root_key=55)]
+    zones = [Zone(tone, (0, 69), (1, 79), 0.5),
+             Zone(tone, (70, 127), (1, 79), 1.0, Shade(13000, 2400)),
+             Zone(stroke, (0, 127), (80, 127), 2.0, noise_semitones=-5)]
     return Font(write_bank("Prueba", "Sin grabar", zones))
 
 
@@ -122,8 +128,29 @@ class Files(unittest.TestCase):
     def test_a_loop_is_played_and_a_stroke_is_not_looped(self):
         self.assertEqual([zone.get(54, 0) for zone in small_font().zones()], [1, 1, 0])
 
-    def test_a_zone_may_have_a_root_key_of_its_own(self):
-        self.assertEqual([zone.get(58) for zone in small_font().zones()], [None, None, 55])
+    def test_a_noise_follows_no_key_but_may_be_tuned(self):
+        zones = small_font().zones()
+        self.assertEqual([zone.get(56) for zone in zones], [None, None, 0])
+        self.assertEqual([zone.get(51) for zone in zones], [None, None, 65536 - 5])
+
+    def test_a_vibrato_swings_pitch_and_loudness_at_one_speed_and_leaves_room_for_the_swing(self):
+        swinging = Vibrato(hz=8.176, after=0.5, cents=20, decibels=1.5)
+        zone = Zone(Recording("tono", sine(441.0, 0.5), 69, (100, 10100)), (0, 127), (1, 127), 0.5,
+                    vibrato=swinging)
+        found = Font(write_bank("Prueba", "Sin grabar", [zone])).zones()[0]
+        self.assertEqual([found[number] for number in (6, 13, 37)], [20, 15, 15])
+        self.assertEqual([found[number] for number in (21, 23, 36)], 3 * [65536 - 1200])
+        self.assertEqual([found[number] for number in (22, 24)], [0, 0])
+
+    def test_a_shade_closes_as_the_velocity_falls(self):
+        font = small_font()
+        self.assertEqual([zone.get(8) for zone in font.zones()], [None, 13000, None])
+        modulators = list(struct.iter_unpack("<HHhHH", font.tables["imod"]))
+        self.assertEqual(modulators, [(0x0102, 8, -2400, 0, 0), (0, 0, 0, 0, 0)])
+        bags = [second for _, second in struct.iter_unpack("<HH", font.tables["ibag"])]
+        self.assertEqual(bags, [0, 0, 1, 1])
+        self.assertEqual(Shade(13000, 2400).at(127), 13000)
+        self.assertEqual(Shade(13000, 2400).at(63), 11800)
 
     def test_releases_are_written_as_time_cents(self):
         self.assertEqual(timecents(1.0), 0)
@@ -255,6 +282,23 @@ class Measures(unittest.TestCase):
         dying[20000:] = 0.0
         self.assertGreater(steepest_fall(dying), 40.0)
 
+    def test_a_vibrato_is_measured_to_either_side(self):
+        times = seconds(3 * RATE)
+        bend = (2.0 ** (20.0 / 1200.0) - 1.0) * 880.0 / 5.0
+        tone = np.sin(2.0 * np.pi * 880.0 * times - bend * np.cos(2.0 * np.pi * 5.0 * times))
+        tone *= 10.0 ** (2.0 / 20.0 * np.sin(2.0 * np.pi * 5.0 * times))
+        cents_off, decibels_off = swing(tone, 880.0)
+        self.assertAlmostEqual(cents_off, 20.0, delta=1.0)
+        self.assertAlmostEqual(decibels_off, 2.0, delta=0.1)
+
+    def test_a_fall_is_timed_from_the_loudest_moment(self):
+        dying = sine(500.0, 3.0) * 10.0 ** (-seconds(3 * RATE))
+        self.assertAlmostEqual(fall_time(dying, 20.0), 1.0, delta=0.03)
+        self.assertIsNone(fall_time(dying, 90.0))
+
+    def test_the_centroid_of_two_equal_tones_lies_between_them(self):
+        self.assertAlmostEqual(centroid(sine(500.0, 1.0) + sine(1500.0, 1.0)), 1000.0, delta=2.0)
+
     def test_an_offset_is_a_part_of_the_size(self):
         self.assertAlmostEqual(offset(np.ones(100)), 1.0)
         self.assertLess(offset(sine(441.0, 1.0)), 1e-6)
@@ -281,13 +325,54 @@ class Models(unittest.TestCase):
 
     def test_strings_and_strokes_begin_and_end_in_silence(self):
         sounds = [guitarra.note(60, True), charango.note(76, False), bombo.skin(Strike(True)),
-                  bombo.rim(False)]
+                  bombo.rim(0, False),
+                  guitarra.golpe(0, True), guitarra.chasquido(0, True)]
         for sound in sounds:
             self.assertEqual(sound[0], 0.0)
             self.assertLess(abs(sound[-1]), 1e-4 * np.max(np.abs(sound)))
 
     def test_lower_strings_ring_longer(self):
-        self.assertGreater(len(guitarra.note(40, True)), 2 * len(guitarra.note(74, True)))
+        self.assertGreater(len(guitarra.note(40, True)), 1.5 * len(guitarra.note(74, True)))
+
+    def test_the_hand_stays_where_the_string_is_stopped(self):
+        """The string that remains is shorter, so the hand stands at a larger part of it."""
+        for hard in (False, True):
+            opened = guitarra.place(64, hard) * 65.0
+            stopped = guitarra.place(76, hard) * 32.5
+            self.assertAlmostEqual(opened, stopped)
+
+    def test_no_chiff_of_the_quena_is_like_another(self):
+        for hard in (False, True):
+            takes = [quena.chiff(77, take, hard) for take in range(3)]
+            for first, second in ((0, 1), (0, 2), (1, 2)):
+                self.assertGreater(np.max(np.abs(takes[first] - takes[second])), 0.05)
+
+    def test_both_sides_of_a_bandoneon_meet_without_a_step(self):
+        shares = [bandoneon.right_share(key) for key in range(36, 96)]
+        self.assertEqual((shares[0], shares[-1]), (0.0, 1.0))
+        self.assertLess(max(np.diff(shares)), 0.08)
+
+    def test_no_two_reeds_are_touched_alike(self):
+        onset = Onset(low=0.05, high=0.1, bellows=0.7, swell=0.2, knock=0.1)
+        first, second = touched(onset, dice(1)), touched(onset, dice(2))
+        for field in ("low", "high", "knock"):
+            self.assertNotEqual(getattr(first, field), getattr(second, field))
+            self.assertLess(abs(np.log(getattr(first, field) / getattr(onset, field))), 0.7)
+        self.assertEqual((first.bellows, first.swell), (onset.bellows, onset.swell))
+
+    def test_no_take_of_a_stroke_is_like_another(self):
+        for noise in (guitarra.golpe, guitarra.chasquido, bombo.rim):
+            for hard in (False, True):
+                takes = [noise(take, hard) for take in range(3)]
+                for first, second in ((0, 1), (0, 2), (1, 2)):
+                    self.assertGreater(np.max(np.abs(takes[first] - takes[second])), 0.05)
+
+    def test_a_shade_lets_low_pass_and_high_not(self):
+        hz = np.array([0.0, 100.0, 1000.0, 10000.0])
+        through = passed(hz, 1200.0 * np.log2(1000.0 / key_hz(0)))
+        self.assertAlmostEqual(through[0], 1.0)
+        self.assertAlmostEqual(10.0 * np.log10(through[2]), -3.01, delta=0.05)
+        self.assertLess(10.0 * np.log10(through[3]), -40.0)
 
     def test_the_lowest_notes_of_a_charango_sound_with_their_octave(self):
         octave_share = []
@@ -316,18 +401,46 @@ class Coverage(unittest.TestCase):
                          ["parche", "parche", "aro", "aro"])
         self.assertEqual([drum_sound(key)[0] for key in (35, 36)], 2 * ["parche grande"])
 
-    def test_every_key_and_velocity_of_every_bank_falls_into_one_zone(self):
+    def hits(self, zones):
+        """How many zones sound at each key and velocity."""
+        hits = np.zeros((128, 128), dtype=int)
+        for zone in zones:
+            hits[zone.keys[0]:zone.keys[1] + 1, zone.velocities[0]:zone.velocities[1] + 1] += 1
+        return hits[:, 1:]
+
+    def test_every_key_and_velocity_has_a_sound_and_no_two_of_a_kind(self):
         for bank in BANKS:
             with self.subTest(bank.instrument_id):
-                hits = np.zeros((128, 128), dtype=int)
-                for zone in zones_of(bank):
-                    hits[zone.keys[0]:zone.keys[1] + 1,
-                         zone.velocities[0]:zone.velocities[1] + 1] += 1
-                self.assertTrue(np.all(hits[:, 1:] == 1))
+                noises = self.hits(z for z in zones_of(bank) if z.noise_semitones is not None)
+                tones = self.hits(z for z in zones_of(bank) if z.noise_semitones is None)
+                self.assertTrue(np.all(tones <= 1) and np.all(noises <= 1))
+                self.assertTrue(np.all(tones + noises >= 1))
+
+    def test_only_the_quena_has_a_noise_with_every_tone(self):
+        for bank in BANKS:
+            with self.subTest(bank.instrument_id):
+                both = np.any(self.hits(zones_of(bank)) == 2)
+                self.assertEqual(bool(both), bank.instrument_id == "quena")
+
+    def test_takes_alternate_over_the_velocities(self):
+        self.assertEqual(take_bands(2, (1, 8)), [(0, (1, 3)), (1, (4, 6)), (0, (7, 8))])
+
+    def test_golpe_and_chasquido_sound_under_every_chord_of_every_key(self):
+        """Written on 0 and on 22, moved as chords and keys move what is written."""
+        rows = [(0, 2, 4, 5, 7, 9, 11), (0, 2, 3, 5, 7, 8, 10), (0, 2, 3, 5, 7, 9, 10)]
+        for row in rows:
+            for degree in row:
+                away = degree if degree <= 6 else degree - 12
+                for root in range(12):
+                    golpe, chasquido = root + away, 22 + root + away
+                    golpe += 12 if golpe < 0 else 0
+                    self.assertTrue(GOLPE_KEYS[0] <= golpe <= GOLPE_KEYS[1], (root, degree))
+                    self.assertTrue(CHASQUIDO_KEYS[0] <= chasquido <= CHASQUIDO_KEYS[1])
 
     def test_recordings_lie_no_more_than_five_semitones_apart(self):
         for bank in BANKS:
-            roots = sorted({zone.recording.root_key for zone in zones_of(bank)})
+            roots = sorted({zone.recording.root_key for zone in zones_of(bank)
+                            if zone.noise_semitones is None or not bank.pitched})
             self.assertLessEqual(max([0, *np.diff(roots)]), 5)
             if bank.pitched:
                 self.assertLessEqual(roots[0] - bank.keys[0], 2)
@@ -383,6 +496,25 @@ class CommandLine(unittest.TestCase):
             _, output, _ = self.run_tool("check", folder)
             for finding in ("quena: key 69 velocity 64: +", "clicks", "no brighter"):
                 self.assertIn(finding, output)
+
+    def test_the_table_has_a_row_for_every_working_key_of_a_bank(self):
+        with tempfile.TemporaryDirectory() as folder:
+            for bank in BANKS:
+                tone = Recording("tono", sine(440.0, 1.0), 69, (1000, 41013))
+                font = write_bank("Tono", "tono", [Zone(tone, (0, 127), (1, 127), 0.1)])
+                (Path(folder) / f"{bank.instrument_id}.sf2").write_bytes(font)
+            code, output, _ = self.run_tool("table", folder)
+            self.assertEqual(code, 0)
+            lines = output.splitlines()[2:]
+            self.assertEqual(len(lines), sum(len(bank.working) for bank in BANKS))
+            quena_at_72 = next(line for line in lines if line.startswith("quena")).split()
+            self.assertAlmostEqual(float(quena_at_72[2]), key_hz(72), delta=8.0)
+
+    def test_a_table_of_no_banks_says_which_is_missing(self):
+        with tempfile.TemporaryDirectory() as folder:
+            code, _, errors = self.run_tool("table", folder)
+            self.assertEqual(code, 1)
+            self.assertIn("bombo_leguero.sf2", errors)
 
     def test_no_command_is_a_misuse(self):
         self.assertEqual(self.run_tool()[0], 2)

@@ -20,6 +20,8 @@ constexpr double kMaxCents = 5.0;
 constexpr double kMaxDecibels = 3.0;
 constexpr double kMaxRoughness = 1.6;
 constexpr qint64 kMaxBytes = 4'000'000;
+/// FluidSynth renders by so many frames.
+constexpr int kBlockFrames = 64;
 
 enum class Tone { Struck, Plucked, Held };
 
@@ -82,6 +84,8 @@ public:
     QList<float> note(int key, int velocity, double seconds)
     {
         player_.allSoundOff();
+        // What was rendered of the note before and not yet handed out.
+        rendered(kBlockFrames);
         player_.noteOn(0, key, velocity);
         const QList<float> sound = rendered(static_cast<int>(seconds * kSampleRate));
         player_.noteOff(0, key);
@@ -312,7 +316,7 @@ void RecordedBanksTest::harderIsLouder()
     Stage stage = withBank(recorded().at(index));
     for (const int key : recorded().at(index).written) {
         double before = -200.0;
-        for (const int velocity : {1, 30, 64, 79, 80, 100, 127}) {
+        for (const int velocity : {1, 30, 61, 62, 80, 100, 127}) {
             const double now = stage.decibels(key, velocity);
             QVERIFY2(now > before, qPrintable(u"%1 at %2"_s.arg(key).arg(velocity)));
             before = now;

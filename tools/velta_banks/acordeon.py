@@ -1,10 +1,10 @@
 """The acordeón: two reeds of one pitch a little apart, whose beating is its voice."""
 
 from velta_banks.loops import loop_of
-from velta_banks.reeds import Onset, Reed, Voice, note as reed_note
-from velta_banks.units import Samples, key_hz
+from velta_banks.reeds import Onset, Reed, Voice, note as reed_note, touched
+from velta_banks.units import Samples, dice, key_hz
 
-_LOOP_SECONDS = 1.5
+_LOOP_SECONDS = 1.3
 
 #: The sharp reed beside the flat one: were they equal, the tone would go out in every beat.
 _SHARP = 0.55
@@ -22,9 +22,9 @@ def note(key: int, hard: bool) -> tuple[Samples, int]:
     above = times * _SHARP**2 / (1.0 + _SHARP**2)
     flat = round(key_hz(key) * _LOOP_SECONDS - above)
     loop = loop_of(flat + above, key_hz(key))
-    voice = Voice(slope=0.55 if hard else 0.8, bright_hz=3600.0 if hard else 2100.0, box=_BOX,
+    voice = Voice(slope=0.3 if hard else 0.45, bright_hz=6200.0 if hard else 4200.0, box=_BOX,
                   air=0.012 if hard else 0.016)
-    onset = Onset(low=0.045 if hard else 0.07, high=0.06 if hard else 0.12,
-                  bellows=0.72, swell=0.2, knock=0.05)
+    onset = touched(Onset(low=0.045 if hard else 0.07, high=0.06 if hard else 0.12,
+                          bellows=0.72, swell=0.18, knock=0.07), dice(key, 31, int(hard)))
     reeds = [Reed(flat, 1.0), Reed(flat + times, _SHARP)]
     return reed_note(reeds, loop, voice, onset, 30 + int(hard))

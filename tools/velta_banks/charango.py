@@ -11,9 +11,9 @@ from velta_banks.units import Samples, key_hz
 _OCTAVE_COURSE_TOP = 66
 
 _BODY_MODES = [(238.0, 10.0, 0.5), (425.0, 14.0, 1.0), (610.0, 16.0, 1.0), (880.0, 16.0, 0.9),
-               (1250.0, 12.0, 1.0), (1900.0, 8.0, 1.4), (2900.0, 6.0, 1.9), (4300.0, 5.0, 1.8)]
+               (1250.0, 10.0, 1.4), (1900.0, 6.0, 2.6), (2900.0, 4.0, 3.6), (4300.0, 3.5, 3.4)]
 
-_SOFT_HZ = 5000.0
+_SOFT_HZ = 7500.0
 _HARD_HZ = 14000.0
 
 #: Two strings of a pair never agree; their mean is in tune.
@@ -22,7 +22,7 @@ _APART_CENTS = 1.6
 
 def fall(key: int) -> float:
     """Seconds in which the last of a key's tone falls by 60 dB."""
-    return 2.8 * 2.0 ** ((64 - key) / 30.0)
+    return 4.4 * 2.0 ** ((64 - key) / 40.0)
 
 
 #: Seconds by which the nail reaches the second string later.
@@ -33,15 +33,15 @@ def _courses(key: int) -> list[Course]:
     late = round(_LATE * key_hz(key))
     if key <= _OCTAVE_COURSE_TOP:
         return [Course(), Course(semitones=12.0, detune_cents=1.2, late_periods=late,
-                                 amplitude=0.9)]
+                                 amplitude=0.3)]
     return [Course(detune_cents=-_APART_CENTS),
             Course(detune_cents=_APART_CENTS, late_periods=late, amplitude=0.95)]
 
 
 def note(key: int, hard: bool) -> Samples:
     """Both strings of the key's course, the second a moment after the first."""
-    pluck = Pluck(place=0.11 if hard else 0.18, softness_hz=_HARD_HZ if hard else _SOFT_HZ,
-                  stiffness=5e-5 * 2.0 ** ((key - 64) / 12.0), fall=fall(key), loss=(0.8, 0.3))
+    pluck = Pluck(place=0.085 if hard else 0.12, softness_hz=_HARD_HZ if hard else _SOFT_HZ,
+                  stiffness=5e-5 * 2.0 ** ((key - 64) / 12.0), fall=fall(key), loss=(0.5, 0.1))
     body = Body(_BODY_MODES, knock_fall=0.09, knock=0.2 if hard else 0.12,
                 nail=0.2 if hard else 0.07)
-    return plucked(key, _courses(key), pluck, body, 0.9 * fall(key), 20)
+    return plucked(key, _courses(key), pluck, body, 0.75 * fall(key), 20)

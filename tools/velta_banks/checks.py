@@ -8,7 +8,7 @@ import numpy as np
 from velta_banks.banks import BANKS, SOFT_TOP, Bank
 from velta_banks.fluid import Player
 from velta_banks.levels import level
-from velta_banks.measure import (colour_hz, drop, offset, pitch_error, roughest_moment,
+from velta_banks.measure import (centroid, drop, offset, pitch_error, roughest_moment,
                                  steepest_fall)
 from velta_banks.units import RATE, key_hz
 
@@ -17,6 +17,12 @@ MAX_CENTS = 5.0
 MAX_LEVEL_DIFFERENCE = 3.0
 #: Decibels that crossing from one layer to the other may add to a step of one velocity.
 MAX_LAYER_STEP = 1.5
+#: Parts by which the centroid may differ between two layers where they meet, and from key to key.
+MAX_SEAM = 0.15
+MAX_KEY_STEP = 0.35
+#: How much brighter a loud note is than a soft one, at least.
+MIN_BRIGHTENING = 1.1
+SOFT, LOUD = 45, 110
 MAX_ROUGHNESS = 1.6
 MAX_OFFSET = 0.02
 #: The program's gain leaves a single note this much room under full scale.
@@ -52,7 +58,7 @@ def _every_key(player: Player) -> Findings:
 
 def _loudness(bank: Bank, player: Player) -> Findings:
     for key in range(bank.keys[0], bank.keys[1] + 1):
-        levels = [level(player.note(key, velocity, 0.5)) for velocity in (30, 64, SOFT_TOP)]
+        levels = [level(player.note(key, velocity, 0.5)) for velocity in (30, 45, SOFT_TOP)]
         levels += [level(player.note(key, velocity, 0.5)) for velocity in (SOFT_TOP + 1, 127)]
         if levels != sorted(levels):
             yield f"key {key}: not louder with velocity"
@@ -61,11 +67,21 @@ def _loudness(bank: Bank, player: Player) -> Findings:
 
 
 def _colour(bank: Bank, player: Player) -> Findings:
+    """Louder is brighter, and evenly so: no layer and no recording stands out from the next."""
     for key in bank.working:
-        soft, hard = (colour_hz(player.note(key, velocity, 0.3)) for velocity in
-                      (SOFT_TOP, SOFT_TOP + 1))
-        if hard < 1.1 * soft:
-            yield f"key {key}: the loud layer is no brighter, {soft:.0f} and {hard:.0f} Hz"
+        soft, under, over, loud = (centroid(player.note(key, velocity, 0.3)) for velocity in
+                                   (SOFT, SOFT_TOP, SOFT_TOP + 1, LOUD))
+        if loud < MIN_BRIGHTENING * soft:
+            yield f"key {key}: a loud note is no brighter, {soft:.0f} and {loud:.0f} Hz"
+        if bank.pitched and not 1.0 - MAX_SEAM < over / under < 1.0 + MAX_SEAM:
+            yield f"key {key}: the layers differ in colour, {under:.0f} and {over:.0f} Hz"
+
+
+def _evenness(bank: Bank, player: Player) -> Findings:
+    colours = [centroid(player.note(key, 75, 0.3)) for key in range(bank.keys[0], bank.keys[1] + 1)]
+    for key, (low, high) in enumerate(zip(colours, colours[1:]), start=bank.keys[0] + 1):
+        if not 1.0 - MAX_KEY_STEP < high / low < 1.0 + MAX_KEY_STEP:
+            yield f"key {key}: another colour than the key below, {low:.0f} and {high:.0f} Hz"
 
 
 def _sustain(bank: Bank, player: Player) -> Findings:
@@ -106,6 +122,7 @@ def _findings(bank: Bank, path: str) -> Findings:
     with Player(path) as player:
         if bank.pitched:
             yield from _tuning(bank, player)
+            yield from _evenness(bank, player)
         yield from _every_key(player)
         yield from _loudness(bank, player)
         yield from _colour(bank, player)

@@ -31,20 +31,31 @@ def check(folder: str) -> int:
     return 1 if wrong else 0
 
 
+def table(folder: str) -> int:
+    """Prints what the banks of a folder sound like, in figures."""
+    from velta_banks.table import rows
+    for row in rows(folder):
+        print(row)
+    return 0
+
+
+_COMMANDS = {
+    "build": (build, "write the banks into a folder"),
+    "check": (check, "measure the banks of a folder, and say what is wrong"),
+    "table": (table, "print colour, decay and vibrato of the banks of a folder"),
+}
+
+
 def main(arguments: list[str]) -> int:
     """Runs one command and gives the exit code."""
     parser = argparse.ArgumentParser(
         prog="velta-banks", description="Synthesises the banks of the recorded instruments.")
     commands = parser.add_subparsers(dest="command", required=True)
-    builder = commands.add_parser("build", help="write the banks into a folder")
-    builder.add_argument("folder")
-    checker = commands.add_parser("check", help="measure the banks of a folder")
-    checker.add_argument("folder")
+    for name, (_, words) in _COMMANDS.items():
+        commands.add_parser(name, help=words).add_argument("folder")
     options = parser.parse_args(arguments)
     try:
-        if options.command == "build":
-            return build(options.folder)
-        return check(options.folder)
+        return _COMMANDS[options.command][0](options.folder)
     except OSError as error:
         print(f"velta-banks: {error}", file=sys.stderr)
         return 1

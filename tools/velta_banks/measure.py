@@ -5,7 +5,7 @@ import numpy as np
 from velta_banks.units import RATE, Samples, cents, decibels
 
 
-def _power(samples: Samples) -> tuple[Samples, Samples]:
+def power(samples: Samples) -> tuple[Samples, Samples]:
     """The power spectrum under a Hann window, four times finer than its resolution."""
     size = 4 * len(samples)
     lines = np.fft.rfft(samples * np.hanning(len(samples)), size)
@@ -18,13 +18,13 @@ def pitch_error(samples: Samples, hz: float, reach_cents: float = 60.0) -> float
     A centre, and no peak: two reeds that beat, or a vibrato, are heard at their middle. 1000.0
     where nothing sounds there.
     """
-    frequencies, power = _power(samples)
+    frequencies, lines = power(samples)
     reach = max(hz * (2.0 ** (reach_cents / 1200.0) - 1.0), 2.5 * RATE / len(samples))
     near = np.abs(frequencies - hz) <= reach
-    total = float(np.sum(power[near]))
+    total = float(np.sum(lines[near]))
     if total < 1e-9:
         return 1000.0
-    return cents(float(np.sum(power[near] * frequencies[near])) / total, hz)
+    return cents(float(np.sum(lines[near] * frequencies[near])) / total, hz)
 
 
 def roughest_moment(samples: Samples, span: float = 0.02) -> float:
@@ -45,14 +45,14 @@ def offset(samples: Samples) -> float:
     return abs(float(np.mean(samples))) / size if size > 0.0 else 0.0
 
 
-def colour_hz(samples: Samples) -> float:
-    """The centre of the spectrum of the samples' slope: higher for a brighter sound.
+def centroid_of(frequencies: Samples, lines: Samples) -> float:
+    """The centre of a power spectrum, in Hz: higher for a brighter sound."""
+    return float(np.sum(frequencies * lines) / max(float(np.sum(lines)), 1e-30))
 
-    The ear makes little of the lowest partials; the slope weighs a partial by its frequency.
-    """
-    frequencies, power = _power(samples)
-    heard = power * np.minimum(frequencies, 3000.0)
-    return float(np.sum(frequencies * heard) / np.sum(heard))
+
+def centroid(samples: Samples) -> float:
+    """The centre of the spectrum of the samples, in Hz."""
+    return centroid_of(*power(samples))
 
 
 def _sizes(samples: Samples, span: float) -> list[float]:
@@ -76,3 +76,25 @@ def steepest_fall(samples: Samples, floor: float = 45.0, span: float = 0.05) -> 
     sizes = _sizes(samples, span)
     return max(size - after for size, after in zip(sizes, sizes[1:])
                if size > max(sizes) - floor)
+
+
+def fall_time(samples: Samples, by_decibels: float, span: float = 0.02) -> float | None:
+    """Seconds from the loudest span to the first that is softer by so much; None if none is."""
+    sizes = _sizes(samples, span)
+    top = int(np.argmax(sizes))
+    softer = [at for at in range(top, len(sizes)) if sizes[at] < sizes[top] - by_decibels]
+    return (softer[0] - top) * span if softer else None
+
+
+def swing(samples: Samples, hz: float) -> tuple[float, float]:
+    """How far the fundamental of a held note swings to either side: in cents, and in decibels."""
+    lines = np.fft.fft(samples)
+    frequencies = np.fft.fftfreq(len(samples), 1.0 / RATE)
+    lines[(frequencies < 0.7 * hz) | (frequencies > 1.4 * hz)] = 0.0
+    fundamental = np.fft.ifft(lines)
+    window = np.ones(round(0.02 * RATE)) / round(0.02 * RATE)
+    pitch = np.diff(np.unwrap(np.angle(fundamental))) * RATE / (2.0 * np.pi)
+    pitch = np.convolve(pitch, window, "valid")[RATE // 4:-RATE // 4]
+    size = np.convolve(np.abs(fundamental), window, "valid")[RATE // 4:-RATE // 4]
+    return (cents(float(np.max(pitch)), float(np.min(pitch))) / 2.0,
+            decibels(float(np.max(size) / np.min(size))) / 2.0)

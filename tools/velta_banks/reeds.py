@@ -8,7 +8,7 @@ Acustica 93, 2007). Harmonics of the steady sound are lines of a spectrum whose 
 exactly one loop; the attack is the same sound while its bands come up, the low ones first.
 """
 
-from dataclasses import dataclass
+from dataclasses import dataclass, replace
 
 import numpy as np
 
@@ -20,6 +20,10 @@ _HIGHEST_HZ = 14000.0
 
 #: Bands that come up one after the other: their upper edge in Hz.
 _BAND_EDGES = [0.0, 700.0, 2200.0, _HIGHEST_HZ]
+
+
+#: Harmonics up to so many times the frequency above which they fall steeply count as strong.
+_STRONG_REACH = 0.6
 
 
 @dataclass(frozen=True)
@@ -57,6 +61,13 @@ class Onset:
     knock: float
 
 
+def touched(onset: Onset, chance: np.random.Generator) -> Onset:
+    """The onset as one finger and one pull make it: no two notes begin alike."""
+    sooner, harder = chance.random(2)
+    return replace(onset, low=onset.low * (0.7 + 0.6 * sooner),
+                   high=onset.high * (0.7 + 0.6 * sooner), knock=onset.knock * (0.6 + 0.8 * harder))
+
+
 def _lines(reed: Reed, loop: Loop, voice: Voice, chance: np.random.Generator) -> Spectrum:
     """The spectrum of one reed over the loop."""
     base = reed.cycles / loop.seconds
@@ -64,10 +75,11 @@ def _lines(reed: Reed, loop: Loop, voice: Voice, chance: np.random.Generator) ->
     hz = base * numbers
     strengths = resonances(hz, voice.box) * numbers ** -voice.slope
     strengths /= 1.0 + (hz / voice.bright_hz)**3
-    strengths[1:] *= 0.8 + 0.4 * chance.random(len(numbers) - 1)
+    strengths[1:] *= 0.9 + 0.2 * chance.random(len(numbers) - 1)
     # Phases that rise with the square of the number spread the pulse over its period, so that
     # its crest stays low (M. Schroeder, IEEE Trans. Information Theory 16, 1970).
-    phases = np.pi * numbers**2 / 18.0 + 0.5 * np.pi * chance.random(len(numbers))
+    strong = max(_STRONG_REACH * voice.bright_hz / base, 4.0)
+    phases = np.pi * numbers**2 / strong + 0.5 * np.pi * chance.random(len(numbers))
     lines = np.zeros(loop.count // 2 + 1, dtype=np.complex128)
     lines[reed.cycles * numbers] = reed.amplitude * strengths * np.exp(1j * phases)
     return lines

@@ -21,16 +21,28 @@ GAP = 46
 OVERLAP = 8
 
 _FULL_SCALE = 32767
+
+#: The frequency of 0 absolute cents.
+_ZERO_CENTS_HZ = 8.176
 _MONO = 1
 
 # Generators, by their numbers in the format.
-_RELEASE = 38
+_VIBRATO_PITCH = 6
+_CUTOFF = 8
+_TREMOLO_VOLUME = 13
+_TREMOLO_DELAY, _TREMOLO_RATE = 21, 22
+_VIBRATO_DELAY, _VIBRATO_RATE = 23, 24
+_DECAY, _SUSTAIN, _RELEASE = 36, 37, 38
 _INSTRUMENT = 41
 _KEY_RANGE = 43
 _VELOCITY_RANGE = 44
+_COARSE_TUNE = 51
 _SAMPLE = 53
 _SAMPLE_MODES = 54
-_ROOT_KEY = 58
+_SCALE_TUNING = 56
+
+#: A modulator's source: the velocity, evenly and turned round, so that 127 is nothing.
+_SOFTNESS = 0x0102
 
 _LOOP_WHILE_SOUNDING = 1
 
@@ -47,6 +59,31 @@ class Recording:
 
 
 @dataclass(frozen=True)
+class Shade:
+    """A low pass that opens with the velocity: its cutoff in cents over 8.176 Hz."""
+
+    #: At velocity 127; 13500 is open.
+    hardest: int
+    #: Cents by which it lies lower at velocity 0, evenly in between.
+    fall: int
+
+    def at(self, velocity: int) -> float:
+        """The cutoff at a velocity, in cents."""
+        return self.hardest - self.fall * (127 - velocity) / 128.0
+
+
+@dataclass(frozen=True)
+class Vibrato:
+    """A swing of pitch and loudness in step, to either side of the note."""
+
+    hz: float
+    #: Seconds from the start of the note.
+    after: float
+    cents: int
+    decibels: float
+
+
+@dataclass(frozen=True)
 class Zone:
     """Where a recording sounds: ranges of keys and velocities, both ends included."""
 
@@ -55,8 +92,11 @@ class Zone:
     velocities: tuple[int, int]
     #: Seconds in which a released note falls by 100 dB.
     release: float
-    #: Key at which the recording sounds as it was made; None for its own.
-    root_key: int | None = None
+    shade: Shade | None = None
+    #: For a noise, which sounds alike on all its keys: semitones that it is moved by. None for a
+    #: tone, which follows its key.
+    noise_semitones: int | None = None
+    vibrato: Vibrato | None = None
 
 
 @dataclass
@@ -127,15 +167,38 @@ def _range(number: int, bounds: tuple[int, int]) -> bytes:
     return struct.pack("<HBB", number, *bounds)
 
 
+def _vibrato_generators(vibrato: Vibrato) -> list[bytes]:
+    delay = timecents(vibrato.after)
+    swing = round(10.0 * vibrato.decibels)
+    rate = round(1200.0 * math.log2(vibrato.hz / _ZERO_CENTS_HZ))
+    return [_generator(_VIBRATO_PITCH, vibrato.cents),
+            _generator(_TREMOLO_VOLUME, swing),
+            _generator(_TREMOLO_DELAY, delay), _generator(_TREMOLO_RATE, rate),
+            _generator(_VIBRATO_DELAY, delay), _generator(_VIBRATO_RATE, rate),
+            # No player lifts a note over its own level: it sinks by the swing until that begins.
+            _generator(_DECAY, delay), _generator(_SUSTAIN, swing)]
+
+
 def _zone_generators(zone: Zone, sample: int) -> bytes:
     """Ranges stand first and the sample last, as the format orders."""
     parts = [_range(_KEY_RANGE, zone.keys), _range(_VELOCITY_RANGE, zone.velocities),
              _generator(_RELEASE, timecents(zone.release))]
-    if zone.root_key is not None:
-        parts.append(_generator(_ROOT_KEY, zone.root_key))
+    if zone.shade is not None:
+        parts.append(_generator(_CUTOFF, zone.shade.hardest))
+    if zone.vibrato is not None:
+        parts += _vibrato_generators(zone.vibrato)
+    if zone.noise_semitones is not None:
+        parts.append(_generator(_COARSE_TUNE, zone.noise_semitones))
+        parts.append(_generator(_SCALE_TUNING, 0))
     if zone.recording.loop is not None:
         parts.append(_generator(_SAMPLE_MODES, _LOOP_WHILE_SOUNDING))
     return b"".join(parts) + _generator(_SAMPLE, sample)
+
+
+def _zone_modulators(zone: Zone) -> bytes:
+    if zone.shade is None:
+        return b""
+    return struct.pack("<HHhHH", _SOFTNESS, _CUTOFF, -zone.shade.fall, 0, 0)
 
 
 def _preset_tables(name: str) -> list[bytes]:
@@ -147,13 +210,18 @@ def _preset_tables(name: str) -> list[bytes]:
             _chunk(b"pgen", _generator(_INSTRUMENT, 0) + bytes(4))]
 
 
-def _instrument_tables(name: str, generators: list[bytes]) -> list[bytes]:
-    ends = np.cumsum([0] + [len(entry) // 4 for entry in generators])
-    bags = b"".join(struct.pack("<HH", int(end), 0) for end in ends)
+def _ends(entries: list[bytes], size: int) -> list[int]:
+    """Where each entry of records of a size begins, and where the last one ends."""
+    return [int(end) for end in np.cumsum([0] + [len(entry) // size for entry in entries])]
+
+
+def _instrument_tables(name: str, generators: list[bytes], modulators: list[bytes]) -> list[bytes]:
+    starts = zip(_ends(generators, 4), _ends(modulators, 10))
+    bags = b"".join(struct.pack("<HH", *start) for start in starts)
     headers = struct.pack("<20sH20sH", name.encode(), 0, b"EOI", len(generators))
     return [_chunk(b"inst", headers),
             _chunk(b"ibag", bags),
-            _chunk(b"imod", bytes(10)),
+            _chunk(b"imod", b"".join(modulators) + bytes(10)),
             _chunk(b"igen", b"".join(generators) + bytes(4))]
 
 
@@ -161,11 +229,12 @@ def write_bank(name: str, comment: str, zones: list[Zone]) -> bytes:
     """The file of one instrument, as FluidSynth and other players load it."""
     tables = _Tables()
     generators = [_zone_generators(zone, tables.place(zone.recording)) for zone in zones]
+    modulators = [_zone_modulators(zone) for zone in zones]
     closing = struct.pack("<20s5IBbHH", b"EOS", 0, 0, 0, 0, 0, 0, 0, 0, 0)
     info = _list(b"INFO", _chunk(b"ifil", struct.pack("<HH", 2, 1)),
                  _chunk(b"isng", _text("EMU8000")), _chunk(b"INAM", _text(name)),
                  _chunk(b"ICMT", _text(comment)))
     data = _list(b"sdta", _chunk(b"smpl", b"".join(tables.data)))
-    lists = _list(b"pdta", *_preset_tables(name), *_instrument_tables(name, generators),
+    lists = _list(b"pdta", *_preset_tables(name), *_instrument_tables(name, generators, modulators),
                   _chunk(b"shdr", b"".join(tables.headers) + closing))
     return _chunk(b"RIFF", b"sfbk" + info + data + lists)

@@ -28,7 +28,7 @@ _FAST_LASTS = 0.6
 _FAST_PLANE_CENTS = 0.4
 
 _HIGHEST_HZ = 12000.0
-_FADE = 0.25
+_FADE = 0.45
 
 
 @dataclass(frozen=True)
