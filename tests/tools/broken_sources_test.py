@@ -52,6 +52,7 @@ FAULTS = {
     "a drum that does not exist": ("bombo: 0/.4@71", "bambo: 0/.4@71", "bambo", "no conozco el sonido «bambo»"),
     "a key beyond the drum kit": ("bombo: 0/.4@71", "99: 0/.4@71", "99: ", "no conozco el sonido «99»"),
     "a note that does not exist": ("C5: 0/.4@71", "H5: 0/.4@71", "H5", "no conozco la nota «H5»"),
+    "a noise of another instrument": ("C5: 0/.4@71", "golpe: 0/.4@71", "golpe", "no conozco la nota «golpe»"),
     "a note without an octave": ("C5: 0/.4@71", "C: 0/.4@71", "C: ", "no conozco la nota «C»"),
     "a position beyond the bar": ("C5: 0/.4@71", "C5: 4/.4@71", "C5: 4", "la posición 4 queda fuera del compás, que dura 4"),
     "a length of nothing": ("C5: 0/.4@71", "C5: 0/0@71", "C5: 0/0@", "la duración 0 no sirve"),
@@ -130,6 +131,12 @@ class AllAtOnce(TestCase):
         text = text[:at].replace("Normal 2, 1 compás", "Normal 2, 2 compases") + text[at:].replace("Normal 2, 1 compás", "Normal 2, 3 compases")
         advice = [problem.message for problem in rhythm_of(text).problems.found if problem.warning]
         self.assertEqual(advice, ["Normal 2 dura 3 compases y en otra capa 2: no caen juntos"])
+
+    def test_noises_of_a_recorded_guitar_are_neither_out_of_key_nor_out_of_range(self):
+        text = whole_source().replace("gm_guitarra_nylon", "guitarra_criolla").replace(
+            "capa perc", 'instrumento guitarra_criolla: "Guitarra criolla" Folklorico 24 grabado\ncapa perc', 1)
+        text = text.replace("C4: 0/.4@71", "golpe: 0@80 · chasquido: 2@70 · C4: 0/.4@71", 1)
+        self.assertEqual(problems_of(text), [])
 
     def test_a_chromatic_layer_may_leave_the_white_keys(self):
         text = whole_source().replace("C5: 0/.4@71", "C5: 0/.4@71 · 2/.4 F#5", 1)

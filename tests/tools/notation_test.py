@@ -141,6 +141,16 @@ class Events(TestCase):
     def test_brackets_move_an_event_off_the_grid(self):
         self.assertEqual(starts(notes("36: 1@98(-.02) 2(+.01)", layer=DRUMS)), [.98, 2.01])
 
+    def test_a_recorded_guitar_has_golpe_and_chasquido(self):
+        guitar = GUITAR.replace("gm_guitarra_nylon", "guitarra_criolla")
+        self.assertEqual(notes("golpe: 0@80 · chasquido: 1@70 2/.3@60", layer=guitar),
+                         [(0, .1, 0, 80), (1, .1, 22, 70), (2, .3, 22, 60)])
+        self.assertEqual(pitches(notes("golpe | x . |", layer=guitar)), [0])
+
+    def test_an_octave_leaves_noises_where_they_are(self):
+        guitar = GUITAR.replace("gm_guitarra_nylon", "guitarra_criolla")
+        self.assertEqual(pitches(notes("golpe: 0@80\n1/.4 C3@70\noctava +1", layer=guitar)), [0, 60])
+
     def test_an_event_without_bars_comes_in_every_bar(self):
         self.assertEqual(starts(notes("36: 1", 3, DRUMS)), [1, 5, 9])
 

@@ -6,6 +6,7 @@ import re
 from collections.abc import Callable
 from dataclasses import replace
 
+from . import music
 from .figures import FigureReader
 from .model import MAX_DEPTH, MAX_NOTES, MAX_NOTES_OF_A_RHYTHM, SECTIONS, Layer, Line, Note, Rhythm, Variant
 from .problems import SourceError
@@ -200,6 +201,8 @@ class _Builder:
         amount = 12 * whole(text.strip(), "la octava", -4, 4)
 
         def moved(note: Note) -> Note:
+            if music.noise_name(note.pitch, layer.instrument):
+                return note
             if not 0 <= note.pitch + amount <= 127:
                 raise SourceError("la octava saca una nota del teclado")
             return replace(note, pitch=note.pitch + amount)

@@ -176,7 +176,9 @@ class _Speaker:
 
     def sound(self, note: Note) -> str:
         """The name of the note or of the drum."""
-        return music.drum_name(note.pitch) if self.layer.percussion else music.note_name(note.pitch)
+        if self.layer.percussion:
+            return music.drum_name(note.pitch)
+        return music.noise_name(note.pitch, self.layer.instrument) or music.note_name(note.pitch)
 
     def where(self, note: Note) -> str:
         """The note as the author finds it."""
@@ -230,6 +232,8 @@ def _check_pitches(said: _Speaker, layer: Layer, variant: Variant,
             layer.line,
             f"no conozco la extensión del programa {instrument.program}: va en tools/velta_content/music.py")
     for note in variant.notes:
+        if music.noise_name(note.pitch, layer.instrument):
+            continue
         name = music.note_name(note.pitch)
         if not layer.chromatic and not music.is_diatonic(note.pitch):
             said.error(note, f"{name} no es de Do mayor (si es a propósito, la capa lleva «cromática»)")

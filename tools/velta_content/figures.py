@@ -5,6 +5,7 @@ from __future__ import annotations
 import re
 from dataclasses import dataclass, field, replace
 
+from . import music
 from .model import Layer, Note, Rhythm
 from .problems import SourceError
 from .strokes import STROKES, Event, notes_of
@@ -15,7 +16,7 @@ MAX_CELLS = 96
 
 # What an up-stroke or a chasquido strikes where the line does not say.
 USUAL_UP_VOICING = "G-high"
-# A chasquido is damped at once, however long its cell.
+# A chasquido is damped at once, however long its cell; so is a noise where its line says nothing.
 CHASQUIDO_LENGTH = 0.1
 
 _TOKEN = re.compile(r"\[[^\]]*\][^\s·;]*|[^\s·;]+")
@@ -230,12 +231,17 @@ class FigureReader:
             if replaced:
                 figure.cleared.append((bar, frozenset(replaced.pitches) or None))
 
+    def _usual_length(self, event: Event) -> float | None:
+        noises = event.pitches and all(
+            music.noise_name(pitch, self.layer.instrument) for pitch in event.pitches)
+        return CHASQUIDO_LENGTH if noises else self.layer.playing.length
+
     def _placed(self, event: Event, bar: int) -> list[Note]:
         playing = self.layer.playing
         usual = "o" if event.stroke == "U" else "x"
         complete = replace(
             event,
-            length=playing.length if event.length is None else event.length,
+            length=self._usual_length(event) if event.length is None else event.length,
             velocity=playing.levels[usual] if event.velocity is None else event.velocity)
         return [note.moved(bar * self.rhythm.bar)
                 for note in notes_of(complete, playing, self.rhythm.tempo[1])]

@@ -101,6 +101,21 @@ _COMPASS = {
 }
 
 
+# Noises that a recorded instrument has beside its tones, on keys under its range. A chord and a key
+# move what is written by -6 to +17 semitones; the bank holds every noise over the keys it comes to.
+NOISES = {"guitarra_criolla": {"golpe": 0, "chasquido": 22}}
+
+
+def noise_of(name: str, instrument_id: str) -> int | None:
+    """The key of a noise of an instrument; None for any other name."""
+    return NOISES.get(instrument_id, {}).get(plain(name))
+
+
+def noise_name(pitch: int, instrument_id: str) -> str | None:
+    """The noise that an instrument has on a key, or None where it sounds a tone."""
+    return next((name for name, key in NOISES.get(instrument_id, {}).items() if key == pitch), None)
+
+
 def compass(instrument: Instrument) -> tuple[int, int] | None:
     """Lowest and highest note of the instrument, or None where it is not known."""
     return _COMPASS_BY_ID.get(instrument.id, _COMPASS.get(instrument.program))

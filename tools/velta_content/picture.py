@@ -35,9 +35,11 @@ def picture(rhythm: Rhythm) -> str:
 def _rows(layer: Layer) -> list[int]:
     """The pitches that have a row, from top to bottom."""
     used = {note.pitch for variant in layer.loops() for note in variant.notes}
-    if layer.percussion or not used:
+    noises = {pitch for pitch in used if music.noise_name(pitch, layer.instrument)}
+    tones = used - noises
+    if layer.percussion or not tones:
         return sorted(used, reverse=True)
-    return list(range(max(used) + 1, min(used) - 2, -1))
+    return list(range(max(tones) + 1, min(tones) - 2, -1)) + sorted(noises, reverse=True)
 
 
 def _layer(rhythm: Rhythm, layer: Layer, top: int) -> tuple[list[str], int, int]:

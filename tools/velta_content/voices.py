@@ -51,12 +51,15 @@ def voice_of(name: str, rhythm: Rhythm, layer: Layer) -> Voice:
 
 
 def pitches_of(name: str, rhythm: Rhythm, layer: Layer) -> tuple[int, ...]:
-    """The pitches of a note, a chord, a named voicing, or the key of a drum."""
+    """The pitches of a note, a chord, a named voicing, or the key of a drum or of a noise."""
     if layer.percussion:
         key = layer.playing.sounds.get(name, music.drum_of(name))
         if key is None:
             raise SourceError(f"no conozco el sonido «{name}»")
         return (key,)
+    noise = music.noise_of(name, layer.instrument)
+    if noise is not None:
+        return (noise,)
     if name.startswith("["):
         pitches = [_pitch(word) for word in name.strip("[]").split()]
         if not 1 <= len(pitches) <= 8 or len(set(pitches)) != len(pitches):
