@@ -203,6 +203,8 @@ void TransportControls::connectEngine()
     connect(stop_, &QToolButton::clicked, engine_, &PlaybackEngine::stop);
     connect(metronome_, &QToolButton::toggled, engine_, &PlaybackEngine::setMetronomeEnabled);
     connect(repeat_, &QToolButton::toggled, this, &TransportControls::applyRepeatRange);
+    for (QSpinBox* box : {firstBar_, lastBar_})
+        box->setKeyboardTracking(false);
     connect(firstBar_, &QSpinBox::valueChanged, this, &TransportControls::applyRepeatRange);
     connect(lastBar_, &QSpinBox::valueChanged, this, &TransportControls::applyRepeatRange);
     connect(engine_, &PlaybackEngine::playheadChanged, this, &TransportControls::updatePlayhead);
@@ -236,9 +238,18 @@ void TransportControls::setProject(Project* project)
         disconnect(project_, nullptr, this, nullptr);
     project_ = project;
     updateFromProject();
+    applyRepeatRange();
     if (project)
-        connect(project, &Project::changed, this, &TransportControls::updateFromProject,
+        connect(project, &Project::changed, this, &TransportControls::followProject,
                 Qt::UniqueConnection);
+}
+
+void TransportControls::followProject()
+{
+    updateFromProject();
+    // The bars that are repeated have another length in another meter.
+    if (repeatedBeatsPerBar_ != project_->beatsPerBar())
+        applyRepeatRange();
 }
 
 void TransportControls::updateFromProject()
@@ -261,8 +272,16 @@ void TransportControls::updateSubdivisionLabels()
         grid_->setItemText(static_cast<int>(level), gridLevelName(level, compound));
 }
 
+void TransportControls::finishTyping()
+{
+    // The buttons of the ribbon take no focus, which would end the typing.
+    firstBar_->interpretText();
+    lastBar_->interpretText();
+}
+
 void TransportControls::togglePlayback()
 {
+    finishTyping();
     if (engine_->isPlaying())
         engine_->pause();
     else
@@ -277,9 +296,10 @@ void TransportControls::applyRepeatRange()
         engine_->clearLoopRange();
         return;
     }
+    finishTyping();
     const auto [first, last] = std::minmax({firstBar_->value(), lastBar_->value()});
-    const double bar = project_->beatsPerBar();
-    engine_->setLoopRange((first - 1) * bar, last * bar);
+    repeatedBeatsPerBar_ = project_->beatsPerBar();
+    engine_->setLoopRange((first - 1) * repeatedBeatsPerBar_, last * repeatedBeatsPerBar_);
 }
 
 void TransportControls::emitKeyEdit()

@@ -63,6 +63,8 @@ private:
     void connectEngine();
     void connectEdits();
 
+    void followProject();
+    void finishTyping();
     void togglePlayback();
     void applyRepeatRange();
     void emitKeyEdit();
@@ -84,6 +86,8 @@ private:
     QComboBox* mode_ = nullptr;
     QToolButton* chords_ = nullptr;
     QComboBox* grid_ = nullptr;
+    /// Beats of the bars that the repeat range was last made of.
+    double repeatedBeatsPerBar_ = 0.0;
     /// Set while controls change by the program's own hand.
     bool updatingFromProject_ = false;
 };

@@ -120,6 +120,11 @@ private slots:
     void aBarWithoutALengthKeepsTheFormerRange_data();
     void aBarWithoutALengthKeepsTheFormerRange();
     void theRangeIsNoPartOfTheProject();
+    void theRangeFollowsTheWork();
+    void aChangeOfMeterTakesTheBarsAnew();
+    void anotherChangeLeavesTheRange();
+    void typingIsTakenWhenItIsDone_data();
+    void typingIsTakenWhenItIsDone();
 
     // Readout
     void theReadoutCountsBarsAndPulses_data();
@@ -394,6 +399,76 @@ void TransportPlaybackTest::theRangeIsNoPartOfTheProject()
     desk.setBars(3, 8);
     desk.click("Repetir");
     QCOMPARE(song->toJson(), before);
+}
+
+void TransportPlaybackTest::theRangeFollowsTheWork()
+{
+    const auto song = longSong();
+    const auto waltz = longSong(kThreeFour, 240);
+    Desk desk(song.get());
+    desk.setBars(3, 4);
+    desk.click("Repetir");
+    QCOMPARE(desk.restingBeat(), 8.0);
+    desk.show(waltz.get());
+    QCOMPARE(desk.restingBeat(), 6.0);
+    const double landed = desk.wrapsTo(12.0);
+    QVERIFY2(landed >= 6.0 && landed < 8.0, qPrintable(QString::number(landed)));
+    desk.show(song.get());
+    QCOMPARE(desk.restingBeat(), 8.0);
+}
+
+void TransportPlaybackTest::aChangeOfMeterTakesTheBarsAnew()
+{
+    const auto song = longSong();
+    Desk desk(song.get());
+    desk.setBars(3, 4);
+    desk.click("Repetir");
+    song->timeSignature = kSixEight;
+    emit song->changed();
+    QCOMPARE(desk.restingBeat(), 6.0);
+}
+
+void TransportPlaybackTest::anotherChangeLeavesTheRange()
+{
+    const auto song = longSong();
+    Desk desk(song.get());
+    desk.setBars(3, 4);
+    desk.click("Repetir");
+    desk.engine.setLoopRange(20.0, 24.0);
+    song->bpm = 90;
+    emit song->changed();
+    QCOMPARE(desk.restingBeat(), 20.0);
+}
+
+void TransportPlaybackTest::typingIsTakenWhenItIsDone_data()
+{
+    QTest::addColumn<QString>("end");
+    QTest::newRow("by the enter key") << "";
+    QTest::newRow("by a press that starts playback") << "Reproducir";
+    QTest::newRow("by a press that repeats anew") << "Repetir";
+}
+
+void TransportPlaybackTest::typingIsTakenWhenItIsDone()
+{
+    QFETCH(QString, end);
+    const auto song = longSong();
+    Desk desk(song.get());
+    desk.setBars(5, 16);
+    desk.click("Repetir");
+    auto* box = Widgets::over<QSpinBox>(desk.ribbon, "Del compás");
+    box->selectAll();
+    for (const char digit : {'1', '2'}) {
+        QTest::keyClick(box, digit);
+        QCOMPARE(desk.restingBeat(), 16.0);
+    }
+    if (end.isEmpty())
+        QTest::keyClick(box, Qt::Key_Return);
+    else
+        desk.click(end);
+    if (end == "Repetir")
+        desk.click(end);
+    QCOMPARE(box->value(), 12);
+    QCOMPARE(desk.restingBeat(), 44.0);
 }
 
 // ---- Readout -------------------------------------------------------------------------------
