@@ -1,10 +1,10 @@
 #include "content/InstallPlan.h"
 
+#include "content/ContentDownloadManager.h"
 #include "content/ContentFiles.h"
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QJsonDocument>
 
@@ -21,21 +21,18 @@ bool isOwnBank(const QString& bankPath)
     return QDir::cleanPath(bankPath).compare("velta_bank_gm.sf2"_L1, Qt::CaseInsensitive) == 0;
 }
 
-/// These words complete a message of the download manager.
-QString tr(const char* text)
-{
-    return QCoreApplication::translate("ContentDownloadManager", text);
-}
-
+/// What is wrong, in words that complete a message of the download manager.
 QString flawOf(const Instrument& instrument, const QString& bankRoot)
 {
     if (!ContentFiles::isPlainFileName(instrument.id))
-        return tr("el id de un instrumento no sirve como nombre de archivo");
+        return ContentDownloadManager::tr(
+            "el id de un instrumento no sirve como nombre de archivo");
     const QStringList paths{instrument.soundfontBankPath, InstallPlan::bankFile(instrument.id)};
     const bool stays = std::ranges::all_of(
         paths, [&](const QString& path) { return ContentFiles::staysInside(bankRoot, path); });
     if (!stays || isOwnBank(instrument.soundfontBankPath))
-        return tr("el banco de %1 no está en su carpeta").arg(instrument.id);
+        return ContentDownloadManager::tr("el banco de %1 no está en su carpeta")
+            .arg(instrument.id);
     return {};
 }
 

@@ -84,6 +84,11 @@ void synthesise(const QList<ScheduledEvent>& events, double beatFrames, Soundfon
     renderUntil(total);
 }
 
+QString tooLong()
+{
+    return AudioExporter::tr("La obra es demasiado larga para exportarla.");
+}
+
 /// A silent mix up to a beat and its tail, or an empty list when that is more than a mix or the
 /// memory holds.
 QList<float> silentMix(double endBeat, double beatFrames)
@@ -103,7 +108,7 @@ QList<float> renderNotes(const Project& project, const LoopLibrary* library,
 {
     SoundfontPlayer player(SoundfontPlayer::Mode::Offline);
     if (!player.hasSynth()) {
-        setError(error, QStringLiteral("No pude inicializar FluidSynth."));
+        setError(error, AudioExporter::tr("No pude inicializar FluidSynth."));
         return {};
     }
     player.loadGmBank(gmBankPath);
@@ -112,7 +117,7 @@ QList<float> renderNotes(const Project& project, const LoopLibrary* library,
     const double beatFrames = framesPerBeat(project.bpm);
     QList<float> mix = score ? silentMix(score->end, beatFrames) : QList<float>();
     if (mix.isEmpty())
-        setError(error, tooLongMessage());
+        setError(error, tooLong());
     else
         synthesise(score->events, beatFrames, player, mix);
     return mix;
@@ -142,7 +147,7 @@ QList<float> AudioExporter::renderFullMix(const Project& project, const QString&
     if (!project.audioTracks.isEmpty()) {
         voices = renderVoiceMix(project, projectDir, mix.size() / 2);
         if (voices.isEmpty()) {
-            setError(error, tooLongMessage());
+            setError(error, tooLong());
             return {};
         }
     }
@@ -165,7 +170,7 @@ bool AudioExporter::exportWav(const Project& project, const QString& projectDir,
     if (mix.isEmpty())
         return false;
     if (!AudioDecoder::writeWav(path, mix, kSampleRate, 2)) {
-        setError(error, QStringLiteral("No pude escribir el WAV."));
+        setError(error, AudioExporter::tr("No pude escribir el WAV."));
         return false;
     }
     return true;
@@ -181,7 +186,7 @@ bool AudioExporter::exportMp3(const Project& project, const QString& projectDir,
         return false;
     Mp3Writer writer;
     if (!writer.isReady()) {
-        setError(error, QStringLiteral("No pude inicializar LAME."));
+        setError(error, AudioExporter::tr("No pude inicializar LAME."));
         return false;
     }
     QFile file(path);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QList>
 #include <QString>
 
@@ -11,6 +12,8 @@ class Project;
 /// 0 to two seconds behind the last note. Runs on the calling thread with a synthesiser of its
 /// own. `error` may be null everywhere.
 class AudioExporter {
+    Q_DECLARE_TR_FUNCTIONS(AudioExporter)
+
 public:
     /// Frames behind the last note: 2 seconds.
     static constexpr qint64 kTailFrames = 88200;

@@ -223,7 +223,7 @@ bool MidiExporter::exportProject(const Project& project, const LoopLibrary* libr
 {
     const auto chunks = buildChunks(project, library, instruments);
     if (!chunks) {
-        setError(error, tooLongMessage());
+        setError(error, tr("La obra es demasiado larga para exportarla."));
         return false;
     }
     QFile file(path);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QString>
 
 class InstrumentLibrary;
@@ -10,6 +11,8 @@ class Project;
 /// track, a track for each note track whether it is muted or not, and one for the chords. Drums
 /// go to channel 9 (counted from 0), as General MIDI has it.
 class MidiExporter {
+    Q_DECLARE_TR_FUNCTIONS(MidiExporter)
+
 public:
     /// `library`, `instruments` and `error` may be null. False, with the reason in `error`, when
     /// the file cannot be opened or the song is beyond any length that can be written.

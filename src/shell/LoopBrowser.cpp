@@ -6,9 +6,9 @@
 #include "shell/ChoiceBox.h"
 #include "shell/IgualadorSimbolos.h"
 #include "shell/OnlineSearchDialog.h"
-#include "shell/SectionWords.h"
 #include "shell/VariationButton.h"
 #include "shell/WrappingRow.h"
+#include "views/SectionWords.h"
 
 #include <QFormLayout>
 #include <QLabel>

@@ -4,7 +4,7 @@
 #include "music/Beats.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/MainWindow.h"
-#include "shell/SectionWords.h"
+#include "views/SectionWords.h"
 
 #include <QStatusBar>
 

@@ -1,6 +1,6 @@
 #include "shell/VariationButton.h"
 
-#include "shell/SectionWords.h"
+#include "views/SectionWords.h"
 
 #include <QApplication>
 #include <QDrag>

@@ -8,8 +8,6 @@
 #include <algorithm>
 #include <memory>
 
-using namespace Qt::Literals::StringLiterals;
-
 namespace {
 
 struct SndFileCloser {
@@ -85,7 +83,7 @@ bool writeClamped(SNDFILE* file, const QList<float>& samples, int channels)
 AudioDecoder::Result AudioDecoder::decode(const QString& path)
 {
     Result result;
-    result.error = u"archivo vacío o ilegible"_s;
+    result.error = tr("archivo vacío o ilegible");
     if (!mayBeRead(path))
         return result;
     SF_INFO info{};

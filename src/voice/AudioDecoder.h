@@ -1,10 +1,13 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QList>
 #include <QString>
 
 /// Reads and writes audio files through libsndfile.
 class AudioDecoder {
+    Q_DECLARE_TR_FUNCTIONS(AudioDecoder)
+
 public:
     struct Result {
         /// Interleaved, -1.0 to 1.0 for ordinary files.

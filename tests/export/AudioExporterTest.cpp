@@ -2,6 +2,7 @@
 
 #include "playback/PlaybackEngine.h"
 #include "support/ContentFixture.h"
+#include "support/ContextTranslator.h"
 #include "support/FluidSpy.h"
 #include "support/FullDisk.h"
 #include "support/LameSpy.h"
@@ -313,6 +314,7 @@ private slots:
 
     void withoutASynthesiserNothingIsExported();
     void errorsNeedNobodyToListen();
+    void errorsAreTranslated();
     void unwritableWavIsReported_data();
     void unwritableWavIsReported();
     void unwritableMp3IsReportedInTheWordsOfQFile_data();
@@ -936,6 +938,29 @@ void AudioExporterTest::errorsNeedNobodyToListen()
     FluidSpy::letSynthFail();
     QVERIFY(mixed(*project(), nullptr).isEmpty());
     QVERIFY(!exported(&AudioExporter::exportWav, *project(), files_.filePath("x.wav"), nullptr));
+}
+
+void AudioExporterTest::errorsAreTranslated()
+{
+    ContextTranslator translator;
+    QCoreApplication::installTranslator(&translator);
+    QStringList errors;
+    const auto fail = [&](Export save, const Project& song) {
+        QString error;
+        QVERIFY(!exported(save, song, files_.filePath("no/such/song"), &error));
+        errors.append(error);
+    };
+    fail(&AudioExporter::exportWav, *project());
+    fail(&AudioExporter::exportWav, *project({straight(melodyTrack({melody({}, 0.0, 1e12)}))}));
+    LameSpy::refuseParameters();
+    fail(&AudioExporter::exportMp3, *project());
+    FluidSpy::letSynthFail();
+    fail(&AudioExporter::exportWav, *project());
+    QCoreApplication::removeTranslator(&translator);
+    QCOMPARE(errors,
+             (QStringList{"AudioExporter: No pude escribir el WAV.", "AudioExporter: " + kTooLong,
+                          "AudioExporter: No pude inicializar LAME.",
+                          "AudioExporter: No pude inicializar FluidSynth."}));
 }
 
 void AudioExporterTest::unwritableWavIsReported_data()

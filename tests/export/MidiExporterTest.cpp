@@ -3,6 +3,7 @@
 #include "playback/NoteRenderer.h"
 #include "playback/PlaybackEngine.h"
 #include "support/ContentFixture.h"
+#include "support/ContextTranslator.h"
 #include "support/MidiReader.h"
 #include "support/ProjectBuilder.h"
 
@@ -944,6 +945,11 @@ void MidiExporterTest::tooLongASongIsRefused()
         !MidiExporter::exportProject(*song, &files_.library(), nullptr, path("long.mid"), &error));
     QCOMPARE(error, kTooLong);
     QVERIFY(!QFile::exists(path("long.mid")));
+    ContextTranslator translator;
+    QCoreApplication::installTranslator(&translator);
+    MidiExporter::exportProject(*song, &files_.library(), nullptr, path("long.mid"), &error);
+    QCoreApplication::removeTranslator(&translator);
+    QCOMPARE(error, "MidiExporter: " + kTooLong);
     QVERIFY(
         !MidiExporter::exportProject(*song, &files_.library(), nullptr, path("long.mid"), nullptr));
 }

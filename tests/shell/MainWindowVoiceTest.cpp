@@ -157,6 +157,11 @@ void MainWindowVoiceTest::aNameThatIsTakenGetsANumber()
         QCOMPARE(lastClip().audioFilePath, QString(expected));
         QVERIFY(QFile::exists(stage_->home().works() + "/coplas/" + QString(expected)));
     }
+    const QString marked = voiceFile("a%1b%2.wav", 0.1);
+    for (const char* expected : {"a%1b%2.wav", "a%1b%2_2.wav"}) {
+        QVERIFY(import(marked));
+        QCOMPARE(lastClip().audioFilePath, QString(expected));
+    }
 }
 
 void MainWindowVoiceTest::theClipLiesOnTheBeatOfThePlayhead()

@@ -1,7 +1,7 @@
 #include "shell/VariationButton.h"
 
-#include "shell/SectionWords.h"
 #include "support/ContextTranslator.h"
+#include "views/SectionWords.h"
 
 #include <QAccessible>
 #include <QApplication>

@@ -1,5 +1,6 @@
 #include "voice/AudioDecoder.h"
 
+#include "support/ContextTranslator.h"
 #include "support/Files.h"
 #include "support/FullDisk.h"
 #include "support/SoundFile.h"
@@ -416,6 +417,11 @@ void AudioDecoderTest::aFileWithoutFramesIsEmptyOrUnreadable()
     QVERIFY(!result.ok);
     QCOMPARE(result.error, QString("archivo vacío o ilegible"));
     QVERIFY(result.samples.isEmpty());
+    ContextTranslator translator;
+    QCoreApplication::installTranslator(&translator);
+    QCOMPARE(AudioDecoder::decode(path("vacía")).error,
+             QString("AudioDecoder: archivo vacío o ilegible"));
+    QCoreApplication::removeTranslator(&translator);
 }
 
 void AudioDecoderTest::whatIsNoRegularFileIsRefusedWithoutWaiting_data()

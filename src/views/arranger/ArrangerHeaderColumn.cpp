@@ -96,7 +96,8 @@ QString textOf(const LaneInfo& lane)
 {
     if (lane.kind != LaneKind::Group)
         return lane.label;
-    return u"%1 %2 (%3)"_s.arg(lane.collapsed ? u"▸"_s : u"▾"_s, lane.label).arg(lane.childCount);
+    return u"%1 %2 (%3)"_s.arg(lane.collapsed ? u"▸"_s : u"▾"_s, lane.label,
+                               QString::number(lane.childCount));
 }
 
 } // namespace

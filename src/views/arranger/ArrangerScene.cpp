@@ -3,6 +3,7 @@
 #include "model/Project.h"
 #include "music/ChordVoicer.h"
 #include "shell/theme/CanvasColors.h"
+#include "views/SectionWords.h"
 
 #include <QCoreApplication>
 #include <QPen>
@@ -37,12 +38,10 @@ QColor degreeColor(int degree)
     return kDegreeColors.at(static_cast<std::size_t>(index));
 }
 
-/// Longer than the word that files hold.
-QString sectionWord(LoopSection section)
+QString textOf(const LoopBlock& block)
 {
-    return section == LoopSection::Intro
-               ? QCoreApplication::translate("TrackArranger", "Introducción")
-               : loopSectionToString(section);
+    return u"%1 %2"_s.arg(QCoreApplication::translate("TrackArranger", sectionWord(block.section)),
+                          QString::number(block.variantIndex));
 }
 
 } // namespace
@@ -99,7 +98,7 @@ void ArrangerScene::addTracks(const Project& project, const QList<LaneInfo>& lan
         for (int i = 0; i < track.loopBlocks.size(); ++i) {
             const LoopBlock& block = track.loopBlocks.at(i);
             addTrackBlock({BlockKind::Loop, t, i}, *lane, {block.startBeat, block.durationBeats},
-                          u"%1 %2"_s.arg(sectionWord(block.section)).arg(block.variantIndex));
+                          textOf(block));
         }
     }
 }

@@ -2,6 +2,7 @@
 
 #include "ArrangerStage.h"
 #include "shell/theme/ThemeManager.h"
+#include "support/ContextTranslator.h"
 #include "support/UserHome.h"
 
 #include <QPainter>
@@ -276,6 +277,12 @@ void ArrangerSceneTest::loopsAreLabelledBySection()
     song_.tracks[1].loopBlocks[0].variantIndex = variant;
     rebuild();
     QTEST(scene_.itemOf({BlockKind::Loop, 1, 0})->label(), "label");
+    ContextTranslator translator;
+    QCoreApplication::installTranslator(&translator);
+    rebuild();
+    QCoreApplication::removeTranslator(&translator);
+    QFETCH(QString, label);
+    QCOMPARE(scene_.itemOf({BlockKind::Loop, 1, 0})->label(), "TrackArranger: " + label);
 }
 
 void ArrangerSceneTest::melodiesTellTheirNotes_data()
