@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -131,8 +132,8 @@ void TrackHeaderPanel::buildAudioRows()
 
 void TrackHeaderPanel::connectCommonRows()
 {
-    connect(name_, &QLineEdit::textEdited, this, [this] {
-        if (!typedOver_)
+    connect(name_, &QLineEdit::textChanged, this, [this] {
+        if (!updating_ && !typedOver_)
             typedOver_ = nameInView();
     });
     connect(name_, &QLineEdit::editingFinished, this, &TrackHeaderPanel::finishName);
@@ -240,23 +241,27 @@ bool TrackHeaderPanel::editEither(Edit edit)
 
 void TrackHeaderPanel::setProject(Project* project)
 {
+    takeTypedName();
     project_ = project;
-    trackIndex_ = -1;
-    audioTrackIndex_ = -1;
-    refresh();
+    showEither(-1, -1);
 }
 
 void TrackHeaderPanel::showTrack(int index)
 {
-    trackIndex_ = index;
-    audioTrackIndex_ = -1;
-    refresh();
+    takeTypedName();
+    showEither(index, -1);
 }
 
 void TrackHeaderPanel::showAudioTrack(int index)
 {
-    trackIndex_ = -1;
-    audioTrackIndex_ = index;
+    takeTypedName();
+    showEither(-1, index);
+}
+
+void TrackHeaderPanel::showEither(int trackIndex, int audioTrackIndex)
+{
+    trackIndex_ = trackIndex;
+    audioTrackIndex_ = audioTrackIndex;
     refresh();
 }
 
@@ -288,7 +293,6 @@ template <typename AnyTrack>
 void TrackHeaderPanel::fillCommonRows(const AnyTrack& track)
 {
     typedOver_.reset();
-    shownName_ = track.name;
     name_->setText(track.name);
     volume_->setValue(percentOf(track.volume));
     mute_->setChecked(track.muted);
@@ -313,17 +317,31 @@ void TrackHeaderPanel::fillAudioTrack(const AudioTrack& track)
 
 // ---- The name ------------------------------------------------------------------------------
 
+/// Whether anything was written.
+bool TrackHeaderPanel::writeTypedName()
+{
+    const auto typedOver = std::exchange(typedOver_, std::nullopt);
+    if (!typedOver)
+        return false;
+    // Something else may have put another track in the place of the one whose name was being typed.
+    if (typedOver != nameInView()) {
+        refresh();
+        return false;
+    }
+    const QString name = name_->text();
+    return editEither([&](auto& track) { track.name = name; });
+}
+
+void TrackHeaderPanel::takeTypedName()
+{
+    if (writeTypedName())
+        emit trackEdited();
+}
+
 void TrackHeaderPanel::finishName()
 {
     if (updating_ || !project_)
         return;
-    // Undo may have put another track in the place of the one whose name was being typed.
-    if (typedOver_ && typedOver_ != nameInView())
-        refresh();
-    const QString name = name_->text();
-    if (typedOver_ || name != shownName_)
-        editEither([&](auto& track) { track.name = name; });
-    typedOver_.reset();
-    shownName_ = name;
+    writeTypedName();
     emit trackEdited();
 }

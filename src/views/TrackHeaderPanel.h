@@ -28,12 +28,18 @@ public:
     explicit TrackHeaderPanel(InstrumentLibrary* library, QWidget* parent = nullptr);
     ~TrackHeaderPanel() override;
 
+    // Whoever changes the track that is shown takes the name that is being typed for it first.
+
     /// Shows no track yet. The project is not owned and may be null.
     void setProject(Project* project);
 
     /// An index of no track disables the panel.
     void showTrack(int index);
     void showAudioTrack(int index);
+
+    /// Gives the track the name that is being typed, which is an edit; does nothing while nobody
+    /// types. The field keeps the focus.
+    void takeTypedName();
 
     /// Shows the track as it is now. A name that is being typed is given up.
     void refresh();
@@ -73,6 +79,8 @@ private:
     template <typename AnyTrack>
     void fillCommonRows(const AnyTrack& track);
 
+    void showEither(int trackIndex, int audioTrackIndex);
+    bool writeTypedName();
     void finishName();
 
     Project* project_ = nullptr;
@@ -80,8 +88,6 @@ private:
     int audioTrackIndex_ = -1;
     /// The controls are being filled: what they say is no edit.
     bool updating_ = false;
-    /// The name that was put into its field, or taken out of it, last.
-    QString shownName_;
     /// What the track was called when the user began to type; nothing while nobody types.
     std::optional<QString> typedOver_;
 

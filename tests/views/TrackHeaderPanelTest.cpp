@@ -158,15 +158,17 @@ private slots:
     void nameIsTakenAsItIsTyped_data();
     void nameIsTakenAsItIsTyped();
     void typedNameIsTakenAsAMenuOpens();
-    void typedNameNeverReachesTheNextTrack_data();
-    void typedNameNeverReachesTheNextTrack();
-    void typedNameNeverReachesAnotherProject();
+    void typedNameIsTakenBeforeAnotherTrackIsShown_data();
+    void typedNameIsTakenBeforeAnotherTrackIsShown();
+    void typedNameIsTakenBeforeAnotherProjectIsShown();
+    void typedNameCanBeTakenWithoutLosingTheFocus();
+    void nothingTypedIsNothingToTake();
     void typedNameNeverReachesTheTrackThatUndoPutThere_data();
     void typedNameNeverReachesTheTrackThatUndoPutThere();
     void untouchedNameNeverReachesTheTrackThatUndoPutThere();
     void nameTypedAfterAnUndoneRenamingIsTaken();
     void clickOutsideTakesTheNameBeforeTheSelectionMoves();
-    void losingTheTrackWhileTypingEmitsNothing();
+    void losingTheTrackWhileTypingIsOneEdit();
     void goingAwayWhileTypingEmitsNothing();
     void windowMayRefreshThePanelFromItsSignals();
 
@@ -654,7 +656,7 @@ void TrackHeaderPanelTest::nameIsTakenTimeAndAgain()
     panel_->showTrack(1);
     type(controls_->name, "Malambo");
     QTest::keyClick(controls_->name, Qt::Key_Return);
-    QCOMPARE(song_->tracks[0].name, "Zamba");
+    QCOMPARE(song_->tracks[0].name, "Cueca");
     QCOMPARE(song_->tracks[1].name, "Malambo");
 }
 
@@ -694,7 +696,7 @@ void TrackHeaderPanelTest::typedNameIsTakenAsAMenuOpens()
     menu.close();
 }
 
-void TrackHeaderPanelTest::typedNameNeverReachesTheNextTrack_data()
+void TrackHeaderPanelTest::typedNameIsTakenBeforeAnotherTrackIsShown_data()
 {
     QTest::addColumn<bool>("audio");
     QTest::addColumn<int>("index");
@@ -704,7 +706,7 @@ void TrackHeaderPanelTest::typedNameNeverReachesTheNextTrack_data()
     QTest::newRow("no track") << false << -1;
 }
 
-void TrackHeaderPanelTest::typedNameNeverReachesTheNextTrack()
+void TrackHeaderPanelTest::typedNameIsTakenBeforeAnotherTrackIsShown()
 {
     QFETCH(bool, audio);
     QFETCH(int, index);
@@ -715,22 +717,59 @@ void TrackHeaderPanelTest::typedNameNeverReachesTheNextTrack()
         panel_->showAudioTrack(index);
     else
         panel_->showTrack(index);
+    QCOMPARE(edited_->size(), 1);
     QTest::keyClick(controls_->name, Qt::Key_Tab);
     QTest::keyClick(controls_->name, Qt::Key_Return);
-    compareProject(*song());
+    const auto expected = song();
+    expected->tracks[0].name = "Zamba";
+    compareProject(*expected);
 }
 
-void TrackHeaderPanelTest::typedNameNeverReachesAnotherProject()
+void TrackHeaderPanelTest::typedNameIsTakenBeforeAnotherProjectIsShown()
 {
     const auto other = song();
     panel_->showTrack(0);
     showPanel();
     type(controls_->name, "Zamba");
     panel_->setProject(other.get());
+    QCOMPARE(edited_->size(), 1);
     panel_->showTrack(0);
     QTest::keyClick(controls_->name, Qt::Key_Return);
-    compareProject(*song());
     QCOMPARE(firstDifference(*other, *song()), QString());
+    const auto expected = song();
+    expected->tracks[0].name = "Zamba";
+    compareProject(*expected);
+}
+
+void TrackHeaderPanelTest::typedNameCanBeTakenWithoutLosingTheFocus()
+{
+    panel_->showTrack(0);
+    showPanel();
+    type(controls_->name, "Zmba");
+    controls_->name->setCursorPosition(1);
+    panel_->takeTypedName();
+    QCOMPARE(song_->tracks[0].name, "Zmba");
+    QCOMPARE(edited_->size(), 1);
+    QVERIFY(controls_->name->hasFocus());
+    QCOMPARE(controls_->name->cursorPosition(), 1);
+    QTest::keyClicks(controls_->name, "a");
+    QTest::keyClick(controls_->name, Qt::Key_Return);
+    QCOMPARE(song_->tracks[0].name, "Zamba");
+    QCOMPARE(edited_->size(), 2);
+}
+
+void TrackHeaderPanelTest::nothingTypedIsNothingToTake()
+{
+    panel_->showTrack(0);
+    showPanel();
+    controls_->name->setFocus();
+    panel_->takeTypedName();
+    panel_->showTrack(1);
+    panel_->takeTypedName();
+    panel_->setProject(nullptr);
+    panel_->takeTypedName();
+    QVERIFY(isSilent());
+    compareProject(*song());
 }
 
 void TrackHeaderPanelTest::typedNameNeverReachesTheTrackThatUndoPutThere_data()
@@ -792,15 +831,17 @@ void TrackHeaderPanelTest::clickOutsideTakesTheNameBeforeTheSelectionMoves()
     QCOMPARE(edited_->size(), 1);
 }
 
-void TrackHeaderPanelTest::losingTheTrackWhileTypingEmitsNothing()
+void TrackHeaderPanelTest::losingTheTrackWhileTypingIsOneEdit()
 {
     panel_->showTrack(0);
     showPanel();
     type(controls_->name, "Zamba");
     panel_->setProject(song_.get());
     QVERIFY(!controls_->name->hasFocus());
-    QVERIFY(isSilent());
-    compareProject(*song());
+    QCOMPARE(edited_->size(), 1);
+    const auto expected = song();
+    expected->tracks[0].name = "Zamba";
+    compareProject(*expected);
 }
 
 void TrackHeaderPanelTest::goingAwayWhileTypingEmitsNothing()
