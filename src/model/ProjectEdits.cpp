@@ -10,6 +10,9 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
+/// Bars that even the shortest song has room for.
+constexpr int kLeastBars = 8;
+
 bool hasNotes(const Track& track)
 {
     return !track.loopBlocks.isEmpty() ||
@@ -64,11 +67,21 @@ bool ProjectEdits::hasContent(const Project& project)
            std::ranges::any_of(project.tracks, hasNotes);
 }
 
+MelodyBlock ProjectEdits::blankMelody(const Project& project)
+{
+    MelodyBlock block;
+    const double bar = project.beatsPerBar();
+    if (isBarLength(bar))
+        block.durationBeats = bar * project.barCount(kLeastBars);
+    return block;
+}
+
 qsizetype ProjectEdits::addNoteTrack(Project& project, const QString& name)
 {
     Track track;
     track.name = name;
     track.instrumentId = u"gm_piano"_s;
+    track.melodyBlocks = {blankMelody(project)};
     const auto accompaniment = std::ranges::find_if(
         std::as_const(project.tracks), [](const Track& other) { return other.isAccompaniment; });
     const qsizetype index = accompaniment - project.tracks.cbegin();

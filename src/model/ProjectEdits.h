@@ -7,6 +7,7 @@
 class Project;
 struct AudioClip;
 struct LoopBlock;
+struct MelodyBlock;
 struct Track;
 
 /// What the commands of the window do to a project. Nothing is announced from here.
@@ -16,7 +17,12 @@ namespace ProjectEdits {
 /// note. Tracks by themselves and empty melody blocks are nothing.
 bool hasContent(const Project& project);
 
-/// Adds a note track with a piano, above the accompaniment, and returns its index.
+/// A melody block without notes, as long as the song and at least eight bars; without bars, of the
+/// default length.
+MelodyBlock blankMelody(const Project& project);
+
+/// Adds a note track with a piano and a blank melody, above the accompaniment, and returns its
+/// index.
 qsizetype addNoteTrack(Project& project, const QString& name);
 
 /// Removes a note track. False where there is none with that index.

@@ -48,6 +48,8 @@ private slots:
     void aNewTrackStandsAboveTheAccompaniment_data();
     void aNewTrackStandsAboveTheAccompaniment();
     void aNewTrackIsAPianoWithDefaults();
+    void aNewTrackHasAMelodyAsLongAsTheSong_data();
+    void aNewTrackHasAMelodyAsLongAsTheSong();
     void aNewTrackTakesItsNameAsItIs_data();
     void aNewTrackTakesItsNameAsItIs();
     void takingTheNewTrackAwayGivesTheFormerProject();
@@ -179,7 +181,29 @@ void ProjectEditsTest::aNewTrackIsAPianoWithDefaults()
     QCOMPARE(added.volume, 0.8F);
     QVERIFY(!added.muted && !added.solo && !added.isAccompaniment);
     QCOMPARE(added.layerId, QString());
-    QVERIFY(added.melodyBlocks.isEmpty() && added.loopBlocks.isEmpty());
+    QVERIFY(added.loopBlocks.isEmpty());
+    QCOMPARE(added.melodyBlocks, (QList{melody({}, 0.0, 32.0)}));
+}
+
+void ProjectEditsTest::aNewTrackHasAMelodyAsLongAsTheSong_data()
+{
+    QTest::addColumn<TimeSignature>("meter");
+    QTest::addColumn<double>("end");
+    QTest::addColumn<double>("length");
+    QTest::newRow("eight bars at least") << TimeSignature{4, 4, false} << 4.0 << 32.0;
+    QTest::newRow("as many as the song has") << TimeSignature{4, 4, false} << 41.0 << 44.0;
+    QTest::newRow("in 6/8") << TimeSignature{6, 8, true} << 0.0 << 24.0;
+    QTest::newRow("in bars without length") << TimeSignature{0, 4, false} << 8.0 << 4.0;
+}
+
+void ProjectEditsTest::aNewTrackHasAMelodyAsLongAsTheSong()
+{
+    QFETCH(TimeSignature, meter);
+    QFETCH(double, end);
+    const auto song = project({melodyTrack({melody({}, 0.0, end)})});
+    song->timeSignature = meter;
+    ProjectEdits::addNoteTrack(*song, "Velta 2");
+    QTEST(song->tracks[1].melodyBlocks[0].durationBeats, "length");
 }
 
 void ProjectEditsTest::aNewTrackTakesItsNameAsItIs_data()

@@ -1,7 +1,7 @@
 #include "views/pianoroll/PianoRollCanvas.h"
 
 #include "model/Project.h"
-#include "music/Beats.h"
+#include "model/ProjectEdits.h"
 #include "playback/PlaybackEngine.h"
 #include "views/TimelineRuler.h"
 #include "views/pianoroll/PianoKeyboardWidget.h"
@@ -28,16 +28,6 @@ constexpr double kMostZoom = 6.0;
 constexpr int kCornerHeight = 34;
 constexpr int kScrollMs = 140;
 constexpr double kSnapWithoutProject = 0.5;
-
-/// Empty, and as long as the song.
-MelodyBlock blankBlock(const Project& project)
-{
-    MelodyBlock block;
-    const double bar = project.beatsPerBar();
-    if (isBarLength(bar))
-        block.durationBeats = bar * project.barCount(PianoRollLayout::kLeastBars);
-    return block;
-}
 
 QString modeName(KeyMode mode)
 {
@@ -219,7 +209,7 @@ MelodyBlock* PianoRollCanvas::activeBlock()
         return nullptr;
     QList<MelodyBlock>& blocks = project_->tracks[activeTrack_].melodyBlocks;
     if (blocks.isEmpty())
-        blocks.append(blankBlock(*project_));
+        blocks.append(ProjectEdits::blankMelody(*project_));
     return &blocks[std::clamp<qsizetype>(activeBlockIndex_, 0, blocks.size() - 1)];
 }
 
