@@ -37,9 +37,10 @@ void refill(benchmark::State& state, int count, RectOf rectOf)
 /// A press, move or release of the left button at a place of a widget.
 inline void mouse(QWidget* widget, QEvent::Type type, const QPointF& place)
 {
-    const bool press = type == QEvent::MouseButtonPress;
-    QMouseEvent event(type, place, widget->mapToGlobal(place),
-                      press ? Qt::LeftButton : Qt::NoButton, Qt::LeftButton, {});
+    const bool move = type == QEvent::MouseMove;
+    const bool release = type == QEvent::MouseButtonRelease;
+    QMouseEvent event(type, place, widget->mapToGlobal(place), move ? Qt::NoButton : Qt::LeftButton,
+                      release ? Qt::NoButton : Qt::LeftButton, {});
     QApplication::sendEvent(widget, &event);
 }
 

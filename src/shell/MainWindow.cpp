@@ -274,6 +274,9 @@ void MainWindow::snapshotAndRefresh()
 {
     if (!project_)
         return;
+    // The roll gives the track that it shows a block to write in. Where the edit took the last one,
+    // that belongs to it and not to the next.
+    pianoRoll_->hasEditableBlock();
     undoStack_->snapshot(*project_);
     emit project_->changed();
     engine_->refreshChannels();
@@ -282,6 +285,7 @@ void MainWindow::snapshotAndRefresh()
 
 void MainWindow::undo()
 {
+    finishGestures();
     if (!project_ || !undoStack_->canUndo())
         return;
     restore(undoStack_->undo(*project_));
@@ -289,6 +293,7 @@ void MainWindow::undo()
 
 void MainWindow::redo()
 {
+    finishGestures();
     if (!project_ || !undoStack_->canRedo())
         return;
     restore(undoStack_->redo());
@@ -346,6 +351,7 @@ bool MainWindow::confirmDiscardChanges()
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
+    finishGestures();
     finishTake();
     engine_->stop();
     if (currentProjectId_.isEmpty()) {

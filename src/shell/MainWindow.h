@@ -189,8 +189,9 @@ private:
     void setKey(int rootPitchClass, int mode);
     void setHarmonyMuted(bool muted);
 
-    /// Takes over what is still being typed: neither keys nor the ribbon take the focus away.
-    void finishTyping();
+    /// Makes an edit of what is under way, a name that is being typed or a drag: neither keys nor
+    /// the ribbon take the focus away, and a dialog takes the release of the mouse.
+    void finishGestures();
 
     /// Gives a work that is in no folder a name and an id. False when the user gave up.
     bool nameForFirstSave();

@@ -26,6 +26,7 @@ void MainWindow::onLibraryChanged()
 {
     if (!project_)
         return;
+    finishGestures();
     // What came is heard at once, and what went falls silent.
     engine_->refreshChannels();
     engine_->rescheduleIfPlaying();

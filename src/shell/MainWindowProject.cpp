@@ -9,10 +9,11 @@
 #include "shell/VoiceTake.h"
 #include "storage/ClipFiles.h"
 #include "storage/ProjectStorageProvider.h"
+#include "views/TrackHeaderPanel.h"
 #include "views/arranger/TrackArranger.h"
+#include "views/pianoroll/PianoRollCanvas.h"
 
 #include <QGuiApplication>
-#include <QLineEdit>
 #include <QStatusBar>
 
 using namespace Qt::Literals::StringLiterals;
@@ -53,6 +54,7 @@ void MainWindow::startBlankProject()
 
 void MainWindow::newProject()
 {
+    finishGestures();
     finishTake();
     if (!confirmDiscardChanges())
         return;
@@ -82,6 +84,7 @@ void MainWindow::createProject(const QString& name, const TimeSignature& timeSig
 
 void MainWindow::openProject(const QString& id)
 {
+    finishGestures();
     Project* opened = storage_->loadProject(id, this);
     if (opened)
         exchangeProject(opened, id);
@@ -96,6 +99,7 @@ void MainWindow::openProjectById(const QString& id)
 
 void MainWindow::openProjectDialog()
 {
+    finishGestures();
     finishTake();
     const QList<ProjectInfo> works = storage_->listProjects();
     if (works.isEmpty()) {
@@ -113,15 +117,16 @@ void MainWindow::openProjectDialog()
         openProject(*id);
 }
 
-void MainWindow::finishTyping()
+void MainWindow::finishGestures()
 {
-    if (auto* field = qobject_cast<QLineEdit*>(focusWidget()))
-        field->clearFocus();
+    headerPanel_->takeTypedName();
+    pianoRoll_->endDrag();
+    arranger_->endDrag();
 }
 
 bool MainWindow::saveCurrentProject()
 {
-    finishTyping();
+    finishGestures();
     if (!project_ || (currentProjectId_.isEmpty() && !nameForFirstSave()))
         return false;
     if (!bringClipsHome() || !storage_->saveProject(currentProjectId_, *project_)) {
@@ -159,6 +164,7 @@ bool MainWindow::bringClipsHome()
 
 void MainWindow::exportMidi()
 {
+    finishGestures();
     if (!project_)
         return;
     const auto path = prompts_.askSaveFile(this, tr("Exportar MIDI"), project_->name + ".mid"_L1,
@@ -174,6 +180,7 @@ void MainWindow::exportMidi()
 
 void MainWindow::exportAudio(bool mp3)
 {
+    finishGestures();
     if (!project_)
         return;
     const auto path = prompts_.askSaveFile(this, mp3 ? tr("Exportar MP3") : tr("Exportar WAV"),
@@ -198,6 +205,7 @@ bool MainWindow::writeAudio(bool mp3, const QString& path, QString* error)
 
 void MainWindow::addTrack()
 {
+    finishGestures();
     if (!project_)
         return;
     if (project_->tracks.size() >= kMaxNoteTracks) {
@@ -213,6 +221,7 @@ void MainWindow::addTrack()
 
 void MainWindow::removeSelectedTrack()
 {
+    finishGestures();
     if (!project_)
         return;
     const int voice = arranger_->selectedAudioTrack();

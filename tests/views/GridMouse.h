@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QApplication>
+#include <QMouseEvent>
 #include <QTest>
 #include <QWidget>
 
@@ -17,6 +19,14 @@ public:
     }
 
     void move(const QPoint& place) const { QTest::mouseMove(grid(), place); }
+
+    /// As after a release that went elsewhere: no button is held any more.
+    void moveWithoutButtons(const QPoint& place) const
+    {
+        QMouseEvent event(QEvent::MouseMove, place, grid()->mapToGlobal(place), Qt::NoButton,
+                          Qt::NoButton, {});
+        QApplication::sendEvent(grid(), &event);
+    }
 
     void release(const QPoint& place, Qt::MouseButton button = Qt::LeftButton) const
     {

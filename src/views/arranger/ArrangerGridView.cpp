@@ -77,9 +77,59 @@ ArrangerGridView::ArrangerGridView(TrackArranger* arranger, QWidget* parent)
     viewport()->setAcceptDrops(true);
 }
 
+bool ArrangerGridView::event(QEvent* event)
+{
+    // The release goes to the dialog that has opened.
+    if (event->type() == QEvent::WindowBlocked)
+        endDrag();
+    return QGraphicsView::event(event);
+}
+
+// ---- Drags ---------------------------------------------------------------------------------
+
+std::optional<BlockSpan> ArrangerGridView::draggedSpan() const
+{
+    return BlockEdits::spanOf(*arranger_->project(), drag_->block);
+}
+
+void ArrangerGridView::endDrag()
+{
+    if (!drag_)
+        return;
+    const bool edited = drag_->span.isEdit(draggedSpan());
+    cancelDrag();
+    if (edited)
+        arranger_->commitEdit();
+}
+
 void ArrangerGridView::cancelDrag()
 {
+    if (!drag_)
+        return;
     drag_.reset();
+    arranger_->fitScene();
+}
+
+void ArrangerGridView::dragTo(double sceneX)
+{
+    const std::optional<BlockSpan>& original = drag_->span.original();
+    if (!original)
+        return;
+    Project& project = *arranger_->project();
+    const double way = sceneX - drag_->startX;
+    const double step = arranger_->snapBeats();
+    if (drag_->mode == DragMode::Resize)
+        BlockEdits::setLength(project, drag_->block,
+                              BlockEdits::resized(*original, way, step).length);
+    else
+        BlockEdits::setStart(project, drag_->block, BlockEdits::moved(*original, way, step).start);
+    if (!drag_->span.leave(draggedSpan()))
+        return;
+    arranger_->rebuildScene();
+    if (BlockItem* item = arranger_->scene()->itemOf(drag_->block))
+        select(item);
+    else
+        cancelDrag();
 }
 
 // ---- Mouse ---------------------------------------------------------------------------------
@@ -89,6 +139,9 @@ void ArrangerGridView::mousePressEvent(QMouseEvent* event)
     if (!arranger_->project())
         return;
     const QPointF place = mapToScene(event->position().toPoint());
+    // The release of the press before this one may have gone elsewhere.
+    if (drag_ && drag_->span.isEndedBy(event->button()))
+        endDrag();
     selectLaneAt(place.y(), event->modifiers());
     // Not before: who listens to the selection may have the scene made anew.
     BlockItem* block = arranger_->scene()->blockAt(place);
@@ -124,6 +177,8 @@ bool ArrangerGridView::pressOnEmpty(const QMouseEvent& event, const QPointF& pla
     const bool left = event.button() == Qt::LeftButton;
     const bool right = event.button() == Qt::RightButton;
     if ((left || right) && lane && lane->kind == LaneKind::Harmony) {
+        // The menu takes the release.
+        endDrag();
         arranger_->openHarmonyMenu(ArrangerLayout::stepAt(place.x(), arranger_->snapBeats()),
                                    event.globalPosition().toPoint());
         return true;
@@ -138,10 +193,11 @@ void ArrangerGridView::startDrag(BlockItem* item, const QPointF& place)
     select(item);
     const BlockRef block = item->block();
     const bool grip = ArrangerLayout::isOnGrip(place.x(), item->rect().right(), transform().m11());
-    drag_ = Drag{.mode = grip ? DragMode::Resize : DragMode::Move,
-                 .block = block,
-                 .startX = place.x(),
-                 .original = BlockEdits::spanOf(*arranger_->project(), block)};
+    drag_ =
+        Drag{.mode = grip ? DragMode::Resize : DragMode::Move,
+             .block = block,
+             .startX = place.x(),
+             .span = RecordDrag(Qt::LeftButton, BlockEdits::spanOf(*arranger_->project(), block))};
 }
 
 void ArrangerGridView::select(BlockItem* item)
@@ -152,35 +208,30 @@ void ArrangerGridView::select(BlockItem* item)
 
 void ArrangerGridView::mouseMoveEvent(QMouseEvent* event)
 {
-    Project* project = arranger_->project();
-    if (!drag_ || !project) {
+    if (!drag_) {
         QGraphicsView::mouseMoveEvent(event);
         return;
     }
-    if (!drag_->original)
-        return;
-    const double way = mapToScene(event->position().toPoint()).x() - drag_->startX;
-    const auto change = drag_->mode == DragMode::Resize ? BlockEdits::resized : BlockEdits::moved;
-    BlockEdits::setSpan(*project, drag_->block,
-                        change(*drag_->original, way, arranger_->snapBeats()));
-    drag_->moved = true;
-    arranger_->rebuildScene();
-    if (BlockItem* item = arranger_->scene()->itemOf(drag_->block))
-        select(item);
-    else
+    using Move = decltype(drag_->span)::Move;
+    switch (drag_->span.move(event->buttons(), draggedSpan())) {
+    case Move::Follow:
+        dragTo(mapToScene(event->position().toPoint()).x());
+        break;
+    case Move::Finish:
+        endDrag();
+        break;
+    case Move::Drop:
         cancelDrag();
+        break;
+    }
 }
 
 void ArrangerGridView::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (!drag_) {
+    if (!drag_)
         QGraphicsView::mouseReleaseEvent(event);
-        return;
-    }
-    const bool moved = drag_->moved;
-    cancelDrag();
-    if (moved)
-        arranger_->commitEdit();
+    else if (drag_->span.isEndedBy(event->button()))
+        endDrag();
 }
 
 void ArrangerGridView::mouseDoubleClickEvent(QMouseEvent* event)

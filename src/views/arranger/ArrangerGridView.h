@@ -1,5 +1,6 @@
 #pragma once
 
+#include "views/RecordDrag.h"
 #include "views/arranger/BlockEdits.h"
 
 #include <QGraphicsView>
@@ -17,12 +18,16 @@ class ArrangerGridView : public QGraphicsView {
 public:
     explicit ArrangerGridView(TrackArranger* arranger, QWidget* parent = nullptr);
 
+    /// Ends a drag that is under way as if the mouse let go.
+    void endDrag();
+
     /// Forgets a drag that is under way; what it has done so far stays.
     void cancelDrag();
 
     bool isDragging() const { return drag_.has_value(); }
 
 protected:
+    bool event(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
@@ -42,15 +47,16 @@ private:
         BlockRef block;
         /// Of the press, in scene pixels.
         double startX;
-        /// Of the record at the press; nothing for a chord, which stays where it is.
-        std::optional<BlockSpan> original;
-        bool moved = false;
+        /// Nothing for a chord, which stays where it is.
+        RecordDrag<std::optional<BlockSpan>> span;
     };
 
     void selectLaneAt(double sceneY, Qt::KeyboardModifiers modifiers);
     void pressOnBlock(BlockItem* item, const QMouseEvent& event, const QPointF& place);
     bool pressOnEmpty(const QMouseEvent& event, const QPointF& place);
     void startDrag(BlockItem* item, const QPointF& place);
+    std::optional<BlockSpan> draggedSpan() const;
+    void dragTo(double sceneX);
     void select(BlockItem* item);
 
     TrackArranger* arranger_;

@@ -52,16 +52,21 @@ ArrangerScene::ArrangerScene(QObject* parent) : QGraphicsScene(parent)
     setItemIndexMethod(NoIndex);
 }
 
-void ArrangerScene::rebuild(const Project& project, const QList<LaneInfo>& lanes)
+void ArrangerScene::rebuild(const Project& project, const QList<LaneInfo>& lanes, SceneWidth width)
 {
     // Once for all: item by item, views would take longer to learn of the change than to paint it.
     update();
     clear();
-    setSceneRect(QRectF(QPointF(), sceneSize(project, lanes)));
+    fit(project, lanes, width);
     addChords(project);
     addTracks(project, lanes);
     addAudioTracks(project, lanes);
     addPlayhead();
+}
+
+void ArrangerScene::fit(const Project& project, const QList<LaneInfo>& lanes, SceneWidth width)
+{
+    setSceneRect(sceneRectFor(sceneSize(project, lanes), sceneRect(), width));
 }
 
 void ArrangerScene::addChords(const Project& project)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "views/SceneWidth.h"
 #include "views/arranger/ArrangerLayout.h"
 #include "views/arranger/BlockItem.h"
 
@@ -17,7 +18,12 @@ public:
 
     /// Blocks of a track without a lane are left out, and so are those whose place is not finite
     /// or beyond ArrangerLayout::kMostBeats. The playhead stands at beat 0 afterwards.
-    void rebuild(const Project& project, const QList<LaneInfo>& lanes);
+    void rebuild(const Project& project, const QList<LaneInfo>& lanes,
+                 SceneWidth width = SceneWidth::Fit);
+
+    /// Gives the scene the size of the song.
+    void fit(const Project& project, const QList<LaneInfo>& lanes,
+             SceneWidth width = SceneWidth::Fit);
 
     void setPlayheadBeat(double beat);
 

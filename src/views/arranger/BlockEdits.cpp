@@ -85,12 +85,14 @@ std::optional<BlockSpan> BlockEdits::spanOf(const Project& project, const BlockR
     return span;
 }
 
-void BlockEdits::setSpan(Project& project, const BlockRef& block, const BlockSpan& span)
+void BlockEdits::setStart(Project& project, const BlockRef& block, double start)
 {
-    visitSpan(project, block, [&](double& start, double& length) {
-        start = span.start;
-        length = span.length;
-    });
+    visitSpan(project, block, [&](double& present, double&) { present = start; });
+}
+
+void BlockEdits::setLength(Project& project, const BlockRef& block, double length)
+{
+    visitSpan(project, block, [&](double&, double& present) { present = length; });
 }
 
 void BlockEdits::remove(Project& project, const BlockRef& block)

@@ -32,7 +32,9 @@ namespace BlockEdits {
 /// Where a record lies; nothing for a chord, which cannot be moved.
 std::optional<BlockSpan> spanOf(const Project& project, const BlockRef& block);
 
-void setSpan(Project& project, const BlockRef& block, const BlockSpan& span);
+/// Each leaves the other as it is, and a chord alone.
+void setStart(Project& project, const BlockRef& block, double start);
+void setLength(Project& project, const BlockRef& block, double length);
 
 /// Removes a record. Its track stays, even without any blocks.
 void remove(Project& project, const BlockRef& block);

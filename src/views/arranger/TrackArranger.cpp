@@ -155,13 +155,24 @@ void TrackArranger::rebuildScene()
     if (!project_)
         return;
     rebuildLanes();
-    scene_->rebuild(*project_, lanes_);
+    scene_->rebuild(*project_, lanes_, view_->isDragging() ? SceneWidth::Keep : SceneWidth::Fit);
     // Items tell the view where they come and go, but the lanes behind them are none.
     view_->viewport()->update();
     if (playback_)
         updatePlayhead(playback_->playheadBeat());
     header_->update();
     syncRuler();
+}
+
+void TrackArranger::fitScene()
+{
+    if (project_)
+        scene_->fit(*project_, lanes_);
+}
+
+void TrackArranger::endDrag()
+{
+    view_->endDrag();
 }
 
 const LaneInfo* TrackArranger::laneAtY(double y) const

@@ -55,6 +55,13 @@ public:
     void rebuildLanes();
     void rebuildScene();
 
+    /// Gives the scene the size of the song again, which a drag keeps it from getting.
+    void fitScene();
+
+    /// Ends a drag of a block that is under way as if the mouse let go: whoever puts other records
+    /// into the project, or reads it as a whole, does so first.
+    void endDrag();
+
     /// The lane at a height of the scene, or null.
     const LaneInfo* laneAtY(double y) const;
 

@@ -85,9 +85,18 @@ void PianoKeyboardWidget::mouseMoveEvent(QMouseEvent* event)
     press(pitch);
 }
 
-void PianoKeyboardWidget::mouseReleaseEvent(QMouseEvent* /*event*/)
+void PianoKeyboardWidget::mouseReleaseEvent(QMouseEvent* event)
 {
-    release();
+    if (event->button() == Qt::LeftButton)
+        release();
+}
+
+bool PianoKeyboardWidget::event(QEvent* event)
+{
+    // The release goes to the dialog that has opened.
+    if (event->type() == QEvent::WindowBlocked)
+        release();
+    return QWidget::event(event);
 }
 
 void PianoKeyboardWidget::press(int pitch)

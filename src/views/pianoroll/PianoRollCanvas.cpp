@@ -227,14 +227,14 @@ QList<int> PianoRollCanvas::ghostTracks() const
 
 void PianoRollCanvas::rebuildScene()
 {
-    sceneIsStale_ = false;
     if (!project_) {
         scene_->empty();
         updateCaption();
         return;
     }
     const MelodyBlock* block = activeBlock();
-    scene_->rebuild(*project_, block, ghostTracks());
+    scene_->rebuild(*project_, block, ghostTracks(),
+                    view_->isDragging() ? SceneWidth::Keep : SceneWidth::Fit);
     if (!block && (activeTrack_ >= 0 || visibleTracks_.isEmpty()))
         scene_->showMessage(
             tr("Elegí una velta de melodía en la línea de tiempo para editarla acá."));
@@ -242,6 +242,17 @@ void PianoRollCanvas::rebuildScene()
         updatePlayhead(playback_->playheadBeat());
     updateCaption();
     syncRulerAndKeyboard();
+}
+
+void PianoRollCanvas::fitScene()
+{
+    if (project_)
+        scene_->fit(*project_);
+}
+
+void PianoRollCanvas::endDrag()
+{
+    view_->endDrag();
 }
 
 // ---- Caption -------------------------------------------------------------------------------

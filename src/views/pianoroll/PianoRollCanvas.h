@@ -67,6 +67,13 @@ public:
 
     void rebuildScene();
 
+    /// Gives the scene the size of the song again, which a drag keeps it from getting.
+    void fitScene();
+
+    /// Ends a drag of notes that is under way as if the mouse let go: whoever puts other records
+    /// into the project, or reads it as a whole, does so first.
+    void endDrag();
+
     /// Writes the track, the key and the length of the block over the grid.
     void updateCaption();
 
@@ -185,8 +192,6 @@ private:
     /// The pitches of the letters that are held down, by key.
     QHash<int, int> heldKeys_;
     int keyboardOctave_ = 4;
-    /// Whether the notes have been put in order since the scene was made.
-    bool sceneIsStale_ = false;
 
     PianoRollScene* scene_;
     QLabel* caption_;

@@ -9,6 +9,7 @@
 #include "views/pianoroll/PianoRollScene.h"
 
 #include <QKeyEvent>
+#include <QMetaMethod>
 
 #include <algorithm>
 #include <utility>
@@ -36,10 +37,11 @@ void PianoRollCanvas::commitEdit()
 {
     if (MelodyBlock* block = activeBlock())
         NoteEdits::finish(*block);
-    sceneIsStale_ = true;
-    emit edited();
-    // Who listens has the scene made anew; without anybody the items would stand for other notes.
-    if (sceneIsStale_)
+    // Who listens announces the change, and the scene is made anew; without anybody the items would
+    // stand for other notes.
+    if (isSignalConnected(QMetaMethod::fromSignal(&PianoRollCanvas::edited)))
+        emit edited();
+    else
         rebuildScene();
 }
 

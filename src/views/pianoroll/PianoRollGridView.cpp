@@ -50,74 +50,75 @@ void PianoRollGridView::resizeEvent(QResizeEvent* event)
     canvas_->applyVerticalFit();
 }
 
+bool PianoRollGridView::event(QEvent* event)
+{
+    // The release goes to the dialog that has opened.
+    if (event->type() == QEvent::WindowBlocked)
+        endDrag();
+    return QGraphicsView::event(event);
+}
+
 // ---- Drags ---------------------------------------------------------------------------------
 
-bool PianoRollGridView::dragsNotes() const
-{
-    return drag_.mode != DragMode::None && drag_.mode != DragMode::RubberBand;
-}
-
-/// Whether the notes are the very ones that the drag has left: whatever else writes to the block,
-/// an undo or a note played live, gives it a list of its own, in which indices mean other notes.
-bool PianoRollGridView::holdsNotes() const
+std::optional<QList<NoteEvent>> PianoRollGridView::notesOfBlock() const
 {
     const MelodyBlock* block = canvas_->activeBlock();
-    return block && block->notes.isSharedWith(drag_.left);
-}
-
-/// Leaves no drag, and silences the note that was being drawn.
-PianoRollGridView::Drag PianoRollGridView::takeDrag()
-{
-    Drag drag = std::exchange(drag_, {});
-    if (drag.mode == DragMode::Draw)
-        canvas_->endPreview(drag.drawPitch);
-    return drag;
+    return block ? std::optional(block->notes) : std::nullopt;
 }
 
 void PianoRollGridView::endDrag()
 {
-    if (!dragsNotes())
+    if (!drag_)
         return;
-    const bool intact = holdsNotes();
-    if (takeDrag().moved && intact)
+    const bool edited = drag_->block.isEdit(notesOfBlock());
+    cancelDrag();
+    if (edited)
         canvas_->commitEdit();
 }
 
 void PianoRollGridView::cancelDrag()
 {
-    if (dragsNotes())
-        takeDrag();
+    if (!drag_)
+        return;
+    // Before the preview ends: who hears of that may look at the grid.
+    const Drag drag = *std::exchange(drag_, std::nullopt);
+    if (drag.mode == DragMode::Draw)
+        canvas_->endPreview(drag.drawPitch);
+    canvas_->fitScene();
 }
 
 void PianoRollGridView::dragTo(const QPointF& place)
 {
-    MelodyBlock& block = *canvas_->activeBlock();
+    applyTo(*canvas_->activeBlock(), place);
+    if (drag_->block.leave(notesOfBlock()))
+        canvas_->rebuildScene();
+}
+
+void PianoRollGridView::applyTo(MelodyBlock& block, const QPointF& place)
+{
     const double step = canvas_->snapBeats();
-    const QPointF way = place - drag_.start;
+    const QPointF way = place - drag_->start;
     const double beats = NoteEdits::snapped(way.x() / PianoRollLayout::kBeatPixels, step);
-    if (drag_.mode == DragMode::Move) {
+    if (drag_->mode == DragMode::Move) {
         applyMoveDelta(beats, -PianoRollLayout::rowsIn(way.y()));
-    } else if (drag_.mode == DragMode::Resize) {
+    } else if (drag_->mode == DragMode::Resize) {
         applyResizeDelta(beats);
-    } else if (drag_.drawIndex < block.notes.size()) {
-        block.notes[drag_.drawIndex].durationBeats =
-            NoteEdits::drawnLength(drag_.drawBeat, place.x() / PianoRollLayout::kBeatPixels, step);
+    } else if (drag_->drawIndex < block.notes.size()) {
+        block.notes[drag_->drawIndex].durationBeats =
+            NoteEdits::drawnLength(drag_->drawBeat, place.x() / PianoRollLayout::kBeatPixels, step);
     }
-    drag_.moved = true;
-    drag_.left = block.notes;
-    canvas_->rebuildScene();
 }
 
 void PianoRollGridView::applyMoveDelta(double beats, int pitches)
 {
     if (MelodyBlock* block = canvas_->activeBlock())
-        NoteEdits::move(*block, drag_.notes, beats, pitches);
+        NoteEdits::move(*block, drag_->notes, beats, pitches);
 }
 
 void PianoRollGridView::applyResizeDelta(double beats)
 {
     if (MelodyBlock* block = canvas_->activeBlock())
-        NoteEdits::resize(*block, drag_.notes, beats, canvas_->snapBeats());
+        NoteEdits::resize(*block, drag_->notes, beats, canvas_->snapBeats());
 }
 
 // ---- Mouse ---------------------------------------------------------------------------------
@@ -137,6 +138,7 @@ void PianoRollGridView::mousePressEvent(QMouseEvent* event)
     }
     // The release of the press before this one may have gone elsewhere.
     endDrag();
+    setDragMode(NoDrag);
     if (event->modifiers() & Qt::ShiftModifier)
         startRubberBand(event);
     else if (NoteItem* note = noteItemAt(place))
@@ -156,7 +158,6 @@ void PianoRollGridView::deleteAt(const QPointF& place)
 
 void PianoRollGridView::startRubberBand(QMouseEvent* event)
 {
-    drag_ = {.mode = DragMode::RubberBand};
     setDragMode(RubberBandDrag);
     QGraphicsView::mousePressEvent(event);
 }
@@ -171,10 +172,10 @@ void PianoRollGridView::pressOnNote(NoteItem* note, const QPointF& place,
     }
     const MelodyBlock& block = *canvas_->activeBlock();
     const bool grip = PianoRollLayout::isOnGrip(place.x(), note->rect().right(), transform().m11());
-    drag_ = {.mode = grip ? DragMode::Resize : DragMode::Move,
-             .start = place,
-             .notes = NoteEdits::dragged(block, canvas_->scene()->selectedNotes()),
-             .left = block.notes};
+    drag_ = Drag{.mode = grip ? DragMode::Resize : DragMode::Move,
+                 .start = place,
+                 .notes = NoteEdits::dragged(block, canvas_->scene()->selectedNotes()),
+                 .block = RecordDrag(Qt::LeftButton, notesOfBlock())};
 }
 
 void PianoRollGridView::drawNote(const QPointF& place)
@@ -186,27 +187,34 @@ void PianoRollGridView::drawNote(const QPointF& place)
     if (pitch == -1 || beat < 0.0)
         return;
     canvas_->addNoteAt(beat, pitch, step);
-    const QList<NoteEvent>& notes = canvas_->activeBlock()->notes;
-    drag_ = {.mode = DragMode::Draw,
-             .start = place,
-             .drawBeat = beat,
-             .drawPitch = pitch,
-             .drawIndex = static_cast<int>(notes.size()) - 1,
-             .moved = true,
-             .left = notes};
+    drag_ = Drag{.mode = DragMode::Draw,
+                 .start = place,
+                 .drawBeat = beat,
+                 .drawPitch = pitch,
+                 .drawIndex = static_cast<int>(canvas_->activeBlock()->notes.size()) - 1,
+                 .block = RecordDrag(Qt::LeftButton, notesOfBlock(), true)};
     canvas_->startPreview(pitch);
 }
 
 void PianoRollGridView::mouseMoveEvent(QMouseEvent* event)
 {
     const QPointF place = mapToScene(event->position().toPoint());
-    if (!dragsNotes()) {
+    if (!drag_) {
         showCursorAt(place);
         QGraphicsView::mouseMoveEvent(event);
-    } else if (holdsNotes()) {
+        return;
+    }
+    using Move = decltype(drag_->block)::Move;
+    switch (drag_->block.move(event->buttons(), notesOfBlock())) {
+    case Move::Follow:
         dragTo(place);
-    } else {
+        break;
+    case Move::Finish:
+        endDrag();
+        break;
+    case Move::Drop:
         cancelDrag();
+        break;
     }
 }
 
@@ -220,13 +228,13 @@ void PianoRollGridView::showCursorAt(const QPointF& place)
 
 void PianoRollGridView::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (dragsNotes()) {
+    if (!drag_) {
+        QGraphicsView::mouseReleaseEvent(event);
+        if (event->button() == Qt::LeftButton)
+            setDragMode(NoDrag);
+    } else if (drag_->block.isEndedBy(event->button())) {
         endDrag();
-        return;
     }
-    QGraphicsView::mouseReleaseEvent(event);
-    if (takeDrag().mode == DragMode::RubberBand)
-        setDragMode(NoDrag);
 }
 
 // ---- Wheel ---------------------------------------------------------------------------------

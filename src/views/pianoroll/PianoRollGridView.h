@@ -1,9 +1,12 @@
 #pragma once
 
 #include "music/NoteEvent.h"
+#include "views/RecordDrag.h"
 #include "views/pianoroll/NoteEdits.h"
 
 #include <QGraphicsView>
+
+#include <optional>
 
 class NoteItem;
 class PianoRollCanvas;
@@ -25,10 +28,14 @@ public:
     /// Forgets a drag of notes; what it has done so far stays.
     void cancelDrag();
 
+    /// Whether the mouse holds notes.
+    bool isDragging() const { return drag_.has_value(); }
+
     /// The height in the viewport of a height of the scene, in pixels and parts of them.
     double viewportY(double sceneY) const;
 
 protected:
+    bool event(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -37,13 +44,13 @@ protected:
     void drawBackground(QPainter* painter, const QRectF& rect) override;
 
 private:
-    enum class DragMode { None, Draw, Move, Resize, RubberBand };
+    enum class DragMode { Draw, Move, Resize };
 
-    /// What the mouse does between press and release.
+    /// Notes between press and release.
     struct Drag {
-        DragMode mode = DragMode::None;
+        DragMode mode;
         /// Of the press, in scene pixels.
-        QPointF start = {};
+        QPointF start;
         /// What was selected at the press.
         QList<DraggedNote> notes = {};
         /// Of the note that is being drawn: its absolute beat, its pitch and its place in the
@@ -51,25 +58,22 @@ private:
         double drawBeat = 0.0;
         int drawPitch = -1;
         int drawIndex = -1;
-        /// The notes are to be committed at the release.
-        bool moved = false;
-        /// The notes of the block as the drag has left them.
-        QList<NoteEvent> left = {};
+        /// All notes of the block; nothing where the block is gone.
+        RecordDrag<std::optional<QList<NoteEvent>>> block;
     };
 
-    bool dragsNotes() const;
-    bool holdsNotes() const;
-    Drag takeDrag();
+    std::optional<QList<NoteEvent>> notesOfBlock() const;
     void startRubberBand(QMouseEvent* event);
     void pressOnNote(NoteItem* note, const QPointF& place, Qt::KeyboardModifiers modifiers);
     void drawNote(const QPointF& place);
     void deleteAt(const QPointF& place);
     void dragTo(const QPointF& place);
+    void applyTo(MelodyBlock& block, const QPointF& place);
     void applyMoveDelta(double beats, int pitches);
     void applyResizeDelta(double beats);
     void showCursorAt(const QPointF& place);
     void scrollHorizontally(int pixels);
 
     PianoRollCanvas* canvas_;
-    Drag drag_;
+    std::optional<Drag> drag_;
 };

@@ -32,14 +32,19 @@ PianoRollScene::PianoRollScene(QObject* parent) : QGraphicsScene(parent)
 }
 
 void PianoRollScene::rebuild(const Project& project, const MelodyBlock* block,
-                             const QList<int>& ghostTracks)
+                             const QList<int>& ghostTracks, SceneWidth width)
 {
     empty();
-    setSceneRect(QRectF(QPointF(), PianoRollLayout::sceneSize(project)));
+    fit(project, width);
     addGhosts(project, ghostTracks);
     if (block)
         addNotes(*block);
     addPlayhead();
+}
+
+void PianoRollScene::fit(const Project& project, SceneWidth width)
+{
+    setSceneRect(sceneRectFor(PianoRollLayout::sceneSize(project), sceneRect(), width));
 }
 
 void PianoRollScene::empty()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "views/SceneWidth.h"
 #include "views/pianoroll/NoteItem.h"
 
 #include <QGraphicsScene>
@@ -20,7 +21,11 @@ public:
     /// in a colour of its own; an index that stands for no track is passed over. Notes whose place
     /// is not finite or beyond PianoRollLayout::kMostBeats are left out. The playhead stands at
     /// beat 0 afterwards.
-    void rebuild(const Project& project, const MelodyBlock* block, const QList<int>& ghostTracks);
+    void rebuild(const Project& project, const MelodyBlock* block, const QList<int>& ghostTracks,
+                 SceneWidth width = SceneWidth::Fit);
+
+    /// Gives the scene the size of the song.
+    void fit(const Project& project, SceneWidth width = SceneWidth::Fit);
 
     /// Leaves nothing, not even the playhead.
     void empty();

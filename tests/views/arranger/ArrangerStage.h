@@ -32,12 +32,12 @@ public:
         files_.library().reload();
     }
 
-    LoopLibrary* library() { return &files_.library(); }
+    LoopLibrary* library() const { return &files_.library(); }
 
     ContentFixture& files() { return files_; }
 
 private:
-    ContentFixture files_;
+    mutable ContentFixture files_;
 };
 
 /// A song in 4/4 with every kind of lane and block:

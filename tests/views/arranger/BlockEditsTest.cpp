@@ -31,6 +31,12 @@ std::unique_ptr<Project> song()
     return result;
 }
 
+void setSpan(Project& project, const BlockRef& block, const BlockSpan& span)
+{
+    BlockEdits::setStart(project, block, span.start);
+    BlockEdits::setLength(project, block, span.length);
+}
+
 std::unique_ptr<Project> copyOf(const Project& original)
 {
     auto copy = project(original.tracks, original.harmonyTrack, original.timeSignature,
@@ -73,6 +79,7 @@ private slots:
     void settingASpanChangesThatRecordAlone();
     void settingASpanKeepsWhatTheRecordHolds();
     void settingTheSpanOfAChordDoesNothing();
+    void startAndLengthAreSetApart();
 
     void removingABlockLeavesTheOthers();
     void removingTheLastBlockLeavesItsTrack();
@@ -140,7 +147,7 @@ void BlockEditsTest::staleReferencesDoNothing()
     QFETCH(BlockRef, block);
     const auto edited = song();
     QVERIFY(!BlockEdits::spanOf(*edited, block));
-    BlockEdits::setSpan(*edited, block, {99.0, 99.0});
+    setSpan(*edited, block, {99.0, 99.0});
     QCOMPARE(firstDifference(*edited, *song()), QString());
     BlockEdits::remove(*edited, block);
     QCOMPARE(firstDifference(*edited, *song()), QString());
@@ -153,13 +160,13 @@ void BlockEditsTest::settingASpanChangesThatRecordAlone()
         const QList<BlockRef> blocks = movableBlocks(*original);
         for (const BlockRef& block : blocks) {
             const auto edited = copyOf(*original);
-            BlockEdits::setSpan(*edited, block, {1234.5, 67.25});
+            setSpan(*edited, block, {1234.5, 67.25});
             for (const BlockRef& other : blocks) {
                 const auto expected = other == block ? std::optional(BlockSpan{1234.5, 67.25})
                                                      : BlockEdits::spanOf(*original, other);
                 QCOMPARE(BlockEdits::spanOf(*edited, other), expected);
             }
-            BlockEdits::setSpan(*edited, block, *BlockEdits::spanOf(*original, block));
+            setSpan(*edited, block, *BlockEdits::spanOf(*original, block));
             QCOMPARE(firstDifference(*edited, *original), QString());
         }
     }
@@ -168,9 +175,9 @@ void BlockEditsTest::settingASpanChangesThatRecordAlone()
 void BlockEditsTest::settingASpanKeepsWhatTheRecordHolds()
 {
     const auto edited = song();
-    BlockEdits::setSpan(*edited, {BlockKind::Melody, 0, 1}, {9.0, 3.0});
-    BlockEdits::setSpan(*edited, {BlockKind::Loop, 1, 0}, {5.0, 6.0});
-    BlockEdits::setSpan(*edited, {BlockKind::Audio, 0, 0}, {1.25, 4.5});
+    setSpan(*edited, {BlockKind::Melody, 0, 1}, {9.0, 3.0});
+    setSpan(*edited, {BlockKind::Loop, 1, 0}, {5.0, 6.0});
+    setSpan(*edited, {BlockKind::Audio, 0, 0}, {1.25, 4.5});
     const auto expected = song();
     expected->tracks[0].melodyBlocks[1] = melody({note(62, 0.0)}, 9.0, 3.0);
     expected->tracks[1].loopBlocks[0] = loop("r", "bombo", 5.0, 6.0);
@@ -181,8 +188,23 @@ void BlockEditsTest::settingASpanKeepsWhatTheRecordHolds()
 void BlockEditsTest::settingTheSpanOfAChordDoesNothing()
 {
     const auto edited = song();
-    BlockEdits::setSpan(*edited, {BlockKind::Chord, 1, 0}, {9.0, 3.0});
+    setSpan(*edited, {BlockKind::Chord, 1, 0}, {9.0, 3.0});
     QCOMPARE(firstDifference(*edited, *song()), QString());
+}
+
+void BlockEditsTest::startAndLengthAreSetApart()
+{
+    const auto edited = song();
+    BlockEdits::setStart(*edited, {BlockKind::Melody, 0, 1}, 9.0);
+    BlockEdits::setLength(*edited, {BlockKind::Loop, 1, 0}, 6.0);
+    BlockEdits::setStart(*edited, {BlockKind::Audio, 0, 0}, 1.25);
+    BlockEdits::setLength(*edited, {BlockKind::Audio, 1, 1}, 5.0);
+    const auto expected = song();
+    expected->tracks[0].melodyBlocks[1].startBeat = 9.0;
+    expected->tracks[1].loopBlocks[0].durationBeats = 6.0;
+    expected->audioTracks[0].clips[0].offsetBeats = 1.25;
+    expected->audioTracks[1].clips[1].durationBeats = 5.0;
+    QCOMPARE(firstDifference(*edited, *expected), QString());
 }
 
 // ---- Removing ------------------------------------------------------------------------------

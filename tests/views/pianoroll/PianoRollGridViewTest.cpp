@@ -4,6 +4,8 @@
 #include "support/SeededRandom.h"
 #include "support/UserHome.h"
 
+#include <QDialog>
+
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -13,6 +15,30 @@ using namespace ProjectBuilder;
 namespace {
 
 constexpr Qt::KeyboardModifiers kCtrlShift = Qt::ControlModifier | Qt::ShiftModifier;
+
+/// Every note of a scene by its index, with its place.
+QList<std::pair<int, QRectF>> notesOf(const PianoRollScene& scene)
+{
+    QList<std::pair<int, QRectF>> notes;
+    for (QGraphicsItem* item : scene.items(Qt::AscendingOrder)) {
+        if (const auto* note = qgraphicsitem_cast<NoteItem*>(item))
+            notes.append({note->index(), note->rect()});
+    }
+    return notes;
+}
+
+/// Whether the piano roll shows its block as it is now, and, unless the mouse holds notes, in a
+/// scene of the size of the song.
+bool isInStep(PianoRollStage& stage)
+{
+    const MelodyBlock* block = stage.canvas.activeBlock();
+    PianoRollScene fresh;
+    fresh.rebuild(stage.song, block, {});
+    const PianoRollScene& shown = *stage.canvas.scene();
+    const bool fits = stage.canvas.view()->isDragging() ? shown.width() >= fresh.width()
+                                                        : shown.sceneRect() == fresh.sceneRect();
+    return fits && notesOf(shown) == notesOf(fresh);
+}
 
 } // namespace
 
@@ -76,6 +102,12 @@ private slots:
 
     void noteItemAtFindsNotesOnly();
 
+    void clickOfAShakingHandSelects();
+    void lastNoteStaysUnderTheMouse();
+    void releaseElsewhereEndsADrag();
+    void releaseOfAnotherButtonLeavesADrag();
+    void releaseElsewhereEndsARubberBand();
+    void dialogEndsADrag();
     void undoEndsADrag_data();
     void undoEndsADrag();
     void changeThatKeepsTheNotesLeavesADrag();
@@ -422,11 +454,12 @@ void PianoRollGridViewTest::gripResizes_data()
 {
     QTest::addColumn<double>("to");
     QTest::addColumn<QString>("resized");
+    QTest::addColumn<int>("edits");
 
-    QTest::newRow("longer") << 3.0 << "62@1+2";
-    QTest::newRow("shorter") << 1.5 << "62@1+0.5";
-    QTest::newRow("not below a step") << -4.0 << "62@1+0.5";
-    QTest::newRow("less than half a step") << 2.1 << "62@1+1";
+    QTest::newRow("longer") << 3.0 << "62@1+2" << 1;
+    QTest::newRow("shorter") << 1.5 << "62@1+0.5" << 1;
+    QTest::newRow("not below a step") << -4.0 << "62@1+0.5" << 1;
+    QTest::newRow("less than half a step") << 2.1 << "62@1+1" << 0;
 }
 
 void PianoRollGridViewTest::gripResizes()
@@ -436,7 +469,7 @@ void PianoRollGridViewTest::gripResizes()
     // Three pixels left of its right edge.
     stage_->drag(stage_->at(2.0, 62) - QPoint(3, 0), stage_->at(to, 69) - QPoint(3, 0));
     QCOMPARE(note(1), resized);
-    QCOMPARE(editor_->edits(), 1);
+    QTEST(editor_->edits(), "edits");
 }
 
 void PianoRollGridViewTest::resizeRoundsTheLength()
@@ -578,6 +611,96 @@ void PianoRollGridViewTest::noteItemAtFindsNotesOnly()
     QCOMPARE(canvas().view()->noteItemAt(QPointF(32, 584))->index(), 0);
     QVERIFY(!canvas().view()->noteItemAt(QPointF(270, 470)));
     QVERIFY(!canvas().view()->noteItemAt(QPointF(0, 0)));
+}
+
+// ---- Drags and buttons ---------------------------------------------------------------------
+
+void PianoRollGridViewTest::clickOfAShakingHandSelects()
+{
+    const QPoint place = stage_->at(1.5, 62);
+    stage_->press(place);
+    for (const int tremor : {1, 0, -2, 1})
+        stage_->move(place + QPoint(tremor, tremor));
+    stage_->release(place + QPoint(1, 0));
+    QCOMPARE(editor_->edits(), 0);
+    QCOMPARE(stage_->selected(), QList<int>{1});
+    stage_->key(Qt::Key_Delete);
+    QCOMPARE(stage_->tune(), QStringList({"60@0+1", "64@2+1", "72@4+0.5"}));
+    QCOMPARE(editor_->edits(), 1);
+}
+
+// Whatever makes the song shorter meanwhile does not move the ground under the mouse.
+void PianoRollGridViewTest::lastNoteStaysUnderTheMouse()
+{
+    canvas().resize(1800, canvas().height());
+    stage_->song.tracks[2].melodyBlocks[0].startBeat = 156.0;
+    stage_->notes().append(ProjectBuilder::note(66, 150.0));
+    emit stage_->song.changed();
+    QScrollBar* bar = canvas().view()->horizontalScrollBar();
+    bar->setValue(bar->maximum());
+    const QPoint place = stage_->at(150.5, 66);
+    stage_->press(place);
+    stage_->move(place - QPoint(64, 0));
+    stage_->song.tracks[2].melodyBlocks[0].startBeat = 4.0;
+    emit stage_->song.changed();
+    for (const int way : {65, 64, 65, 64})
+        stage_->move(place - QPoint(way, 0));
+    QCOMPARE(stage_->tune().last(), "66@149+1");
+    stage_->release(place - QPoint(64, 0));
+    QCOMPARE(stage_->tune().last(), "66@149+1");
+    QCOMPARE(editor_->edits(), 1);
+    // 38 bars, as the block ends with the note, and eight more.
+    QCOMPARE(canvas().scene()->width(), 46.0 * 256.0);
+}
+
+void PianoRollGridViewTest::releaseElsewhereEndsADrag()
+{
+    stage_->press(stage_->at(1.5, 62));
+    stage_->move(stage_->at(3.5, 66));
+    stage_->moveWithoutButtons(stage_->at(8.5, 60));
+    QCOMPARE(editor_->edits(), 1);
+    stage_->moveWithoutButtons(stage_->at(9.5, 60));
+    stage_->release(stage_->at(9.5, 60));
+    QCOMPARE(stage_->tune(), QStringList({"60@0+1", "64@2+1", "66@3+1", "72@4+0.5"}));
+    QCOMPARE(editor_->edits(), 1);
+}
+
+void PianoRollGridViewTest::releaseOfAnotherButtonLeavesADrag()
+{
+    stage_->press(stage_->at(1.5, 62));
+    stage_->move(stage_->at(3.5, 66));
+    stage_->click(stage_->at(9.5, 66), Qt::MiddleButton);
+    stage_->click(stage_->at(9.5, 66), Qt::RightButton);
+    QCOMPARE(editor_->edits(), 0);
+    stage_->move(stage_->at(6.5, 66));
+    stage_->release(stage_->at(6.5, 66));
+    QCOMPARE(stage_->tune(), QStringList({"60@0+1", "64@2+1", "72@4+0.5", "66@6+1"}));
+    QCOMPARE(editor_->edits(), 1);
+}
+
+void PianoRollGridViewTest::releaseElsewhereEndsARubberBand()
+{
+    stage_->press(QPoint(5, 5), Qt::LeftButton, Qt::ShiftModifier);
+    stage_->move(QPoint(150, 150));
+    stage_->click(QPoint(150, 150), Qt::MiddleButton);
+    QCOMPARE(canvas().view()->dragMode(), QGraphicsView::RubberBandDrag);
+    stage_->moveWithoutButtons(QPoint(200, 200));
+    stage_->press(stage_->at(9.0, 66));
+    QCOMPARE(canvas().view()->dragMode(), QGraphicsView::NoDrag);
+    stage_->release(stage_->at(9.0, 66));
+    QVERIFY(stage_->tune().contains("66@9+0.5"));
+}
+
+void PianoRollGridViewTest::dialogEndsADrag()
+{
+    stage_->press(stage_->at(1.5, 62));
+    stage_->move(stage_->at(3.5, 66));
+    QDialog dialog(&canvas());
+    dialog.open();
+    QTRY_COMPARE(editor_->edits(), 1);
+    dialog.close();
+    stage_->release(stage_->at(3.5, 66));
+    QCOMPARE(editor_->edits(), 1);
 }
 
 // ---- Drags that lose their notes -----------------------------------------------------------
@@ -920,7 +1043,7 @@ void PianoRollGridViewTest::anyGesturesAreSurvived()
             emit stage_->song.changed();
         }
         const QPoint place(random.between(-50, 800), random.between(-10, 460));
-        switch (random.between(0, 9)) {
+        switch (random.between(0, 11)) {
         case 0:
         case 1:
             stage_->press(place, random.pick(buttons), random.pick(modifiers));
@@ -938,9 +1061,13 @@ void PianoRollGridViewTest::anyGesturesAreSurvived()
         case 5:
             canvas().setActiveBlock(random.between(-1, 5), random.between(-1, 3));
             break;
+        case 6:
+            stage_->moveWithoutButtons(place);
+            break;
         default:
             stage_->move(place);
         }
+        QVERIFY2(isInStep(*stage_), qPrintable(QString::number(i)));
     }
     QVERIFY(editor_->edits() > 0);
 }
