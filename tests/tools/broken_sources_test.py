@@ -2,7 +2,8 @@
 
 from unittest import TestCase
 
-from sounding import problems_of, rhythm_of, rows, whole_source
+from sounding import GUITAR, HEADER, problems_of, rhythm_of, rows, whole_source
+from velta_content.problems import Kind
 
 # What is replaced in a source without faults, by what, the text at whose line the message stands
 # (nothing: line 1), and part of the message.
@@ -50,8 +51,15 @@ FAULTS = {
     "two variants alike": ("0/.4@72 1/.4@66", "0/.4@71 1/.4@65", "Intro 2", "Intro 2 es igual a Intro 1"),
     "a density that falls": ("0/.4@79 1/.4@73 2/.4@67 3/.4@61", "0/.4@79", "Normal 4", "superar las 3 de Normal 3"),
     "a drum that does not exist": ("bombo: 0/.4@71", "bambo: 0/.4@71", "bambo", "no conozco el sonido «bambo»"),
-    "a key beyond the drum kit": ("bombo: 0/.4@71", "99: 0/.4@71", "99: ", "no conozco el sonido «99»"),
+    "a key beyond the drum kit": ("bombo: 0/.4@71", "88: 0/.4@71", "88: ", "no conozco el sonido «88»"),
     "a note that does not exist": ("C5: 0/.4@71", "H5: 0/.4@71", "H5", "no conozco la nota «H5»"),
+    "a drum of another name": ("bombo: 0/.4@71", "caja: 0/.4@71", "caja", "no conozco el sonido «caja»; ¿será «redoblante»?"),
+    "a drum with a slip": ("bombo: 0/.4@71", "redoblant: 0/.4@71", "redoblant:", "¿será «redoblante»?"),
+    "a sound that stands for no drum": ("percusión\nfuente: las pruebas\n", "percusión\nfuente: las pruebas\nsonidos: k=platillo\n", "sonidos", "no conozco el sonido «platillo»; ¿será «crash»?"),
+    "a section of another tongue": ("Final 1, 1", "Outro 1, 1", "Outro", "no hay una sección «Outro»: son Intro, Normal, Intermedio, Final y figura"),
+    "a key that is none": ("tempo:", "velocidad: 3\ntempo:", "velocidad", "no conozco «velocidad:»"),
+    "a key that no layer has": ("gm_violin\n", "gm_violin\nvolumen: 3\n", "volumen", "no conozco «volumen:»"),
+    "a sung note without an octave": ("C5: 0/.4@71", "Sol: 0/.4@71", "Sol", "no conozco la nota «Sol»"),
     "a noise of another instrument": ("C5: 0/.4@71", "golpe: 0/.4@71", "golpe", "no conozco la nota «golpe»"),
     "a note without an octave": ("C5: 0/.4@71", "C: 0/.4@71", "C: ", "no conozco la nota «C»"),
     "a position beyond the bar": ("C5: 0/.4@71", "C5: 4/.4@71", "C5: 4", "la posición 4 queda fuera del compás, que dura 4"),
@@ -115,14 +123,37 @@ class AllAtOnce(TestCase):
         for part in ("el compás se escribe", "no existe el instrumento", "no está entre 20 y 400"):
             self.assertIn(part, told)
 
-    def test_messages_come_in_the_order_of_lines(self):
-        text = whole_source().replace("C5:", "H5:").replace("bombo:", "bambo:")
-        lines = [line for line, _ in problems_of(text)]
-        self.assertEqual(lines, sorted(lines))
-        self.assertGreater(len(lines), 10)
+    def test_what_is_wrong_comes_in_the_order_of_lines_and_what_is_missing_after_it(self):
+        text = whole_source().replace("C5:", "H5:").replace("bombo:", "bambo:").replace("fuente: las pruebas\n", "")
+        found = sorted(rhythm_of(text).problems.found)
+        faults = [problem.line for problem in found if problem.kind is Kind.FAULT]
+        missing = [problem.line for problem in found if problem.kind is Kind.MISSING]
+        self.assertEqual([problem.line for problem in found], faults + missing)
+        self.assertEqual((faults, missing), (sorted(faults), sorted(missing)))
+        self.assertGreater(len(faults), 10)
+        self.assertGreater(len(missing), 4)
 
     def test_a_passing_note_that_lasts_is_advice_and_no_fault(self):
         text = whole_source().replace("C5: 0/.4@71", "C5: 0/.4@71 · 2/.9 F5", 1)
+        self.assertEqual(problems_of(text), [])
+
+    def test_cells_that_fall_on_no_pulse_are_told_as_advice(self):
+        def odd(cells, meter):
+            line = "C5 | " + "x" + (cells - 1) * "." + " |"
+            text = HEADER.format(meter=meter) + GUITAR + f"Normal 1, 1 compás:\n{line}\n"
+            return [p for p in rhythm_of(text).problems.found if "casillas" in p.message and p.warning]
+
+        for meter, fine in (("4/4", (1, 2, 4, 8, 12, 16, 24)), ("3/4", (1, 2, 3, 4, 6, 9, 12)), ("2/4", (1, 2, 4, 6, 8)),
+                            ("6/8", (1, 2, 3, 4, 6, 12)), ("9/8", (3, 9, 18)), ("12/8", (4, 12, 24))):
+            for cells in range(1, 25):
+                with self.subTest(meter=meter, cells=cells):
+                    if cells in fine:
+                        self.assertEqual(odd(cells, meter), [])
+                    if cells in (5, 7, 11, 13) or (cells == 9 and meter in ("4/4", "2/4", "6/8")):
+                        self.assertEqual(len(odd(cells, meter)), 1)
+
+    def test_a_held_chord_needs_no_accents(self):
+        text = whole_source().replace("C4: 0/.4@71 1/.4@65", "0/3.8 PN@70")
         self.assertEqual(problems_of(text), [])
 
     def test_lengths_that_never_meet_are_told_as_advice(self):

@@ -2,6 +2,7 @@
 
 import json
 import os
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -18,10 +19,10 @@ TOOL = ROOT / "tools" / "velta-content"
 CHECKOUT = Checkout(ROOT)
 
 
-def run(*arguments, encoding="utf-8"):
+def run(*arguments, encoding="utf-8", cwd=None):
     """The finished command, with its texts."""
     return subprocess.run([sys.executable, str(TOOL), *map(str, arguments)], capture_output=True, encoding=encoding,
-                          env=os.environ | {"PYTHONIOENCODING": encoding}, check=False)
+                          env=os.environ | {"PYTHONIOENCODING": encoding}, check=False, cwd=cwd)
 
 
 class CommittedPackages(TestCase):
@@ -149,7 +150,14 @@ class Commands(TestCase):
     def test_check_of_a_file_that_is_not_there_fails(self):
         done = run("check", self.folder / "nada.ritmo")
         self.assertEqual(done.returncode, 1)
-        self.assertIn("nada.ritmo:1: no se puede leer", done.stderr)
+        self.assertEqual(done.stderr, f"{self.folder / 'nada.ritmo'}:1: el archivo no existe\n")
+
+    def test_what_is_missing_is_noted_and_does_not_fail(self):
+        self.source.write_text(whole_source().replace("Final 2, 1 compás:\n    C5: 0/.4@87 1/.4@81\n", ""), encoding="utf-8")
+        done = run("check", self.source)
+        self.assertEqual(done.returncode, 0)
+        self.assertIn("nota: Final necesita 2 variantes y tiene 1", done.stderr)
+        self.assertEqual(done.stdout, "1 ritmo, 39 variantes: sin errores; para compilar falta lo que dicen las notas\n")
 
     def test_picture_draws_every_variant_and_note(self):
         done = run("picture", self.folder / "dibujos", self.source)
@@ -159,8 +167,42 @@ class Commands(TestCase):
         notes = sum(len(loop.notes) for layer in load(self.source).layers.values() for loop in layer.loops())
         self.assertEqual((kinds.count("frame"), kinds.count("note")), (40, notes))
 
+    def test_a_new_rhythm_is_whole_in_every_meter_and_replaces_no_file(self):
+        for meter in ("4/4", "3/4", "2/4", "6/8"):
+            with self.subTest(meter=meter):
+                name = "nuevo_" + meter.replace("/", "_")
+                done = run("nuevo", name, meter, cwd=self.folder)
+                self.assertEqual((done.returncode, done.stderr), (0, ""))
+                written = self.folder / f"{name}.ritmo"
+                self.assertEqual(load(written).problems.found, [])
+                self.assertTrue(written.read_text(encoding="utf-8").startswith("# Un ritmo para empezar"))
+                before = written.read_bytes()
+                self.assertIn("ya existe", run("nuevo", name, meter, cwd=self.folder).stderr)
+                self.assertEqual(written.read_bytes(), before)
+
+    def test_a_new_rhythm_needs_an_id_and_a_meter_that_there_is(self):
+        self.assertIn("no sirve de identificador", run("nuevo", "Mi Ritmo", cwd=self.folder).stderr)
+        self.assertIn("no de «7/8»", run("nuevo", "siete", "7/8", cwd=self.folder).stderr)
+        self.assertEqual(sorted(self.folder.iterdir()), [self.source])
+
+    def test_a_draft_is_a_library_of_what_there_is(self):
+        self.source.write_text("compás: 4/4\ntempo: 80 100 120\ncapa p: \"P\" gm_bateria percusión\n"
+                               "Normal 2, 1 compás:\nbombo | X . x . |\nbambo | x |\n", encoding="utf-8")
+        done = run("borrador", self.folder / "b", self.source)
+        self.assertEqual((done.returncode, done.stdout), (0, "borrador\n"))
+        self.assertIn("no conozco el sonido «bambo»; ¿será «bombo»?", done.stderr)
+        package = json.loads((self.folder / "b/loops/installed/borrador.content.json").read_text(encoding="utf-8"))
+        self.assertEqual(package["rhythm"]["displayName"], "prueba")
+        self.assertEqual([note["pitch"] for note in package["loopVariants"][0]["notes"]], [36, 36])
+
+    def test_a_draft_without_a_note_is_told(self):
+        self.source.write_text("compás: 4/4\ntempo: 80 100 120\n", encoding="utf-8")
+        done = run("borrador", self.folder / "b", self.source)
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("todavía no hay ninguna variante que suene", done.stderr)
+
     def test_words_that_are_no_command_get_the_list_of_commands(self):
-        for words in ((), ("compilar",), ("build-server",), ("compile", "algo"), ("picture",)):
+        for words in ((), ("compilar",), ("nuevo",), ("borrador", "algo"), ("build-server",), ("compile", "algo"), ("picture",)):
             with self.subTest(words=words):
                 done = run(*words)
                 self.assertEqual((done.returncode, done.stdout), (2, ""))
@@ -168,4 +210,39 @@ class Commands(TestCase):
 
     def test_help_lists_the_commands(self):
         done = run("--help")
-        self.assertEqual((done.returncode, done.stderr, len(done.stdout.splitlines())), (0, "", 4))
+        self.assertEqual((done.returncode, done.stderr, len(done.stdout.splitlines())), (0, "", 6))
+
+
+class OneBroken(TestCase):
+    """A checkout in which one source is broken and another unfinished."""
+
+    def setUp(self):
+        self.root = Path(self.enterContext(tempfile.TemporaryDirectory()))
+        shutil.copytree(ROOT / "tools", self.root / "tools", ignore=shutil.ignore_patterns("velta-banks"))
+        for folder in ("rhythms", "server-rhythms"):
+            self.write(folder, "buena", lambda text: text)
+            self.write(folder, "rota", lambda text: text.replace("gm_violin", "gm_viola"))
+            self.write(folder, "trunca", lambda text: text.replace("Final 2, 1", "figura f, 1"))
+
+    def write(self, folder, name, change):
+        path = self.root / "content" / folder / f"{name}.ritmo"
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(change(whole_source().replace("ritmo: prueba", f"ritmo: {name}")), encoding="utf-8")
+
+    def run_tool(self, *words):
+        return subprocess.run([sys.executable, str(self.root / "tools" / "velta-content"), *map(str, words)],
+                              capture_output=True, encoding="utf-8", check=False)
+
+    def test_the_others_are_compiled(self):
+        done = self.run_tool("compile")
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual([path.name for path in (self.root / "resources/loops/installed").iterdir()], ["buena.content.json"])
+        self.assertIn("content/rhythms/rota.ritmo: queda afuera", done.stderr)
+        self.assertIn("content/rhythms/trunca.ritmo: queda afuera", done.stderr)
+        self.assertIn("nota: Final necesita 2 variantes", done.stderr)
+
+    def test_the_others_are_served(self):
+        done = self.run_tool("build-server", self.root / "servidor")
+        self.assertEqual((done.returncode, done.stdout), (1, f"1 ritmo en {self.root / 'servidor'}\n"))
+        catalogue = json.loads((self.root / "servidor/catalog.json").read_text(encoding="utf-8"))
+        self.assertEqual([entry["rhythmId"] for entry in catalogue["rhythms"]], ["buena"])

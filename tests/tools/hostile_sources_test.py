@@ -74,10 +74,13 @@ class Files(TestCase):
             return [problem.message for problem in load(path).problems.found]
 
     def test_a_file_that_is_no_text(self):
-        self.assertIn("no se puede leer como texto UTF-8", self.problems_of_bytes(b"\xff\xfe\x00\x80" * 99))
+        self.assertIn("no se puede leer como texto UTF-8: guardalo así desde el editor", self.problems_of_bytes(b"\xff\xfe\x00\x80" * 99))
 
     def test_a_file_that_is_not_there(self):
-        self.assertIn("no se puede leer como texto UTF-8", [p.message for p in load(Path("/no/hay/nada.ritmo")).problems.found])
+        self.assertEqual([p.message for p in load(Path("/no/hay/nada.ritmo")).problems.found], ["el archivo no existe"])
+
+    def test_a_folder_instead_of_a_file(self):
+        self.assertEqual([p.message for p in load(Path("/")).problems.found], ["es una carpeta, y hace falta un archivo .ritmo"])
 
     def test_a_file_of_megabytes(self):
         self.assertIn("el archivo pasa de 256 kilobytes", self.problems_of_bytes(b"#" * 5_000_000))

@@ -141,6 +141,14 @@ class Events(TestCase):
     def test_brackets_move_an_event_off_the_grid(self):
         self.assertEqual(starts(notes("36: 1@98(-.02) 2(+.01)", layer=DRUMS)), [.98, 2.01])
 
+    def test_notes_may_be_written_as_they_are_sung(self):
+        self.assertEqual(pitches(notes("0/.4 Do4 · 1/.4 [Mi4 Sol4 Sib4] · 2/.4 FA#3")), [60, 64, 67, 70, 54])
+        self.assertEqual(pitches(notes("notas | Do5 - Re5 si4 |")), [72, 74, 71])
+        self.assertEqual(pitches(notes("Sol2: 0/.4@70")), [43])
+
+    def test_hand_percussion_reaches_up_to_the_surdo(self):
+        self.assertEqual(pitches(notes("castañuelas: 0@70 · surdo_abierto: 1@70 · 82: 2@60", layer=DRUMS)), [85, 87, 82])
+
     def test_a_recorded_guitar_has_golpe_and_chasquido(self):
         guitar = GUITAR.replace("gm_guitarra_nylon", "guitarra_criolla")
         self.assertEqual(notes("golpe: 0@80 · chasquido: 1@70 2/.3@60", layer=guitar),

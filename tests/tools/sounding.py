@@ -70,7 +70,7 @@ def notes(body: str, bars: int = 1, layer: str = GUITAR, meter: str = "4/4") -> 
     lines = body if "compás:" in body or "compases:" in body else f"Normal 9, {bars} compases:\n{body}"
     rhythm = read_text(HEADER.format(meter=meter) + layer + lines + "\n", Problems(Path("prueba.ritmo")))
     build(rhythm)
-    if rhythm.problems.found:
+    if not rhythm.problems.finished:
         raise AssertionError([str(problem) for problem in rhythm.problems.found])
     last = list(list(rhythm.layers.values())[-1].variants.values())[-1]
     return [(n.start, n.length, n.pitch, n.velocity) for n in last.notes]

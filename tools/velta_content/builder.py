@@ -114,7 +114,11 @@ class _Builder:
             return kept + self._quoted(layer, chosen, text[match.end():])
         if plain(command) in changes:
             return changes[plain(command)]()
-        figure = FigureReader(self.rhythm, layer, variant.bars).read(line.text)
+        reader = FigureReader(self.rhythm, layer, variant.bars)
+        figure = reader.read(line.text)
+        for cells in reader.odd_cells:
+            self.rhythm.problems.warning(
+                line.number, f"{cells} casillas no caen en los tiempos del compás: ¿falta o sobra un carácter?")
         for bar, pitches in figure.cleared:
             notes = [n for n in notes if self._bar(n) != bar or (pitches is not None and n.pitch not in pitches)]
         return notes + [replace(note, line=line.number) for note in figure.notes]

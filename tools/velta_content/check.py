@@ -50,11 +50,14 @@ def _error(rhythm: Rhythm, key: str, message: str) -> None:
 
 
 def _check_header(rhythm: Rhythm) -> None:
-    for key in ("ritmo", "nombre", "estilo", "compás", "tempo"):
+    for key in ("compás", "tempo"):
         if key not in rhythm.lines:
             rhythm.problems.error(1, f"falta la línea «{key}:»")
+    for key in ("ritmo", "nombre", "estilo"):
+        if key not in rhythm.lines:
+            rhythm.problems.missing(1, f"falta la línea «{key}:»")
     if not rhythm.source:
-        rhythm.problems.error(1, "falta la línea «fuente:», que dice de dónde viene el ritmo")
+        rhythm.problems.missing(1, "falta la línea «fuente:», que dice de dónde viene el ritmo")
     if rhythm.id and rhythm.file.stem != rhythm.id:
         _error(rhythm, "ritmo", f"el archivo se tiene que llamar {rhythm.id}.ritmo")
     if rhythm.name and rhythm.name == rhythm.id:
@@ -63,7 +66,7 @@ def _check_header(rhythm: Rhythm) -> None:
 
 def _check_groove(rhythm: Rhythm) -> None:
     if len(rhythm.groove) < LEAST_OFFSETS:
-        rhythm.problems.error(1, f"el groove necesita {LEAST_OFFSETS} posiciones por lo menos")
+        rhythm.problems.missing(1, f"el groove necesita {LEAST_OFFSETS} posiciones por lo menos")
     for offset in rhythm.groove:
         if not 0 <= offset.position < (rhythm.bar or 1e9):
             rhythm.problems.error(
@@ -76,15 +79,18 @@ def _check_band(rhythm: Rhythm) -> None:
     layers = list(rhythm.layers.values())
     pitched = [layer for layer in layers if not layer.percussion]
     if len(layers) < LEAST_LAYERS or len(pitched) < LEAST_PITCHED:
-        rhythm.problems.error(
+        rhythm.problems.missing(
             1, f"hacen falta {LEAST_LAYERS} capas, {LEAST_PITCHED} de ellas con altura; "
                f"hay {len(layers)} y {len(pitched)}")
     used = {layer.instrument for layer in layers}
     for instrument in rhythm.instruments:
-        if rhythm.instruments[instrument].recorded and instrument not in music.STAND_INS:
-            _error(rhythm, f"instrumento {instrument}", f"no hay un banco grabado de «{instrument}»")
+        declared = rhythm.instruments[instrument]
+        if declared.recorded and instrument not in music.STAND_INS and not declared.own_bank:
+            _error(rhythm, f"instrumento {instrument}",
+                   f"no hay un banco grabado de «{instrument}»; uno tuyo se nombra después: grabado mi_banco.sf2")
         if instrument not in used:
-            _error(rhythm, f"instrumento {instrument}", f"ninguna capa usa el instrumento «{instrument}»")
+            rhythm.problems.missing(rhythm.lines[f"instrumento {instrument}"],
+                                    f"ninguna capa usa el instrumento «{instrument}»")
 
 
 def _check_lengths(rhythm: Rhythm) -> None:
@@ -105,7 +111,7 @@ def _check_lengths(rhythm: Rhythm) -> None:
 def _check_layer(rhythm: Rhythm, layer: Layer) -> None:
     problems = rhythm.problems
     if not layer.source:
-        problems.error(layer.line, "a la capa le falta «fuente:», que dice de dónde viene el patrón")
+        problems.missing(layer.line, "a la capa le falta «fuente:», que dice de dónde viene el patrón")
     instrument = rhythm.instruments.get(layer.instrument) or music.BUILT_IN.get(layer.instrument)
     if not instrument:
         problems.error(layer.line, f"no existe el instrumento «{layer.instrument}»")
@@ -122,10 +128,10 @@ def _check_sections(problems: Problems, layer: Layer) -> None:
     for section, least in LEAST_VARIANTS.items():
         variants = layer.section(section)
         if len(variants) < least:
-            problems.error(layer.line, f"{section} necesita {least} variantes y tiene {len(variants)}")
+            problems.missing(layer.line, f"{section} necesita {least} variantes y tiene {len(variants)}")
         for expected, variant in enumerate(variants, start=1):
             if variant.index != expected:
-                problems.error(variant.line, f"las variantes se numeran de corrido: falta {section} {expected}")
+                problems.missing(variant.line, f"las variantes se numeran de corrido: falta {section} {expected}")
                 break
 
 
@@ -156,7 +162,7 @@ def _check_variant(rhythm: Rhythm, layer: Layer, variant: Variant,
     if not rhythm.bar or not rhythm.tempo[1]:
         return
     if not variant.notes:
-        rhythm.problems.error(variant.line, f"{variant.name} no tiene notas")
+        rhythm.problems.missing(variant.line, f"{variant.name} no tiene notas")
         return
     said = _Speaker(rhythm, layer, variant)
     _check_times(said, variant, rhythm.bar * variant.bars)
@@ -220,8 +226,13 @@ def _check_velocities(said: _Speaker, variant: Variant) -> None:
         said.error(softest, f"la fuerza {softest.velocity} no llega a {SOFTEST}")
     if loudest.velocity > LOUDEST:
         said.error(loudest, f"la fuerza {loudest.velocity} pasa de {LOUDEST}")
-    if _density(variant) >= 3 and loudest.velocity - softest.velocity < LEAST_CONTRAST:
+    if _strokes_a_bar(variant) >= 3 and loudest.velocity - softest.velocity < LEAST_CONTRAST:
         said.error(loudest, "todo suena igual de fuerte: hacen falta acentos")
+
+
+def _strokes_a_bar(variant: Variant) -> float:
+    """Strokes and not notes: a chord is one, however many voices it has."""
+    return len({note.home for note in variant.notes}) / variant.bars
 
 
 def _check_pitches(said: _Speaker, layer: Layer, variant: Variant,

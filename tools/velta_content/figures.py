@@ -39,6 +39,8 @@ class FigureReader:
         self.rhythm = rhythm
         self.layer = layer
         self.bars = bars
+        #: Cells of bars that no one counts in: most often a character is missing.
+        self.odd_cells: list[int] = []
 
     def read(self, text: str) -> Figure:
         """The figure of a line, grid or events."""
@@ -89,6 +91,8 @@ class FigureReader:
             cells = _TOKEN.findall(text) if voice.tokens else list("".join(text.split()))
             if not 1 <= len(cells) <= MAX_CELLS:
                 raise SourceError(f"un compás tiene de 1 a {MAX_CELLS} casillas, no {len(cells)}")
+            if not _is_even(self.rhythm, len(cells)):
+                self.odd_cells.append(len(cells))
             step = self.rhythm.bar / len(cells)
             found.extend((bar, i * step, step, cell) for i, cell in enumerate(cells))
         return found
@@ -245,3 +249,17 @@ class FigureReader:
             velocity=playing.levels[usual] if event.velocity is None else event.velocity)
         return [note.moved(bar * self.rhythm.bar)
                 for note in notes_of(complete, playing, self.rhythm.tempo[1])]
+
+
+def _is_even(rhythm: Rhythm, cells: int) -> bool:
+    """Whether the cells of a bar are pulses, or divide or gather them as music does."""
+    step = rhythm.bar / cells
+    if rhythm.compound:
+        # Quarters and their halves are the 3/4 under a 6/8.
+        return _fits(step, 1.5) or round(1.0 / step, 6) in (1, 2, 4)
+    return _fits(step, 1.0) or (rhythm.bar == 3.0 and _fits(step, 1.5))
+
+
+def _fits(step: float, pulse: float) -> bool:
+    pulses = step / pulse
+    return abs(pulses - round(pulses)) < 1e-6 or round(1.0 / pulses, 6) in (1, 2, 3, 4, 6, 8)

@@ -113,6 +113,8 @@ class Rhythm:
     """A whole source. Numbers are 0 until their line has been read."""
 
     problems: Problems
+    # The file could not be read, so nothing else is known of it.
+    unread: bool = False
     id: str = ""
     name: str = ""
     style_id: str = ""

@@ -4,9 +4,13 @@ from __future__ import annotations
 
 import re
 from dataclasses import dataclass
+from difflib import get_close_matches
 
 from .words import plain
 
+# The notes as they are sung; Do4 is middle C, as C4.
+_SUNG = {"do": "C", "re": "D", "mi": "E", "fa": "F", "sol": "G", "la": "A", "si": "B"}
+_SUNG_NOTE = re.compile(r"(do|re|mi|fa|sol|la|si)([#b]?)(-?\d)")
 _STEPS = {"C": 0, "D": 2, "E": 4, "F": 5, "G": 7, "A": 9, "B": 11}
 _NOTE = re.compile(r"([A-G])([#b]?)(-?\d)")
 _NAMES = ("C", "C#", "D", "D#", "E", "F", "F#", "G", "G#", "A", "A#", "B")
@@ -23,10 +27,21 @@ _DRUMS = {
     "maracas": 70, "silbato_corto": 71, "silbato_largo": 72, "guiro_corto": 73,
     "guiro_largo": 74, "claves": 75, "caja_china_aguda": 76, "caja_china_grave": 77,
     "cuica_tapada": 78, "cuica_abierta": 79, "triangulo_tapado": 80, "triangulo_abierto": 81,
+    "shaker": 82, "cascabeles": 83, "campanillas": 84, "castanuelas": 85, "surdo_tapado": 86,
+    "surdo_abierto": 87,
     "p": 41, "a": 37,
 }
 
-LOWEST_DRUM, HIGHEST_DRUM = 35, 81
+LOWEST_DRUM, HIGHEST_DRUM = 35, 87
+
+# What drums are called besides, and what the table calls them.
+_ALSO_CALLED = {
+    "caja": "redoblante", "tambor": "redoblante", "platillo": "crash", "platillos": "crash",
+    "charleston": "hihat", "hi_hat": "hihat", "guiro": "guiro_corto", "campana": "cencerro",
+    "triangulo": "triangulo_abierto", "conga": "conga_abierta", "bongo": "bongo_agudo",
+    "timbal": "timbal_agudo", "agogo": "agogo_agudo", "tom": "tom_medio", "clave": "claves",
+    "palma": "palmas", "maraca": "maracas", "pandero": "pandereta", "castanuela": "castanuelas",
+}
 
 # Voicings of the chord C E G.
 VOICINGS = {
@@ -43,13 +58,18 @@ CATEGORIES = ("Piano", "Strings", "Percussion", "Bass", "Winds", "Synth", "Folkl
 
 @dataclass(frozen=True)
 class Instrument:
-    """An instrument that layers may name; `recorded` ones have a bank of their own."""
+    """An instrument that layers may name; `recorded` ones have a bank of their own.
+
+    `own_bank` is the path of a bank that the author brings along; nothing for those that the tools
+    make.
+    """
 
     id: str
     name: str
     category: str
     program: int
     recorded: bool = False
+    own_bank: str = ""
 
     @property
     def bank(self) -> str:
@@ -122,13 +142,19 @@ def compass(instrument: Instrument) -> tuple[int, int] | None:
 
 
 def pitch_of(name: str) -> int | None:
-    """The MIDI pitch of `C4` (60), `F#3`, `Bb2`; None for anything else."""
-    match = _NOTE.fullmatch(name)
+    """The MIDI pitch of `C4` (60), `F#3`, `Bb2` or of `Do4`, `Fa#3`, `Sib2`; None for anything else."""
+    match = _NOTE.fullmatch(_lettered(name))
     if not match:
         return None
     step, accidental, octave = match.groups()
     pitch = 12 * (int(octave) + 1) + _STEPS[step] + {"#": 1, "b": -1, "": 0}[accidental]
     return pitch if 0 <= pitch <= 127 else None
+
+
+def _lettered(name: str) -> str:
+    """A note that is written as it is sung, by its letter; any other name as it is."""
+    match = _SUNG_NOTE.fullmatch(plain(name))
+    return _SUNG[match.group(1)] + match.group(2) + match.group(3) if match else name
 
 
 def note_name(pitch: int) -> str:
@@ -147,6 +173,14 @@ def drum_of(name: str) -> int | None:
 def drum_name(key: int) -> str:
     """The first name of a drum key."""
     return next((name for name, number in _DRUMS.items() if number == key), str(key))
+
+
+def drum_like(name: str) -> str | None:
+    """A drum of the table that somebody may mean by a name, or None."""
+    word = plain(name)
+    if word in _ALSO_CALLED:
+        return _ALSO_CALLED[word]
+    return next(iter(get_close_matches(word, [drum for drum in _DRUMS if len(drum) > 1], 1, 0.75)), None)
 
 
 def is_diatonic(pitch: int) -> bool:

@@ -5,9 +5,10 @@ from __future__ import annotations
 import re
 from pathlib import Path
 
-from . import music
+from . import music, own_banks
 from .model import MAX_BARS, SECTIONS, GrooveOffset, Layer, Line, Playing, Rhythm, Variant
 from .problems import Problems, SourceError
+from .voices import unknown_drum
 from .words import number, plain, whole
 
 MAX_FILE_BYTES = 1 << 18
@@ -25,19 +26,29 @@ _LEVELS = {True: {"X": 104, "x": 86, "o": 66, "g": 40}, False: {"X": 86, "x": 74
 
 def read(path: Path, shown_as: Path | None = None) -> Rhythm:
     """The rhythm of a source file; whatever is wrong stands in its `problems`."""
-    problems = Problems(shown_as or path)
+    problems = Problems(shown_as or path, path)
     try:
         data = path.read_bytes()
         if len(data) > MAX_FILE_BYTES:
             raise SourceError(f"el archivo pasa de {MAX_FILE_BYTES // 1024} kilobytes")
         text = data.decode("utf-8")
-    except (OSError, UnicodeDecodeError):
-        problems.error(1, "no se puede leer como texto UTF-8")
-        return Rhythm(problems)
+    except FileNotFoundError:
+        return _unread(problems, "el archivo no existe")
+    except IsADirectoryError:
+        return _unread(problems, "es una carpeta, y hace falta un archivo .ritmo")
+    except UnicodeDecodeError:
+        return _unread(problems, "no se puede leer como texto UTF-8: guardalo así desde el editor")
+    except OSError as error:
+        return _unread(problems, f"no se puede leer: {error.strerror}")
     except SourceError as error:
-        problems.error(1, str(error))
-        return Rhythm(problems)
+        return _unread(problems, str(error))
     return read_text(text, problems)
+
+
+def _unread(problems: Problems, why: str) -> Rhythm:
+    """A rhythm of a file that nothing else can be said about."""
+    problems.error(1, why)
+    return Rhythm(problems, unread=True)
 
 
 def read_text(text: str, problems: Problems) -> Rhythm:
@@ -74,7 +85,8 @@ def _quoted(text: str) -> tuple[str, str]:
     return match.group(1).strip(), match.group(2).strip()
 
 
-def _identifier(text: str) -> str:
+def identifier_of(text: str) -> str:
+    """The text as an id. Raises SourceError where it does not serve as one."""
     if not _ID.fullmatch(text):
         raise SourceError(f"«{text}» no sirve de identificador: minúsculas sin acento, cifras y _")
     return text
@@ -100,22 +112,26 @@ class _Reader:
         elif self.variant:
             self.variant.body.append(line)
         elif self.layer:
-            raise SourceError("acá va un dato de la capa o el comienzo de una variante")
+            said = f"no conozco «{match.group(1)}:»; " if match else ""
+            raise SourceError(said + "acá va un dato de la capa o el comienzo de una variante")
         else:
-            raise SourceError("no entiendo esta línea del encabezado")
+            said = f": no conozco «{match.group(1)}:»" if match else ""
+            raise SourceError("no entiendo esta línea del encabezado" + said)
 
     def _opens_variant(self, line: Line) -> bool:
         match = _VARIANT.fullmatch(line.text)
-        section = self._section(match.group(1)) if match else ""
-        if not match or not section:
+        if not match:
             return False
+        section = self._section(match.group(1))
+        if not section:
+            raise SourceError(f"no hay una sección «{match.group(1)}»: son {', '.join(SECTIONS)} y figura")
         if plain(match.group(4)) not in ("compas", "compases"):
             raise SourceError("después del número van «compases»: Normal 1, 2 compases:")
         if not self.layer:
             raise SourceError("una variante va dentro de una capa")
         self.variant = Variant(section, 0, 1, line.number)
         if section == "figura":
-            self.variant.section = _identifier(plain(match.group(2)))
+            self.variant.section = identifier_of(plain(match.group(2)))
         else:
             self.variant.index = whole(match.group(2), "el número de la variante", 1, 99)
         self.variant.bars = whole(match.group(3), "los compases", 1, MAX_BARS)
@@ -136,7 +152,7 @@ class _Reader:
 
     def _read_ritmo(self, line: Line, _: str, value: str) -> None:
         self._once("ritmo", line)
-        self.rhythm.id = _identifier(value)
+        self.rhythm.id = identifier_of(value)
 
     def _read_nombre(self, line: Line, _: str, value: str) -> None:
         self._once("nombre", line)
@@ -145,7 +161,7 @@ class _Reader:
     def _read_estilo(self, line: Line, _: str, value: str) -> None:
         self._once("estilo", line)
         identifier, _, name = value.partition(" ")
-        self.rhythm.style_id = _identifier(identifier)
+        self.rhythm.style_id = identifier_of(identifier)
         self.rhythm.style_name, rest = _quoted(name.strip())
         if rest:
             raise SourceError(f"sobra «{rest}»")
@@ -180,18 +196,32 @@ class _Reader:
             raise SourceError("los instrumentos van antes de la primera capa")
         name, rest = _quoted(value)
         words = rest.split()
+        own_bank = words.pop() if words and words[-1].lower().endswith(".sf2") else ""
         recorded = bool(words) and plain(words[-1]) == "grabado"
         words = words[:-1] if recorded else words
+        if own_bank and not recorded:
+            raise SourceError(f"antes del banco «{own_bank}» va la palabra «grabado»")
         if len(words) != 2 or words[0] not in music.CATEGORIES:
             known = ", ".join(music.CATEGORIES)
             raise SourceError(f'se escribe: instrumento id: "Nombre" Categoría programa; categorías: {known}')
         program = whole(words[1], "el programa General MIDI", 0, 127)
-        identifier = _identifier(identifier)
+        identifier = identifier_of(identifier)
         if identifier in self.rhythm.instruments:
             raise SourceError(f"el instrumento «{identifier}» ya está definido")
         self.rhythm.instruments[identifier] = music.Instrument(
-            identifier, name, words[0], program, recorded)
+            identifier, name, words[0], program, recorded, self._own_bank(own_bank, identifier))
         self.rhythm.lines[f"instrumento {identifier}"] = line.number
+
+    def _own_bank(self, written: str, identifier: str) -> str:
+        """Where a bank lies that the source names: beside it, or where its path leads from there."""
+        if not written:
+            return ""
+        if identifier in music.STAND_INS:
+            raise SourceError(f"el banco de «{identifier}» lo hace Velta: ponele otro nombre al tuyo")
+        path = self.rhythm.problems.read_from.parent / written
+        if fault := own_banks.fault_of(path):
+            raise SourceError(fault)
+        return str(path.resolve())
 
     def _read_acorde(self, line: Line, name: str, value: str) -> None:
         if not re.fullmatch(r"[^\W\d_][\w-]*", name) or name in ("D", "U", "X"):
@@ -224,7 +254,7 @@ class _Reader:
         percussion = "percusion" in flags
         levels = _LEVELS[percussion] | self.rhythm.levels
         self.layer = Layer(
-            f"{self.rhythm.id}_{_identifier(identifier)}", label, words[0], percussion,
+            f"{self.rhythm.id}_{identifier_of(identifier)}", label, words[0], percussion,
             "cromatica" in flags, line.number, Playing(levels, length=0.25 if percussion else None))
         if identifier in self.rhythm.layers:
             raise SourceError(f"la capa «{identifier}» ya está escrita")
@@ -241,7 +271,7 @@ class _Reader:
         for name, key in self._pairs(value):
             drum = music.drum_of(key)
             if drum is None:
-                raise SourceError(f"no conozco el sonido «{key}»")
+                raise unknown_drum(key)
             self._playing().sounds[name] = drum
 
     def _read_duracion(self, line: Line, _: str, value: str) -> None:

@@ -3,7 +3,9 @@
 from __future__ import annotations
 
 import json
+import shutil
 import subprocess
+from dataclasses import replace
 from pathlib import Path
 
 from .model import Rhythm
@@ -12,17 +14,46 @@ from .problems import SourceError
 
 _BANK_TOOL = "velta-banks"
 
+# What a draft is called that has no name yet.
+_DRAFT = "borrador"
+
 
 def build_server(rhythms: list[Rhythm], folder: Path, tools: Path) -> None:
     """Writes everything below `folder`; the banks that are missing there are built by `tools`."""
-    banks = sorted({bank for rhythm in rhythms for bank in banks_of(rhythm)})
     for part in ("content", "grooves", "instruments"):
         (folder / part).mkdir(parents=True, exist_ok=True)
     _write_packages(rhythms, folder)
-    _provide_banks(banks, folder / "instruments", tools)
+    provide_banks(rhythms, folder / "instruments", tools)
     catalogue = {"rhythms": [catalogue_entry(rhythm, folder) for rhythm in rhythms]}
     text = json.dumps(catalogue, ensure_ascii=False, indent=2) + "\n"
     (folder / "catalog.json").write_text(text, encoding="utf-8")
+
+
+def build_draft(rhythm: Rhythm, folder: Path, tools: Path) -> str:
+    """Writes a library of one rhythm, whole or not, to be heard; gives the rhythm's id.
+
+    Raises SourceError where there is nothing to hear.
+    """
+    if not any(variant.notes for layer in rhythm.layers.values() for variant in layer.loops()):
+        raise SourceError(f"{rhythm.file}: todavía no hay ninguna variante que suene")
+    heard = replace(rhythm, id=rhythm.id or _DRAFT, name=rhythm.name or rhythm.file.stem,
+                    style_id=rhythm.style_id or _DRAFT)
+    packages, grooves = folder / "loops" / "installed", folder / "loops" / "grooves"
+    banks = folder / "soundfonts" / "instruments"
+    for part in (packages, grooves, banks):
+        part.mkdir(parents=True, exist_ok=True)
+    for path, text in files_of(heard, packages, grooves).items():
+        path.write_text(text, encoding="utf-8")
+    provide_banks([heard], banks, tools)
+    return heard.id
+
+
+def refuse_own_banks(rhythm: Rhythm) -> None:
+    """Adds a fault for each bank of the author's own: the program comes with none."""
+    for instrument in rhythm.instruments.values():
+        if instrument.own_bank:
+            rhythm.problems.error(rhythm.lines[f"instrumento {instrument.id}"],
+                                  "un banco propio sólo se sirve: el ritmo va en content/server-rhythms")
 
 
 def banks_of(rhythm: Rhythm) -> list[str]:
@@ -53,15 +84,29 @@ def _write_packages(rhythms: list[Rhythm], folder: Path) -> None:
         path.write_text(text, encoding="utf-8")
 
 
-def _provide_banks(banks: list[str], folder: Path, tools: Path) -> None:
-    missing = _missing(banks, folder)
+def provide_banks(rhythms: list[Rhythm], folder: Path, tools: Path) -> None:
+    """Fills a folder with the banks of the rhythms: the authors' own, and those that `tools` makes."""
+    recorded = [i for rhythm in rhythms for i in rhythm.instruments.values() if i.recorded]
+    for instrument in recorded:
+        if instrument.own_bank:
+            shutil.copyfile(instrument.own_bank, folder / f"{instrument.id}.sf2")
+    _provide_made({i.id for i in recorded if not i.own_bank}, folder, tools)
+
+
+def _provide_made(banks: set[str], folder: Path, tools: Path) -> None:
     tool = tools / _BANK_TOOL
-    if missing and tool.exists():
+    if tool.exists() and _unmade(banks, folder, _changed(tools)):
         subprocess.run([str(tool), "build", str(folder)], check=False)
-        missing = _missing(banks, folder)
-    if missing:
+    if missing := _unmade(banks, folder):
         raise SourceError(f"en {folder} faltan los bancos: {', '.join(missing)}")
 
 
-def _missing(banks: list[str], folder: Path) -> list[str]:
-    return [bank for bank in banks if not (folder / f"{bank}.sf2").is_file()]
+def _changed(tools: Path) -> float:
+    """When the tool that makes the banks was last worked on."""
+    return max((path.stat().st_mtime for path in (tools / "velta_banks").glob("*.py")), default=0.0)
+
+
+def _unmade(banks: set[str], folder: Path, since: float = 0.0) -> list[str]:
+    """The banks that are not there, or were made by an older tool."""
+    paths = {bank: folder / f"{bank}.sf2" for bank in sorted(banks)}
+    return [bank for bank, path in paths.items() if not path.is_file() or path.stat().st_mtime < since]

@@ -40,6 +40,8 @@ class Checkout:
 def load(path: Path, shown_as: Path | None = None) -> Rhythm:
     """A rhythm read, built and checked by itself."""
     rhythm = read(path, shown_as)
+    if rhythm.unread:
+        return rhythm
     build(rhythm)
     check(rhythm)
     return rhythm

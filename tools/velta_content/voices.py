@@ -55,7 +55,7 @@ def pitches_of(name: str, rhythm: Rhythm, layer: Layer) -> tuple[int, ...]:
     if layer.percussion:
         key = layer.playing.sounds.get(name, music.drum_of(name))
         if key is None:
-            raise SourceError(f"no conozco el sonido «{name}»")
+            raise unknown_drum(name)
         return (key,)
     noise = music.noise_of(name, layer.instrument)
     if noise is not None:
@@ -72,8 +72,14 @@ def pitches_of(name: str, rhythm: Rhythm, layer: Layer) -> tuple[int, ...]:
     return (_pitch(name),)
 
 
+def unknown_drum(name: str) -> SourceError:
+    """The message about a drum that nobody knows, with the one that may be meant."""
+    like = music.drum_like(name)
+    return SourceError(f"no conozco el sonido «{name}»" + (f"; ¿será «{like}»?" if like else ""))
+
+
 def _pitch(name: str) -> int:
     pitch = music.pitch_of(name)
     if pitch is None:
-        raise SourceError(f"no conozco la nota «{name}» (se escribe C4, G3, F#3)")
+        raise SourceError(f"no conozco la nota «{name}» (se escribe C4, G3, F#3, o Do4, Sol3, Fa#3)")
     return pitch
