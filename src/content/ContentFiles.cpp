@@ -53,6 +53,30 @@ bool goesDown(const QString& relativePath)
            !relativePath.contains(QChar::Null) && !relativePath.split(u'/').contains(".."_L1);
 }
 
+/// Bytes ahead of what a chunk of a RIFF file holds: its name and its size.
+constexpr qsizetype kChunkHead = 8;
+
+/// The size that a chunk states. Its whole head must be there.
+qsizetype chunkSize(QByteArrayView chunk)
+{
+    return static_cast<qsizetype>(qFromLittleEndian<quint32>(chunk.data() + 4));
+}
+
+/// Whether one of the chunks that stand one after the other is a list, and there to its end.
+bool holdsList(QByteArrayView chunks)
+{
+    while (chunks.size() >= kChunkHead) {
+        const qsizetype size = chunkSize(chunks);
+        if (size > chunks.size() - kChunkHead)
+            return false;
+        if (chunks.startsWith("LIST"))
+            return true;
+        const qsizetype whole = kChunkHead + size + size % 2;
+        chunks = chunks.sliced(std::min(whole, chunks.size()));
+    }
+    return false;
+}
+
 } // namespace
 
 bool ContentFiles::isPlainFileName(const QString& name)
@@ -71,12 +95,19 @@ bool ContentFiles::staysInside(const QString& folder, const QString& relativePat
     return !root.isEmpty() && (path == root || path.startsWith(below));
 }
 
+QString ContentFiles::bankFile(const QString& instrumentId)
+{
+    return "instruments/"_L1 + instrumentId + ".sf2"_L1;
+}
+
 bool ContentFiles::isSoundFont(const QByteArray& bytes)
 {
-    constexpr qsizetype kHead = 8;
-    if (bytes.size() < kHead + 4 || !bytes.startsWith("RIFF") || bytes.sliced(kHead, 4) != "sfbk")
+    constexpr qsizetype kHead = kChunkHead + 4;
+    if (bytes.size() < kHead || !bytes.startsWith("RIFF") || bytes.sliced(kChunkHead, 4) != "sfbk")
         return false;
-    return qFromLittleEndian<quint32>(bytes.constData() + 4) <= bytes.size() - kHead;
+    const qsizetype held = bytes.size() - kChunkHead;
+    const qsizetype stated = chunkSize(bytes);
+    return (stated == held || stated + 1 == held) && holdsList(QByteArrayView(bytes).sliced(kHead));
 }
 
 bool ContentFiles::replaceFile(const QString& path, const QByteArray& bytes)

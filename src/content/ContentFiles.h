@@ -15,7 +15,12 @@ bool isPlainFileName(const QString& name);
 /// folder nor the path need exist; an empty path is the folder itself and stays.
 bool staysInside(const QString& folder, const QString& relativePath);
 
-/// Whether bytes begin as a SoundFont does and are as many as it says.
+/// Where the bank of an instrument is kept, relative to the folder of all banks. The id is a plain
+/// file name.
+QString bankFile(const QString& instrumentId);
+
+/// Whether bytes are a SoundFont as far as its outline goes: a RIFF file of the size that it
+/// states, but for a byte of padding behind it, with at least one whole list in it.
 bool isSoundFont(const QByteArray& bytes);
 
 /// Puts a file of these bytes in the place of whatever file or link has this path, and makes the

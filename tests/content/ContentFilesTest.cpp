@@ -19,8 +19,8 @@ private slots:
     void linksAreFollowed();
     void theFolderItselfMayBeALink();
     void aFolderThatIsNotThereHoldsPathsToo();
-    void aSoundFontIsKnownByItsHead_data();
-    void aSoundFontIsKnownByItsHead();
+    void aSoundFontIsKnownByItsOutline_data();
+    void aSoundFontIsKnownByItsOutline();
     void replacingMakesTheFolders();
     void replacingExchangesTheWholeFile();
     void replacingALinkLeavesItsTarget();
@@ -157,13 +157,26 @@ void ContentFilesTest::aFolderThatIsNotThereHoldsPathsToo()
     QVERIFY(ContentFiles::staysInside("/", "a.sf2"));
 }
 
-void ContentFilesTest::aSoundFontIsKnownByItsHead_data()
+void ContentFilesTest::aSoundFontIsKnownByItsOutline_data()
 {
     const QByteArray bank = TinyBank::bytes({{0, 0, 100}});
+    const QByteArray list = TinyBank::chunk("LIST", "INFO");
+    const QByteArray noise = QByteArray(4000, '\x9D');
+    const auto riff = [](const QByteArray& content) { return TinyBank::chunk("RIFF", content); };
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<bool>("isOne");
     QTest::newRow("a bank") << bank << true;
-    QTest::newRow("bytes behind the bank") << bank + "x" << true;
+    QTest::newRow("a byte of padding behind the bank") << bank + '\0' << true;
+    QTest::newRow("more than padding behind the bank") << bank + "xy" << false;
+    QTest::newRow("a chunk ahead of the first list")
+        << riff("sfbk" + TinyBank::chunk("JUNK", "a") + list) << true;
+    QTest::newRow("a list alone") << riff("sfbk" + list) << true;
+    QTest::newRow("a list that is cut") << riff("sfbk" + list.chopped(2)) << false;
+    QTest::newRow("no list") << riff("sfbkJUNK" + QByteArray(4, '\0')) << false;
+    QTest::newRow("no chunk") << riff("sfbk") << false;
+    QTest::newRow("noise under a head of its own size") << riff("sfbk" + noise) << false;
+    QTest::newRow("noise behind a head that states less")
+        << "RIFF" + TinyBank::number(4, 4) + "sfbk" + noise << false;
     QTest::newRow("a bank that lacks its last byte") << bank.chopped(1) << false;
     QTest::newRow("half a bank") << bank.left(bank.size() / 2) << false;
     QTest::newRow("nothing") << QByteArray() << false;
@@ -175,7 +188,7 @@ void ContentFilesTest::aSoundFontIsKnownByItsHead_data()
         << QByteArray("RIFF\xFF\xFF\xFF\xFFsfbk", 12) << false;
 }
 
-void ContentFilesTest::aSoundFontIsKnownByItsHead()
+void ContentFilesTest::aSoundFontIsKnownByItsOutline()
 {
     QFETCH(QByteArray, bytes);
     QTEST(ContentFiles::isSoundFont(bytes), "isOne");
