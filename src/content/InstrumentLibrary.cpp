@@ -1,6 +1,7 @@
 #include "content/InstrumentLibrary.h"
 
 #include <QFileInfo>
+#include <QHash>
 #include <QMap>
 
 #include <algorithm>
@@ -72,11 +73,22 @@ void InstrumentLibrary::loadBuiltinGmInstruments()
 
 void InstrumentLibrary::registerInstrument(const Instrument& instrument)
 {
-    const auto known = std::ranges::find(instruments_, instrument.id, &Instrument::id);
-    if (known == instruments_.end())
-        instruments_.append(instrument);
-    else
-        *known = instrument;
+    registerInstruments({instrument});
+}
+
+void InstrumentLibrary::registerInstruments(const QList<Instrument>& instruments)
+{
+    QHash<QString, qsizetype> places;
+    for (qsizetype place = instruments_.size() - 1; place >= 0; --place)
+        places.insert(instruments_.at(place).id, place);
+    for (const Instrument& instrument : instruments) {
+        if (const auto known = places.constFind(instrument.id); known != places.cend()) {
+            instruments_[*known] = instrument;
+        } else {
+            places.insert(instrument.id, instruments_.size());
+            instruments_.append(instrument);
+        }
+    }
     emit instrumentsChanged();
 }
 

@@ -20,6 +20,10 @@ public:
     /// Adds an instrument, or overwrites in its place the one of the same id.
     void registerInstrument(const Instrument& instrument);
 
+    /// The same for many, in order, with one signal for all of them. Of none at all it tells too:
+    /// what banks are on disk may have changed.
+    void registerInstruments(const QList<Instrument>& instruments);
+
     /// The first instrument with this id, or null. Lives until the next registerInstrument().
     const Instrument* find(const QString& id) const;
 
