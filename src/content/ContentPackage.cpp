@@ -1,5 +1,6 @@
 #include "content/ContentPackage.h"
 
+#include <QCoreApplication>
 #include <QJsonArray>
 
 #include <algorithm>
@@ -115,6 +116,57 @@ LoopVariant readVariant(const QJsonObject& json)
     return variant;
 }
 
+// ---- Bounds --------------------------------------------------------------------------------
+
+bool hasLongText(const QJsonObject& json)
+{
+    return std::ranges::any_of(json, [](const QJsonValue& value) {
+        return value.toString().size() > ContentPackage::kMaxTextLength;
+    });
+}
+
+bool anyHasLongText(const QJsonArray& objects)
+{
+    return std::ranges::any_of(
+        objects, [](const QJsonValue& element) { return hasLongText(element.toObject()); });
+}
+
+bool hasTooManyNotes(const QJsonArray& variants)
+{
+    qsizetype all = 0;
+    for (const QJsonValue& variant : variants) {
+        const qsizetype notes = variant.toObject()["notes"_L1].toArray().size();
+        all += notes;
+        if (notes > ContentPackage::kMaxNotesOfVariant || all > ContentPackage::kMaxNotes)
+            return true;
+    }
+    return false;
+}
+
+/// What is wrong with a package, as the end of a sentence for the user; empty if nothing is. Looks
+/// at sizes alone, ahead of every text that it looks into.
+QString flawOf(const QJsonObject& json)
+{
+    const QJsonArray instruments = json["instruments"_L1].toArray();
+    const QJsonArray layers = json["loopLayers"_L1].toArray();
+    const QJsonArray variants = json["loopVariants"_L1].toArray();
+    if (json["rhythm"_L1].toObject()["id"_L1].toString().isEmpty())
+        return u"falta rhythm.id"_s;
+    if (instruments.size() > ContentPackage::kMaxInstruments)
+        return QCoreApplication::translate("ContentPackage", "tiene demasiados instrumentos");
+    if (layers.size() > ContentPackage::kMaxLayers)
+        return QCoreApplication::translate("ContentPackage", "tiene demasiadas capas");
+    if (variants.size() > ContentPackage::kMaxVariants)
+        return QCoreApplication::translate("ContentPackage", "tiene demasiadas variaciones");
+    if (hasTooManyNotes(variants))
+        return QCoreApplication::translate("ContentPackage", "tiene demasiadas notas");
+    if (hasLongText(json["musicalStyle"_L1].toObject()) ||
+        hasLongText(json["rhythm"_L1].toObject()) || anyHasLongText(instruments) ||
+        anyHasLongText(layers) || anyHasLongText(variants))
+        return QCoreApplication::translate("ContentPackage", "tiene un texto demasiado largo");
+    return {};
+}
+
 // ---- Writing -------------------------------------------------------------------------------
 
 QJsonObject writeStyle(const MusicalStyle& style)
@@ -178,16 +230,15 @@ bool ContentPackage::parse(const QJsonObject& json, MusicalStyle* style, Rhythm*
                            QList<Instrument>* instruments, QList<LoopLayer>* layers,
                            QList<LoopVariant>* variants, QString* error)
 {
-    const QJsonObject rhythmJson = json["rhythm"_L1].toObject();
-    if (rhythmJson["id"_L1].toString().isEmpty()) {
+    if (const QString flaw = flawOf(json); !flaw.isEmpty()) {
         if (error)
-            *error = u"falta rhythm.id"_s;
+            *error = flaw;
         return false;
     }
     if (style)
         *style = readStyle(json["musicalStyle"_L1].toObject());
     if (rhythm)
-        *rhythm = readRhythm(rhythmJson);
+        *rhythm = readRhythm(json["rhythm"_L1].toObject());
     if (instruments) {
         const QJsonArray elements = json["instruments"_L1].toArray();
         for (const QJsonValue& element : elements)
@@ -218,6 +269,11 @@ GrooveTemplate ContentPackage::parseGroove(const QJsonObject& json)
                                .velocityOffset = offset["velocityOffset"_L1].toInt()});
     }
     return groove;
+}
+
+bool ContentPackage::isGrooveWithinBounds(const QJsonObject& json)
+{
+    return !hasLongText(json) && json["offsets"_L1].toArray().size() <= kMaxGrooveOffsets;
 }
 
 QJsonObject ContentPackage::writeManifest(const QList<MusicalStyle>& styles,

@@ -308,6 +308,10 @@ private slots:
     void indexHoldsEveryFieldOfTheLibrary();
     void indexOfNothingHoldsEmptyArrays();
     void indexReadsBackAsWritten();
+    void packageBeyondABoundIsRefused_data();
+    void packageBeyondABoundIsRefused();
+    void grooveBeyondABoundIsTold();
+
     void changedPackageNeverBreaksTheReader();
     void changedBytesNeverBreakTheReader();
 };
@@ -909,6 +913,79 @@ void ContentPackageTest::indexReadsBackAsWritten()
     }
 }
 
+// ---- Bounds --------------------------------------------------------------------------------
+
+void ContentPackageTest::packageBeyondABoundIsRefused_data()
+{
+    const auto many = [](int count, const QJsonObject& element = {}) {
+        QJsonArray array;
+        for (int i = 0; i < count; ++i)
+            array.append(element);
+        return array;
+    };
+    const auto text = [](int length) { return QString(length, QChar(0x00F1)); };
+    const auto withNotes = [&](int count) { return QJsonObject{{"notes", many(count)}}; };
+    const auto withText = [&](const char* key, int length) {
+        return QJsonObject{{key, text(length)}};
+    };
+    QTest::addColumn<QString>("member");
+    QTest::addColumn<QJsonValue>("most");
+    QTest::addColumn<QJsonValue>("beyond");
+    QTest::addColumn<QString>("error");
+    const auto row = [](const char* name, const QString& member, const QJsonValue& most,
+                        const QJsonValue& beyond, const char* error) {
+        QTest::newRow(name) << member << most << beyond << error;
+    };
+    row("instruments", "instruments", many(64), many(65), "tiene demasiados instrumentos");
+    row("layers", "loopLayers", many(32), many(33), "tiene demasiadas capas");
+    row("variants", "loopVariants", many(512), many(513), "tiene demasiadas variaciones");
+    row("notes of a variant", "loopVariants", many(1, withNotes(4096)), many(1, withNotes(4097)),
+        "tiene demasiadas notas");
+    row("notes in all", "loopVariants", many(512, withNotes(128)), many(511, withNotes(129)),
+        "tiene demasiadas notas");
+    const char* tooLong = "tiene un texto demasiado largo";
+    row("a style's name", "musicalStyle", withText("displayName", 200),
+        withText("displayName", 201), tooLong);
+    row("an instrument's name", "instruments", many(1, withText("name", 200)),
+        many(2, withText("name", 201)), tooLong);
+    row("a layer's label", "loopLayers", many(1, withText("label", 200)),
+        many(1, withText("label", 201)), tooLong);
+    row("a variant's layer", "loopVariants", many(1, withText("layerId", 200)),
+        many(1, withText("layerId", 201)), tooLong);
+    row("the rhythm's id", "rhythm", withText("id", 200), withText("id", 201), tooLong);
+}
+
+void ContentPackageTest::packageBeyondABoundIsRefused()
+{
+    QFETCH(QString, member);
+    QFETCH(QJsonValue, most);
+    QFETCH(QJsonValue, beyond);
+    QJsonObject package{{"rhythm", QJsonObject{{"id", "r"}}}};
+    package[member] = most;
+    QVERIFY(parsed(package).ok);
+    package[member] = beyond;
+    const Parsed refused = parsed(package);
+    QVERIFY(!refused.ok);
+    QTEST(refused.error, "error");
+    QCOMPARE(refused.rhythm, Rhythm());
+    QVERIFY(refused.instruments.isEmpty() && refused.layers.isEmpty() &&
+            refused.variants.isEmpty());
+    QVERIFY(!ContentPackage::parse(package, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr));
+}
+
+void ContentPackageTest::grooveBeyondABoundIsTold()
+{
+    const auto groove = [](int offsets, int textLength) {
+        QJsonArray array;
+        for (int i = 0; i < offsets; ++i)
+            array.append(QJsonObject());
+        return QJsonObject{{"rhythmId", QString(textLength, 'r')}, {"offsets", array}};
+    };
+    QVERIFY(ContentPackage::isGrooveWithinBounds(groove(256, 200)));
+    QVERIFY(!ContentPackage::isGrooveWithinBounds(groove(257, 1)));
+    QVERIFY(!ContentPackage::isGrooveWithinBounds(groove(0, 201)));
+}
+
 // ---- Hostile packages ----------------------------------------------------------------------
 
 void ContentPackageTest::changedPackageNeverBreaksTheReader()
@@ -920,7 +997,8 @@ void ContentPackageTest::changedPackageNeverBreaksTheReader()
         const QJsonObject json = mutated(whole, random).toObject();
         const Parsed result = parsed(json);
         const QJsonValue id = json["rhythm"].toObject()["id"];
-        QCOMPARE(result.ok, id.isString() && !id.toString().isEmpty());
+        QCOMPARE(result.error == "falta rhythm.id", id.toString().isEmpty());
+        QCOMPARE(result.error.isEmpty(), result.ok);
         if (!result.ok) {
             ++refused;
             continue;
