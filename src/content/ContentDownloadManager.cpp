@@ -7,6 +7,7 @@
 #include "content/InstalledContentRegistry.h"
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
+#include "files/WholeFile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -38,6 +39,10 @@ void ContentDownloadManager::installRhythm(const QString& rhythmId)
     const QString id = rhythmId;
     if (busy_) {
         emit installFailed(id, tr("Ya hay una descarga en curso."));
+        return;
+    }
+    if (InstallPlan::isProgramsOwn(id, *library_, *registry_)) {
+        emit installFailed(id, tr("El ritmo %1 ya vino con el programa.").arg(id));
         return;
     }
     if (registry_->isRhythmInstalled(id)) {
@@ -87,6 +92,8 @@ void ContentDownloadManager::checkPackage()
     QString error;
     QList<Instrument> recorded;
     if (!InstallPlan::readRecorded(contentBytes_, &recorded, &error) ||
+        !InstallPlan::isOfRhythm(currentRhythmId_, contentBytes_, grooveBytes_, *library_,
+                                 &error) ||
         !InstallPlan::keepToBankRoot(recorded, instruments_->bankRoot(), &error))
         return fail(tr("Paquete inválido: %1").arg(error));
     pendingInstruments_ = InstallPlan::banksToFetch(recorded, *instruments_);
@@ -99,7 +106,7 @@ void ContentDownloadManager::fetchNextInstrument()
         return finishInstall();
     currentInstrumentId_ = pendingInstruments_.takeFirst();
     emit progress(tr("Descargando instrumento %1...").arg(currentInstrumentId_));
-    get(InstallPlan::bankFile(currentInstrumentId_), ContentServer::kMaxBankBytes,
+    get(ContentFiles::bankFile(currentInstrumentId_), ContentServer::kMaxBankBytes,
         &ContentDownloadManager::takeBank);
 }
 
@@ -110,7 +117,7 @@ void ContentDownloadManager::takeBank(const QByteArray& body)
         return fail(tr("Paquete inválido: %1")
                         .arg(tr("el banco de %1 no es un SoundFont").arg(currentInstrumentId_)));
     const QString path =
-        instruments_->bankRoot() + u'/' + InstallPlan::bankFile(currentInstrumentId_);
+        instruments_->bankRoot() + u'/' + ContentFiles::bankFile(currentInstrumentId_);
     if (!ContentFiles::replaceFile(path, body))
         return fail(tr("No pude guardar %1").arg(QFileInfo(path).fileName()));
     fetchNextInstrument();
@@ -148,8 +155,8 @@ bool ContentDownloadManager::uninstallRhythm(const QString& rhythmId)
     QList<Instrument> recorded;
     // A damaged registry may list anything, and no file is named by it.
     if (ContentFiles::isPlainFileName(id)) {
-        if (QFile file(contentPath(id)); file.open(QIODevice::ReadOnly))
-            InstallPlan::readRecorded(file.readAll(), &recorded, nullptr);
+        if (const auto package = WholeFile::read(contentPath(id), ContentServer::kMaxJsonBytes))
+            InstallPlan::readRecorded(*package, &recorded, nullptr);
         QFile::remove(contentPath(id));
         QFile::remove(groovePath(id));
     }

@@ -4,9 +4,10 @@
 #include "content/ContentFiles.h"
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
+#include "content/ShippedRhythms.h"
 
-#include <QDir>
 #include <QJsonDocument>
+#include <QJsonObject>
 
 #include <algorithm>
 #include <iterator>
@@ -15,24 +16,36 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-/// Uninstalling deletes the banks of a package, and every General MIDI sound comes from this one.
-bool isOwnBank(const QString& bankPath)
-{
-    return QDir::cleanPath(bankPath).compare("velta_bank_gm.sf2"_L1, Qt::CaseInsensitive) == 0;
-}
-
 /// What is wrong, in words that complete a message of the download manager.
 QString flawOf(const Instrument& instrument, const QString& bankRoot)
 {
     if (!ContentFiles::isPlainFileName(instrument.id))
         return ContentDownloadManager::tr(
             "el id de un instrumento no sirve como nombre de archivo");
-    const QStringList paths{instrument.soundfontBankPath, InstallPlan::bankFile(instrument.id)};
-    const bool stays = std::ranges::all_of(
-        paths, [&](const QString& path) { return ContentFiles::staysInside(bankRoot, path); });
-    if (!stays || isOwnBank(instrument.soundfontBankPath))
+    const QString bank = ContentFiles::bankFile(instrument.id);
+    if (instrument.soundfontBankPath != bank || !ContentFiles::staysInside(bankRoot, bank))
         return ContentDownloadManager::tr("el banco de %1 no está en su carpeta")
             .arg(instrument.id);
+    return {};
+}
+
+QString flawOf(const QString& rhythmId, const QByteArray& package, const QByteArray& groove,
+               const LoopLibrary& library)
+{
+    Rhythm rhythm;
+    QList<LoopLayer> layers;
+    QList<LoopVariant> variants;
+    QString error;
+    if (!LoopLibrary::parseContentPackage(QJsonDocument::fromJson(package).object(), nullptr,
+                                          &rhythm, nullptr, &layers, &variants, &error))
+        return error;
+    if (rhythm.id != rhythmId)
+        return ContentDownloadManager::tr("es de otro ritmo");
+    if (library.claimsShippedLayer(layers, variants))
+        return ContentDownloadManager::tr("cambia un ritmo que vino con el programa");
+    const QJsonObject offsets = QJsonDocument::fromJson(groove).object();
+    if (!ContentPackage::isGrooveWithinBounds(offsets))
+        return ContentDownloadManager::tr("tiene un groove demasiado largo");
     return {};
 }
 
@@ -51,6 +64,22 @@ bool InstallPlan::readRecorded(const QByteArray& package, QList<Instrument>* rec
         return each.source == InstrumentSource::CustomRecordedBank;
     });
     return true;
+}
+
+bool InstallPlan::isProgramsOwn(const QString& rhythmId, const LoopLibrary& library,
+                                const InstalledContentRegistry& registry)
+{
+    return ShippedRhythms::contains(rhythmId) ||
+           (library.hasPackageFile(rhythmId) && !registry.isRhythmInstalled(rhythmId));
+}
+
+bool InstallPlan::isOfRhythm(const QString& rhythmId, const QByteArray& package,
+                             const QByteArray& groove, const LoopLibrary& library, QString* error)
+{
+    const QString flaw = flawOf(rhythmId, package, groove, library);
+    if (error && !flaw.isEmpty())
+        *error = flaw;
+    return flaw.isEmpty();
 }
 
 bool InstallPlan::keepToBankRoot(const QList<Instrument>& recorded, const QString& bankRoot,
@@ -92,9 +121,4 @@ QStringList InstallPlan::ids(const QList<Instrument>& recorded)
     for (const Instrument& instrument : recorded)
         ids.append(instrument.id);
     return ids;
-}
-
-QString InstallPlan::bankFile(const QString& instrumentId)
-{
-    return "instruments/"_L1 + instrumentId + ".sf2"_L1;
 }

@@ -8,6 +8,7 @@
 #include <QStringList>
 
 class InstrumentLibrary;
+class LoopLibrary;
 
 /// What a downloaded package asks for, as functions of its text and of what is on disk.
 namespace InstallPlan {
@@ -17,8 +18,19 @@ namespace InstallPlan {
 /// object is empty.
 bool readRecorded(const QByteArray& package, QList<Instrument>* recorded, QString* error);
 
-/// Whether all these instruments keep to the bank root: their ids as names of bank files and the
-/// paths that they declare, none of which may be the program's own bank. Otherwise `error` says
+/// Whether a rhythm came with the program, or was put among its rhythms by hand. Such a one is
+/// neither downloaded nor replaced.
+bool isProgramsOwn(const QString& rhythmId, const LoopLibrary& library,
+                   const InstalledContentRegistry& registry);
+
+/// Whether a package, which readRecorded() takes, is that of the rhythm that was asked for, and
+/// leaves the layers of the program's own rhythms alone; and whether its groove, unless it is no
+/// JSON, keeps to the bounds. Otherwise `error` says what is wrong, for the user.
+bool isOfRhythm(const QString& rhythmId, const QByteArray& package, const QByteArray& groove,
+                const LoopLibrary& library, QString* error);
+
+/// Whether all these instruments keep to the bank root: their ids are names of bank files, which
+/// stay inside, and the paths that they declare are those of these files. Otherwise `error` says
 /// what is wrong, for the user.
 bool keepToBankRoot(const QList<Instrument>& recorded, const QString& bankRoot, QString* error);
 
@@ -29,8 +41,5 @@ QStringList banksToFetch(const QList<Instrument>& recorded, const InstrumentLibr
 QList<InstalledInstrumentRecord> records(const QList<Instrument>& recorded);
 
 QStringList ids(const QList<Instrument>& recorded);
-
-/// Where the downloaded bank of an instrument is kept, relative to the bank root.
-QString bankFile(const QString& instrumentId);
 
 } // namespace InstallPlan

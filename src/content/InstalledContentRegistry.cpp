@@ -1,6 +1,8 @@
 #include "content/InstalledContentRegistry.h"
 
 #include "content/ContentFiles.h"
+#include "content/ShippedRhythms.h"
+#include "files/JsonFile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -29,6 +31,14 @@ QJsonObject writeRecord(const InstalledInstrumentRecord& record)
             {"referenceCount"_L1, record.referenceCount}};
 }
 
+/// Whether a bank stands where the downloads put that of its instrument: no other file is theirs to
+/// delete.
+bool isInItsPlace(const InstalledInstrumentRecord& record)
+{
+    return ContentFiles::isPlainFileName(record.instrumentId) &&
+           record.localFilePath == ContentFiles::bankFile(record.instrumentId);
+}
+
 /// A count one higher or lower, held in its range, which a damaged file may have exhausted.
 qint32 stepped(qint32 count, qint32 step)
 {
@@ -48,18 +58,20 @@ void InstalledContentRegistry::load()
 {
     installedRhythms_.clear();
     installedInstruments_.clear();
-    QFile file(filePath_);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!QFileInfo::exists(filePath_))
         return;
-    const bool readable = file.size() <= kMaxFileBytes;
-    const QJsonObject json =
-        QJsonDocument::fromJson(readable ? file.readAll() : QByteArray()).object();
+    const QJsonObject json = JsonFile::readObject(filePath_, kMaxFileBytes).value_or(QJsonObject());
     const QJsonArray rhythms = json["installedRhythms"_L1].toArray();
-    for (const QJsonValue& rhythm : rhythms)
-        installedRhythms_.append(rhythm.toString());
+    for (const QJsonValue& rhythm : rhythms) {
+        if (const QString id = rhythm.toString(); !ShippedRhythms::contains(id))
+            installedRhythms_.append(id);
+    }
     const QJsonArray records = json["installedInstruments"_L1].toArray();
-    for (const QJsonValue& record : records)
-        installedInstruments_.append(readRecord(record.toObject()));
+    for (const QJsonValue& element : records) {
+        const InstalledInstrumentRecord record = readRecord(element.toObject());
+        if (isInItsPlace(record))
+            installedInstruments_.append(record);
+    }
     emit registryChanged();
 }
 
@@ -70,11 +82,7 @@ bool InstalledContentRegistry::save() const
         instruments.append(writeRecord(record));
     const QJsonObject json{{"installedRhythms"_L1, QJsonArray::fromStringList(installedRhythms_)},
                            {"installedInstruments"_L1, instruments}};
-    QFile file(filePath_);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    const QByteArray text = QJsonDocument(json).toJson(QJsonDocument::Indented);
-    return file.write(text) == text.size() && file.flush();
+    return WholeFile::rewrite(filePath_, QJsonDocument(json).toJson(QJsonDocument::Indented));
 }
 
 bool InstalledContentRegistry::isRhythmInstalled(const QString& rhythmId) const
@@ -102,6 +110,8 @@ void InstalledContentRegistry::registerRhythm(const QString& rhythmId,
     if (!isRhythmInstalled(rhythmId))
         installedRhythms_.append(rhythmId);
     for (const InstalledInstrumentRecord& given : instruments) {
+        if (!isInItsPlace(given))
+            continue;
         if (InstalledInstrumentRecord* known = findInstrument(given.instrumentId))
             known->referenceCount = stepped(known->referenceCount, 1);
         else

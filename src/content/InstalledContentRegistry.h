@@ -32,9 +32,11 @@ public:
                              QObject* parent = nullptr);
 
     /// Replaces everything by what the file holds; nothing, and without a signal, if there is none.
+    /// Whatever the file says, rhythms that came with the program and banks that do not stand where
+    /// the bank of their instrument belongs are not listed.
     void load();
 
-    /// False if the file cannot be written.
+    /// False if not every byte reached the disk.
     bool save() const;
 
     /// In order of installation.
@@ -50,7 +52,7 @@ public:
     bool isInstrumentInstalled(const QString& instrumentId) const;
 
     /// Lists a rhythm, once, and counts one use more of each instrument. The counts in the records
-    /// are ignored, and a known instrument keeps its path.
+    /// are ignored, and so are records whose bank does not stand where it belongs.
     void registerRhythm(const QString& rhythmId,
                         const QList<InstalledInstrumentRecord>& instruments);
 

@@ -1,25 +1,28 @@
 #include "content/LoopLibrary.h"
 
 #include "content/InstrumentLibrary.h"
+#include "content/ShippedRhythms.h"
+#include "files/JsonFile.h"
 
 #include <QDir>
-#include <QFile>
-#include <QJsonDocument>
+#include <QFileInfo>
 
 #include <algorithm>
-#include <optional>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-std::optional<QJsonObject> readJsonObject(const QString& path)
+/// Far above any package within the bounds.
+constexpr qint64 kMaxFileBytes = 16 * 1024 * 1024;
+
+const QString kPackageSuffix = u".content.json"_s;
+const QString kGrooveSuffix = u".groove.json"_s;
+
+/// A file's name without its folder and a suffix of this length.
+QString baseName(const QString& path, const QString& suffix)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
-    return document.isObject() ? std::optional(document.object()) : std::nullopt;
+    return QFileInfo(path).fileName().chopped(suffix.size());
 }
 
 QStringList sortedFiles(const QString& dirPath, const QString& nameFilter)
@@ -106,64 +109,120 @@ const GrooveTemplate* LoopLibrary::grooveForRhythm(const QString& rhythmId) cons
     return found == grooves_.cend() ? nullptr : &*found;
 }
 
+bool LoopLibrary::hasPackageFile(const QString& rhythmId) const
+{
+    return foldedFileNames_.contains(rhythmId.toCaseFolded());
+}
+
 void LoopLibrary::reload()
+{
+    clear();
+    const QList<Package> packages = readPackages();
+    for (const Package& package : packages) {
+        if (ShippedRhythms::contains(package.rhythm.id)) {
+            for (const LoopLayer& layer : package.layers)
+                shippedLayers_.insert(layer.id);
+        }
+    }
+    QList<Instrument> instruments;
+    for (const Package& package : packages) {
+        if (isImpostor(package)) {
+            refused_.append(package.fileName);
+            continue;
+        }
+        add(package);
+        instruments.append(package.instruments);
+    }
+    for (const QString& path : sortedFiles(groovesDir(), u'*' + kGrooveSuffix))
+        loadGrooveFile(path);
+    if (instrumentLibrary_)
+        instrumentLibrary_->registerInstruments(instruments);
+    writeManifest();
+    emit libraryChanged();
+}
+
+void LoopLibrary::clear()
 {
     styles_.clear();
     rhythms_.clear();
     layers_.clear();
     variants_.clear();
     grooves_.clear();
-    for (const QString& path : sortedFiles(installedDir(), u"*.content.json"_s))
-        loadContentFile(path);
-    for (const QString& path : sortedFiles(groovesDir(), u"*.groove.json"_s))
-        loadGrooveFile(path);
-    writeManifest();
-    emit libraryChanged();
+    refused_.clear();
+    foldedFileNames_.clear();
+    shippedLayers_.clear();
 }
 
-void LoopLibrary::loadContentFile(const QString& path)
+QList<LoopLibrary::Package> LoopLibrary::readPackages()
 {
-    const auto json = readJsonObject(path);
-    MusicalStyle style;
-    Rhythm rhythm;
-    QList<Instrument> instruments;
-    QList<LoopLayer> layers;
-    QList<LoopVariant> variants;
-    if (!json ||
-        !parseContentPackage(*json, &style, &rhythm, &instruments, &layers, &variants, nullptr))
-        return;
+    QList<Package> packages;
+    for (const QString& path : sortedFiles(installedDir(), u'*' + kPackageSuffix)) {
+        Package package;
+        package.fileName = baseName(path, kPackageSuffix);
+        foldedFileNames_.insert(package.fileName.toCaseFolded());
+        const auto json = JsonFile::readObject(path, kMaxFileBytes);
+        if (!json)
+            continue;
+        const bool kept =
+            parseContentPackage(*json, &package.style, &package.rhythm, &package.instruments,
+                                &package.layers, &package.variants, nullptr) &&
+            !ShippedRhythms::isImpostor(package.fileName, package.rhythm.id);
+        if (kept)
+            packages.append(package);
+        else
+            refused_.append(package.fileName);
+    }
+    return packages;
+}
 
+bool LoopLibrary::isImpostor(const Package& package) const
+{
+    return !ShippedRhythms::contains(package.rhythm.id) &&
+           claimsShippedLayer(package.layers, package.variants);
+}
+
+bool LoopLibrary::claimsShippedLayer(const QList<LoopLayer>& layers,
+                                     const QList<LoopVariant>& variants) const
+{
+    const auto isShipped = [this](const QString& id) { return shippedLayers_.contains(id); };
+    return std::ranges::any_of(layers, isShipped, &LoopLayer::id) ||
+           std::ranges::any_of(variants, isShipped, &LoopVariant::layerId);
+}
+
+void LoopLibrary::add(const Package& package)
+{
+    const MusicalStyle& style = package.style;
     const bool styleKnown =
         std::ranges::find(styles_, style.id, &MusicalStyle::id) != styles_.end();
     if (!style.id.isEmpty() && !styleKnown)
         styles_.append(style);
-    rhythms_.append(rhythm);
-    layers_.append(layers);
-    variants_.append(variants);
-    if (instrumentLibrary_) {
-        for (const Instrument& instrument : instruments)
-            instrumentLibrary_->registerInstrument(instrument);
-    }
+    rhythms_.append(package.rhythm);
+    layers_.append(package.layers);
+    variants_.append(package.variants);
 }
 
 void LoopLibrary::loadGrooveFile(const QString& path)
 {
-    const auto json = readJsonObject(path);
+    const auto json = JsonFile::readObject(path, kMaxFileBytes);
     if (!json)
         return;
+    const QString fileName = baseName(path, kGrooveSuffix);
     const GrooveTemplate groove = ContentPackage::parseGroove(*json);
-    if (!groove.rhythmId.isEmpty())
+    if (!ContentPackage::isGrooveWithinBounds(*json) ||
+        ShippedRhythms::isImpostor(fileName, groove.rhythmId))
+        refused_.append(fileName);
+    else if (!groove.rhythmId.isEmpty())
         grooves_.insert(groove.rhythmId, groove);
 }
 
 bool LoopLibrary::writeManifest() const
 {
-    QFile file(rootDir_ + "/manifest.json"_L1);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    file.write(QJsonDocument(ContentPackage::writeManifest(styles_, rhythms_, layers_, variants_))
-                   .toJson());
-    return true;
+    const QByteArray text =
+        QJsonDocument(ContentPackage::writeManifest(styles_, rhythms_, layers_, variants_))
+            .toJson();
+    const QString path = rootDir_ + "/manifest.json"_L1;
+    // The disk is not made to wait for what it already holds.
+    return WholeFile::read(path, text.size()) == text || WholeFile::rewrite(path, text);
 }
 
 bool LoopLibrary::parseContentPackage(const QJsonObject& json, MusicalStyle* style, Rhythm* rhythm,

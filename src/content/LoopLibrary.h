@@ -4,6 +4,8 @@
 
 #include <QMap>
 #include <QObject>
+#include <QSet>
+#include <QStringList>
 
 class InstrumentLibrary;
 
@@ -47,10 +49,24 @@ public:
     /// The groove stored under a rhythm's own id, or null.
     const GrooveTemplate* grooveForRhythm(const QString& rhythmId) const;
 
-    /// Rebuilds everything from disk, skipping files that cannot be read, and writes the index.
+    /// Rebuilds everything from disk, skipping files that cannot be read and those that are
+    /// refused, and writes the index.
     void reload();
 
-    /// Writes manifest.json into the root folder; false if the file cannot be opened.
+    /// Names of the files, without their suffixes, that the last reload() refused: packages and
+    /// grooves beyond the bounds of ContentPackage, and those that would take the place of a rhythm
+    /// that came with the program.
+    const QStringList& refused() const { return refused_; }
+
+    /// Whether the last reload() met a package file of this name, in whatever case.
+    bool hasPackageFile(const QString& rhythmId) const;
+
+    /// Whether a package with these parts would change what a rhythm that came with the program
+    /// sounds like: look-ups take the first match.
+    bool claimsShippedLayer(const QList<LoopLayer>& layers,
+                            const QList<LoopVariant>& variants) const;
+
+    /// Writes manifest.json into the root folder; false if not every byte reached the disk.
     bool writeManifest() const;
 
     /// See ContentPackage::parse().
@@ -62,8 +78,21 @@ signals:
     void libraryChanged();
 
 private:
-    void loadContentFile(const QString& path);
+    /// What a package file holds.
+    struct Package {
+        QString fileName;
+        MusicalStyle style;
+        Rhythm rhythm;
+        QList<Instrument> instruments;
+        QList<LoopLayer> layers;
+        QList<LoopVariant> variants;
+    };
+
+    void clear();
+    QList<Package> readPackages();
+    void add(const Package& package);
     void loadGrooveFile(const QString& path);
+    bool isImpostor(const Package& package) const;
 
     QString rootDir_;
     InstrumentLibrary* instrumentLibrary_;
@@ -72,4 +101,7 @@ private:
     QList<LoopLayer> layers_;
     QList<LoopVariant> variants_;
     QMap<QString, GrooveTemplate> grooves_;
+    QStringList refused_;
+    QSet<QString> foldedFileNames_;
+    QSet<QString> shippedLayers_;
 };

@@ -46,7 +46,13 @@ private slots:
     void anInstalledRhythmIsRefusedWhileAnotherComes();
     void theOutcomeIsToldWhenAllIsDone();
     void oneInstallMayFollowAnother();
-    void aRhythmCalledOtherwiseInItsPackageIsKeptUnderTheNameAskedFor();
+    void aPackageOfAnotherRhythmIsRefused_data();
+    void aPackageOfAnotherRhythmIsRefused();
+    void aGrooveBeyondItsBoundIsRefused();
+    void rhythmsOfTheProgramAreNotDownloaded_data();
+    void rhythmsOfTheProgramAreNotDownloaded();
+    void aRegistryThatListsThemUninstallsNone();
+    void instrumentsAreToldOfWhenTheBankIsGone();
     void aBaseWithASlashAtItsEndWorks();
     void idsAreEscapedInAddresses();
     void uninstallingTakesEverythingAway();
@@ -209,16 +215,118 @@ void ContentDownloadManagerTest::oneInstallMayFollowAnother()
     QCOMPARE(stage.registry.installedRhythms(), QStringList({"zamba", "cueca"}));
 }
 
-void ContentDownloadManagerTest::aRhythmCalledOtherwiseInItsPackageIsKeptUnderTheNameAskedFor()
+void ContentDownloadManagerTest::aPackageOfAnotherRhythmIsRefused_data()
+{
+    QTest::addColumn<QByteArray>("package");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("another rhythm") << packageWith("cueca", {}) << "es de otro ritmo";
+    QTest::newRow("the rhythm in another case") << packageWith("Zamba", {}) << "es de otro ritmo";
+    QTest::newRow("a rhythm of the program")
+        << packageWith("folklore_carnavalito", {}) << "es de otro ritmo";
+    QTest::newRow("a layer of a rhythm of the program")
+        << QByteArray(R"({"rhythm": {"id": "zamba"}, "loopLayers": [{"id": "carna_bombo"}]})")
+        << "cambia un ritmo que vino con el programa";
+    QTest::newRow("a variant of a rhythm of the program")
+        << QByteArray(
+               R"({"rhythm": {"id": "zamba"}, "loopVariants": [{"layerId": "carna_bombo"}]})")
+        << "cambia un ritmo que vino con el programa";
+    QTest::newRow("more than any rhythm needs")
+        << R"({"rhythm": {"id": "zamba"}, "instruments": [)" + QByteArray("{},").repeated(64) +
+               "{}]}"
+        << "tiene demasiados instrumentos";
+}
+
+void ContentDownloadManagerTest::aPackageOfAnotherRhythmIsRefused()
+{
+    QFETCH(QByteArray, package);
+    QFETCH(QString, reason);
+    ContentHost host;
+    offer(host, "zamba", {});
+    host.put("/content/zamba.content.json", package);
+    DownloadStage stage(host.url());
+    stage.content.addPackage("folklore_carnavalito",
+                             R"({"rhythm": {"id": "folklore_carnavalito"},
+                                 "loopLayers": [{"id": "carna_bombo"}]})");
+    stage.content.library().reload();
+    const auto before = stage.files();
+    QCOMPARE(stage.install("zamba"), "Paquete inválido: " + reason);
+    QCOMPARE(stage.files(), before);
+    QVERIFY(!stage.downloads->isBusy());
+}
+
+void ContentDownloadManagerTest::aGrooveBeyondItsBoundIsRefused()
 {
     ContentHost host;
     offer(host, "zamba", {});
-    host.put("/content/zamba.content.json", packageWith("cueca", {}));
+    host.put("/grooves/zamba.groove.json",
+             R"({"rhythmId": "zamba", "offsets": [)" + QByteArray("{},").repeated(256) + "{}]}");
+    DownloadStage stage(host.url());
+    const auto before = stage.files();
+    QCOMPARE(stage.install("zamba"), "Paquete inválido: tiene un groove demasiado largo");
+    QCOMPARE(stage.files(), before);
+}
+
+void ContentDownloadManagerTest::rhythmsOfTheProgramAreNotDownloaded_data()
+{
+    QTest::addColumn<QString>("id");
+    QTest::newRow("a rhythm that is there") << "folklore_carnavalito";
+    QTest::newRow("one that was deleted by hand") << "folklore_zamba";
+    QTest::newRow("another case, which many file systems take for the same")
+        << "Folklore_Carnavalito";
+    QTest::newRow("one that somebody put there by hand") << "carnavalito";
+}
+
+void ContentDownloadManagerTest::rhythmsOfTheProgramAreNotDownloaded()
+{
+    QFETCH(QString, id);
+    ContentHost host;
+    offer(host, id, {});
+    DownloadStage stage(host.url());
+    stage.content.addPackage("folklore_carnavalito",
+                             R"({"rhythm": {"id": "folklore_carnavalito"}})");
+    stage.content.library().reload();
+    const auto before = stage.files();
+    QCOMPARE(stage.install(id), "El ritmo " + id + " ya vino con el programa.");
+    QCOMPARE(host.server().connections(), 0);
+    QCOMPARE(stage.files(), before);
+    QVERIFY(!stage.downloads->isBusy());
+}
+
+void ContentDownloadManagerTest::aRegistryThatListsThemUninstallsNone()
+{
+    const ContentHost host;
+    DownloadStage stage(host.url());
+    stage.content.addPackage("folklore_carnavalito",
+                             R"({"rhythm": {"id": "folklore_carnavalito"}})");
+    ContentFixture::write(
+        stage.content.root() + "/installed_registry.json",
+        R"({"installedRhythms": ["folklore_carnavalito", "Folklore_Carnavalito", "otro"],
+            "installedInstruments": [{"instrumentId": "velta_bank_gm",
+                "localFilePath": "velta_bank_gm.sf2", "referenceCount": 0}]})");
+    stage.registry.load();
+    stage.content.library().reload();
+    auto before = stage.files();
+    QVERIFY(!stage.downloads->uninstallRhythm("folklore_carnavalito"));
+    QVERIFY(!stage.downloads->uninstallRhythm("Folklore_Carnavalito"));
+    QCOMPARE(stage.files(), before);
+    QVERIFY(stage.downloads->uninstallRhythm("otro"));
+    auto after = stage.files();
+    QVERIFY(after.take("loops/installed_registry.json") !=
+            before.take("loops/installed_registry.json"));
+    QCOMPARE(after, before);
+}
+
+void ContentDownloadManagerTest::instrumentsAreToldOfWhenTheBankIsGone()
+{
+    ContentHost host;
+    offer(host, "zamba", {"charango"});
     DownloadStage stage(host.url());
     QCOMPARE(stage.install("zamba"), "installed");
-    QVERIFY(stage.registry.isRhythmInstalled("zamba"));
-    QVERIFY(stage.content.library().findRhythm("cueca"));
-    QVERIFY(stage.files().contains("loops/installed/zamba.content.json"));
+    QList<bool> bankSeen;
+    connect(&stage.content.instruments(), &InstrumentLibrary::instrumentsChanged, this,
+            [&] { bankSeen.append(QFile::exists(stage.bank("charango"))); });
+    QVERIFY(stage.downloads->uninstallRhythm("zamba"));
+    QCOMPARE(bankSeen, QList<bool>{false});
 }
 
 void ContentDownloadManagerTest::aBaseWithASlashAtItsEndWorks()

@@ -104,11 +104,13 @@ void InstallPlanTest::instrumentsKeepToTheBankRoot_data()
                                        << "instruments/charango.sf2"
                                        << "";
     QTest::newRow("another folder of the root") << "charango"
-                                                << "andes/c.sf2"
-                                                << "";
+                                                << "andes/c.sf2" << badPath;
     QTest::newRow("no path") << "charango"
-                             << ""
-                             << "";
+                             << "" << badPath;
+    QTest::newRow("the bank of another instrument") << "charango"
+                                                    << "instruments/quena.sf2" << badPath;
+    QTest::newRow("its own bank, written in another way") << "charango"
+                                                          << "instruments//charango.sf2" << badPath;
     QTest::newRow("no id") << ""
                            << "instruments/a.sf2" << badId;
     QTest::newRow("an id up") << "../charango"
@@ -133,7 +135,7 @@ void InstallPlanTest::instrumentsKeepToTheBankRoot_data()
         << "charango"
         << ".//Velta_Bank_GM.SF2" << badPath;
     QTest::newRow("an id whose bank file leads out") << "linked"
-                                                     << "instruments/a.sf2"
+                                                     << "instruments/linked.sf2"
                                                      << "el banco de linked no está en su carpeta";
 }
 
@@ -159,7 +161,7 @@ void InstallPlanTest::aFolderOfBanksThatLeadsOutIsRefused()
     const ContentFixture content;
     QVERIFY(QDir().mkpath(content.filePath("elsewhere")));
     QVERIFY(QFile::link(content.filePath("elsewhere"), content.bankRoot() + "/instruments"));
-    QVERIFY(!InstallPlan::keepToBankRoot({recorded("charango", "")}, content.bankRoot(), nullptr));
+    QVERIFY(!InstallPlan::keepToBankRoot({recorded("charango")}, content.bankRoot(), nullptr));
 }
 
 void InstallPlanTest::everyInstrumentIsLookedAt()
@@ -167,6 +169,7 @@ void InstallPlanTest::everyInstrumentIsLookedAt()
     QString error;
     QVERIFY(InstallPlan::keepToBankRoot({}, "/banks", &error));
     QVERIFY(InstallPlan::keepToBankRoot({recorded("a"), recorded("b")}, "/banks", &error));
+    QVERIFY(error.isEmpty());
     QVERIFY(!InstallPlan::keepToBankRoot({recorded("a"), recorded("b", "../b")}, "/banks", &error));
     QCOMPARE(error, "el banco de b no está en su carpeta");
 }

@@ -1,5 +1,6 @@
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
+#include "content/ShippedRhythms.h"
 #include "music/ChordMapper.h"
 #include "support/Files.h"
 
@@ -152,6 +153,7 @@ private slots:
     void thereAreThreeRhythmsForEveryMeterOfANewWork_data();
     void thereAreThreeRhythmsForEveryMeterOfANewWork();
     void everyFileLoads();
+    void theProgramKnowsWhichOfThemCameWithIt();
     void everyRhythmHasItsStyleTempoAndGroove();
     void everyRhythmHasAWholeBand();
     void everyLayerHasAllSections();
@@ -196,6 +198,18 @@ void InstalledRhythmsTest::everyFileLoads()
     QCOMPARE(content().library.rhythms().size(), files.size());
     for (const Rhythm& rhythm : content().library.rhythms())
         QVERIFY2(files.contains(rhythm.id + ".content.json"), qPrintable(rhythm.id));
+}
+
+void InstalledRhythmsTest::theProgramKnowsWhichOfThemCameWithIt()
+{
+    QStringList files;
+    for (const QString& id : ShippedRhythms::ids())
+        files.append(id + ".content.json");
+    QCOMPARE(files, QDir(VELTA_LOOPS_DIR "/installed").entryList(QDir::Files, QDir::Name));
+    for (const QString& name : QDir(VELTA_SERVED_DIR "/content").entryList(QDir::Files)) {
+        const QString id = QString(name).remove(".content.json");
+        QVERIFY2(!ShippedRhythms::contains(id), qPrintable(id));
+    }
 }
 
 void InstalledRhythmsTest::everyRhythmHasItsStyleTempoAndGroove()

@@ -1,12 +1,14 @@
 #include "content/LoopLibrary.h"
 
 #include "support/ContentFixture.h"
+#include "support/FullDisk.h"
 
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTest>
 
 #include <algorithm>
+#include <sys/stat.h>
 
 namespace {
 
@@ -184,7 +186,7 @@ private slots:
     void refusedPackageRegistersNoInstrument();
     void instrumentsOutliveTheirPackage();
     void libraryWithoutInstrumentsStillLoads();
-    void reloadIsAnnouncedOnceAndEachInstrumentOnce();
+    void reloadIsAnnouncedOnceAndSoAreItsInstruments();
     void announcementComesWhenAllIsDone();
 
     void indexIsWrittenByteForByte();
@@ -194,6 +196,13 @@ private slots:
     void indexIsNeverReadBack();
     void indexThatCannotBeWrittenIsReported();
 
+    void indexOnAFullDiskStaysAsItWas();
+    void indexThatStandsIsNotWrittenAgain();
+
+    void packageBeyondTheBoundsIsSkippedAndNamed();
+    void whatStandsInForAShippedRhythmIsSkipped();
+    void grooveOfAShippedRhythmIsItsOwn();
+    void pipesAndEndlessFilesAreSkipped();
     void damagedFilesNeverBreakTheLibrary();
 };
 
@@ -650,7 +659,7 @@ void LoopLibraryTest::libraryWithoutInstrumentsStillLoads()
     QVERIFY(!library.findLayer("zamba_bombo")->pitched);
 }
 
-void LoopLibraryTest::reloadIsAnnouncedOnceAndEachInstrumentOnce()
+void LoopLibraryTest::reloadIsAnnouncedOnceAndSoAreItsInstruments()
 {
     ContentFixture content;
     content.addPackage("a", package("a", R"("instruments": [{"id": "x"}, {"id": "y"}])"));
@@ -662,10 +671,10 @@ void LoopLibraryTest::reloadIsAnnouncedOnceAndEachInstrumentOnce()
     const QSignalSpy instruments(&content.instruments(), &InstrumentLibrary::instrumentsChanged);
     content.library().reload();
     QCOMPARE(changed.count(), 1);
-    QCOMPARE(instruments.count(), 3);
+    QCOMPARE(instruments.count(), 1);
     content.library().reload();
     QCOMPARE(changed.count(), 2);
-    QCOMPARE(instruments.count(), 6);
+    QCOMPARE(instruments.count(), 2);
 }
 
 void LoopLibraryTest::announcementComesWhenAllIsDone()
@@ -741,6 +750,107 @@ void LoopLibraryTest::indexThatCannotBeWrittenIsReported()
     QVERIFY(!content.library().writeManifest());
     QCOMPARE(changed.count(), 1);
     QVERIFY(content.library().findRhythm("zamba"));
+}
+
+void LoopLibraryTest::indexOnAFullDiskStaysAsItWas()
+{
+    ContentFixture content;
+    content.addPackage("zamba", kSmallPackage);
+    content.library().reload();
+    QByteArray more;
+    for (int i = 0; i < 30; ++i)
+        more += R"({"id": "layer"},)";
+    content.addPackage("zz", package("zz", "\"loopLayers\": [" + more + "{}]"));
+    {
+        const FullDisk disk(kSmallManifest.size() + 500);
+        content.library().reload();
+        QVERIFY(!content.library().writeManifest());
+    }
+    QCOMPARE(content.manifest(), kSmallManifest);
+    QVERIFY(content.library().findRhythm("zz"));
+    QVERIFY(content.library().writeManifest());
+    QVERIFY(content.manifest().contains("layer"));
+}
+
+void LoopLibraryTest::indexThatStandsIsNotWrittenAgain()
+{
+    ContentFixture content;
+    content.addPackage("zamba", kSmallPackage);
+    content.library().reload();
+    const FullDisk disk(0);
+    QVERIFY(content.library().writeManifest());
+    QCOMPARE(content.manifest(), kSmallManifest);
+}
+
+// ---- Files that are refused ----------------------------------------------------------------
+
+void LoopLibraryTest::packageBeyondTheBoundsIsSkippedAndNamed()
+{
+    ContentFixture content;
+    content.addPackage("a", package("a", "\"instruments\": [" +
+                                             QByteArray(R"({"id": "i"},)").repeated(64) + "{}]"));
+    content.addPackage("b", package("b"));
+    content.addPackage("c", "no package");
+    content.addGroove("b", R"({"rhythmId": "b", "offsets": [)" + QByteArray("{},").repeated(256) +
+                               "{}]}");
+    content.library().reload();
+    QCOMPARE(idsOf(content.library().rhythms()), QStringList{"b"});
+    QVERIFY(!content.instruments().find("i"));
+    QVERIFY(!content.library().grooveForRhythm("b"));
+    QCOMPARE(content.library().refused(), QStringList({"a", "b"}));
+    for (const char* name : {"a", "B", "c"})
+        QVERIFY2(content.library().hasPackageFile(name), name);
+    QVERIFY(!content.library().hasPackageFile("d"));
+
+    content.addPackage("a", package("a"));
+    QVERIFY(QFile::remove(content.library().groovesDir() + "/b.groove.json"));
+    content.library().reload();
+    QCOMPARE(idsOf(content.library().rhythms()), QStringList({"a", "b"}));
+    QVERIFY(content.library().refused().isEmpty());
+}
+
+void LoopLibraryTest::whatStandsInForAShippedRhythmIsSkipped()
+{
+    ContentFixture content;
+    const QByteArray layers = R"("loopLayers": [{"id": "z_bombo", "rhythmId": "folklore_zamba"}],
+                                 "loopVariants": [{"layerId": "z_bombo", "durationBars": 2}])";
+    content.addPackage("folklore_zamba", package("folklore_zamba", layers));
+    content.addPackage("a_thief", package("folklore_zamba"));
+    content.addPackage("b_thief", package("Folklore_Zamba"));
+    content.addPackage("c_thief", package("c_thief", R"("loopLayers": [{"id": "z_bombo"}])"));
+    content.addPackage("d_thief",
+                       package("d_thief", R"("loopVariants": [{"layerId": "z_bombo"}])"));
+    content.addPackage("Folklore_Zamba", package("Folklore_Zamba"));
+    content.addPackage("z_neighbour", package("z_neighbour", R"("loopLayers": [{"id": "z_2"}])"));
+    content.library().reload();
+    QCOMPARE(idsOf(content.library().rhythms()), QStringList({"folklore_zamba", "z_neighbour"}));
+    QCOMPARE(content.library().findVariant("z_bombo", LoopSection::Normal, 1)->durationBars, 2);
+    QStringList refused = content.library().refused();
+    refused.sort();
+    QCOMPARE(refused, QStringList({"Folklore_Zamba", "a_thief", "b_thief", "c_thief", "d_thief"}));
+}
+
+void LoopLibraryTest::grooveOfAShippedRhythmIsItsOwn()
+{
+    ContentFixture content;
+    content.addGroove("folklore_zamba", groove("folklore_zamba", 3));
+    content.addGroove("z_thief", groove("folklore_zamba", 99));
+    content.library().reload();
+    QCOMPARE(content.library().grooveForRhythm("folklore_zamba")->offsets[0].velocityOffset, 3);
+    QCOMPARE(content.library().refused(), QStringList{"z_thief"});
+}
+
+void LoopLibraryTest::pipesAndEndlessFilesAreSkipped()
+{
+    ContentFixture content;
+    content.addPackage("zamba", kSmallPackage);
+    const QString folder = content.library().installedDir();
+    QVERIFY(mkfifo(qPrintable(folder + "/pipe.content.json"), 0600) == 0);
+    QVERIFY(QFile::link("/dev/zero", folder + "/zero.content.json"));
+    QFile large(folder + "/large.content.json");
+    QVERIFY(large.open(QIODevice::WriteOnly) && large.resize(16 * 1024 * 1024 + 1));
+    content.library().reload();
+    QCOMPARE(idsOf(content.library().rhythms()), QStringList{"zamba"});
 }
 
 // ---- Hostile files -------------------------------------------------------------------------
