@@ -4,15 +4,15 @@
 
 namespace brusel {
 
-QJsonDocument leerJson(const QString& ruta)
+QJsonDocument leerJson(const QString& ruta, qint64 maxBytes)
 {
-    return JsonFile::read(ruta, kMaxArchivoJson, WholeFile::Links::Refuse);
+    return JsonFile::read(ruta, maxBytes, WholeFile::Links::Refuse);
 }
 
-bool escribirJson(const QString& ruta, const QJsonDocument& documento)
+bool escribirJson(const QString& ruta, const QJsonDocument& documento, qint64 maxBytes)
 {
     const QByteArray texto = documento.toJson(QJsonDocument::Indented);
-    return texto.size() <= kMaxArchivoJson && WholeFile::replace(ruta, texto);
+    return texto.size() <= maxBytes && WholeFile::replace(ruta, texto);
 }
 
 } // namespace brusel

@@ -49,6 +49,11 @@ QJsonObject writeEntry(const ArchivoReciente& entry)
             {"ultimo_uso"_L1, entry.ultimo_uso.toString(Qt::ISODate)}};
 }
 
+bool isTooLarge(const QJsonArray& json)
+{
+    return QJsonDocument(json).toJson().size() > Recientes::kMaxBytes;
+}
+
 } // namespace
 
 QString Recientes::rutaArchivo(const QString& integranteId)
@@ -60,7 +65,7 @@ QString Recientes::rutaArchivo(const QString& integranteId)
 
 QList<ArchivoReciente> Recientes::listar(const QString& integranteId)
 {
-    const QJsonArray json = leerJson(rutaArchivo(integranteId)).array();
+    const QJsonArray json = leerJson(rutaArchivo(integranteId), kMaxBytes).array();
     QList<ArchivoReciente> list;
     list.reserve(json.size());
     for (const QJsonValue& entry : json)
@@ -80,7 +85,9 @@ void Recientes::registrar(const QString& integranteId, const ArchivoReciente& ar
     QJsonArray json;
     for (const ArchivoReciente& entry : list)
         json.append(writeEntry(entry));
-    escribirJson(rutaArchivo(integranteId), QJsonDocument(json));
+    while (isTooLarge(json))
+        json.removeLast();
+    escribirJson(rutaArchivo(integranteId), QJsonDocument(json), kMaxBytes);
 }
 
 void Recientes::registrarEnSesionActiva(const QString& ruta, const QString& app, bool temporal)

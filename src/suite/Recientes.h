@@ -15,6 +15,9 @@ public:
     /// The most entries of a list.
     static constexpr qsizetype kMaxEntradas = 30;
 
+    /// Larger lists are damaged: thirty of the longest paths of a disk take half of it.
+    static constexpr qint64 kMaxBytes = 256 * 1024;
+
     /// The most members that one use is noted for: more than a whole class around one computer. A
     /// damaged session could name so many that a save would not come to its end.
     static constexpr qsizetype kMaxIntegrantes = 64;
@@ -27,7 +30,7 @@ public:
     static QList<ArchivoReciente> listar(const QString& integranteId);
 
     /// Puts an entry at the front of a member's list, in place of one with the same path in
-    /// whatever case.
+    /// whatever case. The oldest entries go when the list would grow beyond its bounds.
     static void registrar(const QString& integranteId, const ArchivoReciente& archivo);
 
     /// Notes that a program uses a file now, for every member of the current session, and keeps

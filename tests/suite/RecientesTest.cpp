@@ -55,6 +55,8 @@ private slots:
     void everyOldEntryOfThePathGoes();
     void theThirtyFirstEntryPushesOutTheOldest();
     void aListThatIsTooLongIsReadWholeAndCutWhenWritten();
+    void aListBeyondItsBytesIsDamaged();
+    void theOldestGoWhenTheBytesRunOut();
     void membersHaveListsOfTheirOwn();
     void idsAreMadeSafe_data();
     void idsAreMadeSafe();
@@ -202,6 +204,33 @@ void RecientesTest::aListThatIsTooLongIsReadWholeAndCutWhenWritten()
     QCOMPARE(pathsOf("ana").size(), 30);
     QCOMPARE(pathsOf("ana").first(), "/obra/7");
     QCOMPARE(pathsOf("ana").last(), "/obra/30");
+}
+
+void RecientesTest::aListBeyondItsBytesIsDamaged()
+{
+    const QByteArray list = listOf(3);
+    const qsizetype bound = 256 * 1024;
+    QVERIFY(writeBytes(Recientes::rutaArchivo("ana"), list + QByteArray(bound - list.size(), ' ')));
+    QCOMPARE(pathsOf("ana").size(), 3);
+    QVERIFY(
+        writeBytes(Recientes::rutaArchivo("ana"), list + QByteArray(bound - list.size() + 1, ' ')));
+    QCOMPARE(pathsOf("ana"), QStringList());
+    Recientes::registrar("ana", entry("/obra/nueva"));
+    QCOMPARE(pathsOf("ana"), QStringList{"/obra/nueva"});
+}
+
+void RecientesTest::theOldestGoWhenTheBytesRunOut()
+{
+    const auto path = [](int number) {
+        return QString("/obra/%1/").arg(number) + QString(32000, 'x');
+    };
+    for (int number = 0; number < 12; ++number)
+        Recientes::registrar("ana", entry(path(number)));
+    const QStringList kept = pathsOf("ana");
+    QCOMPARE(kept.size(), 8);
+    QCOMPARE(kept.first(), path(11));
+    QCOMPARE(kept.last(), path(4));
+    QVERIFY(QFileInfo(Recientes::rutaArchivo("ana")).size() <= 256 * 1024);
 }
 
 void RecientesTest::membersHaveListsOfTheirOwn()
