@@ -1,8 +1,8 @@
 #include "content/ContentCatalog.h"
 
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -29,18 +29,32 @@ CatalogEntry readEntry(const QJsonObject& json)
 {
     CatalogEntry entry;
     entry.rhythmId = json["rhythmId"_L1].toString();
-    entry.displayName = json["displayName"_L1].toString(entry.rhythmId);
+    entry.displayName =
+        json["displayName"_L1].toString(entry.rhythmId).left(ContentCatalog::kMaxNameLength);
     entry.styleId = json["styleId"_L1].toString();
-    entry.styleDisplayName = json["styleDisplayName"_L1].toString(entry.styleId);
+    entry.styleDisplayName =
+        json["styleDisplayName"_L1].toString(entry.styleId).left(ContentCatalog::kMaxNameLength);
     entry.estimatedDownloadBytes = wholeBytes(json["estimatedDownloadBytes"_L1].toDouble());
     entry.instrumentIds = readStrings(json["instrumentIds"_L1].toArray());
     return entry;
 }
 
+void appendEntries(const QJsonArray& elements, qsizetype from, qsizetype to,
+                   QList<CatalogEntry>* entries)
+{
+    for (qsizetype i = from; i < to; ++i) {
+        const CatalogEntry entry = readEntry(elements.at(i).toObject());
+        if (!entry.rhythmId.isEmpty())
+            entries->append(entry);
+    }
+}
+
 } // namespace
 
-ContentCatalog::ContentCatalog(const QUrl& baseUrl, QObject* parent)
-    : QObject(parent), baseUrl_(baseUrl), network_(new QNetworkAccessManager(this))
+ContentCatalog::ContentCatalog(const QUrl& baseUrl, QObject* parent,
+                               std::chrono::milliseconds patience)
+    : QObject(parent), baseUrl_(baseUrl), patience_(patience),
+      network_(new QNetworkAccessManager(this))
 {}
 
 QUrl ContentCatalog::urlFromEnvironment()
@@ -52,11 +66,7 @@ QList<CatalogEntry> ContentCatalog::parse(const QJsonObject& json)
 {
     QList<CatalogEntry> entries;
     const QJsonArray elements = json["rhythms"_L1].toArray();
-    for (const QJsonValue& element : elements) {
-        const CatalogEntry entry = readEntry(element.toObject());
-        if (!entry.rhythmId.isEmpty())
-            entries.append(entry);
-    }
+    appendEntries(elements, 0, elements.size(), &entries);
     return entries;
 }
 
@@ -67,7 +77,7 @@ void ContentCatalog::refresh()
         return;
     }
     const QUrl url = ContentServer::urlOf(baseUrl_, u"catalog.json"_s);
-    ContentServer::get(*network_, url, ContentServer::kMaxJsonBytes, this,
+    ContentServer::get(*network_, url, ContentServer::kMaxJsonBytes, patience_, this,
                        [this](const ContentServer::Answer& answer) { take(answer); });
 }
 
@@ -78,11 +88,25 @@ void ContentCatalog::take(const ContentServer::Answer& answer)
         return;
     }
     const QJsonDocument document = QJsonDocument::fromJson(answer.body);
-    if (!document.isObject()) {
+    if (!document.isObject() || document["rhythms"_L1].toArray().size() > kMaxEntries) {
         emit catalogFailed(tr("catalog.json inválido."));
         return;
     }
-    entries_ = parse(document.object());
+    readOn(document["rhythms"_L1].toArray(), 0, {});
+}
+
+void ContentCatalog::readOn(const QJsonArray& elements, qsizetype from, QList<CatalogEntry> entries)
+{
+    // A turn of the event loop reads no more than goes unnoticed.
+    constexpr qsizetype kPerTurn = 500;
+    const qsizetype to = std::min(from + kPerTurn, elements.size());
+    appendEntries(elements, from, to, &entries);
+    if (to < elements.size()) {
+        QTimer::singleShot(0, this,
+                           [this, elements, to, entries] { readOn(elements, to, entries); });
+        return;
+    }
+    entries_ = entries;
     loaded_ = true;
     emit catalogLoaded();
 }

@@ -2,6 +2,7 @@
 
 #include "content/ContentServer.h"
 
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QList>
 #include <QObject>
@@ -28,8 +29,16 @@ class ContentCatalog : public QObject {
     Q_OBJECT
 
 public:
-    /// Starts without entries and fetches nothing. The catalogue is `baseUrl`/catalog.json.
-    explicit ContentCatalog(const QUrl& baseUrl, QObject* parent = nullptr);
+    /// The most entries of a catalogue. One of more is no catalogue of rhythms.
+    static constexpr qsizetype kMaxEntries = 10000;
+
+    /// Names that are longer are cut.
+    static constexpr qsizetype kMaxNameLength = 200;
+
+    /// Starts without entries and fetches nothing. The catalogue is `baseUrl`/catalog.json. The
+    /// server is given up when it keeps silent for longer than `patience`.
+    explicit ContentCatalog(const QUrl& baseUrl, QObject* parent = nullptr,
+                            std::chrono::milliseconds patience = ContentServer::kPatience);
 
     /// The address that VELTA_CONTENT_URL names, invalid if it is empty; a server on this computer
     /// if it is not set.
@@ -52,6 +61,8 @@ public:
 
     const QUrl& baseUrl() const { return baseUrl_; }
 
+    std::chrono::milliseconds patience() const { return patience_; }
+
     /// Owned by the catalogue.
     QNetworkAccessManager* networkManager() const { return network_; }
 
@@ -64,7 +75,12 @@ signals:
 private:
     void take(const ContentServer::Answer& answer);
 
+    /// Reads the elements from an index on, over as many turns of the event loop as it takes, and
+    /// then tells that the catalogue has come.
+    void readOn(const QJsonArray& elements, qsizetype from, QList<CatalogEntry> entries);
+
     QUrl baseUrl_;
+    std::chrono::milliseconds patience_;
     QNetworkAccessManager* network_;
     QList<CatalogEntry> entries_;
     bool loaded_ = false;

@@ -54,6 +54,7 @@ void ContentDownloadManager::installRhythm(const QString& rhythmId)
     contentBytes_.clear();
     grooveBytes_.clear();
     pendingInstruments_.clear();
+    writtenBanks_.clear();
     if (!ContentFiles::isPlainFileName(id))
         return fail(
             tr("Paquete inválido: %1").arg(tr("el id del ritmo no sirve como nombre de archivo")));
@@ -65,13 +66,17 @@ void ContentDownloadManager::installRhythm(const QString& rhythmId)
 void ContentDownloadManager::get(const QString& relativePath, qint64 maxBytes, Step next)
 {
     const QUrl url = ContentServer::urlOf(catalog_->baseUrl(), relativePath);
-    const auto ended = [this, next](const ContentServer::Answer& answer) {
+    const int request = ++lastRequest_;
+    const auto ended = [this, next, request](const ContentServer::Answer& answer) {
+        if (request != lastRequest_)
+            return;
         if (answer.error.isEmpty())
             (this->*next)(answer.body);
         else
             fail(answer.error);
     };
-    reply_ = ContentServer::get(*catalog_->networkManager(), url, maxBytes, this, ended);
+    reply_ = ContentServer::get(*catalog_->networkManager(), url, maxBytes, catalog_->patience(),
+                                this, ended);
 }
 
 void ContentDownloadManager::takeContent(const QByteArray& body)
@@ -120,6 +125,7 @@ void ContentDownloadManager::takeBank(const QByteArray& body)
         instruments_->bankRoot() + u'/' + ContentFiles::bankFile(currentInstrumentId_);
     if (!ContentFiles::replaceFile(path, body))
         return fail(tr("No pude guardar %1").arg(QFileInfo(path).fileName()));
+    writtenBanks_.append(path);
     fetchNextInstrument();
 }
 
@@ -143,6 +149,21 @@ void ContentDownloadManager::fail(const QString& message)
     busy_ = false;
     const QString id = currentRhythmId_;
     emit installFailed(id, message);
+}
+
+void ContentDownloadManager::cancelInstall()
+{
+    if (!busy_)
+        return;
+    ++lastRequest_;
+    if (reply_)
+        reply_->deleteLater();
+    // Package and groove are written when nothing is left to wait for.
+    for (const QString& bank : std::as_const(writtenBanks_))
+        QFile::remove(bank);
+    busy_ = false;
+    const QString id = currentRhythmId_;
+    emit installCancelled(id);
 }
 
 // ---- Uninstalling --------------------------------------------------------------------------

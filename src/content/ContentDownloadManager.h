@@ -30,6 +30,10 @@ public:
     /// once while another one runs, and done at once for a rhythm that is installed.
     void installRhythm(const QString& rhythmId);
 
+    /// Ends the install that is under way, without a trace of it; installCancelled() tells so. Does
+    /// nothing if there is none.
+    void cancelInstall();
+
     /// Deletes what only this rhythm uses. False for a rhythm that was not downloaded.
     bool uninstallRhythm(const QString& rhythmId);
 
@@ -44,6 +48,8 @@ signals:
 
     /// `message` is for the user.
     void installFailed(const QString& rhythmId, const QString& message);
+
+    void installCancelled(const QString& rhythmId);
 
     void rhythmUninstalled(const QString& rhythmId);
 
@@ -71,6 +77,10 @@ private:
     QByteArray grooveBytes_;
     QStringList pendingInstruments_;
     QString currentInstrumentId_;
+    /// Paths of the banks that the present install has written.
+    QStringList writtenBanks_;
+    /// Tells answers that are still awaited from those of an install that was cancelled.
+    int lastRequest_ = 0;
     // A child of the network manager; null while nothing is under way.
     QPointer<QNetworkReply> reply_;
 };

@@ -5,6 +5,7 @@
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QPointer>
+#include <QTimer>
 
 #include <memory>
 
@@ -36,6 +37,26 @@ void boundBuffer(QNetworkReply* reply, qint64 maxBytes)
         Qt::QueuedConnection);
 }
 
+/// Calls `giveUp` when nothing has come for as long as `patience`.
+void watchSilence(QNetworkReply* reply, std::chrono::milliseconds patience, const QObject* context,
+                  const std::function<void()>& giveUp)
+{
+    auto* silence = new QTimer(reply);
+    silence->setSingleShot(true);
+    silence->setInterval(patience);
+    const auto heard = qOverload<>(&QTimer::start);
+    QObject::connect(reply, &QNetworkReply::metaDataChanged, silence, heard);
+    QObject::connect(reply, &QNetworkReply::readyRead, silence, heard);
+    QObject::connect(silence, &QTimer::timeout, context, [silence, giveUp] {
+        // While the window stood still, what has come was not heard either: it is heard first.
+        QTimer::singleShot(0, silence, [silence, giveUp] {
+            if (!silence->isActive())
+                giveUp();
+        });
+    });
+    silence->start();
+}
+
 } // namespace
 
 QUrl ContentServer::urlOf(const QUrl& base, const QString& relativePath)
@@ -46,19 +67,25 @@ QUrl ContentServer::urlOf(const QUrl& base, const QString& relativePath)
 }
 
 QNetworkReply* ContentServer::get(QNetworkAccessManager& network, const QUrl& url, qint64 maxBytes,
-                                  const QObject* context,
+                                  std::chrono::milliseconds patience, const QObject* context,
                                   const std::function<void(const Answer&)>& ended)
 {
     QNetworkReply* reply = network.get(QNetworkRequest(url));
     // Null once the request has ended, which later events find out.
     const auto running = std::make_shared<QPointer<QNetworkReply>>(reply);
-    const auto end = [running, maxBytes, ended] {
-        if (QNetworkReply* ending = running->data()) {
-            running->clear();
-            // A reply that is aborted instead may warn on the error stream if it fails as well.
-            ending->deleteLater();
-            ended(answerOf(*ending, maxBytes));
-        }
+    const auto endWith = [running, ended](const Answer& answer) {
+        // A reply that is aborted instead may warn on the error stream if it fails as well.
+        (*running)->deleteLater();
+        running->clear();
+        ended(answer);
+    };
+    const auto end = [running, maxBytes, endWith] {
+        if (*running)
+            endWith(answerOf(**running, maxBytes));
+    };
+    const auto giveUp = [running, endWith] {
+        if (*running)
+            endWith({{}, QCoreApplication::translate("ContentServer", "El servidor no responde.")});
     };
     const auto endIfTooLong = [running, maxBytes, end] {
         if (*running && isTooLong(**running, maxBytes))
@@ -69,6 +96,7 @@ QNetworkReply* ContentServer::get(QNetworkAccessManager& network, const QUrl& ur
                      Qt::QueuedConnection);
     QObject::connect(reply, &QNetworkReply::readyRead, context, endIfTooLong, Qt::QueuedConnection);
     QObject::connect(reply, &QNetworkReply::finished, context, end, Qt::QueuedConnection);
+    watchSilence(reply, patience, context, giveUp);
     boundBuffer(reply, maxBytes);
     return reply;
 }

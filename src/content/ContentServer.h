@@ -4,6 +4,7 @@
 #include <QString>
 #include <QUrl>
 
+#include <chrono>
 #include <functional>
 
 class QNetworkAccessManager;
@@ -17,6 +18,10 @@ namespace ContentServer {
 constexpr qint64 kMaxJsonBytes = 16 * 1024 * 1024;
 constexpr qint64 kMaxBankBytes = 256 * 1024 * 1024;
 
+/// How long a server may keep silent: well beyond what a slow school network takes between two
+/// pieces of a file.
+constexpr std::chrono::milliseconds kPatience = std::chrono::seconds(15);
+
 /// The address of a file below the base: a slash and the path are added to the path of the base,
 /// to which neither may be escaped.
 QUrl urlOf(const QUrl& base, const QString& relativePath);
@@ -29,9 +34,11 @@ struct Answer {
 };
 
 /// Asks for a file once, following redirects within HTTP that are no less safe. The whole body is
-/// held until `ended` is called from the event loop, once, and never after `context` is gone. The
+/// held until `ended` is called from the event loop, once, and never after `context` is gone. A
+/// server from which nothing has come for as long as `patience` ends the request as a failure. The
 /// reply belongs to `network` and lives no longer than that; deleting it ends the request unheard.
 QNetworkReply* get(QNetworkAccessManager& network, const QUrl& url, qint64 maxBytes,
-                   const QObject* context, const std::function<void(const Answer&)>& ended);
+                   std::chrono::milliseconds patience, const QObject* context,
+                   const std::function<void(const Answer&)>& ended);
 
 } // namespace ContentServer

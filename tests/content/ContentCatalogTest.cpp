@@ -90,7 +90,9 @@ private slots:
     void aBadAnswerLeavesWhatWasThere_data();
     void aBadAnswerLeavesWhatWasThere();
     void aRedirectOutOfHttpLeavesWhatWasThere();
-    void aCatalogueOfFiveMegabytesLoads();
+    void aCatalogueOfTenThousandRhythmsLoads();
+    void longNamesAreCut();
+    void aServerThatKeepsSilentIsGivenUp();
     void twoRefreshesAnswerTwice();
     void deletingEndsWhatIsUnderWay_data();
     void deletingEndsWhatIsUnderWay();
@@ -326,18 +328,45 @@ void ContentCatalogTest::aRedirectOutOfHttpLeavesWhatWasThere()
     QVERIFY(!client.catalog->isLoaded());
 }
 
-void ContentCatalogTest::aCatalogueOfFiveMegabytesLoads()
+void ContentCatalogTest::aCatalogueOfTenThousandRhythmsLoads()
 {
     QByteArray elements = R"({"rhythmId": "first"})";
-    int count = 1;
-    for (; elements.size() < 5'000'000; ++count)
+    for (int count = 1; count < 10000; ++count)
         elements += ",{\"rhythmId\": \"r" + QByteArray::number(count) + R"(", "styleId": "s",
                      "displayName": "A rhythm among many"})";
     ContentHost host;
     host.put("/catalog.json", catalogOf(elements));
     Client client(host.url());
     QCOMPARE(client.refresh(), "loaded");
-    QCOMPARE(client.catalog->entries().size(), count);
+    QCOMPARE(client.catalog->entries().size(), 10000);
+
+    host.put("/catalog.json", catalogOf(elements + ",{}"));
+    QCOMPARE(client.refresh(), "catalog.json inválido.");
+    QCOMPARE(client.catalog->entries().size(), 10000);
+}
+
+void ContentCatalogTest::longNamesAreCut()
+{
+    const QString name(201, QChar(0x00F1));
+    const QJsonObject json{{"rhythms", QJsonArray{QJsonObject{{"rhythmId", name},
+                                                              {"displayName", name},
+                                                              {"styleDisplayName", name}},
+                                                  QJsonObject{{"rhythmId", name}}}}};
+    for (const CatalogEntry& entry : ContentCatalog::parse(json)) {
+        QCOMPARE(entry.rhythmId, name);
+        QCOMPARE(entry.displayName, name.left(200));
+        QVERIFY(entry.styleDisplayName.size() <= 200);
+    }
+}
+
+void ContentCatalogTest::aServerThatKeepsSilentIsGivenUp()
+{
+    const LocalServer server(keepsSilent());
+    ContentCatalog catalog(server.url(), nullptr, std::chrono::milliseconds(200));
+    const QSignalSpy failed(&catalog, &ContentCatalog::catalogFailed);
+    catalog.refresh();
+    QTRY_COMPARE(failed.size(), 1);
+    QCOMPARE(failed[0][0].toString(), "El servidor no responde.");
 }
 
 void ContentCatalogTest::twoRefreshesAnswerTwice()

@@ -55,6 +55,10 @@ private slots:
     void instrumentsAreToldOfWhenTheBankIsGone();
     void aBaseWithASlashAtItsEndWorks();
     void idsAreEscapedInAddresses();
+    void cancellingLeavesNothingBehind_data();
+    void cancellingLeavesNothingBehind();
+    void cancellingKeepsBanksThatWereThere();
+    void cancellingWithoutAnInstallDoesNothing();
     void uninstallingTakesEverythingAway();
     void uninstallingKeepsSharedBanks();
     void rhythmsOfTheProgramCannotBeUninstalled();
@@ -352,6 +356,67 @@ void ContentDownloadManagerTest::idsAreEscapedInAddresses()
     QCOMPARE(stage.files().value("loops/installed/ñandú 2%.content.json"), package);
     QVERIFY(stage.downloads->uninstallRhythm("ñandú 2%"));
     QVERIFY(!stage.files().contains("loops/installed/ñandú 2%.content.json"));
+}
+
+// ---- Cancelling ----------------------------------------------------------------------------
+
+void ContentDownloadManagerTest::cancellingLeavesNothingBehind_data()
+{
+    QTest::addColumn<QString>("awaited");
+    QTest::newRow("the package") << "/content/zamba.content.json";
+    QTest::newRow("the groove") << "/grooves/zamba.groove.json";
+    QTest::newRow("the first bank") << "/instruments/quena.sf2";
+    QTest::newRow("the second bank") << "/instruments/charango.sf2";
+}
+
+void ContentDownloadManagerTest::cancellingLeavesNothingBehind()
+{
+    QFETCH(QString, awaited);
+    ContentHost host;
+    offer(host, "zamba", {"quena", "charango"});
+    DownloadStage stage(host.url());
+    const QSignalSpy cancelled(stage.downloads.get(), &ContentDownloadManager::installCancelled);
+    const auto before = stage.files();
+    bool reached = false;
+    host.misbehave(awaited, [&](QTcpSocket&) { reached = true; });
+    stage.downloads->installRhythm("zamba");
+    QTRY_VERIFY(reached);
+    stage.downloads->cancelInstall();
+    QVERIFY(!stage.downloads->isBusy());
+    QCOMPARE(messages(cancelled), QStringList{"zamba"});
+    QCOMPARE(stage.files(), before);
+    QTRY_COMPARE(host.server().openConnections(), 0);
+    QCOMPARE(stage.failed.size() + stage.installed.size(), 0);
+    host.heal();
+    QCOMPARE(stage.install("zamba"), "installed");
+}
+
+void ContentDownloadManagerTest::cancellingKeepsBanksThatWereThere()
+{
+    ContentHost host;
+    offer(host, "zamba", {"quena", "charango"});
+    DownloadStage stage(host.url());
+    ContentFixture::write(stage.bank("quena"), "another bank");
+    bool reached = false;
+    host.misbehave("/instruments/charango.sf2", [&](QTcpSocket&) { reached = true; });
+    stage.downloads->installRhythm("zamba");
+    QTRY_VERIFY(reached);
+    stage.downloads->cancelInstall();
+    QCOMPARE(ContentFixture::read(stage.bank("quena")), QByteArray("another bank"));
+}
+
+void ContentDownloadManagerTest::cancellingWithoutAnInstallDoesNothing()
+{
+    ContentHost host;
+    offer(host, "zamba", {"quena"});
+    DownloadStage stage(host.url());
+    const QSignalSpy cancelled(stage.downloads.get(), &ContentDownloadManager::installCancelled);
+    stage.downloads->cancelInstall();
+    QCOMPARE(stage.install("zamba"), "installed");
+    const auto after = stage.files();
+    stage.downloads->cancelInstall();
+    QCOMPARE(stage.files(), after);
+    QCOMPARE(cancelled.size(), 0);
 }
 
 // ---- Uninstalling --------------------------------------------------------------------------

@@ -14,16 +14,19 @@
 #include <future>
 #include <memory>
 
+using namespace std::chrono_literals;
+
 namespace {
 
 constexpr qint64 kBound = 100000;
 
 /// What came of a request; no signal at all is an error too.
-ContentServer::Answer fetch(const QUrl& url, qint64 maxBytes = kBound)
+ContentServer::Answer fetch(const QUrl& url, qint64 maxBytes = kBound,
+                            std::chrono::milliseconds patience = ContentServer::kPatience)
 {
     QNetworkAccessManager network;
     QList<ContentServer::Answer> answers;
-    ContentServer::get(network, url, maxBytes, &network,
+    ContentServer::get(network, url, maxBytes, patience, &network,
                        [&](const ContentServer::Answer& answer) { answers.append(answer); });
     if (!await([&] { return !answers.isEmpty(); }))
         return {{}, "no answer"};
@@ -70,6 +73,10 @@ private slots:
     void longerBodiesAreFailures_data();
     void longerBodiesAreFailures();
     void noMoreThanTheBoundIsTakenInWhileTheProgramIsBusy();
+    void aServerThatKeepsSilentIsGivenUp_data();
+    void aServerThatKeepsSilentIsGivenUp();
+    void aSlowServerIsHeardToItsEnd();
+    void whatCameWhileTheProgramWasBusyIsHeard();
     void requestsBearNoHeadersOfOurs();
     void nothingIsHeardAfterTheListenerIsGone();
     void deletingTheReplyEndsTheRequestUnheard();
@@ -270,15 +277,72 @@ void ContentServerTest::noMoreThanTheBoundIsTakenInWhileTheProgramIsBusy()
     thread->start();
     QNetworkAccessManager network;
     QString error;
-    ContentServer::get(network, url.get_future().get(), kBound, &network,
+    ContentServer::get(network, url.get_future().get(), kBound, ContentServer::kPatience, &network,
                        [&](const ContentServer::Answer& answer) { error = answer.error; });
     QTRY_VERIFY(sent > 0);
-    QThread::msleep(400);
-    // The system keeps some megabytes of its own between the two ends of a connection.
-    QVERIFY2(sent < 40'000'000, qPrintable(QString::number(sent)));
+    // The system keeps some megabytes of its own between the two ends of a connection. Whoever
+    // takes in more than that does so without end, so this waits until nothing more flows.
+    constexpr qint64 kMost = 40'000'000;
+    int still = 0;
+    for (qint64 before = 0; still < 10 && sent < kMost; before = sent) {
+        QThread::msleep(100);
+        still = sent == before ? still + 1 : 0;
+    }
+    QVERIFY2(sent < kMost, qPrintable(QString::number(sent)));
     QTRY_COMPARE(error, "Operation canceled");
     thread->quit();
     QVERIFY(thread->wait());
+}
+
+void ContentServerTest::aServerThatKeepsSilentIsGivenUp_data()
+{
+    QTest::addColumn<QByteArray>("beginning");
+    QTest::newRow("from the start") << QByteArray();
+    QTest::newRow("in the head of its answer") << QByteArray("HTTP/1.1 200 OK\r\nContent-Le");
+    QTest::newRow("in the body") << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\n{");
+}
+
+void ContentServerTest::aServerThatKeepsSilentIsGivenUp()
+{
+    QFETCH(QByteArray, beginning);
+    const LocalServer server(
+        LocalServer::Behaviour([&](QTcpSocket& connection) { connection.write(beginning); }));
+    const ContentServer::Answer answer = fetch(server.url(), kBound, 200ms);
+    QCOMPARE(answer.error, "El servidor no responde.");
+    QVERIFY(answer.body.isEmpty());
+    QTRY_COMPARE(server.openConnections(), 0);
+}
+
+void ContentServerTest::aSlowServerIsHeardToItsEnd()
+{
+    constexpr int kPieces = 20;
+    const LocalServer server(LocalServer::Behaviour([](QTcpSocket& connection) {
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 20\r\n\r\n");
+        auto* timer = new QTimer(&connection);
+        QObject::connect(timer, &QTimer::timeout, &connection,
+                         [&connection, timer, sent = 0]() mutable {
+                             connection.write("x");
+                             if (++sent == kPieces)
+                                 timer->stop();
+                         });
+        timer->start(100);
+    }));
+    const ContentServer::Answer answer = fetch(server.url(), kBound, 1500ms);
+    QCOMPARE(answer.error, QString());
+    QCOMPARE(answer.body, QByteArray(kPieces, 'x'));
+}
+
+void ContentServerTest::whatCameWhileTheProgramWasBusyIsHeard()
+{
+    const LocalServer server(sends(httpAnswer("200 OK", "{}")));
+    QNetworkAccessManager network;
+    QString error = "no answer";
+    ContentServer::get(network, server.url(), kBound, 300ms, &network,
+                       [&](const ContentServer::Answer& answer) { error = answer.error; });
+    QTRY_COMPARE(server.requests().size(), 1);
+    QThread::msleep(600);
+    QTRY_VERIFY(error != "no answer");
+    QCOMPARE(error, QString());
 }
 
 void ContentServerTest::requestsBearNoHeadersOfOurs()
@@ -298,7 +362,7 @@ void ContentServerTest::nothingIsHeardAfterTheListenerIsGone()
     int heard = 0;
     {
         const QObject listener;
-        ContentServer::get(network, server.url(), kBound, &listener,
+        ContentServer::get(network, server.url(), kBound, ContentServer::kPatience, &listener,
                            [&](const ContentServer::Answer&) { ++heard; });
     }
     QTRY_COMPARE(server.requests().size(), 1);
@@ -311,8 +375,9 @@ void ContentServerTest::deletingTheReplyEndsTheRequestUnheard()
     const LocalServer server(keepsSilent());
     QNetworkAccessManager network;
     int heard = 0;
-    QNetworkReply* reply = ContentServer::get(network, server.url(), kBound, &network,
-                                              [&](const ContentServer::Answer&) { ++heard; });
+    QNetworkReply* reply =
+        ContentServer::get(network, server.url(), kBound, ContentServer::kPatience, &network,
+                           [&](const ContentServer::Answer&) { ++heard; });
     QTRY_COMPARE(server.requests().size(), 1);
     delete reply;
     QTRY_COMPARE(server.openConnections(), 0);
