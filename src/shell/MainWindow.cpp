@@ -51,6 +51,7 @@ MainWindow::MainWindow(QWidget* parent, Prompts& prompts) : QMainWindow(parent),
     buildStatusBar();
     updateTitleBar(ThemeManager::instance()->isDark());
     startBlankProject();
+    nameRefusedContent();
 }
 
 MainWindow::~MainWindow()

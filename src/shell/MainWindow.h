@@ -161,6 +161,9 @@ private:
     void onThemeChanged(bool dark);
     void onLibraryChanged();
 
+    /// Names in the status bar what content the library has refused, each of it once.
+    void nameRefusedContent();
+
     void startTake();
 
     /// Ends the take, if there is one, into the work that it belongs to: the present one, as no
@@ -213,6 +216,8 @@ private:
     Project* project_ = nullptr;
     /// Storage id of the project; empty until it is saved for the first time.
     QString currentProjectId_;
+    /// Refused content that the status bar has named.
+    QStringList namedContent_;
     /// Null while nobody sings.
     std::unique_ptr<VoiceTake> take_;
 

@@ -13,6 +13,7 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr int kPlacedMs = 3000;
+constexpr int kRefusedMs = 15000;
 
 /// As the user counts bars: from 1.
 QString barNumber(const Project& project, double beat)
@@ -22,8 +23,27 @@ QString barNumber(const Project& project, double beat)
 
 } // namespace
 
+void MainWindow::nameRefusedContent()
+{
+    QStringList fresh;
+    for (const QString& name : loopLibrary_->refused()) {
+        if (!namedContent_.contains(name) && !fresh.contains(name))
+            fresh.append(name);
+    }
+    if (fresh.isEmpty())
+        return;
+    namedContent_.append(fresh);
+    const QString message = tr("No pude usar estos ritmos: %1.").arg(fresh.join(", "_L1));
+    const QString standing = statusBar()->currentMessage();
+    if (standing.isEmpty())
+        statusBar()->showMessage(message, kRefusedMs);
+    else
+        statusBar()->showMessage(standing + u' ' + message);
+}
+
 void MainWindow::onLibraryChanged()
 {
+    nameRefusedContent();
     if (!project_)
         return;
     finishGestures();

@@ -79,6 +79,10 @@ private slots:
     void anInstalledRhythmIsThereAtTheNextStart();
     void aChangeOfKeyMovesThePitches();
     void theWindowMayGoDuringAnInstall();
+    void aBankThatComesAndGoesIsSelectedAtOnce();
+    void theViewsHearOfARhythm();
+    void whatIsRefusedIsNamedOnce();
+    void aMissingBankIsStillToldBesideIt();
 
 private:
     QString soundfont() const
@@ -233,6 +237,65 @@ void MainWindowContentTest::theWindowMayGoDuringAnInstall()
     QTest::qWait(100);
     QVERIFY(!QFile::exists(soundfont()));
     QVERIFY(install("saya"));
+}
+
+void MainWindowContentTest::aBankThatComesAndGoesIsSelectedAtOnce()
+{
+    stage_->song().tracks = {loopTrack({loop("saya", "saya_charango", 0.0, 4.0)})};
+    stage_->song().tracks[0].instrumentId = "charango";
+    const auto bankOfChannel = [] {
+        QString font;
+        for (const QString& call : FluidSpy::calls({"program_select"})) {
+            const QStringList words = call.split(' ');
+            if (words[1] == "0")
+                font = words[2];
+        }
+        return font;
+    };
+    QVERIFY(install("saya"));
+    const QString recorded = bankOfChannel();
+    QVERIFY(!recorded.isEmpty());
+    FluidSpy::reset();
+    QVERIFY(downloads().uninstallRhythm("saya"));
+    QVERIFY(!bankOfChannel().isEmpty());
+    QVERIFY(bankOfChannel() != recorded);
+}
+
+void MainWindowContentTest::theViewsHearOfARhythm()
+{
+    const QSignalSpy changed(&stage_->song(), &Project::changed);
+    QVERIFY(install("saya"));
+    QCOMPARE(changed.count(), 1);
+    QVERIFY(downloads().uninstallRhythm("saya"));
+    QCOMPARE(changed.count(), 2);
+}
+
+void MainWindowContentTest::whatIsRefusedIsNamedOnce()
+{
+    const QByteArray refused =
+        R"({"rhythm": {"id": "x"}, "instruments": [)" + QByteArray("{},").repeated(64) + "{}]}";
+    writeBytes(stage_->home().filePath("resources/loops/installed/pesado.content.json"), refused);
+    writeBytes(stage_->home().filePath("resources/loops/installed/roto.content.json"), "{");
+    stage_->window();
+    QCOMPARE(stage_->message(), "No pude usar estos ritmos: pesado.");
+    stage_->window().statusBar()->clearMessage();
+    QVERIFY(install("saya"));
+    QCOMPARE(stage_->message(), "");
+    writeBytes(stage_->home().filePath("resources/loops/installed/otro.content.json"), refused);
+    QVERIFY(downloads().uninstallRhythm("saya"));
+    QCOMPARE(stage_->message(), "No pude usar estos ritmos: otro.");
+    QVERIFY(!stage_->window().loopLibrary()->findRhythm("x"));
+}
+
+void MainWindowContentTest::aMissingBankIsStillToldBesideIt()
+{
+    QVERIFY(QFile::remove(stage_->home().filePath("resources/soundfonts/velta_bank_gm.sf2")));
+    writeBytes(stage_->home().filePath("resources/loops/installed/x.content.json"),
+               R"({"rhythm": {"id": "Folklore_Zamba"}})");
+    stage_->window();
+    QVERIFY2(stage_->message().startsWith("Falta el banco de sonidos"),
+             qPrintable(stage_->message()));
+    QVERIFY(stage_->message().endsWith("No pude usar estos ritmos: x."));
 }
 
 QTEST_MAIN(MainWindowContentTest)
