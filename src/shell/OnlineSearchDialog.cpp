@@ -4,26 +4,21 @@
 #include "content/ContentDownloadManager.h"
 #include "content/InstalledContentRegistry.h"
 #include "content/LoopLibrary.h"
+#include "shell/OnlineSearchModel.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>
-#include <QListWidget>
+#include <QListView>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 #include <optional>
 
+using namespace Qt::Literals::StringLiterals;
+
 namespace {
 
 constexpr QSize kInitialSize(460, 360);
-constexpr int kRhythmIdRole = Qt::UserRole;
-constexpr int kInstalledRole = Qt::UserRole + 1;
-
-QString megabytes(qint64 bytes)
-{
-    constexpr double kBytesPerMegabyte = 1048576.0;
-    return QString::number(static_cast<double>(bytes) / kBytesPerMegabyte, 'f', 1);
-}
 
 } // namespace
 
@@ -32,18 +27,22 @@ OnlineSearchDialog::OnlineSearchDialog(const LoopLibrary& library, ContentCatalo
                                        const InstalledContentRegistry& registry, QWidget* parent)
     : QDialog(parent), library_(library), catalog_(catalog), downloads_(downloads),
       registry_(registry), status_(new QLabel(tr("Consultando el catálogo…"))),
-      list_(new QListWidget)
+      model_(new OnlineSearchModel(this)), list_(new QListView)
 {
     setWindowTitle(tr("Buscar más ritmos en línea"));
     resize(kInitialSize);
     // Messages come from a server and are of any length.
     status_->setTextFormat(Qt::PlainText);
     status_->setWordWrap(true);
+    list_->setObjectName(u"lista_ritmos"_s);
+    list_->setModel(model_);
+    // Ten thousand lines are not measured one by one.
+    list_->setUniformItemSizes(true);
     // What the buttons are about is always seen: the focus makes an item current in silence.
-    connect(list_, &QListWidget::currentItemChanged, list_, [](QListWidgetItem* item) {
-        if (item)
-            item->setSelected(true);
-    });
+    connect(list_->selectionModel(), &QItemSelectionModel::currentChanged, list_,
+            [this](const QModelIndex& index) {
+                list_->selectionModel()->select(index, QItemSelectionModel::ClearAndSelect);
+            });
     auto* close = new QDialogButtonBox(QDialogButtonBox::Close);
     connect(close, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
@@ -62,12 +61,16 @@ QHBoxLayout* OnlineSearchDialog::buildButtons()
 {
     auto* install = new QPushButton(tr("Instalar ritmo"));
     auto* uninstall = new QPushButton(tr("Desinstalar ritmo"));
+    cancel_ = new QPushButton(tr("Cancelar"));
+    cancel_->setVisible(downloads_.isBusy());
+    connect(cancel_, &QPushButton::clicked, &downloads_, &ContentDownloadManager::cancelInstall);
     connect(install, &QPushButton::clicked, this, &OnlineSearchDialog::install);
     connect(uninstall, &QPushButton::clicked, this, &OnlineSearchDialog::uninstall);
 
     auto* row = new QHBoxLayout;
     row->addWidget(install);
     row->addWidget(uninstall);
+    row->addWidget(cancel_);
     row->addStretch();
     return row;
 }
@@ -76,60 +79,44 @@ void OnlineSearchDialog::listenToServices()
 {
     using Downloads = ContentDownloadManager;
     connect(&catalog_, &ContentCatalog::catalogLoaded, this, [this] {
-        status_->clear();
+        tell({});
         fillList();
     });
     connect(&catalog_, &ContentCatalog::catalogFailed, this, [this](const QString& message) {
-        status_->setText(
-            tr("Sin conexión al catálogo (%1). Se muestra solo lo instalado.").arg(message));
+        tell(tr("Sin conexión al catálogo (%1). Se muestra solo lo instalado.")
+                 .arg(OnlineSearchModel::oneLine(message)));
     });
-    connect(&downloads_, &Downloads::progress, status_, &QLabel::setText);
+    connect(&downloads_, &Downloads::progress, this,
+            [this](const QString& message) { tell(OnlineSearchModel::oneLine(message)); });
     connect(&downloads_, &Downloads::rhythmInstalled, this, [this](const QString& rhythmId) {
-        status_->setText(tr("%1 instalado.").arg(rhythmId));
+        tell(tr("%1 instalado.").arg(OnlineSearchModel::oneLine(rhythmId)));
         fillList();
     });
     connect(&downloads_, &Downloads::installFailed, this,
             [this](const QString&, const QString& message) {
-                status_->setText(tr("Error: %1").arg(message));
+                tell(tr("Error: %1").arg(OnlineSearchModel::oneLine(message)));
             });
+    connect(&downloads_, &Downloads::installCancelled, this,
+            [this] { tell(tr("Descarga cancelada.")); });
 }
 
-QList<OnlineSearchRow> OnlineSearchDialog::rows(const LoopLibrary& library,
-                                                const ContentCatalog& catalog,
-                                                const InstalledContentRegistry& registry)
+void OnlineSearchDialog::tell(const QString& message)
 {
-    QList<OnlineSearchRow> rows;
-    for (const QString& id : registry.installedRhythms()) {
-        const Rhythm* rhythm = library.findRhythm(id);
-        rows.append({tr("%1 — instalado").arg(rhythm ? rhythm->displayName : id), id, true});
-    }
-    for (const CatalogEntry& entry : catalog.entries()) {
-        if (registry.isRhythmInstalled(entry.rhythmId))
-            continue;
-        const QString text = tr("%1 (%2) — %3 MB para descargar")
-                                 .arg(entry.displayName, entry.styleDisplayName,
-                                      megabytes(entry.estimatedDownloadBytes));
-        rows.append({text, entry.rhythmId, false});
-    }
-    return rows;
+    status_->setText(message);
+    cancel_->setVisible(downloads_.isBusy());
 }
 
 void OnlineSearchDialog::fillList()
 {
-    list_->clear();
-    for (const OnlineSearchRow& row : rows(library_, catalog_, registry_)) {
-        auto* item = new QListWidgetItem(row.text, list_);
-        item->setData(kRhythmIdRole, row.rhythmId);
-        item->setData(kInstalledRole, row.installed);
-    }
+    model_->setRows(OnlineSearchModel::rows(library_, catalog_, registry_));
 }
 
 std::optional<QString> OnlineSearchDialog::currentRhythm(bool installed) const
 {
-    const QListWidgetItem* item = list_->currentItem();
-    if (!item || item->data(kInstalledRole).toBool() != installed)
+    const QModelIndex index = list_->currentIndex();
+    if (!index.isValid() || index.data(OnlineSearchModel::kInstalledRole).toBool() != installed)
         return std::nullopt;
-    return item->data(kRhythmIdRole).toString();
+    return index.data(OnlineSearchModel::kRhythmIdRole).toString();
 }
 
 void OnlineSearchDialog::install()
@@ -143,8 +130,7 @@ void OnlineSearchDialog::uninstall()
     const auto rhythmId = currentRhythm(true);
     if (!rhythmId || !downloads_.uninstallRhythm(*rhythmId))
         return;
-    status_->setText(tr("%1 desinstalado; se liberó el espacio de los instrumentos que ya no se "
-                        "usan.")
-                         .arg(*rhythmId));
+    tell(tr("%1 desinstalado; se liberó el espacio de los instrumentos que ya no se usan.")
+             .arg(OnlineSearchModel::oneLine(*rhythmId)));
     fillList();
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QDialog>
-#include <QList>
 #include <QString>
 
 #include <optional>
@@ -12,19 +11,13 @@ class InstalledContentRegistry;
 class LoopLibrary;
 class QHBoxLayout;
 class QLabel;
-class QListWidget;
-
-/// A rhythm as the search shows it.
-struct OnlineSearchRow {
-    QString text;
-    QString rhythmId;
-    bool installed = false;
-
-    friend bool operator==(const OnlineSearchRow&, const OnlineSearchRow&) = default;
-};
+class QListView;
+class QPushButton;
+class OnlineSearchModel;
 
 /// The rhythms that were downloaded and those that the content server offers, to install and to
-/// uninstall. Asks for the catalogue when it is made. A download goes on when the dialog is gone.
+/// uninstall. Asks for the catalogue when it is made. A download may be cancelled, and goes on when
+/// the dialog is gone.
 class OnlineSearchDialog : public QDialog {
     Q_OBJECT
 
@@ -34,15 +27,11 @@ public:
                        ContentDownloadManager& downloads, const InstalledContentRegistry& registry,
                        QWidget* parent = nullptr);
 
-    /// First what was downloaded, in order of installation, then what else is offered, in the order
-    /// of the catalogue.
-    static QList<OnlineSearchRow> rows(const LoopLibrary& library, const ContentCatalog& catalog,
-                                       const InstalledContentRegistry& registry);
-
 private:
     QHBoxLayout* buildButtons();
     void listenToServices();
     void fillList();
+    void tell(const QString& message);
     void install();
     void uninstall();
 
@@ -54,5 +43,7 @@ private:
     ContentDownloadManager& downloads_;
     const InstalledContentRegistry& registry_;
     QLabel* status_;
-    QListWidget* list_;
+    OnlineSearchModel* model_;
+    QListView* list_;
+    QPushButton* cancel_;
 };

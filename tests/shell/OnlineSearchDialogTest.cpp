@@ -1,12 +1,13 @@
 #include "shell/OnlineSearchDialog.h"
 
 #include "BrowserStage.h"
+#include "shell/OnlineSearchModel.h"
 #include "support/ContextTranslator.h"
 #include "support/LocalServer.h"
 #include "support/StaticServer.h"
 
 #include <QDialogButtonBox>
-#include <QListWidget>
+#include <QListView>
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -69,7 +70,7 @@ LocalServer::Service catalogServer(const QByteArray& catalog,
 /// What a rhythm of the library shows on the search's list: "text [id] installed".
 QString lineOf(const OnlineSearchRow& row)
 {
-    return row.text + " [" + row.rhythmId + ']' + (row.installed ? " installed" : "");
+    return row.text() + " [" + row.rhythmId + ']' + (row.installed ? " installed" : "");
 }
 
 } // namespace
@@ -87,6 +88,9 @@ private slots:
     void sizesAreInMegabytes_data();
     void sizesAreInMegabytes();
     void namesAreTakenAsTheyAre();
+    void theProgramsOwnRhythmsAreNotOffered();
+    void namesFromElsewhereStayInTheirLine_data();
+    void namesFromElsewhereStayInTheirLine();
     void nothingInstalledAndNothingOfferedIsNothing();
 
     // The dialog
@@ -103,6 +107,8 @@ private slots:
     void withoutAnAddressItTellsSo();
     void aBrokenCatalogueIsTold();
     void anEarlierCatalogueIsListedAtOnce();
+    void tenThousandRhythmsAreListed();
+    void messagesOfAnyLengthAreCut();
 
     // Installing
     void progressIsShownAsItStands();
@@ -121,6 +127,7 @@ private slots:
     void aMissingRhythmIsToldAndMayBeTriedAgain();
     void anInstallGoesOnWhenTheDialogCloses();
     void aLaterDialogHearsOfARunningInstall();
+    void aDownloadMayBeCancelled();
     void nobodyListensWhenItIsGone();
 
 private:
@@ -147,20 +154,24 @@ private:
 
     QString status() const { return dialog_->findChild<QLabel*>()->text(); }
 
-    QListWidget& list() const { return *dialog_->findChild<QListWidget*>(); }
+    QListView& list() const { return *dialog_->findChild<QListView*>(); }
+
+    QModelIndex line(int row) const { return list().model()->index(row, 0); }
+
+    QPushButton& cancel() const { return *Widgets::withText<QPushButton>(*dialog_, "Cancelar"); }
 
     QStringList lines() const
     {
         QStringList lines;
-        for (int row = 0; row < list().count(); ++row)
-            lines.append(list().item(row)->text());
+        for (int row = 0; row < list().model()->rowCount(); ++row)
+            lines.append(line(row).data().toString());
         return lines;
     }
 
     void choose(int row) const
     {
         QTest::mouseClick(list().viewport(), Qt::LeftButton, {},
-                          list().visualItemRect(list().item(row)).center());
+                          list().visualRect(line(row)).center());
     }
 
     void clickInstall() const
@@ -177,7 +188,7 @@ private:
     {
         QStringList lines;
         for (const OnlineSearchRow& row :
-             OnlineSearchDialog::rows(stage().library(), stage().catalog, stage().registry))
+             OnlineSearchModel::rows(stage().library(), stage().catalog, stage().registry))
             lines.append(lineOf(row));
         return lines;
     }
@@ -264,6 +275,44 @@ void OnlineSearchDialogTest::nothingInstalledAndNothingOfferedIsNothing()
     QCOMPARE(rows(), QStringList());
 }
 
+void OnlineSearchDialogTest::theProgramsOwnRhythmsAreNotOffered()
+{
+    loadCatalog({kZamba, kHuayno, offer("folklore_zamba", "Zamba", "Folklore", 0),
+                 offer("FOLKLORE_zamba", "Zamba", "Folklore", 0)});
+    stage().addThree();
+    QCOMPARE(rows(), QStringList{"Huayno (Andino) — 1.4 MB para descargar [huayno]"});
+}
+
+void OnlineSearchDialogTest::namesFromElsewhereStayInTheirLine_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("shown");
+    const QString most(200, 'x');
+    QTest::newRow("long") << most << most;
+    QTest::newRow("too long") << most + 'x' << most + QChar(0x2026);
+    QTest::newRow("a pair of surrogates at the cut")
+        << QString(199, 'x') + "😀y" << QString(199, 'x') + QChar(0x2026);
+    QTest::newRow("an override of the direction")
+        << QString::fromUtf16(u"a\u202Eb\u202Cc") << "abc";
+    QTest::newRow("isolates") << QString::fromUtf16(u"\u2066a\u2067b\u2068c\u2069") << "abc";
+    QTest::newRow("embeddings") << QString::fromUtf16(u"\u202Aa\u202Bb\u202Dc") << "abc";
+    QTest::newRow("marks") << QString::fromUtf16(u"a\u200Eb\u200Fc\u061C") << "abc";
+    QTest::newRow("letters that run the other way")
+        << QString::fromUtf16(u"\u05D0\u05D1") << QString::fromUtf16(u"\u05D0\u05D1");
+    QTest::newRow("lines") << QString::fromUtf16(u"a\nb\r\tc\u2028d\u2029e") << "a b  c d e";
+    QTest::newRow("the end of a text") << QString(QChar(u'\0')) + "a"
+                                       << " a";
+}
+
+void OnlineSearchDialogTest::namesFromElsewhereStayInTheirLine()
+{
+    QFETCH(QString, name);
+    QTEST(OnlineSearchModel::oneLine(name), "shown");
+    const OnlineSearchRow row{.rhythmId = name, .name = name, .style = name};
+    QFETCH(QString, shown);
+    QCOMPARE(row.text(), shown + " (" + shown + ") — 0.0 MB para descargar");
+}
+
 // ---- The dialog ----------------------------------------------------------------------------
 
 void OnlineSearchDialogTest::itStandsFromTopToBottom()
@@ -280,10 +329,12 @@ void OnlineSearchDialogTest::itStandsFromTopToBottom()
 
     const auto* row = qobject_cast<QHBoxLayout*>(layout->itemAt(2)->layout());
     QVERIFY(row);
-    QCOMPARE(row->count(), 3);
+    QCOMPARE(row->count(), 4);
     QCOMPARE(qobject_cast<QPushButton*>(row->itemAt(0)->widget())->text(), "Instalar ritmo");
     QCOMPARE(qobject_cast<QPushButton*>(row->itemAt(1)->widget())->text(), "Desinstalar ritmo");
-    QVERIFY(row->itemAt(2)->spacerItem());
+    QCOMPARE(row->itemAt(2)->widget(), &cancel());
+    QVERIFY(!cancel().isVisible());
+    QVERIFY(row->itemAt(3)->spacerItem());
 
     const auto* box = qobject_cast<QDialogButtonBox*>(layout->itemAt(3)->widget());
     QCOMPARE(box->standardButtons(), QDialogButtonBox::Close);
@@ -294,10 +345,10 @@ void OnlineSearchDialogTest::itemsHoldTheirRhythm()
     loadCatalog({kHuayno});
     stage().registry.registerRhythm("otro", {});
     open();
-    QCOMPARE(list().item(0)->data(Qt::UserRole), QVariant(QString("otro")));
-    QCOMPARE(list().item(0)->data(Qt::UserRole + 1), QVariant(true));
-    QCOMPARE(list().item(1)->data(Qt::UserRole), QVariant(QString("huayno")));
-    QCOMPARE(list().item(1)->data(Qt::UserRole + 1), QVariant(false));
+    QCOMPARE(line(0).data(Qt::UserRole), QVariant(QString("otro")));
+    QCOMPARE(line(0).data(Qt::UserRole + 1), QVariant(true));
+    QCOMPARE(line(1).data(Qt::UserRole), QVariant(QString("huayno")));
+    QCOMPARE(line(1).data(Qt::UserRole + 1), QVariant(false));
 }
 
 void OnlineSearchDialogTest::closeAndEscapeReject()
@@ -320,10 +371,11 @@ void OnlineSearchDialogTest::wordsAreTranslatedInItsOwnContext()
     use(silent.url("http", ""));
     stage().registry.registerRhythm("otro", {});
     open();
+    const QStringList shown = lines();
     QApplication::removeTranslator(&translator);
     QCOMPARE(dialog_->windowTitle(), "OnlineSearchDialog: Buscar más ritmos en línea");
     QCOMPARE(status(), "OnlineSearchDialog: " + kAsking);
-    QCOMPARE(lines(), QStringList{"OnlineSearchDialog: otro — instalado"});
+    QCOMPARE(shown, QStringList{"OnlineSearchDialog: otro — instalado"});
 }
 
 void OnlineSearchDialogTest::aLongMessageDoesNotWidenIt()
@@ -358,7 +410,7 @@ void OnlineSearchDialogTest::theCatalogueEmptiesTheStatusAndFillsTheList()
     QCOMPARE(status(), "");
     QCOMPARE(lines(), (QStringList{"otro — instalado", "Huayno (Andino) — 1.4 MB para descargar",
                                    "Zamba de la red (Folklore) — 0.0 MB para descargar"}));
-    QVERIFY(!list().currentItem());
+    QVERIFY(!list().currentIndex().isValid());
 }
 
 void OnlineSearchDialogTest::withoutAServerWhatIsInstalledIsListed()
@@ -400,6 +452,36 @@ void OnlineSearchDialogTest::anEarlierCatalogueIsListedAtOnce()
     QCOMPARE(status(), kAsking);
     QTRY_VERIFY_WITH_TIMEOUT(status().startsWith("Sin conexión"), 20000);
     QCOMPARE(lines().size(), 1);
+}
+
+void OnlineSearchDialogTest::tenThousandRhythmsAreListed()
+{
+    QList<CatalogEntry> entries;
+    for (int i = 0; i < 10000; ++i)
+        entries.append(offer(QString("r%1").arg(i), QString("Ritmo %1").arg(i), "Lejano", i));
+    LocalServer server(catalogServer(catalogOf(entries)));
+    use(server.url("http", ""));
+    openLoaded();
+    QCOMPARE(list().model()->rowCount(), 10000);
+    QTest::keyClick(&list(), Qt::Key_Home);
+    QTest::keyClick(&list(), Qt::Key_End);
+    QCOMPARE(list().currentIndex().row(), 9999);
+    QCOMPARE(line(9999).data().toString(), "Ritmo 9999 (Lejano) — 0.0 MB para descargar");
+    QVERIFY(list().viewport()->rect().contains(list().visualRect(line(9999)).center()));
+}
+
+void OnlineSearchDialogTest::messagesOfAnyLengthAreCut()
+{
+    open();
+    const QString endless(5'000'000, 'x');
+    emit stage().downloads.progress(endless);
+    QVERIFY(status().size() < 300);
+    emit stage().downloads.installFailed(endless, endless);
+    QVERIFY(status().startsWith("Error: xxx") && status().size() < 300);
+    emit stage().downloads.rhythmInstalled(endless);
+    QVERIFY(status().size() < 300);
+    emit stage().catalog.catalogFailed(endless);
+    QVERIFY(status().size() < 300);
 }
 
 // ---- Installing ----------------------------------------------------------------------------
@@ -449,12 +531,11 @@ void OnlineSearchDialogTest::whatIsOfferedIsNotUninstalled()
 {
     LocalServer server(catalogServer(catalogOf({kZamba})));
     use(server.url("http", ""));
-    stage().addThree();
     openLoaded();
     choose(0);
     clickUninstall();
     QCOMPARE(status(), "");
-    QVERIFY(stage().library().findRhythm("b_zamba"));
+    QCOMPARE(lines(), QStringList{"Zamba de la red (Folklore) — 0.0 MB para descargar"});
 }
 
 void OnlineSearchDialogTest::whatResistsChangesNothing()
@@ -490,8 +571,8 @@ void OnlineSearchDialogTest::theFocusShowsWhatItMakesCurrent()
     stage().registry.registerRhythm("otro", {});
     open();
     list().setFocus();
-    QVERIFY(list().currentItem());
-    QCOMPARE(list().selectedItems(), QList<QListWidgetItem*>{list().currentItem()});
+    QVERIFY(list().currentIndex().isValid());
+    QCOMPARE(list().selectionModel()->selectedIndexes(), QModelIndexList{list().currentIndex()});
 }
 
 void OnlineSearchDialogTest::theKeyboardChoosesAndInstalls()
@@ -566,12 +647,12 @@ void OnlineSearchDialogTest::theBrowserShowsWhatTheSearchInstalled()
     use(server.url());
     connect(&stage().catalog, &ContentCatalog::catalogLoaded, &stage().browser(), [this] {
         auto* dialog = stage().browser().findChild<QDialog*>();
-        auto* list = dialog->findChild<QListWidget*>();
+        auto* list = dialog->findChild<QListView*>("lista_ritmos");
         connect(&stage().downloads, &ContentDownloadManager::rhythmInstalled, dialog,
                 &QDialog::reject);
         QTimer::singleShot(0, dialog, [dialog, list] {
             QTest::mouseClick(list->viewport(), Qt::LeftButton, {},
-                              list->visualItemRect(list->item(0)).center());
+                              list->visualRect(list->model()->index(0, 0)).center());
             Widgets::click(Widgets::withText<QPushButton>(*dialog, "Instalar ritmo"));
         });
     });
@@ -638,6 +719,25 @@ void OnlineSearchDialogTest::aLaterDialogHearsOfARunningInstall()
     QCOMPARE(status(), "Error: Ya hay una descarga en curso.");
     emit stage().downloads.progress("Descargando instrumento charango...");
     QCOMPARE(status(), "Descargando instrumento charango...");
+}
+
+void OnlineSearchDialogTest::aDownloadMayBeCancelled()
+{
+    LocalServer server(catalogServer(catalogOf({kHuayno})));
+    use(server.url("http", ""));
+    openLoaded();
+    QVERIFY(!cancel().isVisible());
+    choose(0);
+    clickInstall();
+    QVERIFY(cancel().isVisible());
+    dialog_.reset();
+    openLoaded();
+    QVERIFY(cancel().isVisible());
+    Widgets::click(&cancel());
+    QCOMPARE(status(), "Descarga cancelada.");
+    QVERIFY(!cancel().isVisible());
+    QVERIFY(!stage().downloads.isBusy());
+    QCOMPARE(lines(), QStringList{"Huayno (Andino) — 1.4 MB para descargar"});
 }
 
 void OnlineSearchDialogTest::nobodyListensWhenItIsGone()
