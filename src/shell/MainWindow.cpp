@@ -13,6 +13,7 @@
 #include "shell/LoopBrowser.h"
 #include "shell/TransportControls.h"
 #include "shell/VoiceTake.h"
+#include "shell/controls/PlainText.h"
 #include "shell/theme/ThemeManager.h"
 #include "storage/LocalStorageProvider.h"
 #include "views/TrackHeaderPanel.h"
@@ -268,7 +269,7 @@ void MainWindow::openMelodyBlock(int track, int block)
 
 void MainWindow::showProjectName()
 {
-    setWindowTitle(tr("Velta — %1").arg(project_->name));
+    setWindowTitle(tr("Velta — %1").arg(plainTitle(project_->name)));
 }
 
 void MainWindow::snapshotAndRefresh()

@@ -5,6 +5,7 @@
 #include "content/InstalledContentRegistry.h"
 #include "content/LoopLibrary.h"
 #include "shell/OnlineSearchModel.h"
+#include "shell/controls/PlainText.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>
@@ -26,13 +27,12 @@ OnlineSearchDialog::OnlineSearchDialog(const LoopLibrary& library, ContentCatalo
                                        ContentDownloadManager& downloads,
                                        const InstalledContentRegistry& registry, QWidget* parent)
     : QDialog(parent), library_(library), catalog_(catalog), downloads_(downloads),
-      registry_(registry), status_(new QLabel(tr("Consultando el catálogo…"))),
+      registry_(registry), status_(plainLabel(tr("Consultando el catálogo…"))),
       model_(new OnlineSearchModel(this)), list_(new QListView)
 {
     setWindowTitle(tr("Buscar más ritmos en línea"));
     resize(kInitialSize);
     // Messages come from a server and are of any length.
-    status_->setTextFormat(Qt::PlainText);
     status_->setWordWrap(true);
     list_->setObjectName(u"lista_ritmos"_s);
     list_->setModel(model_);

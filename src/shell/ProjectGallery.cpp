@@ -1,6 +1,7 @@
 #include "shell/ProjectGallery.h"
 
 #include "shell/NewProjectDialog.h"
+#include "shell/controls/PlainText.h"
 #include "storage/ProjectStorageProvider.h"
 
 #include <QHBoxLayout>
@@ -93,7 +94,7 @@ void ProjectGallery::refresh()
             icon, u"%1\n%2"_s.arg(info.name, info.modifiedAt.toString(u"dd/MM/yyyy"_s)), list_);
         item->setData(Qt::UserRole, info.id);
         item->setTextAlignment(Qt::AlignHCenter | Qt::AlignTop);
-        item->setToolTip(tr("Abrir «%1»").arg(info.name));
+        item->setToolTip(plainToolTip(tr("Abrir «%1»").arg(info.name)));
     }
 }
 

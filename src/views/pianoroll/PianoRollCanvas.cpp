@@ -3,6 +3,7 @@
 #include "model/Project.h"
 #include "model/ProjectEdits.h"
 #include "playback/PlaybackEngine.h"
+#include "shell/controls/PlainText.h"
 #include "views/TimelineRuler.h"
 #include "views/pianoroll/PianoKeyboardWidget.h"
 #include "views/pianoroll/PianoRollGridView.h"
@@ -58,7 +59,7 @@ QToolButton* arrowButton(const QString& face, const QString& toolTip)
 } // namespace
 
 PianoRollCanvas::PianoRollCanvas(QWidget* parent)
-    : QWidget(parent), scene_(new PianoRollScene(this)), caption_(new QLabel),
+    : QWidget(parent), scene_(new PianoRollScene(this)), caption_(plainLabel()),
       ruler_(new TimelineRuler), view_(new PianoRollGridView(this)),
       keyboard_(new PianoKeyboardWidget(this))
 {
