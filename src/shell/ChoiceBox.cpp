@@ -30,6 +30,7 @@ void ChoiceBox::selectFirstEnabled()
             return;
         }
     }
+    setCurrentIndex(-1);
 }
 
 void ChoiceBox::showPopup()

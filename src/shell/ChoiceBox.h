@@ -13,7 +13,7 @@ public:
     /// The item stays in the list, but cannot be chosen; its tooltip says why.
     void disableItem(int index, const QString& reason);
 
-    /// Without an enabled item the choice stays as it is.
+    /// Without an enabled item nothing is chosen.
     void selectFirstEnabled();
 
     /// The data of the current item as text; empty if there is none.

@@ -8,6 +8,7 @@
 #include "shell/OnlineSearchDialog.h"
 #include "shell/VariationButton.h"
 #include "shell/WrappingRow.h"
+#include "shell/controls/PlainText.h"
 #include "views/SectionWords.h"
 
 #include <QFormLayout>
@@ -56,10 +57,14 @@ bool isForeign(const TimeSignature& meter, const Project* project)
     return project && meter != project->timeSignature;
 }
 
+QString meterText(const TimeSignature& meter)
+{
+    return u"%1/%2"_s.arg(QString::number(meter.numerator), QString::number(meter.denominator));
+}
+
 QString rhythmText(const Rhythm& rhythm)
 {
-    return u"%1 (%2/%3)"_s.arg(rhythm.displayName, QString::number(rhythm.timeSignature.numerator),
-                               QString::number(rhythm.timeSignature.denominator));
+    return u"%1 (%2)"_s.arg(rhythm.displayName, meterText(rhythm.timeSignature));
 }
 
 QString layerText(const LoopLayer& layer, const Instrument* instrument)
@@ -192,13 +197,28 @@ void LoopBrowser::reloadLayers()
     {
         const QSignalBlocker blocker(layerCombo_);
         layerCombo_->clear();
-        for (const LoopLayer& layer : library_->layersForRhythm(rhythmCombo_->currentId())) {
+        for (const LoopLayer& layer : layersOfRhythm()) {
             const Instrument* instrument =
                 instruments_ ? instruments_->find(layer.instrumentId) : nullptr;
             layerCombo_->addItem(layerText(layer, instrument), layer.id);
         }
     }
     rebuildSectionCards();
+}
+
+QList<LoopLayer> LoopBrowser::layersOfRhythm() const
+{
+    // No choice is no id, not even that of damaged layers without a rhythm.
+    if (rhythmCombo_->currentIndex() < 0)
+        return {};
+    return library_->layersForRhythm(rhythmCombo_->currentId());
+}
+
+QList<LoopVariant> LoopBrowser::variantsOf(LoopSection section) const
+{
+    if (layerCombo_->currentIndex() < 0)
+        return {};
+    return library_->variantsFor(layerCombo_->currentId(), section);
 }
 
 void LoopBrowser::rebuildSectionCards()
@@ -211,13 +231,14 @@ void LoopBrowser::rebuildSectionCards()
     }
     int card = 0;
     for (const LoopSection section : kSectionOrder) {
-        const QList<LoopVariant> variants =
-            library_->variantsFor(layerCombo_->currentId(), section);
+        const QList<LoopVariant> variants = variantsOf(section);
         if (variants.isEmpty())
             continue;
         sectionsLayout_->insertWidget(card, buildCard(section, variants, card % kShades));
         ++card;
     }
+    if (project_ && rhythmCombo_->count() > 0 && rhythmCombo_->currentIndex() < 0)
+        sectionsLayout_->insertWidget(0, buildNoRhythms());
     evenOutFaces();
 }
 
@@ -234,6 +255,18 @@ void LoopBrowser::evenOutFaces()
             faceSheets_.insert(button->text(), button->styleSheet());
         }
     }
+}
+
+QWidget* LoopBrowser::buildNoRhythms()
+{
+    QLabel* sentence = plainLabel(
+        tr("No hay ritmos de %1 en este estilo.").arg(meterText(project_->timeSignature)));
+    sentence->setWordWrap(true);
+    QWidget* row = transparentRow();
+    auto* layout = new QVBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(sentence);
+    return row;
 }
 
 QWidget* LoopBrowser::buildCard(LoopSection section, const QList<LoopVariant>& variants, int shade)

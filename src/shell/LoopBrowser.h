@@ -15,6 +15,7 @@ class LoopLibrary;
 class PlaybackEngine;
 class QFormLayout;
 class QVBoxLayout;
+struct LoopLayer;
 struct LoopVariant;
 
 /// The loops of the library, narrowed down by style, rhythm and layer to one card for each section
@@ -55,6 +56,13 @@ private:
     void evenOutFaces();
 
     void fillRhythms();
+
+    /// Of the rhythm and the layer that are chosen; empty where none is.
+    QList<LoopLayer> layersOfRhythm() const;
+    QList<LoopVariant> variantsOf(LoopSection section) const;
+
+    /// Stands in the place of the cards where no rhythm of the style has the meter of the work.
+    QWidget* buildNoRhythms();
     QWidget* buildCard(LoopSection section, const QList<LoopVariant>& variants, int shade);
     QWidget* buildColumn(LoopSection section, int variantIndex);
 

@@ -149,7 +149,7 @@ void ChoiceBoxTest::theFirstEnabledItemIsSelected_data()
     QTest::newRow("all enabled") << QList<int>{} << 0;
     QTest::newRow("the first disabled") << QList<int>{0} << 1;
     QTest::newRow("only the last enabled") << QList<int>{0, 1} << 2;
-    QTest::newRow("none enabled, where it was") << QList<int>{0, 1, 2} << 2;
+    QTest::newRow("none enabled, none") << QList<int>{0, 1, 2} << -1;
 }
 
 void ChoiceBoxTest::theFirstEnabledItemIsSelected()

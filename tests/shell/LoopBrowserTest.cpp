@@ -19,6 +19,8 @@ constexpr TimeSignature kSixEightSimple{.numerator = 6, .denominator = 8, .isCom
 
 const QString kForeign = "Compás distinto al del proyecto — no se puede mezclar";
 
+const QString kNoThreeFour = "No hay ritmos de 3/4 en este estilo.";
+
 bool isEnabled(const QComboBox& combo, int index)
 {
     return combo.model()->flags(combo.model()->index(index, 0)).testFlag(Qt::ItemIsEnabled);
@@ -123,7 +125,9 @@ private slots:
     void aRhythmInTheMeterOfTheProjectIsChosenFirst();
     void anotherCompoundFlagIsAnotherMeter_data();
     void anotherCompoundFlagIsAnotherMeter();
-    void whereAllAreForeignTheFirstStays();
+    void whereAllAreForeignNoneIsChosen();
+    void damagedLayersAreNotThoseOfNoRhythm();
+    void theSentenceGoesWithTheMeter();
     void anotherProjectMarksAnew();
     void aProjectLeavesTheStyleAsItIs();
     void withoutAProjectEveryMeterMayBeChosen();
@@ -618,14 +622,47 @@ void LoopBrowserTest::anotherCompoundFlagIsAnotherMeter()
     QCOMPARE(stage().rhythms().itemData(0, Qt::ToolTipRole).toString(), fits ? "" : kForeign);
 }
 
-void LoopBrowserTest::whereAllAreForeignTheFirstStays()
+void LoopBrowserTest::whereAllAreForeignNoneIsChosen()
 {
     stage().addThree();
     project_->timeSignature = {.numerator = 3, .denominator = 4, .isCompound = false};
     stage().browser().setProject(project_.get());
     QCOMPARE(itemsOf(stage().rhythms()),
-             (QStringList{"* Chacarera (6/8) (disabled)", "Zamba (4/4) (disabled)"}));
-    QCOMPARE(stage().cardLines(), QStringList{"NORMAL 0: 1"});
+             (QStringList{"Chacarera (6/8) (disabled)", "Zamba (4/4) (disabled)"}));
+    QCOMPARE(stage().rhythms().currentIndex(), -1);
+    QCOMPARE(stage().layers().count(), 0);
+    QCOMPARE(stage().cardLines(), QStringList());
+    QVERIFY(Widgets::withText<QLabel>(stage().browser(), kNoThreeFour));
+}
+
+// A package may hold layers of no rhythm.
+void LoopBrowserTest::damagedLayersAreNotThoseOfNoRhythm()
+{
+    const TestRhythm damaged{.id = "damaged",
+                             .name = "Damaged",
+                             .style = "folklore",
+                             .layers = {layerOf("", "", "Bombo")},
+                             .variants = {variantOf("", LoopSection::Normal, 1)}};
+    stage().load(damaged);
+    project_->timeSignature = {.numerator = 3, .denominator = 4, .isCompound = false};
+    stage().browser().setProject(project_.get());
+    QCOMPARE(stage().layers().count(), 0);
+    QVERIFY(Widgets::withText<QLabel>(stage().browser(), kNoThreeFour));
+}
+
+void LoopBrowserTest::theSentenceGoesWithTheMeter()
+{
+    stage().addThree();
+    project_->timeSignature = {.numerator = 3, .denominator = 4, .isCompound = false};
+    stage().browser().setProject(project_.get());
+    Project zamba;
+    stage().browser().setProject(&zamba);
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!Widgets::withText<QLabel>(stage().browser(), kNoThreeFour));
+    QVERIFY(!stage().cardLines().isEmpty());
+    // In no work any rhythm may be chosen.
+    stage().browser().setProject(nullptr);
+    QVERIFY(stage().rhythms().currentIndex() >= 0);
 }
 
 void LoopBrowserTest::anotherProjectMarksAnew()
