@@ -31,6 +31,7 @@ constexpr NamedColor kColors[] = {
     {"barSelected", "#33540F", "#4A7325"},
     {"statusText", "#FFFFFF", "#C9E0B0"},
     {"statusLabel", "rgba(255, 255, 255, 0.22)", "transparent"},
+    {"statusLabelText", "#0B1405", "#C9E0B0"},
 
     // Menus and dialogs
     {"panel", "#F5F9F2", "#242B15"},
@@ -59,8 +60,6 @@ constexpr NamedColor kColors[] = {
     {"squareHoverTo", "#45701F", "#4A7325"},
     {"squareCheckedFrom", "#24400E", "#4A7325"},
     {"squareCheckedTo", "#33540F", "#3C6019"},
-    {"squareCheckedTop", "#1B330A", "#55842A"},
-    {"squareCheckedBottom", "#5A8E2C", "#2B4A12"},
     {"squarePressedFrom", "#4A7325", "#353D1D"},
     {"squarePressedTo", "#45701F", "#476024"},
     {"squareDisabledFrom", "rgba(69, 112, 31, 0.4)", "#476024"},
@@ -74,13 +73,19 @@ constexpr NamedColor kColors[] = {
 
     // Fields, buttons and sliders
     {"selected", "#4A7325", "#4A7325"},
+    {"selectedEdge", "#4A7325", "#66863E"},
     {"field", "#FFFFFF", "#242B15"},
-    {"fieldEdge", "#BBCCA7", "#476024"},
-    {"fieldActiveEdge", "#4A7325", "#55842A"},
+    {"fieldEdge", "#6F8454", "#66863E"},
+    {"fieldActiveEdge", "#4A7325", "#9CCC65"},
     {"disabledText", "#A6B686", "#626A4E"},
     {"buttonText", "#33540F", "#E7F3D9"},
+    {"defaultButton", "#4A7325", "#9CCC65"},
+    {"defaultButtonText", "#FFFFFF", "#0B1405"},
     {"veil", "rgba(124, 179, 66, 0.15)", "rgba(124, 179, 66, 0.3)"},
     {"rail", "#BBCCA7", "#405123"},
+
+    // Who has the keys: told from the faces of buttons and from what lies around them
+    {"focus", "#0B1405", "#DCEDC8"},
 
     // Lists and tabs
     {"list", "#FFFFFF", "#202412"},

@@ -90,8 +90,10 @@ const QList<Fact> kRibbonFacts = {
     {"QToolButton#btn_toolbar:hover", "border-bottom-color", "#33540F"},
     {"QToolButton#btn_toolbar:checked", "background", fall("#24400E", "#33540F"),
      fall("#4A7325", "#3C6019")},
-    {"QToolButton#btn_toolbar:checked", "border-top-color", "#1B330A", "#55842A"},
-    {"QToolButton#btn_toolbar:checked", "border-bottom-color", "#5A8E2C", "#2B4A12"},
+    {"QToolButton#btn_toolbar:checked", "border", "2px solid #9CCC65"},
+    {"QToolButton#btn_toolbar:checked", "padding", "3px"},
+    {"QToolButton#btn_toolbar:focus", "border", "2px solid #0B1405", "2px solid #DCEDC8"},
+    {"QToolButton#btn_toolbar:focus", "padding", "3px"},
     {"QToolButton#btn_toolbar:pressed", "background", fall("#4A7325", "#45701F"),
      fall("#353D1D", "#476024")},
     {"QToolButton#btn_toolbar:pressed", "padding-top", "2px"},
@@ -123,7 +125,7 @@ const QList<Fact> kStatusBarFacts = {
     {"QStatusBar", "font-size", "11px"},
     {"QStatusBar::item", "border", "none"},
     {"QStatusBar QLabel", "background", "rgba(255, 255, 255, 0.22)", "transparent"},
-    {"QStatusBar QLabel", "color", "#FFFFFF", "#C9E0B0"},
+    {"QStatusBar QLabel", "color", "#0B1405", "#C9E0B0"},
     {"QStatusBar QLabel", "border-radius", "4px"},
     {"QStatusBar QLabel", "padding", "2px 7px"},
 };
@@ -144,18 +146,22 @@ const QList<Fact> kControlFacts = {
     {"QToolButton", "padding", "2px 6px"},
     {"QToolButton", "min-height", "20px"},
     {"QToolButton:hover", "background", "rgba(124, 179, 66, 0.15)", "rgba(124, 179, 66, 0.3)"},
-    {"QToolButton:hover", "border-color", "#4A7325", "#55842A"},
+    {"QToolButton:hover", "border-color", "#4A7325", "#9CCC65"},
+    {"QToolButton:focus", "border", "2px solid #0B1405", "2px solid #DCEDC8"},
     {"QToolButton:checked", "background", "#4A7325"},
     {"QToolButton:checked", "color", "white"},
 
     {"QPushButton", "background", "#FFFFFF", "#242B15"},
     {"QPushButton", "color", "#33540F", "#E7F3D9"},
-    {"QPushButton", "border", "1px solid #BBCCA7", "1px solid #476024"},
+    {"QPushButton", "border", "1px solid #6F8454", "1px solid #66863E"},
     {"QPushButton", "border-radius", "4px"},
     {"QPushButton", "padding", "4px 12px"},
     {"QPushButton:hover", "background", "#4A7325"},
     {"QPushButton:hover", "color", "white"},
     {"QPushButton:default", "border-color", "#4A7325"},
+    {"QPushButton:default", "background", "#4A7325", "#9CCC65"},
+    {"QPushButton:default", "color", "#FFFFFF", "#0B1405"},
+    {"QPushButton:focus", "border", "2px solid #0B1405", "2px solid #DCEDC8"},
 
     {"QSlider::groove:horizontal", "height", "4px"},
     {"QSlider::groove:horizontal", "background", "#BBCCA7", "#405123"},
@@ -229,14 +235,17 @@ QList<Fact> fieldFacts()
     for (const char* field : {"QComboBox", "QSpinBox", "QLineEdit"}) {
         facts.append({field, "background", "#FFFFFF", "#242B15"});
         facts.append({field, "color", "#2E5214", "#E7F3D9"});
-        facts.append({field, "border", "1px solid #BBCCA7", "1px solid #476024"});
+        facts.append({field, "border", "1px solid #6F8454", "1px solid #66863E"});
         facts.append({field, "border-radius", "4px"});
         facts.append({field, "padding", "1px 6px"});
         facts.append({field, "min-height", "22px"});
     }
-    for (const char* field : {"QComboBox:hover", "QComboBox:focus", "QSpinBox:hover",
-                              "QSpinBox:focus", "QLineEdit:hover", "QLineEdit:focus"})
-        facts.append({field, "border-color", "#4A7325", "#55842A"});
+    for (const char* field : {"QComboBox:hover", "QSpinBox:hover", "QLineEdit:hover"})
+        facts.append({field, "border-color", "#4A7325", "#9CCC65"});
+    for (const char* field : {"QComboBox:focus", "QSpinBox:focus", "QLineEdit:focus"}) {
+        facts.append({field, "border", "2px solid #4A7325", "2px solid #9CCC65"});
+        facts.append({field, "padding", "0 5px"});
+    }
     for (const char* field : {"QComboBox:disabled", "QSpinBox:disabled", "QLineEdit:disabled"})
         facts.append({field, "color", "#A6B686", "#626A4E"});
     return facts;

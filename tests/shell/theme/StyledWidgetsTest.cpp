@@ -365,14 +365,12 @@ void StyledWidgetsTest::squareButtonsStandInRelief_data()
     QTest::newRow("under the mouse")
         << "hover" << QStringList{"#55842A", "#45701F", "#8CC152", "#33540F", "#33540F", "#5A8E2C"}
         << QStringList{"#55842A", "#4A7325", "#8CC152", "#1C230D", "#33540F", "#476024"};
-    QTest::newRow("checked") << "checked" << QStringList{"#24400E", "#33540F", "#1B330A",
-                                                         "#33540F", "#5A8E2C", "#5A8E2C"}
-                             << QStringList{"#4A7325", "#3C6019", "#55842A",
-                                            "#1C230D", "#2B4A12", "#476024"};
-    QTest::newRow("checked, under the mouse")
-        << "checked hover"
-        << QStringList{"#24400E", "#33540F", "#1B330A", "#33540F", "#5A8E2C", "#5A8E2C"}
-        << QStringList{"#4A7325", "#3C6019", "#55842A", "#1C230D", "#2B4A12", "#476024"};
+    // A ring of two pixels around the face.
+    for (const char* state : {"checked", "checked hover"})
+        QTest::newRow(state) << state << QStringList{"#24400E", "#33540F", "#9CCC65",
+                                                     "#9CCC65", "#9CCC65", "#9CCC65"}
+                             << QStringList{"#4A7325", "#3C6019", "#9CCC65",
+                                            "#9CCC65", "#9CCC65", "#9CCC65"};
     QTest::newRow("pressed") << "pressed" << QStringList{"#4A7325", "#45701F", "#6FA53A",
                                                          "#33540F", "#2B4A12", "#5A8E2C"}
                              << QStringList{"#353D1D", "#476024", "#3F6B1E",
@@ -400,7 +398,8 @@ void StyledWidgetsTest::squareButtonsStandInRelief()
     image.fill(Qt::white);
     button->render(&image, {}, {}, QWidget::DrawChildren);
     const QStringList expected = dark_ ? dark : light;
-    const QPoint points[] = {{15, 1}, {15, 28}, {15, 0}, {29, 15}, {15, 29}, {0, 15}};
+    const int edge = state.contains("checked") ? 2 : 1;
+    const QPoint points[] = {{15, edge}, {15, 29 - edge}, {15, 0}, {29, 15}, {15, 29}, {0, 15}};
     for (int i = 0; i < expected.size(); ++i) {
         const QColor found = image.pixelColor(points[i]);
         QVERIFY2(isNear(found, QColor(expected[i]), 2),
@@ -462,7 +461,7 @@ void StyledWidgetsTest::labelsOfTheStatusBar()
     const QPoint inside = label->mapTo(&window, QPoint(4, label->height() / 2));
     // White at 0.22 over the green of the bar.
     QVERIFY(isNear(image.pixelColor(inside), theme("#6E8F50", "#181B0D"), 2));
-    QCOMPARE(textColor(label), theme("#FFFFFF", "#C9E0B0"));
+    QCOMPARE(textColor(label), theme("#0B1405", "#C9E0B0"));
     QCOMPARE(label->font().pixelSize(), 11);
 }
 
@@ -478,11 +477,11 @@ void StyledWidgetsTest::fieldsAreAtLeastTwentyTwoHighInside()
         QCOMPARE(field->minimumHeight(), 26);
         field->resize(120, 26);
         const QImage image = painted(field);
-        QCOMPARE(image.pixelColor(60, 0), theme("#BBCCA7", "#476024"));
-        QCOMPARE(image.pixelColor(0, 13), theme("#BBCCA7", "#476024"));
+        QCOMPARE(image.pixelColor(60, 0), theme("#6F8454", "#66863E"));
+        QCOMPARE(image.pixelColor(0, 13), theme("#6F8454", "#66863E"));
         QCOMPARE(image.pixelColor(60, 2), theme("#FFFFFF", "#242B15"));
         QCOMPARE(image.pixelColor(3, 13), theme("#FFFFFF", "#242B15"));
-        QVERIFY(image.pixelColor(0, 0) != theme("#BBCCA7", "#476024"));
+        QVERIFY(image.pixelColor(0, 0) != theme("#6F8454", "#66863E"));
         QCOMPARE(field->palette().color(QPalette::Text), theme("#2E5214", "#E7F3D9"));
     }
 }
@@ -500,9 +499,12 @@ void StyledWidgetsTest::fieldsShowWhereTheFocusIs()
     QVERIFY(QTest::qWaitForWindowActive(&window));
     for (QWidget* focused : fields) {
         focused->setFocus();
-        for (QWidget* field : fields)
+        for (QWidget* field : fields) {
             QCOMPARE(colorAt(field, {60, 0}),
-                     field == focused ? theme("#4A7325", "#55842A") : theme("#BBCCA7", "#476024"));
+                     field == focused ? theme("#4A7325", "#9CCC65") : theme("#6F8454", "#66863E"));
+            QCOMPARE(colorAt(field, {60, 1}),
+                     field == focused ? theme("#4A7325", "#9CCC65") : theme("#FFFFFF", "#242B15"));
+        }
     }
 }
 
@@ -511,7 +513,7 @@ void StyledWidgetsTest::fieldsUnderTheMouse()
     QLineEdit line;
     line.resize(120, 26);
     setHovered(&line, true);
-    QCOMPARE(colorAt(&line, {60, 0}), theme("#4A7325", "#55842A"));
+    QCOMPARE(colorAt(&line, {60, 0}), theme("#4A7325", "#9CCC65"));
 }
 
 void StyledWidgetsTest::disabledTextsAreFaint()
@@ -624,20 +626,24 @@ void StyledWidgetsTest::toolButtons()
 {
     QMainWindow window;
     window.resize(100, 60);
+    auto* plain = new QToolButton(&window);
+    plain->setGeometry(55, 10, 40, 30);
     auto* button = new QToolButton(&window);
     button->setCheckable(true);
     button->setGeometry(10, 10, 40, 30);
     const QPoint face(14, 25);
     const QPoint edge(30, 10);
     QCOMPARE(colorAt(&window, face), theme("#E5EDDD", "#0F1208"));
-    QCOMPARE(colorAt(&window, edge), theme("#E5EDDD", "#0F1208"));
+    // What can be switched has a frame at rest.
+    QCOMPARE(colorAt(&window, edge), theme("#6F8454", "#66863E"));
+    QCOMPARE(colorAt(&window, {75, 10}), theme("#E5EDDD", "#0F1208"));
     QCOMPARE(textColor(button), theme("#2E5214", "#E7F3D9"));
     QCOMPARE(button->minimumHeight(), 26);
 
     // Lime at 0.15 and at 0.3 over the window.
     setHovered(button, true);
     QVERIFY(isNear(colorAt(&window, face), theme("#D5E4C6", "#304219"), 2));
-    QCOMPARE(colorAt(&window, edge), theme("#4A7325", "#55842A"));
+    QCOMPARE(colorAt(&window, edge), theme("#4A7325", "#9CCC65"));
 
     for (const bool hovered : {false, true}) {
         setHovered(button, hovered);
@@ -656,10 +662,13 @@ void StyledWidgetsTest::pushButtons()
     const QPoint face(14, 25);
     const QPoint edge(50, 10);
     QCOMPARE(colorAt(&dialog, face), theme("#FFFFFF", "#242B15"));
-    QCOMPARE(colorAt(&dialog, edge), theme("#BBCCA7", "#476024"));
+    QCOMPARE(colorAt(&dialog, edge), theme("#6F8454", "#66863E"));
     QCOMPARE(textColor(button), theme("#33540F", "#E7F3D9"));
     button->setDefault(true);
     QCOMPARE(colorAt(&dialog, edge), QColor("#4A7325"));
+    QCOMPARE(colorAt(&dialog, face), theme("#4A7325", "#9CCC65"));
+    button->setText("■");
+    QVERIFY(pixelsOf(painted(&dialog), theme("#FFFFFF", "#0B1405"), button->geometry()) >= 4);
     setHovered(button, true);
     QCOMPARE(colorAt(&dialog, face), QColor("#4A7325"));
 }
