@@ -29,7 +29,6 @@ OpenProjectDialog::OpenProjectDialog(const QList<ProjectInfo>& works,
             u"%1  ·  %2"_s.arg(work.name, work.modifiedAt.toString(u"dd/MM/yyyy"_s)), list_);
         item->setData(Qt::UserRole, work.id);
     }
-    list_->setCurrentRow(0);
 
     auto* label = new QLabel(tr("Obras guardadas:"));
     label->setBuddy(list_);
@@ -44,6 +43,11 @@ OpenProjectDialog::OpenProjectDialog(const QList<ProjectInfo>& works,
     layout->addWidget(label);
     layout->addWidget(list_, 1);
     layout->addWidget(buttons);
+
+    // Rows are laid out as they come, before the list's style says how high they are.
+    list_->ensurePolished();
+    list_->setCurrentRow(0);
+    list_->doItemsLayout();
 }
 
 std::optional<QString> OpenProjectDialog::currentId() const
