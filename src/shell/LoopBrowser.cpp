@@ -150,6 +150,7 @@ QWidget* LoopBrowser::buildCards()
     area->setWidgetResizable(true);
     area->setFrameShape(QFrame::NoFrame);
     area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setFocusPolicy(Qt::NoFocus);
     area->setWidget(cards);
     return area;
 }
@@ -239,7 +240,18 @@ void LoopBrowser::rebuildSectionCards()
     }
     if (project_ && rhythmCombo_->count() > 0 && rhythmCombo_->currentIndex() < 0)
         sectionsLayout_->insertWidget(0, buildNoRhythms());
+    orderByTab();
     evenOutFaces();
+}
+
+void LoopBrowser::orderByTab()
+{
+    // Who comes later stands at the end of the order, wherever it is on the screen.
+    QWidget* former = layerCombo_;
+    for (QToolButton* button : sectionsLayout_->parentWidget()->findChildren<QToolButton*>()) {
+        setTabOrder(former, button);
+        former = button;
+    }
 }
 
 void LoopBrowser::evenOutFaces()

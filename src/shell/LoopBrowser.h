@@ -53,6 +53,9 @@ private:
     void reloadRhythms();
     void reloadLayers();
     void rebuildSectionCards();
+    /// Lets the Tab key come to the cards between the choices above them and what stands below.
+    void orderByTab();
+
     void evenOutFaces();
 
     void fillRhythms();

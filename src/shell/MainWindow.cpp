@@ -10,6 +10,9 @@
 #include "model/UndoStack.h"
 #include "playback/PlaybackEngine.h"
 #include "playback/SoundfontPlayer.h"
+#include "shell/EditorFocus.h"
+#include "shell/FocusRing.h"
+#include "shell/FocusedControl.h"
 #include "shell/LoopBrowser.h"
 #include "shell/TransportControls.h"
 #include "shell/VoiceTake.h"
@@ -25,6 +28,7 @@
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDir>
+#include <QKeyEvent>
 #include <QScrollArea>
 #include <QSplitter>
 #include <QStackedWidget>
@@ -110,6 +114,8 @@ QWidget* MainWindow::buildEditorView()
     auto* columns = new QSplitter(Qt::Horizontal);
     columns->addWidget(buildEditors());
     columns->addWidget(buildSidePanel());
+    editorFocus_->returnFrom(transport_);
+    editorFocus_->returnFrom(loopBrowser_);
     columns->setStretchFactor(0, 1);
     columns->setStretchFactor(1, 0);
     columns->setCollapsible(1, true);
@@ -136,6 +142,11 @@ QWidget* MainWindow::buildEditors()
     editors->setStretchFactor(0, 3);
     editors->setStretchFactor(1, 2);
     editors->setSizes({3000, 2000});
+
+    // The same letters are notes in the one and chords in the other.
+    new FocusRing(pianoRoll_);
+    new FocusRing(arranger_);
+    editorFocus_ = new EditorFocus({pianoRoll_, arranger_}, this);
     return editors;
 }
 
@@ -164,6 +175,7 @@ QWidget* MainWindow::buildSidePanel()
     panel->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     panel->setMinimumWidth(252);
     panel->setMaximumWidth(352);
+    panel->setFocusPolicy(Qt::NoFocus);
     panel->setWidget(content);
     return panel;
 }
@@ -235,6 +247,8 @@ void MainWindow::adoptProject()
     syncSelectionToViews();
     stackedWidget_->setCurrentIndex(0);
     showProjectName();
+    // A new song begins with notes.
+    pianoRoll_->setFocus(Qt::OtherFocusReason);
 }
 
 void MainWindow::exchangeProject(Project* project, const QString& id)
@@ -349,6 +363,22 @@ bool MainWindow::confirmDiscardChanges()
     if (answer == QMessageBox::Save)
         return saveCurrentProject();
     return answer != QMessageBox::Cancel;
+}
+
+bool MainWindow::event(QEvent* event)
+{
+    if (event->type() == QEvent::ShortcutOverride &&
+        FocusedControl::takesSpace(*static_cast<QKeyEvent*>(event), focusWidget())) {
+        event->accept();
+        return true;
+    }
+    return QMainWindow::event(event);
+}
+
+void MainWindow::keyPressEvent(QKeyEvent* event)
+{
+    if (!FocusedControl::pressByReturn(*event, focusWidget()))
+        QMainWindow::keyPressEvent(event);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)

@@ -9,6 +9,7 @@
 class AudioRecorder;
 class ContentCatalog;
 class ContentDownloadManager;
+class EditorFocus;
 class InstalledContentRegistry;
 class InstrumentLibrary;
 class LoopBrowser;
@@ -129,6 +130,11 @@ protected:
     /// Saves a work with a folder, and asks for any other that has content.
     void closeEvent(QCloseEvent* event) override;
 
+    /// Leaves the space bar to the control that has the focus, if it presses one.
+    bool event(QEvent* event) override;
+
+    void keyPressEvent(QKeyEvent* event) override;
+
 private:
     void createServices();
     QWidget* buildEditorView();
@@ -142,6 +148,7 @@ private:
     void buildEditMenu();
     void buildViewMenu();
     void addPlaybackShortcut();
+    void playOrPause();
     void buildStatusBar();
 
     /// Makes the present project the one that everybody works on.
@@ -227,6 +234,7 @@ private:
     PianoRollCanvas* pianoRoll_ = nullptr;
     TrackArranger* arranger_ = nullptr;
     TrackHeaderPanel* headerPanel_ = nullptr;
+    EditorFocus* editorFocus_ = nullptr;
     QAction* undoAction_ = nullptr;
     QAction* redoAction_ = nullptr;
     QMenu* subdivisionMenu_ = nullptr;

@@ -7,21 +7,14 @@
 #include "views/pianoroll/PianoRollCanvas.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
-#include <QStackedWidget>
 #include <QStatusBar>
 
 using namespace Qt::Literals::StringLiterals;
-
-namespace {
-
-/// The page on which the space bar plays. The editor, the only page that there is, is page 0.
-constexpr int kPlaybackPage = 1;
-
-} // namespace
 
 void MainWindow::buildMenus()
 {
@@ -90,15 +83,20 @@ void MainWindow::addPlaybackShortcut()
     auto* action = new QAction(tr("Reproducir/Pausar"), this);
     action->setShortcut(Qt::Key_Space);
     action->setShortcutContext(Qt::ApplicationShortcut);
-    connect(action, &QAction::triggered, this, [this] {
-        if (stackedWidget_->currentIndex() != kPlaybackPage)
-            return;
-        if (engine_->isPlaying())
-            engine_->pause();
-        else
-            engine_->play();
-    });
+    action->setAutoRepeat(false);
+    connect(action, &QAction::triggered, this, &MainWindow::playOrPause);
     addAction(action);
+}
+
+void MainWindow::playOrPause()
+{
+    // The keys are those of the list or menu that is open.
+    if (QApplication::activePopupWidget())
+        return;
+    if (engine_->isPlaying())
+        engine_->pause();
+    else
+        engine_->play();
 }
 
 void MainWindow::buildStatusBar()
