@@ -7,6 +7,7 @@ class ListenPageTest : public QObject {
 
 private slots:
     void everyLoopIsHeardAndSeen();
+    void aSongIsHeardAndTakenHome();
     void namesAreShownAsTheyAre();
     void anEmptyLibraryIsAPageToo();
 };
@@ -26,6 +27,23 @@ void ListenPageTest::everyLoopIsHeardAndSeen()
          {"<h2>Zamba (6/8)</h2>", "<h3>Normal 2</h3>", "src=\"zamba/Normal_2.wav\"",
           "src=\"zamba/Normal_2.png\"", "12.3 s · -21.1 LUFS · pico -6.0 dB"})
         QVERIFY2(page.contains(QString::fromUtf8(part)), part);
+}
+
+void ListenPageTest::aSongIsHeardAndTakenHome()
+{
+    const RenderedSong song{.wav = "zamba/cancion.wav",
+                            .mp3 = "zamba/cancion.mp3",
+                            .projectFolder = "zamba/cancion",
+                            .picture = "zamba/cancion.png",
+                            .seconds = 30.0,
+                            .loudness = {.lufs = -20.0, .peakDb = -5.0}};
+    const QString page = listenPage({{.title = "Zamba", .song = song, .loops = {}}});
+    for (const char* part :
+         {"<h3>Canción</h3>", "href=\"zamba/cancion.wav\"", "href=\"zamba/cancion.mp3\"",
+          "href=\"zamba/cancion\">obra de Velta", "src=\"zamba/cancion.mp3\"",
+          "src=\"zamba/cancion.png\"", "30.0 s · -20.0 LUFS · pico -5.0 dB"})
+        QVERIFY2(page.contains(QString::fromUtf8(part)), part);
+    QVERIFY(!listenPage({{.title = "Zamba", .loops = {}}}).contains("Canción"));
 }
 
 void ListenPageTest::namesAreShownAsTheyAre()

@@ -28,6 +28,7 @@ private slots:
     void aSongIsAsWideAsItsBeats();
     void notesStandWhereTheySound();
     void everyTrackHasAStrip();
+    void titleBarsChordsAndNotesHaveNames();
     void absurdSongsGiveAPicture_data();
     void absurdSongsGiveAPicture();
 
@@ -60,7 +61,33 @@ void NotePictureTest::everyTrackHasAStrip()
     const Track track = melodyTrack({melody({note(60, 0.0)})});
     const int one = notePicture(*project({track}), content_.library()).height();
     const int three = notePicture(*project({track, track, track}), content_.library()).height();
-    QCOMPARE(three - 1, 3 * (one - 1));
+    const int none = notePicture(*project({}), content_.library()).height();
+    QCOMPARE(three - none, 3 * (one - none));
+}
+
+void NotePictureTest::titleBarsChordsAndNotesHaveNames()
+{
+    const auto song = project({melodyTrack({melody({note(60, 0.0)})})});
+    const auto darkIn = [](const QImage& picture, const QRect& place) {
+        int dark = 0;
+        for (int x = place.left(); x <= place.right(); ++x) {
+            for (int y = place.top(); y <= place.bottom(); ++y)
+                dark += qGray(picture.pixel(x, y)) < 128 ? 1 : 0;
+        }
+        return dark;
+    };
+    const QRect title(0, 0, 190, 24);
+    const QRect firstBar(191, 25, 120, 16);
+    const QRect names(110, 50, 78, 30);
+    const QImage plain = notePicture(*song, content_.library());
+    const QImage named = notePicture(*song, content_.library(), {.title = "Zamba", .drums = {}});
+    QCOMPARE(darkIn(plain, title), 0);
+    QVERIFY(darkIn(named, title) > 0);
+    QVERIFY(darkIn(plain, names) > 0);
+    const int withoutChord = darkIn(plain, firstBar);
+    QVERIFY(withoutChord > 0);
+    song->harmonyTrack.insertEvent(0.0, 4.0, 2, ChordExtension::Triad, 4.0);
+    QVERIFY(darkIn(notePicture(*song, content_.library()), firstBar) > withoutChord);
 }
 
 void NotePictureTest::absurdSongsGiveAPicture_data()

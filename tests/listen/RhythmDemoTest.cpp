@@ -34,6 +34,8 @@ private slots:
     void theSongHasTheTempoAndTheMeterOfTheRhythm();
     void theChordsThemselvesAreSilent();
     void aTrackAloneKeepsTheSong();
+    void aSettingGivesKeyChordsAndTempo();
+    void layersAreKeptByTheirId();
 
 private:
     std::unique_ptr<Project> song(const Loop& loop)
@@ -140,6 +142,36 @@ void RhythmDemoTest::aTrackAloneKeepsTheSong()
     QCOMPARE(bass->tracks, QList{demo->tracks.at(1)});
     QCOMPARE(bass->harmonyTrack, demo->harmonyTrack);
     QCOMPARE(bass->bpm, 84);
+}
+
+void RhythmDemoTest::aSettingGivesKeyChordsAndTempo()
+{
+    const KeySignature key{.rootPitchClass = 2, .mode = KeyMode::Dorian};
+    const auto demo =
+        RhythmDemo::song(content_.library(), *content_.library().findRhythm("zamba"),
+                         {LoopSection::Normal, 1, 2}, {.key = key, .degrees = {2, 6}, .bpm = 99});
+    QCOMPARE(demo->keySignature, key);
+    QCOMPARE(demo->bpm, 99);
+    QCOMPARE(demo->harmonyTrack.eventAt(1.0, 3.0)->degree, 2);
+    QCOMPARE(demo->harmonyTrack.eventAt(7.0, 3.0)->degree, 6);
+    QCOMPARE(demo->tracks.at(0).loopBlocks.at(0).durationBeats, 12.0);
+}
+
+void RhythmDemoTest::layersAreKeptByTheirId()
+{
+    const auto kept = [this](const QStringList& layers) {
+        const auto demo = song({LoopSection::Normal, 2, 4});
+        demo->tracks[1].layerId = "zamba_bajo";
+        RhythmDemo::keepLayers(*demo, layers);
+        QStringList ids;
+        for (const Track& track : demo->tracks)
+            ids.append(track.layerId);
+        return ids;
+    };
+    QCOMPARE(kept({}), (QStringList{"bombo", "zamba_bajo"}));
+    QCOMPARE(kept({"bajo"}), (QStringList{"zamba_bajo"}));
+    QCOMPARE(kept({"zamba_bajo", "bombo"}), (QStringList{"bombo", "zamba_bajo"}));
+    QCOMPARE(kept({"jo"}), QStringList());
 }
 
 QTEST_GUILESS_MAIN(RhythmDemoTest)

@@ -166,6 +166,8 @@ class Commands(TestCase):
         kinds = [element.get("class") for element in drawn.iter()]
         notes = sum(len(loop.notes) for layer in load(self.source).layers.values() for loop in layer.loops())
         self.assertEqual((kinds.count("frame"), kinds.count("note")), (40, notes))
+        texts = {element.text for element in drawn.iter() if element.get("class") == "drum"}
+        self.assertLessEqual({"bombo", "C2", "C4", "C5"}, texts)
 
     def test_a_new_rhythm_is_whole_in_every_meter_and_replaces_no_file(self):
         for meter in ("4/4", "3/4", "2/4", "6/8"):
@@ -201,6 +203,10 @@ class Commands(TestCase):
         self.assertEqual(done.returncode, 1)
         self.assertIn("todavía no hay ninguna variante que suene", done.stderr)
 
+    def test_sounds_are_named_by_their_key(self):
+        names = json.loads(run("sonidos").stdout)
+        self.assertEqual((names["36"], names["41"], names["87"], len(names)), ("bombo", "parche", "surdo_abierto", 53))
+
     def test_words_that_are_no_command_get_the_list_of_commands(self):
         for words in ((), ("compilar",), ("nuevo",), ("borrador", "algo"), ("build-server",), ("compile", "algo"), ("picture",)):
             with self.subTest(words=words):
@@ -210,7 +216,7 @@ class Commands(TestCase):
 
     def test_help_lists_the_commands(self):
         done = run("--help")
-        self.assertEqual((done.returncode, done.stderr, len(done.stdout.splitlines())), (0, "", 6))
+        self.assertEqual((done.returncode, done.stderr, len(done.stdout.splitlines())), (0, "", 7))
 
 
 class OneBroken(TestCase):

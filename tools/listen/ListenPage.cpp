@@ -22,15 +22,30 @@ QString layerHtml(const RenderedLayer& layer)
         layer.sound.toHtmlEscaped());
 }
 
+QString measured(double seconds, const Loudness& loudness)
+{
+    return u"<p>%1 s · %2 LUFS · pico %3 dB</p>\n"_s.arg(QString::number(seconds, 'f', 1),
+                                                         QString::number(loudness.lufs, 'f', 1),
+                                                         QString::number(loudness.peakDb, 'f', 1));
+}
+
+QString songHtml(const RenderedSong& song)
+{
+    const QString links =
+        u"<p><a href=\"%1\">WAV</a> · <a href=\"%2\">MP3</a> · <a href=\"%3\">obra de Velta</a></p>\n"_s
+            .arg(song.wav.toHtmlEscaped(), song.mp3.toHtmlEscaped(),
+                 song.projectFolder.toHtmlEscaped());
+    return u"<h3>Canción</h3>\n"_s + measured(song.seconds, song.loudness) + links +
+           u"<audio controls preload=\"none\" src=\"%1\"></audio>\n<img src=\"%2\" alt=\"\">\n"_s
+               .arg(song.mp3.toHtmlEscaped(), song.picture.toHtmlEscaped());
+}
+
 QString loopHtml(const RenderedLoop& loop)
 {
     QString html =
-        u"<h3>%1</h3>\n<p>%2 s · %3 LUFS · pico %4 dB</p>\n"
-        u"<audio controls preload=\"none\" src=\"%5\"></audio>\n<img src=\"%6\" alt=\"\">\n"_s.arg(
-            loop.title.toHtmlEscaped(), QString::number(loop.seconds, 'f', 1),
-            QString::number(loop.loudness.lufs, 'f', 1),
-            QString::number(loop.loudness.peakDb, 'f', 1), loop.sound.toHtmlEscaped(),
-            loop.picture.toHtmlEscaped());
+        u"<h3>%1</h3>\n"_s.arg(loop.title.toHtmlEscaped()) + measured(loop.seconds, loop.loudness) +
+        u"<audio controls preload=\"none\" src=\"%1\"></audio>\n<img src=\"%2\" alt=\"\">\n"_s.arg(
+            loop.sound.toHtmlEscaped(), loop.picture.toHtmlEscaped());
     for (const RenderedLayer& layer : loop.layers)
         html += layerHtml(layer);
     return html;
@@ -43,6 +58,8 @@ QString listenPage(const QList<RenderedRhythm>& rhythms)
     QString page = kHead;
     for (const RenderedRhythm& rhythm : rhythms) {
         page += u"<h2>%1</h2>\n"_s.arg(rhythm.title.toHtmlEscaped());
+        if (rhythm.song)
+            page += songHtml(*rhythm.song);
         for (const RenderedLoop& loop : rhythm.loops)
             page += loopHtml(loop);
     }

@@ -5,6 +5,8 @@
 #include <QList>
 #include <QString>
 
+#include <optional>
+
 /// One layer of a loop, rendered alone.
 struct RenderedLayer {
     QString label;
@@ -26,9 +28,22 @@ struct RenderedLoop {
     QList<RenderedLayer> layers;
 };
 
+/// A whole song of a rhythm; paths are relative to the page.
+struct RenderedSong {
+    QString wav;
+    QString mp3;
+    /// The work that Velta opens.
+    QString projectFolder;
+    QString picture;
+    double seconds = 0.0;
+    Loudness loudness;
+};
+
 struct RenderedRhythm {
     /// Name, meter and tempo.
     QString title;
+    /// None where only some loops were asked for.
+    std::optional<RenderedSong> song = std::nullopt;
     QList<RenderedLoop> loops;
 };
 

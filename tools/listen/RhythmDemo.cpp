@@ -10,8 +10,6 @@ namespace {
 
 constexpr std::array kSongOrder{LoopSection::Intro, LoopSection::Normal, LoopSection::Intermedio,
                                 LoopSection::Final};
-constexpr std::array kDegrees{1, 4, 5, 1};
-constexpr KeySignature kKey{.rootPitchClass = 9, .mode = KeyMode::Minor};
 
 /// Joins the variants of one layer to what is known of their section.
 void join(QList<RhythmDemo::Loop>& loops, const QList<LoopVariant>& variants)
@@ -36,33 +34,17 @@ QList<RhythmDemo::Loop> loopsOfSection(const LoopLibrary& library, const QList<L
     return loops;
 }
 
-HarmonyTrack chords(int barsEach, double beatsPerBar)
+HarmonyTrack chords(const QList<int>& degrees, int barsEach, double beatsPerBar)
 {
     HarmonyTrack harmony;
     harmony.muted = true;
     int bar = 0;
-    for (const int degree : kDegrees) {
+    for (const int degree : degrees) {
         for (int i = 0; i < barsEach; ++i, ++bar)
             harmony.insertEvent(bar * beatsPerBar, beatsPerBar, degree, ChordExtension::Triad,
                                 beatsPerBar);
     }
     return harmony;
-}
-
-Track trackOf(const LoopLayer& layer, const RhythmDemo::Loop& loop, double beats)
-{
-    Track track;
-    track.name = layer.label;
-    track.instrumentId = layer.instrumentId;
-    track.isAccompaniment = true;
-    track.layerId = layer.id;
-    track.loopBlocks.append({.startBeat = 0.0,
-                             .durationBeats = beats,
-                             .rhythmId = layer.rhythmId,
-                             .layerId = layer.id,
-                             .section = loop.section,
-                             .variantIndex = loop.variantIndex});
-    return track;
 }
 
 } // namespace
@@ -75,20 +57,51 @@ QList<RhythmDemo::Loop> RhythmDemo::loopsOf(const LoopLibrary& library, const QS
     return loops;
 }
 
-std::unique_ptr<Project> RhythmDemo::song(const LoopLibrary& library, const Rhythm& rhythm,
-                                          const Loop& loop)
+std::unique_ptr<Project> RhythmDemo::chordsOf(const Rhythm& rhythm, const Setting& setting,
+                                              const QList<int>& degrees, int barsEach)
 {
     auto project = std::make_unique<Project>();
     project->name = rhythm.displayName;
-    project->bpm = rhythm.referenceBpm;
+    project->bpm = setting.bpm > 0 ? setting.bpm : rhythm.referenceBpm;
     project->timeSignature = rhythm.timeSignature;
-    project->keySignature = kKey;
-    const double bar = project->beatsPerBar();
-    project->harmonyTrack = chords(loop.bars, bar);
-    const double beats = bar * loop.bars * static_cast<int>(kDegrees.size());
+    project->keySignature = setting.key;
+    project->harmonyTrack = chords(degrees, barsEach, project->beatsPerBar());
+    return project;
+}
+
+Track RhythmDemo::trackOf(const LoopLayer& layer)
+{
+    Track track;
+    track.name = layer.label;
+    track.instrumentId = layer.instrumentId;
+    track.isAccompaniment = true;
+    track.layerId = layer.id;
+    return track;
+}
+
+LoopBlock RhythmDemo::blockOf(const LoopLayer& layer, const Loop& loop, double startBeat,
+                              double beats)
+{
+    return {.startBeat = startBeat,
+            .durationBeats = beats,
+            .rhythmId = layer.rhythmId,
+            .layerId = layer.id,
+            .section = loop.section,
+            .variantIndex = loop.variantIndex};
+}
+
+std::unique_ptr<Project> RhythmDemo::song(const LoopLibrary& library, const Rhythm& rhythm,
+                                          const Loop& loop, const Setting& setting)
+{
+    auto project = chordsOf(rhythm, setting, setting.degrees, loop.bars);
+    const double beats =
+        project->beatsPerBar() * loop.bars * static_cast<double>(setting.degrees.size());
     for (const LoopLayer& layer : library.layersForRhythm(rhythm.id)) {
-        if (library.findVariant(layer.id, loop.section, loop.variantIndex))
-            project->tracks.append(trackOf(layer, loop, beats));
+        if (!library.findVariant(layer.id, loop.section, loop.variantIndex))
+            continue;
+        Track track = trackOf(layer);
+        track.loopBlocks.append(blockOf(layer, loop, 0.0, beats));
+        project->tracks.append(track);
     }
     return project;
 }
@@ -98,4 +111,14 @@ std::unique_ptr<Project> RhythmDemo::alone(const Project& song, qsizetype track)
     std::unique_ptr<Project> project(Project::fromJson(song.toJson(), nullptr));
     project->tracks = {project->tracks.at(track)};
     return project;
+}
+
+void RhythmDemo::keepLayers(Project& song, const QStringList& layers)
+{
+    song.tracks.removeIf([&layers](const Track& track) {
+        const auto names = [&track](const QString& layer) {
+            return track.layerId == layer || track.layerId.endsWith(u'_' + layer);
+        };
+        return !layers.isEmpty() && std::ranges::none_of(layers, names);
+    });
 }

@@ -1,19 +1,25 @@
-// Renders every loop of every rhythm over four chords, to be heard and seen by those who write
-// them.
+// Renders every loop of every rhythm over some chords, and a song of each, to be heard and seen by
+// those who write them.
 
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
 #include "export/AudioExporter.h"
+#include "listen/DemoSong.h"
+#include "listen/ListenOptions.h"
 #include "listen/ListenPage.h"
 #include "listen/NotePicture.h"
 #include "listen/RhythmDemo.h"
 #include "model/Project.h"
 #include "music/Beats.h"
+#include "storage/LocalStorageProvider.h"
 #include "voice/AudioDecoder.h"
 
 #include <QCommandLineParser>
 #include <QDir>
+#include <QFile>
 #include <QGuiApplication>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QSaveFile>
 
 #include <cstdio>
@@ -22,18 +28,32 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
+/// The names of drums by their key, as `velta-content sonidos` writes them; none without the file.
+QHash<int, QString> drumNames(const QString& path)
+{
+    QHash<int, QString> names;
+    QFile file(path);
+    if (file.open(QIODevice::ReadOnly)) {
+        const QJsonObject written = QJsonDocument::fromJson(file.readAll()).object();
+        for (auto name = written.begin(); name != written.end(); ++name)
+            names.insert(name.key().toInt(), name.value().toString());
+    }
+    return names;
+}
+
 /// What is rendered from, and where to.
 struct Studio {
     InstrumentLibrary instruments;
     LoopLibrary library;
     QString gmBank;
     QDir folder;
-    /// Each layer is wanted alone, too.
-    bool layers = false;
+    ListenOptions options;
+    QHash<int, QString> drums;
 
-    Studio(const QString& resources, const QString& out)
+    Studio(const QString& resources, const QString& out, ListenOptions wanted)
         : instruments(resources + "/soundfonts"_L1), library(resources + "/loops"_L1, &instruments),
-          gmBank(resources + "/soundfonts/velta_bank_gm.sf2"_L1), folder(out)
+          gmBank(resources + "/soundfonts/velta_bank_gm.sf2"_L1), folder(out),
+          options(std::move(wanted)), drums(drumNames(resources + "/sonidos.json"_L1))
     {
         instruments.loadBuiltinGmInstruments();
         library.reload();
@@ -59,11 +79,23 @@ QString titleOf(const Rhythm& rhythm)
         .arg(rhythm.referenceBpm);
 }
 
-void report(const Rhythm& rhythm, const RenderedLoop& loop)
+void report(const Rhythm& rhythm, const QString& title, double seconds, const Loudness& loudness)
 {
-    std::printf("%s\t%s\t%.1f s\t%.1f LUFS\t%.1f dB\n", qPrintable(rhythm.id),
-                qPrintable(loop.title), loop.seconds, loop.loudness.lufs, loop.loudness.peakDb);
+    std::printf("%s\t%s\t%.1f s\t%.1f LUFS\t%.1f dB\n", qPrintable(rhythm.id), qPrintable(title),
+                seconds, loudness.lufs, loudness.peakDb);
     std::fflush(stdout);
+}
+
+double secondsOf(const QList<float>& mix)
+{
+    return static_cast<double>(mix.size()) / 2 / kSampleRate;
+}
+
+bool draw(const Studio& studio, const Project& song, const QString& title, const QString& picture)
+{
+    const PictureWords words{.title = title, .drums = studio.drums};
+    return notePicture(song, studio.library, words).save(studio.folder.filePath(picture)) ||
+           fail(u"No pude escribir %1"_s.arg(picture));
 }
 
 /// The finished mix, written to a file of the studio's folder; empty if that failed.
@@ -99,7 +131,8 @@ bool renderLayers(Studio& studio, const Project& song, const QString& name, Rend
 bool render(Studio& studio, const Rhythm& rhythm, const RhythmDemo::Loop& loop,
             RenderedLoop& rendered)
 {
-    const auto song = RhythmDemo::song(studio.library, rhythm, loop);
+    const auto song = RhythmDemo::song(studio.library, rhythm, loop, studio.options.setting);
+    RhythmDemo::keepLayers(*song, studio.options.layers);
     rendered.title = titleOf(loop);
     const QString name = rhythm.id + u'/' + QString(rendered.title).replace(u' ', u'_');
     rendered.sound = name + ".wav"_L1;
@@ -107,12 +140,53 @@ bool render(Studio& studio, const Rhythm& rhythm, const RhythmDemo::Loop& loop,
     const QList<float> mix = record(studio, *song, rendered.sound);
     if (mix.isEmpty())
         return false;
-    rendered.seconds = static_cast<double>(mix.size()) / 2 / kSampleRate;
+    rendered.seconds = secondsOf(mix);
     rendered.loudness = Loudness::of(mix);
-    report(rhythm, rendered);
-    if (!notePicture(*song, studio.library).save(studio.folder.filePath(rendered.picture)))
-        return fail(u"No pude escribir %1"_s.arg(rendered.picture));
-    return !studio.layers || renderLayers(studio, *song, name, rendered);
+    report(rhythm, rendered.title, rendered.seconds, rendered.loudness);
+    return draw(studio, *song, rhythm.displayName + u" · "_s + rendered.title, rendered.picture) &&
+           (!studio.options.eachLayer || renderLayers(studio, *song, name, rendered));
+}
+
+bool writeMp3(Studio& studio, const Project& song, const QString& sound)
+{
+    QString error;
+    return AudioExporter::exportMp3(song, QString(), &studio.library, &studio.instruments,
+                                    studio.gmBank, studio.folder.filePath(sound), &error) ||
+           fail(error);
+}
+
+/// The song of a rhythm as sound, picture and work; null where it cannot be written.
+std::optional<RenderedSong> renderSong(Studio& studio, const Rhythm& rhythm, const Project& song)
+{
+    const QString name = rhythm.id + "/cancion"_L1;
+    RenderedSong rendered{.wav = name + ".wav"_L1,
+                          .mp3 = name + ".mp3"_L1,
+                          .projectFolder = name,
+                          .picture = name + ".png"_L1,
+                          .loudness = {}};
+    LocalStorageProvider works(studio.folder.filePath(rhythm.id));
+    const QList<float> mix = record(studio, song, rendered.wav);
+    if (mix.isEmpty() || !writeMp3(studio, song, rendered.mp3) ||
+        !draw(studio, song, rhythm.displayName + u" · canción"_s, rendered.picture))
+        return std::nullopt;
+    if (!works.saveProject(u"cancion"_s, song)) {
+        fail(u"No pude escribir la obra %1"_s.arg(name));
+        return std::nullopt;
+    }
+    rendered.seconds = secondsOf(mix);
+    rendered.loudness = Loudness::of(mix);
+    report(rhythm, u"Canción"_s, rendered.seconds, rendered.loudness);
+    return rendered;
+}
+
+bool renderLoops(Studio& studio, const Rhythm& rhythm, RenderedRhythm& rendered)
+{
+    for (const RhythmDemo::Loop& loop : RhythmDemo::loopsOf(studio.library, rhythm.id)) {
+        if (studio.options.wants(loop) &&
+            !render(studio, rhythm, loop, rendered.loops.emplaceBack()))
+            return false;
+    }
+    return true;
 }
 
 bool renderRhythm(Studio& studio, const Rhythm& rhythm, QList<RenderedRhythm>& page)
@@ -120,10 +194,11 @@ bool renderRhythm(Studio& studio, const Rhythm& rhythm, QList<RenderedRhythm>& p
     if (!studio.folder.mkpath(rhythm.id))
         return fail(u"No pude crear la carpeta %1"_s.arg(studio.folder.filePath(rhythm.id)));
     RenderedRhythm rendered{.title = titleOf(rhythm), .loops = {}};
-    for (const RhythmDemo::Loop& loop : RhythmDemo::loopsOf(studio.library, rhythm.id)) {
-        if (!render(studio, rhythm, loop, rendered.loops.emplaceBack()))
-            return false;
-    }
+    const auto song = DemoSong::of(studio.library, rhythm, studio.options.setting);
+    if (song && studio.options.whole() && !(rendered.song = renderSong(studio, rhythm, *song)))
+        return false;
+    if (!renderLoops(studio, rhythm, rendered))
+        return false;
     page.append(rendered);
     return true;
 }
@@ -151,6 +226,49 @@ bool renderLibrary(Studio& studio, const QStringList& chosen)
     return writePage(studio.folder, page);
 }
 
+QCommandLineParser& describe(QCommandLineParser& parser)
+{
+    parser.setApplicationDescription(
+        u"Hace sonar cada variación de cada ritmo sobre i iv v i, con su dibujo, y una canción de "
+        "cada uno."_s);
+    parser.addHelpOption();
+    parser.addOption({u"resources"_s, u"Carpeta con loops/ y soundfonts/."_s, u"carpeta"_s,
+                      QCoreApplication::applicationDirPath() + "/resources"_L1});
+    parser.addOption(
+        {u"tono"_s, u"«Do», «La menor», «Re dórico», «F# lidio»."_s, u"tono"_s, u"La menor"_s});
+    parser.addOption({u"grados"_s, u"Un grado por vuelta."_s, u"1,4,5,1"_s, u"1,4,5,1"_s});
+    parser.addOption({u"tempo"_s, u"Negras por minuto; si no, el habitual."_s, u"número"_s});
+    parser.addOption(
+        {u"seccion"_s, u"Solo «Normal», o «Normal 2»; se puede repetir."_s, u"sección"_s});
+    parser.addOption({u"capa"_s, u"Solo esta capa; se puede repetir."_s, u"id"_s});
+    parser.addOption({u"layers"_s, u"También cada capa sola."_s});
+    parser.addPositionalArgument(u"salida"_s, u"Carpeta que se llena; index.html muestra todo."_s);
+    parser.addPositionalArgument(u"ritmo"_s, u"Solo estos ritmos."_s, u"[ritmo...]"_s);
+    return parser;
+}
+
+/// What the words of the command ask for; null after saying which of them is none.
+std::optional<ListenOptions> optionsOf(const QCommandLineParser& parser)
+{
+    const QString tempoText = parser.value(u"tempo"_s);
+    const auto key = ListenOptions::keyOf(parser.value(u"tono"_s));
+    const auto degrees = ListenOptions::degreesOf(parser.value(u"grados"_s));
+    const auto tempo = tempoText.isEmpty() ? std::optional(0) : ListenOptions::tempoOf(tempoText);
+    if (!key)
+        fail(u"No conozco el tono «%1»: «Do», «La menor», «Re dórico»."_s.arg(
+            parser.value(u"tono"_s)));
+    if (!degrees)
+        fail(u"Los grados se escriben 1,4,5,1: del 1 al 7, hasta 16."_s);
+    if (!tempo)
+        fail(u"El tempo va de 20 a 400."_s);
+    if (!key || !degrees || !tempo)
+        return std::nullopt;
+    return ListenOptions{.setting = {.key = *key, .degrees = *degrees, .bpm = *tempo},
+                         .sections = parser.values(u"seccion"_s),
+                         .layers = parser.values(u"capa"_s),
+                         .eachLayer = parser.isSet(u"layers"_s)};
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -158,19 +276,13 @@ int main(int argc, char** argv)
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QGuiApplication app(argc, argv);
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        u"Hace sonar cada variación de cada ritmo sobre i iv v i, con su dibujo."_s);
-    parser.addHelpOption();
-    parser.addOption({u"resources"_s, u"Carpeta con loops/ y soundfonts/."_s, u"carpeta"_s,
-                      QCoreApplication::applicationDirPath() + "/resources"_L1});
-    parser.addOption({u"layers"_s, u"También cada capa sola."_s});
-    parser.addPositionalArgument(u"salida"_s, u"Carpeta que se llena; index.html muestra todo."_s);
-    parser.addPositionalArgument(u"ritmo"_s, u"Solo estos ritmos."_s, u"[ritmo...]"_s);
-    parser.process(app);
+    describe(parser).process(app);
     QStringList arguments = parser.positionalArguments();
     if (arguments.isEmpty())
         parser.showHelp(1);
-    Studio studio(parser.value(u"resources"_s), arguments.takeFirst());
-    studio.layers = parser.isSet(u"layers"_s);
+    const auto options = optionsOf(parser);
+    if (!options)
+        return 2;
+    Studio studio(parser.value(u"resources"_s), arguments.takeFirst(), *options);
     return renderLibrary(studio, arguments) ? 0 : 1;
 }

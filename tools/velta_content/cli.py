@@ -2,10 +2,12 @@
 
 from __future__ import annotations
 
+import json
 import sys
 from collections.abc import Callable
 from pathlib import Path
 
+from . import music
 from .model import Rhythm
 from .package import files_of
 from .picture import picture
@@ -20,6 +22,7 @@ velta-content nuevo id [compás]                    escribe id.ritmo, un ritmo p
 velta-content check [archivo.ritmo...]             revisa los ritmos: los nombrados, o todos
 velta-content compile                              compila los ritmos que vienen con el programa
 velta-content picture carpeta [archivo.ritmo...]   los dibuja en archivos SVG
+velta-content sonidos                              nombra los golpes de percusión, en JSON
 velta-content build-server carpeta                 arma la carpeta del servidor de contenidos
 velta-content borrador carpeta archivo.ritmo       arma una biblioteca de un solo ritmo, aunque le falte
 """
@@ -126,6 +129,12 @@ def _build_server(paths: list[Path]) -> int:
     return 0 if len(finished) == len(rhythms) else 1
 
 
+def _sounds(_: list[Path]) -> int:
+    keys = range(music.LOWEST_DRUM, music.HIGHEST_DRUM + 1)
+    print(json.dumps({str(key): music.drum_name(key) for key in keys}, indent=1))
+    return 0
+
+
 def _draft(paths: list[Path]) -> int:
     folder, source = paths
     rhythm = load(source)
@@ -141,5 +150,6 @@ _COMMANDS: dict[str, tuple[Callable[[list[Path]], int], int, int]] = {
     "compile": (_compile, 0, 0),
     "picture": (_picture, 1, 1000),
     "build-server": (_build_server, 1, 1),
+    "sonidos": (_sounds, 0, 0),
     "borrador": (_draft, 2, 2),
 }

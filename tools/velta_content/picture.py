@@ -8,7 +8,7 @@ from . import music
 from .model import Layer, Note, Rhythm, Variant
 
 _BEAT, _ROW, _DRUM_ROW = 22, 5, 9
-_LEFT, _GAP, _TITLE = 210, 14, 18
+_LEFT, _GAP, _TITLE, _NAME = 210, 14, 18, 8
 _STYLE = (
     "text{font:11px sans-serif;fill:#333}.title{font-size:20px;font-weight:bold}"
     ".layer{font-weight:bold}.drum{font-size:8px}.frame{fill:#f6f6f8;stroke:#bbb}"
@@ -42,15 +42,30 @@ def _rows(layer: Layer) -> list[int]:
     return list(range(max(tones) + 1, min(tones) - 2, -1)) + sorted(noises, reverse=True)
 
 
+def _row_name(layer: Layer, pitch: int) -> str:
+    if layer.percussion:
+        return music.drum_name(pitch)
+    return music.noise_name(pitch, layer.instrument) or music.note_name(pitch)
+
+
+def _named(layer: Layer, rows: list[int], row_height: int) -> list[int]:
+    """The rows that sound and whose names have room, each clear of the one above it."""
+    used = {note.pitch for variant in layer.loops() for note in variant.notes}
+    named: list[int] = []
+    for i, pitch in enumerate(rows):
+        if pitch in used and (not named or (i - named[-1]) * row_height >= _NAME):
+            named.append(i)
+    return named
+
+
 def _layer(rhythm: Rhythm, layer: Layer, top: int) -> tuple[list[str], int, int]:
     rows = _rows(layer)
     row_height = _DRUM_ROW if layer.percussion else _ROW
     height = max(len(rows), 6) * row_height
     parts = [f'<text class="layer" x="10" y="{top + _TITLE + 10}">{escape(layer.label)}</text>',
              f'<text x="10" y="{top + _TITLE + 25}">{escape(layer.instrument)}</text>']
-    if layer.percussion:
-        parts += [f'<text class="drum" text-anchor="end" x="{_LEFT - 5}" y="{top + _TITLE + (i + 1) * row_height - 2}">'
-                  f"{escape(music.drum_name(key))}</text>" for i, key in enumerate(rows)]
+    parts += [f'<text class="drum" text-anchor="end" x="{_LEFT - 5}" y="{top + _TITLE + (i + 1) * row_height - 1}">'
+              f"{escape(_row_name(layer, rows[i]))}</text>" for i in _named(layer, rows, row_height)]
     left = _LEFT
     for variant in layer.loops():
         parts += _variant(rhythm, variant, rows, row_height, left, top + _TITLE, height)
@@ -66,7 +81,9 @@ def _variant(rhythm: Rhythm, variant: Variant, rows: list[int], row_height: int,
     for i in range(1, int(beats)):
         parts.append(_line("beat", left + i * _BEAT, top, height))
     for i in range(1, variant.bars):
-        parts.append(_line("bar", left + i * rhythm.bar * _BEAT, top, height))
+        x = left + i * rhythm.bar * _BEAT
+        parts.append(_line("bar", x, top, height))
+        parts.append(f'<text class="drum" x="{x + 2:g}" y="{top + height + 8}">{i + 1}</text>')
     return parts + [_note(note, rows, row_height, left, top) for note in variant.notes]
 
 
