@@ -67,5 +67,5 @@ int main(int argc, char** argv)
                          {{"Plain pitch search over PitchDetector", "plainPitchDetector",
                            "pitchDetector", "at least 6"},
                           {"Plain pitch search over the whole VoiceTuner", "plainPitchDetector",
-                           "voiceTuner", "(see x_real_time: at least 80)"}});
+                           "voiceTuner", "(see x_real_time: at least 150)"}});
 }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <mutex>
 
 namespace {
 
@@ -15,6 +16,10 @@ struct SndFileCloser {
 };
 
 using SndFile = std::unique_ptr<SNDFILE, SndFileCloser>;
+
+/// libsndfile tells why an opening failed in a variable of the whole process: held while a file is
+/// opened and the reason read.
+std::mutex openingMutex;
 
 /// Null without an error of libsndfile for a path that C would cut at a null character.
 SndFile openFile(const QString& path, int mode, SF_INFO* info)
@@ -87,11 +92,13 @@ AudioDecoder::Result AudioDecoder::decode(const QString& path)
     if (!mayBeRead(path))
         return result;
     SF_INFO info{};
+    std::unique_lock opening(openingMutex);
     const SndFile file = openFile(path, SFM_READ, &info);
     if (!file) {
         result.error = QString::fromUtf8(sf_strerror(nullptr));
         return result;
     }
+    opening.unlock();
     result.sampleRate = info.samplerate;
     result.channels = info.channels;
     result.samples = readSamples(file.get(), info);
@@ -124,6 +131,8 @@ bool AudioDecoder::writeWav(const QString& path, const QList<float>& samples, in
     info.samplerate = sampleRate;
     info.channels = channels;
     info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    std::unique_lock opening(openingMutex);
     const SndFile file = openFile(path, SFM_WRITE, &info);
+    opening.unlock();
     return file && writeClamped(file.get(), samples, channels);
 }

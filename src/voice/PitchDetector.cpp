@@ -195,7 +195,7 @@ int oddPeriodsIn(double lag, const LagPicker& picker, const Frame& frame, LagRan
 } // namespace
 
 QList<float> PitchDetector::detectTrack(const QList<float>& samples, int sampleRate,
-                                        OddFractions fractions)
+                                        OddFractions fractions, const std::stop_token& stop)
 {
     if (samples.size() < kFrameSize || sampleRate < 1)
         return {};
@@ -206,7 +206,7 @@ QList<float> PitchDetector::detectTrack(const QList<float>& samples, int sampleR
 
     CorrelationScreen screen(samples, lags.min, lags.max);
     LagPicker picker(lags);
-    for (qsizetype i = 0; i < pitches.size(); ++i) {
+    for (qsizetype i = 0; i < pitches.size() && !stop.stop_requested(); ++i) {
         const std::vector<double>& products = screen.nextFrame();
         const Frame frame(samples.constData() + i * kHopSize);
         if (frame.energy() / kFrameSize < kSilenceThreshold)

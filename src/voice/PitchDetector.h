@@ -4,6 +4,8 @@
 
 #include <QList>
 
+#include <stop_token>
+
 /// Estimates the fundamental frequency of a sung mono recording, frame by frame, as the lag of
 /// the highest normalized autocorrelation. Octave errors are accepted.
 class PitchDetector {
@@ -27,7 +29,7 @@ public:
     enum class OddFractions { Kept, Undone };
 
     /// One value in Hz for every whole frame, 0.0 where there is no pitch. Empty when there is
-    /// less than one frame, or no sample rate.
+    /// less than one frame, or no sample rate. Once asked to stop, the rest is 0.0.
     ///
     /// With fractions kept, the answer is that of the plain search: for every lag L the sums of
     /// x[i] * x[i + L], of x[i]^2 and of x[i + L]^2 over the overlap, products in single and sums
@@ -35,5 +37,6 @@ public:
     /// correlation. It comes from far fewer such sums; CorrelationScreen tells which can be left
     /// out.
     static QList<float> detectTrack(const QList<float>& samples, int sampleRate,
-                                    OddFractions fractions = OddFractions::Kept);
+                                    OddFractions fractions = OddFractions::Kept,
+                                    const std::stop_token& stop = {});
 };

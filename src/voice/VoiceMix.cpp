@@ -5,25 +5,13 @@
 #include "music/Beats.h"
 #include "voice/AudioDecoder.h"
 #include "voice/SampleBuffer.h"
-#include "voice/VoiceTuner.h"
-
-#include <QDir>
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <optional>
 
 namespace {
-
-/// The clip's file as mono samples at the mixing rate.
-QList<float> samplesOf(const AudioClip& clip, const QString& projectDir)
-{
-    const AudioDecoder::Result decoded =
-        AudioDecoder::decode(QDir(projectDir).filePath(clip.audioFilePath));
-    if (!decoded.ok)
-        return {};
-    const QList<float> mono = AudioDecoder::toMono(decoded);
-    return decoded.sampleRate == kSampleRate ? mono : VoiceMix::resampled(mono, decoded.sampleRate);
-}
 
 /// Where a clip lies in a mix, in frames.
 struct Span {
@@ -36,16 +24,34 @@ struct Span {
     qint64 last;
 };
 
-Span spanOf(const AudioClip& clip, qint64 clipFrames, double beatFrames, qint64 mixFrames)
+/// A clip of a mix that is heard, and its sound.
+struct Part {
+    ClipSound sound;
+    Span span;
+};
+
+/// The clip in a mix of so many frames, or nothing where it is not heard. Without a cache the file
+/// is read.
+std::optional<Part> partOf(const VoiceMix::Voice& voice, double beatFrames, qint64 mixFrames,
+                           ClipCache* cache, const std::stop_token& stop)
 {
-    qint64 played = clipFrames;
-    if (clip.durationBeats > 0.0)
-        played = std::min(played, wholeFrames(clip.durationBeats * beatFrames));
-    const qint64 start = wholeFrames(clip.offsetBeats * beatFrames);
-    return {.start = start,
-            .played = played,
-            .first = std::max<qint64>(0, -start),
-            .last = std::min(played, mixFrames - start)};
+    const qint64 start = wholeFrames(voice.clip.offsetBeats * beatFrames);
+    qint64 most = std::numeric_limits<qint64>::max();
+    if (voice.clip.durationBeats > 0.0)
+        most = wholeFrames(voice.clip.durationBeats * beatFrames);
+    const qint64 first = std::max<qint64>(0, -start);
+    const qint64 heard = std::min(most, mixFrames - start);
+    if (first >= heard)
+        return std::nullopt;
+    const ClipSound sound = cache ? cache->sound(voice.source, heard, stop)
+                                  : ClipSound::read(voice.source, heard, stop);
+    const Span span{.start = start,
+                    .played = std::min(most, sound.length),
+                    .first = first,
+                    .last = std::min(heard, sound.length)};
+    if (span.first >= span.last)
+        return std::nullopt;
+    return Part{sound, span};
 }
 
 /// A ramp over the first and the last frames of what is played of a clip.
@@ -80,13 +86,13 @@ void addFinite(float& sum, float sample)
         sum = raised;
 }
 
-void addClip(const AudioClip& clip, const QList<float>& mono, const Span& span, float trackVolume,
-             QList<float>& mix)
+void addPart(const VoiceMix::Voice& voice, const Part& part, QList<float>& mix)
 {
-    const float gain = clip.gain * trackVolume;
-    const Fades fades(clip, span.played);
-    float* out = mix.data() + 2 * (span.start + span.first);
-    for (qint64 i = span.first; i < span.last; ++i) {
+    const float gain = voice.clip.gain * voice.volume;
+    const Fades fades(voice.clip, part.span.played);
+    const float* mono = part.sound.samples.constData();
+    float* out = mix.data() + 2 * (part.span.start + part.span.first);
+    for (qint64 i = part.span.first; i < part.span.last; ++i) {
         const float sample = fades.applied(mono[i] * gain, i);
         addFinite(*out++, sample);
         addFinite(*out++, sample);
@@ -95,6 +101,23 @@ void addClip(const AudioClip& clip, const QList<float>& mono, const Span& span, 
 
 } // namespace
 
+VoiceMix::Voices VoiceMix::voicesOf(const Project& project, const QString& projectDir)
+{
+    const bool soloed =
+        Audibility::anySolo(project.tracks) || Audibility::anySolo(project.audioTracks);
+    Voices voices{.clips = {}, .bpm = project.bpm};
+    for (const AudioTrack& track : project.audioTracks) {
+        if (!Audibility::sounds(track, soloed))
+            continue;
+        for (const AudioClip& clip : track.clips) {
+            if (std::isfinite(clip.offsetBeats * framesPerBeat(project.bpm)))
+                voices.clips.append(
+                    {clip, track.volume, ClipSource::of(clip, projectDir, project.keySignature)});
+        }
+    }
+    return voices;
+}
+
 QList<float> VoiceMix::render(const Project& project, const QString& projectDir, qint64 frames)
 {
     if (frames < 1 || frames > kMaxFrames)
@@ -102,25 +125,30 @@ QList<float> VoiceMix::render(const Project& project, const QString& projectDir,
     QList<float> mix = silentSamples(2 * frames);
     if (mix.isEmpty())
         return {};
-    const bool soloed =
-        Audibility::anySolo(project.tracks) || Audibility::anySolo(project.audioTracks);
-    const double beatFrames = framesPerBeat(project.bpm);
-    for (const AudioTrack& track : project.audioTracks) {
-        if (!Audibility::sounds(track, soloed))
-            continue;
-        for (const AudioClip& clip : track.clips) {
-            if (!std::isfinite(clip.offsetBeats * beatFrames))
-                continue;
-            QList<float> mono = samplesOf(clip, projectDir);
-            const Span span = spanOf(clip, mono.size(), beatFrames, frames);
-            if (span.first >= span.last)
-                continue;
-            if (clip.tune.enabled) {
-                mono.resize(std::min(mono.size(), span.last + VoiceTuner::kReach));
-                mono = VoiceTuner::tune(mono, kSampleRate, project.keySignature, clip.tune);
-            }
-            addClip(clip, mono, span, track.volume, mix);
-        }
+    const Voices voices = voicesOf(project, projectDir);
+    for (const Voice& voice : voices.clips) {
+        if (const auto part = partOf(voice, framesPerBeat(voices.bpm), frames, nullptr, {}))
+            addPart(voice, *part, mix);
+    }
+    return mix;
+}
+
+QList<float> VoiceMix::renderToTheEnd(const Voices& voices, ClipCache& cache,
+                                      const std::stop_token& stop)
+{
+    QList<std::optional<Part>> parts;
+    qint64 end = 0;
+    for (const Voice& voice : voices.clips) {
+        if (stop.stop_requested())
+            return {};
+        parts.append(partOf(voice, framesPerBeat(voices.bpm), kMaxFrames, &cache, stop));
+        if (const auto& part = parts.constLast())
+            end = std::max(end, part->span.start + part->span.last);
+    }
+    QList<float> mix = end > 0 && !stop.stop_requested() ? silentSamples(2 * end) : QList<float>();
+    for (qsizetype i = 0; i < parts.size() && !mix.isEmpty(); ++i) {
+        if (parts.at(i))
+            addPart(voices.clips.at(i), *parts.at(i), mix);
     }
     return mix;
 }

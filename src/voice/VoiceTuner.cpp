@@ -51,13 +51,13 @@ QList<float> periodsOf(const QList<float>& pitches, int sampleRate)
 } // namespace
 
 QList<float> VoiceTuner::tune(const QList<float>& samples, int sampleRate, const KeySignature& key,
-                              const VoiceTuneSettings& settings)
+                              const VoiceTuneSettings& settings, const std::stop_token& stop)
 {
     if (!settings.enabled || !(settings.intensity > 0.0F) || samples.isEmpty())
         return samples;
     const QList<float> pitches =
-        PitchDetector::detectTrack(samples, sampleRate, PitchDetector::OddFractions::Undone);
-    if (pitches.isEmpty())
+        PitchDetector::detectTrack(samples, sampleRate, PitchDetector::OddFractions::Undone, stop);
+    if (pitches.isEmpty() || stop.stop_requested())
         return samples;
     return PitchShifter::process(
         samples, ratiosTowardScale(pitches, key.scalePitchClasses(), settings.intensity),

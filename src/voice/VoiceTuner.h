@@ -6,6 +6,8 @@
 
 #include <QList>
 
+#include <stop_token>
+
 /// Draws a sung mono recording to the notes of a key: the pitch of every frame is found, with odd
 /// fractions undone, and the frame shifted to the nearest note in phase with the one before. Works
 /// on pitch alone: time is not touched.
@@ -21,9 +23,10 @@ public:
     static constexpr qsizetype kReach = kFrameSize;
 
     /// A list as long as `samples`; the samples themselves when tuning is off, has no intensity,
-    /// or the recording is shorter than one frame. `sampleRate` is in Hz.
+    /// or the recording is shorter than one frame. `sampleRate` is in Hz. Once it is asked to stop
+    /// it is soon done, and the result nothing sensible.
     static QList<float> tune(const QList<float>& samples, int sampleRate, const KeySignature& key,
-                             const VoiceTuneSettings& settings);
+                             const VoiceTuneSettings& settings, const std::stop_token& stop = {});
 
     /// The pitch ratio of every frame, smoothed: what brings detected `pitches` (Hz, 0.0 = none)
     /// to the nearest notes of a scale of pitch classes, scaled by an intensity from 0 to 1. An

@@ -218,6 +218,12 @@ private slots:
     void sumsBeyondTheLargestNumberStayFinite();
     void anyCombinationOfHostileFieldsGivesAFiniteMix();
 
+    void theKeptMixIsTheUncachedOne();
+    void theKeptMixEndsWithTheLastClip_data();
+    void theKeptMixEndsWithTheLastClip();
+    void whatIsHeardDecidesWhetherVoicesAreEqual();
+    void aStoppedMixIsEmpty();
+
 private:
     QString path(const QString& name) const { return QDir(folder_->path()).filePath(name); }
 
@@ -1089,6 +1095,138 @@ void VoiceMixTest::anyCombinationOfHostileFieldsGivesAFiniteMix()
         QCOMPARE(mix.size(), 800);
         QVERIFY2(allFinite(mix), qPrintable(QString::number(round)));
     }
+}
+
+void VoiceMixTest::theKeptMixIsTheUncachedOne()
+{
+    QVERIFY(SoundFile::writeExact(path("a.wav"), Tones::voice({.hz = 233.0}, 44100, 9000)));
+    QVERIFY(SoundFile::writeExact(path("b.wav"), Tones::noise(4000, 13), 22050));
+    ClipCache cache;
+    SeededRandom random(105);
+    for (int round = 0; round < 200; ++round) {
+        project_->bpm = random.between(60, 200);
+        project_->keySignature.rootPitchClass = random.between(0, 11);
+        project_->audioTracks.clear();
+        for (int voices = random.between(0, 3); voices > 0; --voices) {
+            AudioTrack voice;
+            voice.volume = static_cast<float>(random.between(0.0, 1.0));
+            voice.muted = random.oneIn(4);
+            voice.solo = random.oneIn(4);
+            for (int clips = random.between(0, 3); clips > 0; --clips)
+                voice.clips.append(
+                    {.audioFilePath = random.pick(QStringList{"a.wav", "b.wav", "nadie.wav"}),
+                     .offsetBeats = random.between(-0.3, 1.0),
+                     .durationBeats = random.oneIn(3) ? 0.0 : random.between(0.01, 1.0),
+                     .gain = static_cast<float>(random.between(0.2, 2.0)),
+                     .fadeInSeconds = random.oneIn(2) ? 0.05F : 0.0F,
+                     .fadeOutSeconds = random.oneIn(2) ? 0.05F : 0.0F,
+                     .tune = {.enabled = random.oneIn(2), .intensity = 0.9F}});
+            project_->audioTracks.append(voice);
+        }
+        const QList<float> kept =
+            VoiceMix::renderToTheEnd(VoiceMix::voicesOf(*project_, folder_->path()), cache);
+        constexpr qint64 kFrames = 60000;
+        const QList<float> whole = VoiceMix::render(*project_, folder_->path(), kFrames);
+        QVERIFY(kept.size() <= whole.size());
+        QCOMPARE(kept, whole.first(kept.size()));
+        QVERIFY(isSilent(whole.mid(kept.size())));
+    }
+}
+
+void VoiceMixTest::theKeptMixEndsWithTheLastClip_data()
+{
+    QTest::addColumn<QList<AudioTrack>>("tracks");
+    QTest::addColumn<qsizetype>("frames");
+    AudioClip cut = clip("toma.wav", beatsOf(500.0));
+    cut.durationBeats = beatsOf(100.0);
+    AudioClip longer = clip("toma.wav");
+    longer.durationBeats = beatsOf(9000.0);
+    AudioTrack muted = track({clip("toma.wav", 8.0)});
+    muted.muted = true;
+    using Tracks = QList<AudioTrack>;
+    QTest::newRow("no voices") << Tracks{} << qsizetype(0);
+    QTest::newRow("no clips") << Tracks{track({})} << qsizetype(0);
+    QTest::newRow("a clip") << Tracks{track({clip("toma.wav")})} << qsizetype(1000);
+    QTest::newRow("a clip later on")
+        << Tracks{track({clip("toma.wav", beatsOf(500.0))})} << qsizetype(1500);
+    QTest::newRow("a clip that is cut") << Tracks{track({cut})} << qsizetype(600);
+    QTest::newRow("a clip that claims to be longer than its file")
+        << Tracks{track({longer})} << qsizetype(1000);
+    QTest::newRow("a clip that begins before the song")
+        << Tracks{track({clip("toma.wav", beatsOf(-400.0))})} << qsizetype(600);
+    QTest::newRow("a clip that ends before the song")
+        << Tracks{track({clip("toma.wav", -1.0)})} << qsizetype(0);
+    QTest::newRow("a file that is not there, far behind")
+        << Tracks{track({clip("toma.wav"), clip("nadie.wav", 1e6)})} << qsizetype(1000);
+    QTest::newRow("a muted track behind")
+        << Tracks{track({clip("toma.wav")}), muted} << qsizetype(1000);
+    QTest::newRow("a clip beyond all mixes")
+        << Tracks{track({clip("toma.wav"), clip("toma.wav", 1e9)})} << qsizetype(1000);
+}
+
+void VoiceMixTest::theKeptMixEndsWithTheLastClip()
+{
+    QFETCH(QList<AudioTrack>, tracks);
+    QFETCH(qsizetype, frames);
+    QVERIFY(SoundFile::writeExact(path("toma.wav"), Tones::noise(1000, 1)));
+    project_->audioTracks = tracks;
+    ClipCache cache;
+    QCOMPARE(VoiceMix::renderToTheEnd(VoiceMix::voicesOf(*project_, folder_->path()), cache).size(),
+             2 * frames);
+}
+
+void VoiceMixTest::whatIsHeardDecidesWhetherVoicesAreEqual()
+{
+    QVERIFY(SoundFile::writeExact(path("toma.wav"), Tones::noise(1000, 1)));
+    AudioClip tuned = clip("toma.wav");
+    tuned.tune.enabled = true;
+    project_->audioTracks = {track({clip("toma.wav")}), track({tuned})};
+    project_->tracks = {Track()};
+    const auto voices = [this] { return VoiceMix::voicesOf(*project_, folder_->path()); };
+    const VoiceMix::Voices before = voices();
+
+    // What is written, and what other tracks do, is not heard in the voices.
+    project_->name = "otra";
+    project_->audioTracks[0].name = "otro";
+    project_->tracks[0].volume = 0.1F;
+    project_->timeSignature.numerator = 3;
+    QVERIFY(voices() == before);
+
+    const QList<AudioTrack> tracks = project_->audioTracks;
+    const auto changes = [&](auto&& change) {
+        change();
+        const bool changed = voices() != before;
+        project_->audioTracks = tracks;
+        project_->tracks[0].solo = false;
+        project_->bpm = 120;
+        project_->keySignature = {};
+        return changed && voices() == before;
+    };
+    QVERIFY(changes([this] { project_->bpm = 121; }));
+    QVERIFY(changes([this] { project_->keySignature.rootPitchClass = 1; }));
+    QVERIFY(changes([this] { project_->tracks[0].solo = true; }));
+    QVERIFY(changes([this] { project_->audioTracks[1].solo = true; }));
+    QVERIFY(changes([this] { project_->audioTracks[0].muted = true; }));
+    QVERIFY(changes([this] { project_->audioTracks[0].volume = 0.9F; }));
+    QVERIFY(changes([this] { project_->audioTracks[0].clips[0].gain = 0.9F; }));
+    QVERIFY(changes([this] { project_->audioTracks[0].clips[0].offsetBeats = 1.0; }));
+    QVERIFY(changes([this] { project_->audioTracks[0].clips[0].fadeInSeconds = 0.1F; }));
+    QVERIFY(changes([this] { project_->audioTracks[1].clips[0].tune.intensity = 0.1F; }));
+    QVERIFY(changes([this] { project_->audioTracks[1].clips.clear(); }));
+    QVERIFY(SoundFile::writeExact(path("toma.wav"), Tones::noise(1001, 1)));
+    QVERIFY(voices() != before);
+}
+
+void VoiceMixTest::aStoppedMixIsEmpty()
+{
+    QVERIFY(SoundFile::writeExact(path("toma.wav"), Tones::noise(1000, 1)));
+    project_->audioTracks = {track({clip("toma.wav")})};
+    ClipCache cache;
+    std::stop_source stop;
+    stop.request_stop();
+    QVERIFY(VoiceMix::renderToTheEnd(VoiceMix::voicesOf(*project_, folder_->path()), cache,
+                                     stop.get_token())
+                .isEmpty());
 }
 
 QTEST_GUILESS_MAIN(VoiceMixTest)
