@@ -9,8 +9,8 @@
 #include "playback/Metronome.h"
 #include "playback/NoteRenderer.h"
 #include "playback/SoundfontPlayer.h"
+#include "playback/VoiceMixer.h"
 #include "playback/VoiceOutput.h"
-#include "voice/VoiceMix.h"
 
 #include <algorithm>
 #include <chrono>
@@ -20,10 +20,15 @@ namespace {
 constexpr std::chrono::milliseconds kTickPeriod(8);
 constexpr float kMetronomeVolume = 0.9F;
 
-bool hasClip(const Project& project)
+/// Longest song whose voices are mixed before they are asked for, an hour: a damaged file may place
+/// a clip where its mix would fill the memory.
+constexpr double kMostFramesAhead = 3600.0 * kSampleRate;
+
+/// The voices of a project that may be null; none where it has no folder.
+VoiceMix::Voices voicesOf(const Project* project, const QString& projectDir)
 {
-    return std::ranges::any_of(project.audioTracks,
-                               [](const AudioTrack& track) { return !track.clips.isEmpty(); });
+    return !project || projectDir.isEmpty() ? VoiceMix::Voices()
+                                            : VoiceMix::voicesOf(*project, projectDir);
 }
 
 } // namespace
@@ -31,7 +36,7 @@ bool hasClip(const Project& project)
 PlaybackEngine::PlaybackEngine(SoundfontPlayer* player, LoopLibrary* library,
                                InstrumentLibrary* instruments, QObject* parent)
     : QObject(parent), player_(player), library_(library), instruments_(instruments),
-      voices_(std::make_unique<VoiceOutput>()),
+      mixer_(std::make_unique<VoiceMixer>()), voices_(std::make_unique<VoiceOutput>()),
       preview_(std::make_unique<LivePreview>(player, instruments))
 {
     tickTimer_.setTimerType(Qt::PreciseTimer);
@@ -159,6 +164,7 @@ void PlaybackEngine::rescheduleIfPlaying()
 
 void PlaybackEngine::refreshChannels()
 {
+    prepareVoices();
     if (!project_ || !player_)
         return;
     const auto tracks = std::min<qsizetype>(project_->tracks.size(), kMaxNoteTracks);
@@ -193,7 +199,7 @@ void PlaybackEngine::buildSchedule()
 void PlaybackEngine::startTogether(double beat)
 {
     stopVoicePlayback();
-    const QList<float> voices = renderVoices();
+    const QList<float> voices = mixedVoices();
     anchorBeat_ = beat;
     clock_.restart();
     playVoices(voices, beat);
@@ -230,16 +236,29 @@ void PlaybackEngine::dispatch(int first, int next)
 void PlaybackEngine::startVoicePlayback(double fromBeat)
 {
     stopVoicePlayback();
-    playVoices(renderVoices(), fromBeat);
+    playVoices(mixedVoices(), fromBeat);
 }
 
-QList<float> PlaybackEngine::renderVoices() const
+void PlaybackEngine::prepareVoices()
 {
-    if (!project_ || projectDir.isEmpty() || !hasClip(*project_))
-        return {};
-    const double end = std::max(range_.enabled ? range_.end : 0.0, project_->endBeat());
-    const qint64 frames = wholeFrames(end * framesPerBeat(project_->bpm));
-    return frames < 1 ? QList<float>() : VoiceMix::render(*project_, projectDir, frames);
+    if (!project_ || project_->endBeat() * framesPerBeat(project_->bpm) <= kMostFramesAhead)
+        mixer_->prepare(voicesOf(project_, projectDir));
+}
+
+bool PlaybackEngine::voicesReady() const
+{
+    return mixer_->isReady(voicesOf(project_, projectDir));
+}
+
+QList<float> PlaybackEngine::mixedVoices()
+{
+    const bool early = !voicesReady();
+    if (early)
+        emit waitingForVoices(true);
+    const QList<float> mix = mixer_->mix(voicesOf(project_, projectDir));
+    if (early)
+        emit waitingForVoices(false);
+    return mix;
 }
 
 void PlaybackEngine::playVoices(const QList<float>& mix, double fromBeat)

@@ -18,6 +18,7 @@ class LivePreview;
 class LoopLibrary;
 class Project;
 class SoundfontPlayer;
+class VoiceMixer;
 class VoiceOutput;
 struct LoopVariant;
 struct Track;
@@ -85,13 +86,20 @@ public:
     /// start or wrap only.
     void rescheduleIfPlaying();
 
-    /// Gives every channel the instrument and the volume of its track.
+    /// Gives every channel the instrument and the volume of its track, and has the voices prepared.
     void refreshChannels();
 
     /// Index of the first scheduled event at a beat or later; their number if there is none.
     int cursorForBeat(double beat) const;
 
-    /// Mixes the voices of the project and plays them from a beat on, in place of what plays.
+    /// Begins to mix the voices of the project on another thread, unless they are mixed as they
+    /// are, so that what starts next need not wait for them.
+    void prepareVoices();
+
+    /// Whether a start need not wait for the voices.
+    bool voicesReady() const;
+
+    /// Plays the voices of the project from a beat on, in place of what plays.
     void startVoicePlayback(double fromBeat);
 
     void stopVoicePlayback();
@@ -131,6 +139,9 @@ signals:
 
     void playingChanged(bool playing);
 
+    /// Around a wait for voices that are not mixed yet: true before it, false behind.
+    void waitingForVoices(bool waiting);
+
 private:
     void onTick();
 
@@ -140,8 +151,9 @@ private:
     /// Makes a beat the one from which the time that passes is counted, for notes and voices.
     void startTogether(double beat);
 
-    /// All voices from the start of the song, interleaved stereo; empty where there are none.
-    QList<float> renderVoices() const;
+    /// All voices from the start of the song to the end of the last one, interleaved stereo; empty
+    /// where there are none.
+    QList<float> mixedVoices();
 
     void playVoices(const QList<float>& mix, double fromBeat);
 
@@ -153,6 +165,7 @@ private:
     LoopLibrary* library_;
     InstrumentLibrary* instruments_;
     Project* project_ = nullptr;
+    std::unique_ptr<VoiceMixer> mixer_;
     std::unique_ptr<VoiceOutput> voices_;
     std::unique_ptr<LivePreview> preview_;
 

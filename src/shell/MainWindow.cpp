@@ -28,6 +28,7 @@
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDir>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QScrollArea>
 #include <QSplitter>
@@ -198,6 +199,15 @@ void MainWindow::connectTransport()
     connect(transport_, &Ribbon::importVoiceRequested, this, &MainWindow::importVoiceFile);
     connect(transport_, &Ribbon::zoomInRequested, this, &MainWindow::zoomIn);
     connect(transport_, &Ribbon::zoomOutRequested, this, &MainWindow::zoomOut);
+    connect(engine_, &PlaybackEngine::waitingForVoices, this, &MainWindow::showWaiting);
+}
+
+void MainWindow::showWaiting(bool waiting)
+{
+    if (waiting)
+        QGuiApplication::setOverrideCursor(Qt::BusyCursor);
+    else
+        QGuiApplication::restoreOverrideCursor();
 }
 
 void MainWindow::connectPianoRoll()
@@ -237,6 +247,7 @@ void MainWindow::adoptProject()
     engine_->setProject(project_);
     engine_->projectDir =
         currentProjectId_.isEmpty() ? QString() : storage_->projectFolder(currentProjectId_);
+    engine_->prepareVoices();
     transport_->setProject(project_);
     loopBrowser_->setProject(project_);
     pianoRoll_->setContext(project_, engine_);

@@ -191,6 +191,7 @@ private:
     void layClip(Project& work, const AudioClip& clip);
     void zoomIn();
     void zoomOut();
+    void showWaiting(bool waiting);
 
     /// Puts a state that undo has kept in place of the present one.
     void restore(const QJsonObject& state);

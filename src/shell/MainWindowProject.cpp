@@ -157,6 +157,7 @@ bool MainWindow::bringClipsHome()
     if (!former.isEmpty() && former != folder && !ClipFiles::copyInto(*project_, former, folder))
         return false;
     engine_->projectDir = folder;
+    engine_->prepareVoices();
     if (take_)
         take_->moveTo(folder);
     return true;

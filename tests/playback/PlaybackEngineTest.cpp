@@ -7,6 +7,8 @@
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
 #include "support/TinyBank.h"
+#include "support/Tones.h"
+#include "support/WavFile.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -295,6 +297,10 @@ private slots:
 
     void voiceWithoutADeviceIsSilent();
     void voicesStopWithoutHavingStarted();
+    void firstStartWaitsForItsVoicesAndLaterOnesDoNot();
+    void preparedVoicesAreNotWaitedFor();
+    void changedVoicesAreWaitedForAtTheNextStart_data();
+    void changedVoicesAreWaitedForAtTheNextStart();
 
     void slotMayStopAtATick();
     void slotMayMoveThePlayhead();
@@ -1391,6 +1397,100 @@ void PlaybackEngineTest::voicesStopWithoutHavingStarted()
     player.engine().stopVoicePlayback();
     player.engine().stopVoicePlayback();
     QVERIFY(player.told().isEmpty());
+}
+
+namespace {
+
+/// A song of one tuned voice that has a file, on a player, and the waits for it.
+struct VoicePlayer {
+    VoicePlayer()
+    {
+        ContentFixture::write(player.files().root() + "/voz.wav",
+                              WavFile::bytes(Tones::sine(450.0, 44100, 20000)));
+        AudioClip sung = clip("voz.wav", 0.0, 8.0);
+        sung.tune = {.enabled = true, .intensity = 1.0F};
+        player.song().audioTracks = {voiceTrack({sung})};
+        player.engine().projectDir = player.files().root();
+        QObject::connect(&player.engine(), &PlaybackEngine::waitingForVoices, &player.engine(),
+                         [this](bool waiting) { waits.append(waiting); });
+    }
+
+    /// The waits since the last call: true where one began, false where it ended.
+    QList<bool> waited() { return std::exchange(waits, {}); }
+
+    Player player{project({}, {}, {}, {}, 6000)};
+    QList<bool> waits;
+};
+
+const QList<bool> kOneWait{true, false};
+
+} // namespace
+
+void PlaybackEngineTest::firstStartWaitsForItsVoicesAndLaterOnesDoNot()
+{
+    VoicePlayer voice;
+    PlaybackEngine& engine = voice.player.engine();
+    engine.startVoicePlayback(0.0);
+    QCOMPARE(voice.waited(), kOneWait);
+    engine.setLoopRange(0.0, 4.0);
+    engine.play(0.0);
+    engine.setPlayheadBeat(3.0);
+    for (int i = 0; i < 10; ++i)
+        QVERIFY(voice.player.tick());
+    engine.pause();
+    engine.play();
+    QCOMPARE(voice.waited(), QList<bool>());
+}
+
+void PlaybackEngineTest::preparedVoicesAreNotWaitedFor()
+{
+    VoicePlayer voice;
+    PlaybackEngine& engine = voice.player.engine();
+    QVERIFY(!engine.voicesReady());
+    engine.prepareVoices();
+    QTRY_VERIFY(engine.voicesReady());
+    engine.startVoicePlayback(0.0);
+    QCOMPARE(voice.waited(), QList<bool>());
+
+    // Every edit and every change of the mix sets the channels.
+    voice.player.song().audioTracks[0].clips[0].tune.intensity = 0.5F;
+    QVERIFY(!engine.voicesReady());
+    engine.refreshChannels();
+    QTRY_VERIFY(engine.voicesReady());
+    engine.play(0.0);
+    QCOMPARE(voice.waited(), QList<bool>());
+}
+
+void PlaybackEngineTest::changedVoicesAreWaitedForAtTheNextStart_data()
+{
+    QTest::addColumn<int>("change");
+    QTest::newRow("the volume") << 0;
+    QTest::newRow("the tempo") << 1;
+    QTest::newRow("the key") << 2;
+    QTest::newRow("the file") << 3;
+    QTest::newRow("the folder") << 4;
+}
+
+void PlaybackEngineTest::changedVoicesAreWaitedForAtTheNextStart()
+{
+    QFETCH(int, change);
+    VoicePlayer voice;
+    voice.player.engine().startVoicePlayback(0.0);
+    voice.waited();
+    Project& song = voice.player.song();
+    if (change == 0)
+        song.audioTracks[0].volume *= 0.5F;
+    if (change == 1)
+        song.bpm /= 2;
+    if (change == 2)
+        song.keySignature.rootPitchClass = 1;
+    if (change == 3)
+        ContentFixture::write(voice.player.files().root() + "/voz.wav",
+                              WavFile::bytes(Tones::sine(450.0, 44100, 10000)));
+    if (change == 4)
+        voice.player.engine().projectDir += "/otra";
+    voice.player.engine().startVoicePlayback(0.0);
+    QCOMPARE(voice.waited(), kOneWait);
 }
 
 // ---- Life ----------------------------------------------------------------------------------

@@ -4,6 +4,7 @@
 #include "support/WavFile.h"
 #include "support/WindowStage.h"
 
+#include <QSignalSpy>
 #include <QTest>
 
 #include <algorithm>
@@ -44,6 +45,11 @@ private slots:
     void aFileThatIsThereAlreadyStays();
     void aFileThatIsNotThereIsNoReasonToFail();
     void aVoiceThatCannotBeCopiedFailsTheSave();
+
+    // Mixing ahead
+    void anEditedVoiceIsMixedBeforeItIsPlayed();
+    void anOpenedVoiceIsMixedBeforeItIsPlayed();
+    void aPlayThatComesTooEarlyWaitsWithTheBusyCursor();
 
     // Recording, without a sound server
     void withoutAMicrophoneTheUserIsTold();
@@ -306,6 +312,43 @@ void MainWindowVoiceTest::aVoiceThatCannotBeCopiedFailsTheSave()
 }
 
 // ---- Recording -----------------------------------------------------------------------------
+
+void MainWindowVoiceTest::anEditedVoiceIsMixedBeforeItIsPlayed()
+{
+    QVERIFY(import(voiceFile("voz.wav", 1.0)));
+    QTRY_VERIFY(stage_->engine().voicesReady());
+    QSignalSpy waits(&stage_->engine(), &PlaybackEngine::waitingForVoices);
+    stage_->engine().play();
+    QVERIFY(stage_->engine().isPlaying());
+    QCOMPARE(waits.size(), 0);
+}
+
+void MainWindowVoiceTest::anOpenedVoiceIsMixedBeforeItIsPlayed()
+{
+    QVERIFY(import(voiceFile("voz.wav", 1.0)));
+    stage_->window().saveCurrentProject();
+    stage_->window().openProject("coplas");
+    QVERIFY(!stage_->song().audioTracks.isEmpty());
+    QTRY_VERIFY(stage_->engine().voicesReady());
+}
+
+void MainWindowVoiceTest::aPlayThatComesTooEarlyWaitsWithTheBusyCursor()
+{
+    QVERIFY(import(voiceFile("voz.wav", 1.0)));
+    QTRY_VERIFY(stage_->engine().voicesReady());
+    QList<int> cursors;
+    connect(&stage_->engine(), &PlaybackEngine::waitingForVoices, this, [&cursors](bool waiting) {
+        const QCursor* cursor = QGuiApplication::overrideCursor();
+        cursors.append(cursor ? cursor->shape() : -1);
+        QCOMPARE(cursor != nullptr, waiting);
+    });
+    // The file is another one since it was mixed, and nothing has told the engine.
+    const AudioClip clip = lastClip();
+    const QString path = QDir(stage_->engine().projectDir).filePath(clip.audioFilePath);
+    QVERIFY(writeBytes(path, WavFile::bytes(Tones::sine(440.0, kRate, 100), kRate)));
+    stage_->engine().startVoicePlayback(0.0);
+    QCOMPARE(cursors, (QList<int>{Qt::BusyCursor, -1}));
+}
 
 void MainWindowVoiceTest::withoutAMicrophoneTheUserIsTold()
 {
