@@ -1,6 +1,7 @@
 # Compiler settings shared by every target, as the interface library velta::flags.
 
 set(VELTA_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize takes them")
+option(VELTA_FUZZ "Build the fuzzers of tests/fuzz, which takes clang" OFF)
 
 add_library(velta_flags INTERFACE)
 add_library(velta::flags ALIAS velta_flags)
@@ -22,6 +23,11 @@ if(VELTA_SANITIZE)
     target_compile_options(velta_flags INTERFACE
         -fsanitize=${VELTA_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(velta_flags INTERFACE -fsanitize=${VELTA_SANITIZE})
+endif()
+
+if(VELTA_FUZZ)
+    # The code is written for other compilers' warnings; what clang thinks of it stops no fuzzer.
+    target_compile_options(velta_flags INTERFACE -fsanitize=fuzzer-no-link -Wno-error)
 endif()
 
 find_program(VELTA_CCACHE ccache)

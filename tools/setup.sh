@@ -29,6 +29,11 @@ test_packages=(
     pulseaudio pulseaudio-utils libasound2-plugins
 )
 
+# What the fuzzers need on top of it: a compiler that brings a fuzzer along.
+fuzz_packages=(
+    clang libclang-rt-dev
+)
+
 say() {
     printf '%s\n' "$*" >&2
 }
