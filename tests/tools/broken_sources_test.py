@@ -152,6 +152,13 @@ class AllAtOnce(TestCase):
                     if cells in (5, 7, 11, 13) or (cells == 9 and meter in ("4/4", "2/4", "6/8")):
                         self.assertEqual(len(odd(cells, meter)), 1)
 
+    def test_what_a_layer_lacks_stands_in_one_line(self):
+        text = HEADER.format(meter="4/4") + GUITAR + "Normal 2, 1 compás:\n0/.4 C4@70\n"
+        line = text[: text.index("capa")].count("\n") + 1
+        self.assertEqual([message for at, message in problems_of(text) if at == line],
+                         ["Intro necesita 2 variantes y tiene 0; Normal necesita 4 variantes y tiene 1; "
+                          "Intermedio necesita 2 variantes y tiene 0; Final necesita 2 variantes y tiene 0"])
+
     def test_a_held_chord_needs_no_accents(self):
         text = whole_source().replace("C4: 0/.4@71 1/.4@65", "0/3.8 PN@70")
         self.assertEqual(problems_of(text), [])

@@ -192,7 +192,7 @@ class Commands(TestCase):
                                "Normal 2, 1 compás:\nbombo | X . x . |\nbambo | x |\n", encoding="utf-8")
         done = run("borrador", self.folder / "b", self.source)
         self.assertEqual((done.returncode, done.stdout), (0, "borrador\n"))
-        self.assertIn("no conozco el sonido «bambo»; ¿será «bombo»?", done.stderr)
+        self.assertEqual(done.stderr, f"{self.source}:6: no conozco el sonido «bambo»; ¿será «bombo»?\n")
         package = json.loads((self.folder / "b/loops/installed/borrador.content.json").read_text(encoding="utf-8"))
         self.assertEqual(package["rhythm"]["displayName"], "prueba")
         self.assertEqual([note["pitch"] for note in package["loopVariants"][0]["notes"]], [36, 36])

@@ -125,14 +125,17 @@ def _check_layer(rhythm: Rhythm, layer: Layer) -> None:
 
 
 def _check_sections(problems: Problems, layer: Layer) -> None:
+    """What a layer lacks, in one line: a beginner lacks most of it."""
+    lacking = [f"{section} necesita {least} variantes y tiene {len(layer.section(section))}"
+               for section, least in LEAST_VARIANTS.items() if len(layer.section(section)) < least]
+    if lacking:
+        problems.missing(layer.line, "; ".join(lacking))
     for section, least in LEAST_VARIANTS.items():
         variants = layer.section(section)
-        if len(variants) < least:
-            problems.missing(layer.line, f"{section} necesita {least} variantes y tiene {len(variants)}")
-        for expected, variant in enumerate(variants, start=1):
-            if variant.index != expected:
-                problems.missing(variant.line, f"las variantes se numeran de corrido: falta {section} {expected}")
-                break
+        gaps = [variant for expected, variant in enumerate(variants, start=1) if variant.index != expected]
+        if gaps and len(variants) >= least:
+            number = variants.index(gaps[0]) + 1
+            problems.missing(gaps[0].line, f"las variantes se numeran de corrido: falta {section} {number}")
 
 
 def _density(variant: Variant) -> float:

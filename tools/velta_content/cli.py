@@ -11,7 +11,7 @@ from . import music
 from .model import Rhythm
 from .package import files_of
 from .picture import picture
-from .problems import SourceError
+from .problems import Kind, SourceError
 from .reader import identifier_of
 from .server import build_draft, build_server, refuse_own_banks
 from .sources import SUFFIX, Checkout, load, problems_of
@@ -138,7 +138,10 @@ def _sounds(_: list[Path]) -> int:
 def _draft(paths: list[Path]) -> int:
     folder, source = paths
     rhythm = load(source)
-    _report([rhythm])
+    for problem in problems_of([rhythm]):
+        # That a draft lacks something is no news.
+        if problem.kind is not Kind.MISSING:
+            print(problem, file=sys.stderr)
     print(build_draft(rhythm, folder, Checkout().root / "tools"))
     return 0
 
