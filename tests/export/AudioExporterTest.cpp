@@ -5,6 +5,7 @@
 #include "support/ContextTranslator.h"
 #include "support/FluidSpy.h"
 #include "support/FullDisk.h"
+#include "support/HeldNote.h"
 #include "support/LameSpy.h"
 #include "support/Mp3Frames.h"
 #include "support/ProjectBuilder.h"
@@ -301,6 +302,7 @@ private slots:
     void voicesAreClippedAtFullScale();
     void voiceMixIsTheVoicesAlone();
     void clipOf48000HzKeepsItsPitch();
+    void heldNoteIsExportedInTune();
     void clipIsCutAndFadesBeforeTheCut();
     void clipCountsOnlyInsideTheMix();
     void noteSoloSilencesVoices();
@@ -790,6 +792,29 @@ void AudioExporterTest::clipOf48000HzKeepsItsPitch()
     QCOMPARE(peak(voice.mid(22049)), 0.0F);
     const double heard = Tones::strongestHz(voice.first(22000), 44100, 450.0, 550.0);
     QVERIFY(std::abs(Tones::cents(heard, 500.0)) < 1.0);
+}
+
+void AudioExporterTest::heldNoteIsExportedInTune()
+{
+    constexpr double kSeconds = 3.0;
+    const auto song = voiceSong(Tones::sine(450.0, 48000, 3 * 48000), 48000);
+    AudioClip& take = song->audioTracks[0].clips[0];
+    take.durationBeats = kSeconds * song->bpm / 60.0;
+    take.tune = {.enabled = true, .intensity = 1.0F};
+    const QString path = files_.filePath("afinada.wav");
+    QString error;
+    QVERIFY2(exported(&AudioExporter::exportWav, *song, path, &error), qPrintable(error));
+
+    QList<float> heard;
+    const QList<int> written = WavFile::read(ContentFixture::read(path)).samples;
+    for (qsizetype i = 2 * 4096; i < 2 * 2 * 44100; i += 2)
+        heard.append(static_cast<float>(written.at(i)) / 32768.0F);
+    const double off = HeldNote::median(HeldNote::centsOff(heard, 440.0, 44100));
+    QVERIFY2(std::abs(off) < 1.0, qPrintable(QString::number(off)));
+    const double fallen = 20.0 * std::log10(Tones::strengthAt(heard, 44100, 450.0) /
+                                            Tones::strengthAt(heard, 44100, 440.0));
+    QVERIFY2(fallen < -40.0, qPrintable(QString::number(fallen)));
+    qInfo("%.3f cents off, %.1f dB at the pitch that was sung", off, fallen);
 }
 
 void AudioExporterTest::clipIsCutAndFadesBeforeTheCut()
