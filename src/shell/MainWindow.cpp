@@ -34,6 +34,7 @@
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QStatusBar>
+#include <QTimer>
 #include <QVBoxLayout>
 
 using namespace Qt::Literals::StringLiterals;
@@ -57,7 +58,8 @@ MainWindow::MainWindow(QWidget* parent, Prompts& prompts) : QMainWindow(parent),
     buildStatusBar();
     updateTitleBar(ThemeManager::instance()->isDark());
     startBlankProject();
-    nameRefusedContent();
+    // A message makes room for itself only among what is seen already.
+    QTimer::singleShot(0, this, &MainWindow::nameRefusedContent);
 }
 
 MainWindow::~MainWindow()

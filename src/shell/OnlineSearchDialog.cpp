@@ -96,8 +96,11 @@ void OnlineSearchDialog::listenToServices()
             [this](const QString&, const QString& message) {
                 tell(tr("Error: %1").arg(OnlineSearchModel::oneLine(message)));
             });
-    connect(&downloads_, &Downloads::installCancelled, this,
-            [this] { tell(tr("Descarga cancelada.")); });
+    connect(&downloads_, &Downloads::installCancelled, this, [this] {
+        // The button goes, and the focus would pass on to the one that closes the dialog.
+        list_->setFocus();
+        tell(tr("Descarga cancelada."));
+    });
 }
 
 void OnlineSearchDialog::tell(const QString& message)

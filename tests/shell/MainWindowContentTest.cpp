@@ -276,8 +276,11 @@ void MainWindowContentTest::whatIsRefusedIsNamedOnce()
         R"({"rhythm": {"id": "x"}, "instruments": [)" + QByteArray("{},").repeated(64) + "{}]}";
     writeBytes(stage_->home().filePath("resources/loops/installed/pesado.content.json"), refused);
     writeBytes(stage_->home().filePath("resources/loops/installed/roto.content.json"), "{");
-    stage_->window();
-    QCOMPARE(stage_->message(), "No pude usar estos ritmos: pesado.");
+    QVERIFY(stage_->showWindow());
+    QTRY_COMPARE(stage_->message(), "No pude usar estos ritmos: pesado.");
+    const auto* hint =
+        stage_->window().statusBar()->findChild<QLabel*>(QString(), Qt::FindDirectChildrenOnly);
+    QVERIFY(hint && !hint->isVisible());
     stage_->window().statusBar()->clearMessage();
     QVERIFY(install("saya"));
     QCOMPARE(stage_->message(), "");
@@ -293,9 +296,9 @@ void MainWindowContentTest::aMissingBankIsStillToldBesideIt()
     writeBytes(stage_->home().filePath("resources/loops/installed/x.content.json"),
                R"({"rhythm": {"id": "Folklore_Zamba"}})");
     stage_->window();
+    QTRY_VERIFY(stage_->message().endsWith("No pude usar estos ritmos: x."));
     QVERIFY2(stage_->message().startsWith("Falta el banco de sonidos"),
              qPrintable(stage_->message()));
-    QVERIFY(stage_->message().endsWith("No pude usar estos ritmos: x."));
 }
 
 QTEST_MAIN(MainWindowContentTest)

@@ -735,6 +735,7 @@ void OnlineSearchDialogTest::aDownloadMayBeCancelled()
     QVERIFY(cancel().isVisible());
     Widgets::click(&cancel());
     QCOMPARE(status(), "Descarga cancelada.");
+    QVERIFY(list().hasFocus());
     QVERIFY(!cancel().isVisible());
     QVERIFY(!stage().downloads.isBusy());
     QCOMPARE(lines(), QStringList{"Huayno (Andino) — 1.4 MB para descargar"});
