@@ -1,6 +1,7 @@
 #include "export/AudioExporter.h"
 
 #include "export/ExportError.h"
+#include "export/ExportFile.h"
 #include "export/Mp3Writer.h"
 #include "model/Audibility.h"
 #include "model/Project.h"
@@ -14,8 +15,6 @@
 #include "voice/SampleBuffer.h"
 #include "voice/VoiceMix.h"
 
-#include <QFile>
-
 #include <algorithm>
 #include <cmath>
 #include <optional>
@@ -24,6 +23,10 @@ namespace {
 
 /// Longest run of one call to the synthesiser.
 constexpr qint64 kRenderBlockFrames = 4096;
+
+/// How much of an export is done when its mix is.
+constexpr double kWavMixShare = 0.95;
+constexpr double kMp3MixShare = 0.75;
 
 /// Gives every channel that may sound its instrument and its volume.
 void prepareChannels(const Project& project, InstrumentLibrary* instruments,
@@ -61,27 +64,32 @@ void apply(const ScheduledEvent& event, SoundfontPlayer& player)
         player.noteOff(event.channel, event.pitch);
 }
 
-/// Plays the events, each exactly on its frame, into a stereo buffer.
-void synthesise(const QList<ScheduledEvent>& events, double beatFrames, SoundfontPlayer& player,
-                QList<float>& mix)
+/// Plays the events, each exactly on its frame, into a stereo buffer. False if the progress is to
+/// stop.
+bool synthesise(const QList<ScheduledEvent>& events, double beatFrames, SoundfontPlayer& player,
+                QList<float>& mix, const ExportProgress& progress)
 {
     const qint64 total = mix.size() / 2;
     float* out = mix.data();
     qint64 done = 0;
     const auto renderUntil = [&](qint64 frame) {
         while (done < frame) {
+            if (!goesOn(progress, static_cast<double>(done) / static_cast<double>(total)))
+                return false;
             const qint64 count = std::min(frame - done, kRenderBlockFrames);
             player.renderFloat(out + 2 * done, static_cast<int>(count));
             done += count;
         }
+        return true;
     };
     for (const ScheduledEvent& event : events) {
-        renderUntil(std::min(wholeFrames(event.beat * beatFrames), total));
+        if (!renderUntil(std::min(wholeFrames(event.beat * beatFrames), total)))
+            return false;
         if (done >= total)
             break;
         apply(event, player);
     }
-    renderUntil(total);
+    return renderUntil(total);
 }
 
 QString tooLong()
@@ -101,10 +109,12 @@ QList<float> silentMix(double endBeat, double beatFrames)
     return silentSamples(2 * (wholeFrames(frames) + AudioExporter::kTailFrames));
 }
 
-/// The note tracks and the chords alone, or an empty list with the reason in `error`. The
-/// synthesiser is gone when this returns: the voices come next and take as much memory.
+/// The note tracks and the chords alone, or an empty list with the reason in `error`, if it was not
+/// the progress that is to stop. The synthesiser is gone when this returns: the voices come next
+/// and take as much memory.
 QList<float> renderNotes(const Project& project, const LoopLibrary* library,
-                         InstrumentLibrary* instruments, const QString& gmBankPath, QString* error)
+                         InstrumentLibrary* instruments, const QString& gmBankPath, QString* error,
+                         const ExportProgress& progress)
 {
     SoundfontPlayer player(SoundfontPlayer::Mode::Offline);
     if (!player.hasSynth()) {
@@ -118,8 +128,8 @@ QList<float> renderNotes(const Project& project, const LoopLibrary* library,
     QList<float> mix = score ? silentMix(score->end, beatFrames) : QList<float>();
     if (mix.isEmpty())
         setError(error, tooLong());
-    else
-        synthesise(score->events, beatFrames, player, mix);
+    else if (!synthesise(score->events, beatFrames, player, mix, progress))
+        mix.clear();
     return mix;
 }
 
@@ -138,9 +148,9 @@ void addVoices(const QList<float>& voices, QList<float>& mix)
 QList<float> AudioExporter::renderFullMix(const Project& project, const QString& projectDir,
                                           const LoopLibrary* library,
                                           InstrumentLibrary* instruments, const QString& gmBankPath,
-                                          QString* error)
+                                          QString* error, const ExportProgress& progress)
 {
-    QList<float> mix = renderNotes(project, library, instruments, gmBankPath, error);
+    QList<float> mix = renderNotes(project, library, instruments, gmBankPath, error, progress);
     if (mix.isEmpty())
         return {};
     QList<float> voices;
@@ -163,14 +173,17 @@ QList<float> AudioExporter::renderVoiceMix(const Project& project, const QString
 
 bool AudioExporter::exportWav(const Project& project, const QString& projectDir,
                               const LoopLibrary* library, InstrumentLibrary* instruments,
-                              const QString& gmBankPath, const QString& path, QString* error)
+                              const QString& gmBankPath, const QString& path, QString* error,
+                              const ExportProgress& progress)
 {
-    const QList<float> mix =
-        renderFullMix(project, projectDir, library, instruments, gmBankPath, error);
-    if (mix.isEmpty())
+    const QList<float> mix = renderFullMix(project, projectDir, library, instruments, gmBankPath,
+                                           error, partOf(progress, 0.0, kWavMixShare));
+    if (mix.isEmpty() || !goesOn(progress, kWavMixShare))
         return false;
-    if (!AudioDecoder::writeWav(path, mix, kSampleRate, 2)) {
-        setError(error, AudioExporter::tr("No pude escribir el WAV."));
+    ExportFile file(path);
+    if (!file.open() || !AudioDecoder::writeWav(file.device(), mix, kSampleRate, 2) ||
+        !file.commit()) {
+        setError(error, tr("No pude escribir el WAV."));
         return false;
     }
     return true;
@@ -178,20 +191,21 @@ bool AudioExporter::exportWav(const Project& project, const QString& projectDir,
 
 bool AudioExporter::exportMp3(const Project& project, const QString& projectDir,
                               const LoopLibrary* library, InstrumentLibrary* instruments,
-                              const QString& gmBankPath, const QString& path, QString* error)
+                              const QString& gmBankPath, const QString& path, QString* error,
+                              const ExportProgress& progress)
 {
-    const QList<float> mix =
-        renderFullMix(project, projectDir, library, instruments, gmBankPath, error);
+    const QList<float> mix = renderFullMix(project, projectDir, library, instruments, gmBankPath,
+                                           error, partOf(progress, 0.0, kMp3MixShare));
     if (mix.isEmpty())
         return false;
     Mp3Writer writer;
     if (!writer.isReady()) {
-        setError(error, AudioExporter::tr("No pude inicializar LAME."));
+        setError(error, tr("No pude inicializar LAME."));
         return false;
     }
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate) || !writer.encode(mix, file) ||
-        !file.flush()) {
+    ExportFile file(path);
+    if (!file.open() || !writer.encode(mix, file.device(), partOf(progress, kMp3MixShare, 1.0)) ||
+        !file.commit()) {
         setError(error, file.errorString());
         return false;
     }

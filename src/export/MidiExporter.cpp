@@ -3,12 +3,12 @@
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
 #include "export/ExportError.h"
+#include "export/ExportFile.h"
 #include "model/Project.h"
 #include "playback/ChannelPlan.h"
 #include "playback/NoteRenderer.h"
 
 #include <QByteArray>
-#include <QFile>
 #include <QList>
 
 #include <algorithm>
@@ -186,14 +186,19 @@ QByteArray harmonyChunk(const QList<NoteEvent>& notes, ChannelCounter& channels)
     return buildTrackChunk(events);
 }
 
-/// The chunks of all tracks, or nothing when the song is beyond the bounds of rendering.
+/// The chunks of all tracks, or nothing when the song is beyond the bounds of rendering or the
+/// progress is to stop.
 std::optional<QList<QByteArray>> buildChunks(const Project& project, const LoopLibrary* library,
-                                             const InstrumentLibrary* instruments)
+                                             const InstrumentLibrary* instruments,
+                                             const ExportProgress& progress)
 {
     ChannelCounter channels;
     QList<QByteArray> chunks{conductorChunk(project)};
     qsizetype noteCount = 0;
     for (const Track& track : project.tracks) {
+        if (!progress(static_cast<double>(chunks.size()) /
+                      static_cast<double>(project.tracks.size() + 1)))
+            return std::nullopt;
         bool cut = false;
         const QList<NoteEvent> notes = NoteRenderer::trackNotes(project, track, library, &cut);
         noteCount += notes.size();
@@ -215,24 +220,34 @@ QByteArray header(qsizetype chunkCount)
            bigEndian(chunkCount, 2) + bigEndian(kDivision, 2);
 }
 
+bool writeAll(QIODevice& device, const QList<QByteArray>& chunks)
+{
+    const auto written = [&](const QByteArray& bytes) {
+        return device.write(bytes) == bytes.size();
+    };
+    return written(header(chunks.size())) && std::ranges::all_of(chunks, written);
+}
+
 } // namespace
 
 bool MidiExporter::exportProject(const Project& project, const LoopLibrary* library,
                                  const InstrumentLibrary* instruments, const QString& path,
-                                 QString* error)
+                                 QString* error, const ExportProgress& progress)
 {
-    const auto chunks = buildChunks(project, library, instruments);
+    bool stopped = false;
+    const auto chunks = buildChunks(project, library, instruments, [&](double done) {
+        stopped = !goesOn(progress, done);
+        return !stopped;
+    });
     if (!chunks) {
-        setError(error, tr("La obra es demasiado larga para exportarla."));
+        if (!stopped)
+            setError(error, tr("La obra es demasiado larga para exportarla."));
         return false;
     }
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+    ExportFile file(path);
+    if (!file.open() || !writeAll(file.device(), *chunks) || !file.commit()) {
         setError(error, file.errorString());
         return false;
     }
-    file.write(header(chunks->size()));
-    for (const QByteArray& chunk : *chunks)
-        file.write(chunk);
     return true;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "export/ExportProgress.h"
+
 #include <QCoreApplication>
 #include <QString>
 
@@ -15,8 +17,8 @@ class MidiExporter {
 
 public:
     /// `library`, `instruments` and `error` may be null. False, with the reason in `error`, when
-    /// the file cannot be opened or the song is beyond any length that can be written.
+    /// the file cannot be written or the song is beyond any length that can be written.
     static bool exportProject(const Project& project, const LoopLibrary* library,
                               const InstrumentLibrary* instruments, const QString& path,
-                              QString* error);
+                              QString* error, const ExportProgress& progress = {});
 };

@@ -18,7 +18,7 @@ constexpr int kKilobits = 192;
 constexpr int kQuality = 5;
 
 /// Frames given to LAME at once.
-constexpr qsizetype kChunkFrames = 8192;
+constexpr qsizetype kMp3ChunkFrames = 8192;
 
 short toPcm16(float sample)
 {
@@ -62,17 +62,20 @@ Mp3Writer::Mp3Writer() : lame_(lame_init())
     ready_ = lame_init_params(lame) >= 0;
 }
 
-bool Mp3Writer::encode(const QList<float>& samples, QIODevice& device)
+bool Mp3Writer::encode(const QList<float>& samples, QIODevice& device,
+                       const ExportProgress& progress)
 {
     const qsizetype frames = samples.size() / kChannels;
     QByteArray buffer(bufferSize(frames), Qt::Uninitialized);
     const auto room = static_cast<int>(std::min<qsizetype>(buffer.size(), INT_MAX));
     const auto data = reinterpret_cast<unsigned char*>(buffer.data());
-    std::array<short, kChannels * kChunkFrames> pcm;
+    std::array<short, kChannels * kMp3ChunkFrames> pcm;
 
     bool written = true;
-    for (qsizetype done = 0; written && done < frames; done += kChunkFrames) {
-        const qsizetype chunk = std::min(frames - done, kChunkFrames);
+    for (qsizetype done = 0; written && done < frames; done += kMp3ChunkFrames) {
+        if (!goesOn(progress, static_cast<double>(done) / static_cast<double>(frames)))
+            return false;
+        const qsizetype chunk = std::min(frames - done, kMp3ChunkFrames);
         std::transform(samples.constBegin() + kChannels * done,
                        samples.constBegin() + kChannels * (done + chunk), pcm.begin(), toPcm16);
         const int bytes = lame_encode_buffer_interleaved(lame_.get(), pcm.data(),

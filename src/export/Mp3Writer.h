@@ -1,5 +1,7 @@
 #pragma once
 
+#include "export/ExportProgress.h"
+
 #include <QList>
 
 #include <memory>
@@ -17,8 +19,10 @@ public:
 
     /// Encodes interleaved stereo samples into an open device, once. What is not a number counts
     /// as silence, and values beyond full scale are held there. False if the device does not take
-    /// the bytes; should LAME itself stop half way, what it gave so far stays and counts.
-    bool encode(const QList<float>& samples, QIODevice& device);
+    /// the bytes, or the progress is to stop; should LAME itself stop half way, what it gave so far
+    /// stays and counts.
+    bool encode(const QList<float>& samples, QIODevice& device,
+                const ExportProgress& progress = {});
 
 private:
     struct Closer {

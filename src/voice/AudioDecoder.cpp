@@ -2,10 +2,12 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QIODevice>
 
 #include <sndfile.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <memory>
 #include <mutex>
 
@@ -83,6 +85,52 @@ bool writeClamped(SNDFILE* file, const QList<float>& samples, int channels)
     return true;
 }
 
+SF_INFO wavInfo(int sampleRate, int channels)
+{
+    SF_INFO info{};
+    info.samplerate = sampleRate;
+    info.channels = channels;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    return info;
+}
+
+/// What libsndfile writes to in place of a file. It does not look whether a header that it goes
+/// back for reaches the device.
+struct Target {
+    QIODevice& device;
+    bool failed = false;
+};
+
+Target& targetOf(void* user)
+{
+    return *static_cast<Target*>(user);
+}
+
+sf_count_t seekIn(sf_count_t offset, int whence, void* user)
+{
+    auto& [device, failed] = targetOf(user);
+    const qint64 from = whence == SEEK_CUR ? device.pos() : whence == SEEK_END ? device.size() : 0;
+    failed = !device.seek(from + offset) || failed;
+    return device.pos();
+}
+
+sf_count_t writeTo(const void* bytes, sf_count_t count, void* user)
+{
+    auto& [device, failed] = targetOf(user);
+    const sf_count_t written = device.write(static_cast<const char*>(bytes), count);
+    failed = written != count || failed;
+    return written;
+}
+
+SF_VIRTUAL_IO writingToTarget()
+{
+    return {.get_filelen = [](void* user) -> sf_count_t { return targetOf(user).device.size(); },
+            .seek = seekIn,
+            .read = [](void*, sf_count_t, void*) -> sf_count_t { return 0; },
+            .write = writeTo,
+            .tell = [](void* user) -> sf_count_t { return targetOf(user).device.pos(); }};
+}
+
 } // namespace
 
 AudioDecoder::Result AudioDecoder::decode(const QString& path)
@@ -127,12 +175,23 @@ QList<float> AudioDecoder::toMono(const Result& result)
 bool AudioDecoder::writeWav(const QString& path, const QList<float>& samples, int sampleRate,
                             int channels)
 {
-    SF_INFO info{};
-    info.samplerate = sampleRate;
-    info.channels = channels;
-    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    SF_INFO info = wavInfo(sampleRate, channels);
     std::unique_lock opening(openingMutex);
     const SndFile file = openFile(path, SFM_WRITE, &info);
     opening.unlock();
     return file && writeClamped(file.get(), samples, channels);
+}
+
+bool AudioDecoder::writeWav(QIODevice& device, const QList<float>& samples, int sampleRate,
+                            int channels)
+{
+    SF_INFO info = wavInfo(sampleRate, channels);
+    SF_VIRTUAL_IO io = writingToTarget();
+    Target target{device};
+    std::unique_lock opening(openingMutex);
+    SndFile file(sf_open_virtual(&io, SFM_WRITE, &info, &target));
+    opening.unlock();
+    const bool written = file && writeClamped(file.get(), samples, channels);
+    file.reset();
+    return written && !target.failed;
 }

@@ -4,6 +4,8 @@
 #include <QList>
 #include <QString>
 
+class QIODevice;
+
 /// Reads and writes audio files through libsndfile.
 class AudioDecoder {
     Q_DECLARE_TR_FUNCTIONS(AudioDecoder)
@@ -34,5 +36,9 @@ public:
     /// Writes interleaved samples as a 16-bit PCM WAV; what lies beyond -1.0 to 1.0 is held there.
     /// False if the file cannot be made or does not take all frames.
     static bool writeWav(const QString& path, const QList<float>& samples, int sampleRate,
+                         int channels);
+
+    /// The same into a device that is open for writing and can be sought in.
+    static bool writeWav(QIODevice& device, const QList<float>& samples, int sampleRate,
                          int channels);
 };

@@ -248,7 +248,7 @@ private:
 
 /// How a file is exported: AudioExporter::exportWav() or exportMp3().
 using Export = bool (*)(const Project&, const QString&, const LoopLibrary*, InstrumentLibrary*,
-                        const QString&, const QString&, QString*);
+                        const QString&, const QString&, QString*, const ExportProgress&);
 
 } // namespace
 
@@ -314,6 +314,11 @@ private slots:
     void exportReplacesTheFormerFile_data();
     void exportReplacesTheFormerFile();
 
+    void progressGrowsAndChangesNothing_data();
+    void progressGrowsAndChangesNothing();
+    void stoppedExportLeavesEverythingAsItWas_data();
+    void stoppedExportLeavesEverythingAsItWas();
+
     void withoutASynthesiserNothingIsExported();
     void errorsNeedNobodyToListen();
     void errorsAreTranslated();
@@ -339,7 +344,8 @@ private:
     /// Frames of the mix of a song.
     qint64 lengthOf(const Project& song) { return mixed(song).size() / 2; }
 
-    bool exported(Export save, const Project& song, const QString& path, QString* error);
+    bool exported(Export save, const Project& song, const QString& path, QString* error,
+                  const ExportProgress& progress = {});
 
     void addExports();
 
@@ -376,9 +382,10 @@ QList<float> AudioExporterTest::mixed(const Project& song, QString* error)
 }
 
 bool AudioExporterTest::exported(Export save, const Project& song, const QString& path,
-                                 QString* error)
+                                 QString* error, const ExportProgress& progress)
 {
-    return save(song, files_.root(), &files_.library(), &files_.instruments(), bank(), path, error);
+    return save(song, files_.root(), &files_.library(), &files_.instruments(), bank(), path, error,
+                progress);
 }
 
 void AudioExporterTest::addExports()
@@ -937,6 +944,62 @@ void AudioExporterTest::exportReplacesTheFormerFile()
     QVERIFY(ContentFixture::read(path) == fresh);
 }
 
+void AudioExporterTest::progressGrowsAndChangesNothing_data()
+{
+    addExports();
+}
+
+void AudioExporterTest::progressGrowsAndChangesNothing()
+{
+    QFETCH(Export, save);
+    const auto song = project({straight(melodyTrack({melody({note(60, 0.0, 4.0)})}))});
+    QList<double> heard;
+    QVERIFY(exported(save, *song, files_.filePath("heard"), nullptr, [&](double done) {
+        heard.append(done);
+        return true;
+    }));
+    QVERIFY(heard.size() > 20);
+    QVERIFY(std::ranges::is_sorted(heard));
+    QVERIFY(heard.first() >= 0.0 && heard.first() < 0.1);
+    QVERIFY(heard.last() > 0.9 && heard.last() <= 1.0);
+    QVERIFY(exported(save, *song, files_.filePath("unheard"), nullptr));
+    QVERIFY(ContentFixture::read(files_.filePath("heard")) ==
+            ContentFixture::read(files_.filePath("unheard")));
+}
+
+void AudioExporterTest::stoppedExportLeavesEverythingAsItWas_data()
+{
+    QTest::addColumn<Export>("save");
+    QTest::addColumn<double>("stop");
+    QTest::newRow("WAV, at once") << Export(&AudioExporter::exportWav) << 0.0;
+    QTest::newRow("WAV, half way") << Export(&AudioExporter::exportWav) << 0.5;
+    QTest::newRow("WAV, late") << Export(&AudioExporter::exportWav) << 0.94;
+    QTest::newRow("MP3, half way") << Export(&AudioExporter::exportMp3) << 0.5;
+    QTest::newRow("MP3, while it is encoded") << Export(&AudioExporter::exportMp3) << 0.9;
+}
+
+void AudioExporterTest::stoppedExportLeavesEverythingAsItWas()
+{
+    QFETCH(Export, save);
+    QFETCH(double, stop);
+    const auto song = project({straight(melodyTrack({melody({note(60, 0.0, 4.0)})}))});
+    const QString path = files_.filePath("exports/song");
+    ContentFixture::write(path, "a former song");
+    double last = -1.0;
+    int afterwards = -1;
+    QString error = "lo anterior";
+    QVERIFY(!exported(save, *song, path, &error, [&](double done) {
+        last = done;
+        afterwards += last >= stop ? 1 : 0;
+        return last < stop;
+    }));
+    QVERIFY(last >= stop);
+    QCOMPARE(afterwards, 0);
+    QVERIFY2(error == "lo anterior" || error.isEmpty(), qPrintable(error));
+    QCOMPARE(ContentFixture::read(path), QByteArray("a former song"));
+    QCOMPARE(QDir(files_.filePath("exports")).entryList(QDir::Files), QStringList{"song"});
+}
+
 // ---- Failures ------------------------------------------------------------------------------
 
 void AudioExporterTest::withoutASynthesiserNothingIsExported()
@@ -1058,11 +1121,15 @@ void AudioExporterTest::deviceThatIsFullIsNoSuccess()
     const auto song = quickSong({notesTrack({note(60, 0.0, 20.0, 127)})});
     QVERIFY(exported(save, *song, files_.filePath("whole"), nullptr));
     const auto whole = static_cast<rlim_t>(QFileInfo(files_.filePath("whole")).size());
+    const QString path = files_.filePath("exports/song");
+    ContentFixture::write(path, "a former song");
     for (const rlim_t room : {rlim_t(20), rlim_t(5000), whole / 2, whole - 1}) {
         error.clear();
         const FullDisk disk(room);
-        QVERIFY(!exported(save, *song, files_.filePath("half"), &error));
+        QVERIFY(!exported(save, *song, path, &error));
         QVERIFY(!error.isEmpty());
+        QCOMPARE(ContentFixture::read(path), QByteArray("a former song"));
+        QCOMPARE(QDir(files_.filePath("exports")).entryList(QDir::Files), QStringList{"song"});
     }
 }
 

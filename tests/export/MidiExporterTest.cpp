@@ -4,6 +4,7 @@
 #include "playback/PlaybackEngine.h"
 #include "support/ContentFixture.h"
 #include "support/ContextTranslator.h"
+#include "support/FullDisk.h"
 #include "support/MidiReader.h"
 #include "support/ProjectBuilder.h"
 
@@ -12,6 +13,8 @@
 #include <fluidsynth.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <limits>
 #include <tuple>
 
@@ -187,6 +190,10 @@ private slots:
 
     void unwritablePathIsReportedInTheWordsOfQFile_data();
     void unwritablePathIsReportedInTheWordsOfQFile();
+    void diskThatIsFullIsReportedAndLeavesTheFormerFile();
+    void deviceThatIsFullIsReported();
+    void stoppedExportLeavesEverythingAsItWas();
+    void progressGrowsToTheEnd();
     void errorNeedsNobodyToListen();
     void formerFileIsReplacedWhole();
     void successLeavesTheErrorAlone();
@@ -886,6 +893,60 @@ void MidiExporterTest::unwritablePathIsReportedInTheWordsOfQFile()
     QVERIFY(!MidiExporter::exportProject(*project(), nullptr, nullptr, target, &error));
     QVERIFY(!error.isEmpty());
     QCOMPARE(error, same.errorString());
+}
+
+void MidiExporterTest::diskThatIsFullIsReportedAndLeavesTheFormerFile()
+{
+    const auto song = project({melodyTrack({melody(QList<NoteEvent>(2000, note(60, 0.0)))})});
+    const qsizetype whole = exportedBytes(*song).size();
+    ContentFixture::write(path("exports/song.mid"), "a former song");
+    for (const qsizetype room : {qsizetype(10), whole / 2, whole - 1}) {
+        QString error;
+        {
+            const FullDisk disk(static_cast<rlim_t>(room));
+            QVERIFY(!MidiExporter::exportProject(*song, nullptr, nullptr, path("exports/song.mid"),
+                                                 &error));
+        }
+        QCOMPARE(error, QString::fromUtf8(std::strerror(EFBIG)));
+        QCOMPARE(ContentFixture::read(path("exports/song.mid")), "a former song");
+        QCOMPARE(QDir(path("exports")).entryList(QDir::Files), QStringList{"song.mid"});
+    }
+}
+
+void MidiExporterTest::deviceThatIsFullIsReported()
+{
+    QString error;
+    QVERIFY(!MidiExporter::exportProject(*project(), nullptr, nullptr, "/dev/full", &error));
+    QFile same("/dev/full");
+    QVERIFY(same.open(QIODevice::WriteOnly) && same.write("x") == 1 && !same.flush());
+    QCOMPARE(error, same.errorString());
+}
+
+void MidiExporterTest::stoppedExportLeavesEverythingAsItWas()
+{
+    const auto song =
+        project({melodyTrack({melody({note(60, 0.0)})}), melodyTrack({melody({note(62, 0.0)})})});
+    ContentFixture::write(path("exports/song.mid"), "a former song");
+    QString error = "lo anterior";
+    QVERIFY(!MidiExporter::exportProject(*song, nullptr, nullptr, path("exports/song.mid"), &error,
+                                         [](double done) { return done < 0.5; }));
+    QCOMPARE(error, "lo anterior");
+    QCOMPARE(ContentFixture::read(path("exports/song.mid")), "a former song");
+    QCOMPARE(QDir(path("exports")).entryList(QDir::Files), QStringList{"song.mid"});
+}
+
+void MidiExporterTest::progressGrowsToTheEnd()
+{
+    const auto song =
+        project({melodyTrack({melody({note(60, 0.0)})}), melodyTrack({melody({note(62, 0.0)})})});
+    QList<double> heard;
+    QVERIFY(MidiExporter::exportProject(*song, nullptr, nullptr, path(), nullptr, [&](double done) {
+        heard.append(done);
+        return true;
+    }));
+    QVERIFY(heard.size() >= 2);
+    QVERIFY(std::ranges::is_sorted(heard));
+    QVERIFY(heard.first() >= 0.0 && heard.last() <= 1.0);
 }
 
 void MidiExporterTest::errorNeedsNobodyToListen()
