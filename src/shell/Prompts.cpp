@@ -3,6 +3,7 @@
 #include <QDialog>
 #include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QInputDialog>
 
 namespace {
@@ -17,9 +18,18 @@ QMessageBox::StandardButton showBox(QWidget* parent, QMessageBox::Icon icon, con
 }
 
 /// A work may be called "Vals 3/4" or "A: la ida", which must not lead a dialog elsewhere.
-QString inCurrentFolder(QString fileName)
+QString inFolder(const QDir& folder, QString fileName)
 {
-    return QDir::current().filePath(fileName.replace(u'/', u'_').replace(u'\\', u'_'));
+    return folder.filePath(fileName.replace(u'/', u'_').replace(u'\\', u'_'));
+}
+
+/// What file dialogs ask, in their words.
+bool mayReplace(QWidget* parent, const QString& title, const QString& path)
+{
+    const QString question = QFileDialog::tr("%1 already exists.\nDo you want to replace it?")
+                                 .arg(QFileInfo(path).fileName());
+    return showBox(parent, QMessageBox::Warning, title, question,
+                   QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes;
 }
 
 } // namespace
@@ -65,9 +75,19 @@ std::optional<QString> Prompts::askOpenFile(QWidget* parent, const QString& titl
 std::optional<QString> Prompts::askSaveFile(QWidget* parent, const QString& title,
                                             const QString& proposal, const QString& filter)
 {
-    const QString path =
-        QFileDialog::getSaveFileName(parent, title, inCurrentFolder(proposal), filter);
-    return path.isEmpty() ? std::nullopt : std::optional(path);
+    const bool hasFolder = !saveFolder_.isEmpty() && QDir(saveFolder_).exists();
+    const QDir folder(hasFolder ? saveFolder_ : QDir::currentPath());
+    QString path = QFileDialog::getSaveFileName(parent, title, inFolder(folder, proposal), filter);
+    if (path.isEmpty())
+        return std::nullopt;
+    saveFolder_ = QFileInfo(path).path();
+    if (!QFileInfo(path).suffix().isEmpty())
+        return path;
+    path += u'.' + QFileInfo(proposal).suffix();
+    // The dialog has asked for the name as it was typed.
+    if (QFileInfo::exists(path) && !mayReplace(parent, title, path))
+        return askSaveFile(parent, title, proposal, filter);
+    return path;
 }
 
 bool Prompts::run(QDialog& dialog)

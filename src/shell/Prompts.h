@@ -37,10 +37,15 @@ public:
                                                const QString& filter);
 
     /// A path to write to, or nothing when the user gave up. `proposal` names a file without its
-    /// folder.
+    /// folder: that of the last answer, or the current one. A name that is typed without an ending
+    /// gets the one of the proposal.
     virtual std::optional<QString> askSaveFile(QWidget* parent, const QString& title,
                                                const QString& proposal, const QString& filter);
 
     /// Shows a dialog of the program's own; true when it was accepted.
     virtual bool run(QDialog& dialog);
+
+private:
+    /// Of the last file that was to be written; empty at first.
+    QString saveFolder_;
 };

@@ -11,6 +11,7 @@
 #include <QInputDialog>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
@@ -100,6 +101,10 @@ private slots:
 
     void aFileIsProposedInTheCurrentFolder();
     void aFileIsGivenAsChosen();
+    void aNameWithoutAnEndingGetsOne_data();
+    void aNameWithoutAnEndingGetsOne();
+    void aFileOfTheWholeNameIsNotReplacedUnasked();
+    void theFolderOfTheLastFileIsProposed();
     void aCancelledFileIsNone();
     void aNameWithSlashesStaysInTheFolder_data();
     void aNameWithSlashesStaysInTheFolder();
@@ -108,6 +113,23 @@ private slots:
     void aDialogIsAcceptedOrNot();
 
 private:
+    /// The answer to a file dialog in whose line a name is typed.
+    std::optional<QString> chosen(const QString& typed)
+    {
+        std::optional<QString> answer;
+        withDialog<QFileDialog>(
+            [&] {
+                answer = prompts_.askSaveFile(window_.get(), "Exportar MIDI", "Zamba.mid",
+                                              "MIDI (*.mid)");
+            },
+            [&](QFileDialog& dialog) {
+                dialog.findChild<QLineEdit*>("fileNameEdit")->setText(typed);
+                Widgets::click(
+                    dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save));
+            });
+        return answer;
+    }
+
     std::unique_ptr<UserHome> home_;
     std::unique_ptr<QWidget> window_;
     Prompts& prompts_ = Prompts::dialogs();
@@ -346,20 +368,73 @@ void PromptsTest::aFileIsProposedInTheCurrentFolder()
 
 void PromptsTest::aFileIsGivenAsChosen()
 {
-    std::optional<QString> answer;
     const QString wanted = QDir::current().canonicalPath() + "/otra.mid";
-    withDialog<QFileDialog>(
-        [&] {
-            answer =
-                prompts_.askSaveFile(window_.get(), "Exportar MIDI", "Zamba.mid", "MIDI (*.mid)");
-        },
-        [&](QFileDialog& dialog) {
-            auto* line = dialog.findChild<QLineEdit*>("fileNameEdit");
-            line->setText(wanted);
-            Widgets::click(dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Save));
-        });
+    const std::optional<QString> answer = chosen(wanted);
     QCOMPARE(answer, std::optional(wanted));
     QVERIFY(!QFile::exists(wanted));
+}
+
+void PromptsTest::aNameWithoutAnEndingGetsOne_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("none") << "otra"
+                          << "otra.mid";
+    QTest::newRow("its own") << "otra.mid"
+                             << "otra.mid";
+    QTest::newRow("another") << "otra.midi"
+                             << "otra.midi";
+}
+
+void PromptsTest::aNameWithoutAnEndingGetsOne()
+{
+    QFETCH(QString, typed);
+    QFETCH(QString, name);
+    QCOMPARE(QFileInfo(chosen(typed).value_or(QString())).fileName(), name);
+}
+
+void PromptsTest::aFileOfTheWholeNameIsNotReplacedUnasked()
+{
+    QVERIFY(writeBytes(QDir::current().filePath("otra.mid"), "a former song"));
+    QString question;
+    QTimer answer;
+    connect(&answer, &QTimer::timeout, this, [&] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+            question = box->text();
+            Widgets::click(box->button(QMessageBox::No));
+        } else if (auto* dialog = openDialog<QFileDialog>(); dialog && !question.isEmpty()) {
+            dialog->reject();
+        }
+    });
+    answer.start(50);
+    QVERIFY(!chosen("otra"));
+    QVERIFY2(question.startsWith("otra.mid "), qPrintable(question));
+}
+
+void PromptsTest::theFolderOfTheLastFileIsProposed()
+{
+    const QTemporaryDir elsewhere;
+    QVERIFY(chosen(elsewhere.filePath("otra.mid")));
+    QString folder;
+    QString name;
+    withDialog<QFileDialog>(
+        [&] { prompts_.askSaveFile(window_.get(), "Exportar WAV", "Vals.wav", "WAV (*.wav)"); },
+        [&](QFileDialog& dialog) {
+            folder = dialog.directory().path();
+            name = dialog.findChild<QLineEdit*>("fileNameEdit")->text();
+            QTest::keyClick(&dialog, Qt::Key_Escape);
+        });
+    QCOMPARE(QDir(folder).canonicalPath(), QDir(elsewhere.path()).canonicalPath());
+    QCOMPARE(name, "Vals.wav");
+    // Another program's memory is none of this one's.
+    Prompts others;
+    withDialog<QFileDialog>(
+        [&] { others.askSaveFile(window_.get(), "Exportar WAV", "Vals.wav", "WAV (*.wav)"); },
+        [&](QFileDialog& dialog) {
+            folder = dialog.directory().path();
+            QTest::keyClick(&dialog, Qt::Key_Escape);
+        });
+    QCOMPARE(QDir(folder).canonicalPath(), QDir::current().canonicalPath());
 }
 
 void PromptsTest::aCancelledFileIsNone()
