@@ -1,9 +1,11 @@
 #pragma once
 
+#include "export/ExportProgress.h"
 #include "shell/Prompts.h"
 
 #include <QMainWindow>
 
+#include <functional>
 #include <memory>
 
 class AudioRecorder;
@@ -71,7 +73,7 @@ public:
 
     void exportMidi();
 
-    /// Exports as MP3 or as WAV; the window stands still meanwhile.
+    /// Exports as MP3 or as WAV.
     void exportAudio(bool mp3);
 
     // ---- Edits ----
@@ -207,7 +209,20 @@ private:
     /// Gives a work that is in no folder a name and an id. False when the user gave up.
     bool nameForFirstSave();
 
-    bool writeAudio(bool mp3, const QString& path, QString* error);
+    /// What one file format is to the user, and how it is written.
+    struct ExportKind {
+        /// Of the file dialog and of the progress.
+        QString title;
+        /// With its dot.
+        QString suffix;
+        QString filter;
+        QString failureTitle;
+        std::function<bool(const QString& path, QString* error, const ExportProgress& progress)>
+            write;
+    };
+
+    /// Asks for a file and exports to it. Nothing plays and nothing can be edited meanwhile.
+    void exportFile(const ExportKind& kind);
 
     Prompts& prompts_;
     std::unique_ptr<ProjectStorageProvider> storage_;

@@ -1,5 +1,3 @@
-#include "export/AudioExporter.h"
-#include "export/MidiExporter.h"
 #include "model/Project.h"
 #include "model/ProjectEdits.h"
 #include "playback/PlaybackEngine.h"
@@ -13,7 +11,6 @@
 #include "views/arranger/TrackArranger.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 
-#include <QGuiApplication>
 #include <QStatusBar>
 
 using namespace Qt::Literals::StringLiterals;
@@ -21,7 +18,6 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr int kSavedMs = 2000;
-constexpr int kExportedMs = 4000;
 
 Track firstTrack(const QString& name)
 {
@@ -30,17 +26,6 @@ Track firstTrack(const QString& name)
     track.instrumentId = u"gm_piano"_s;
     return track;
 }
-
-/// Shows that the window is busy, for as long as it lives.
-class WaitCursor {
-public:
-    WaitCursor() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }
-
-    ~WaitCursor() { QGuiApplication::restoreOverrideCursor(); }
-
-    WaitCursor(const WaitCursor&) = delete;
-    WaitCursor& operator=(const WaitCursor&) = delete;
-};
 
 } // namespace
 
@@ -161,47 +146,6 @@ bool MainWindow::bringClipsHome()
     if (take_)
         take_->moveTo(folder);
     return true;
-}
-
-void MainWindow::exportMidi()
-{
-    finishGestures();
-    if (!project_)
-        return;
-    const auto path = prompts_.askSaveFile(this, tr("Exportar MIDI"), project_->name + ".mid"_L1,
-                                           tr("MIDI (*.mid)"));
-    if (!path)
-        return;
-    QString error;
-    if (MidiExporter::exportProject(*project_, loopLibrary_, instruments_, *path, &error))
-        statusBar()->showMessage(tr("Exportado a %1").arg(*path), kExportedMs);
-    else
-        prompts_.warn(this, tr("Exportar MIDI"), tr("Falló la exportación: %1").arg(error));
-}
-
-void MainWindow::exportAudio(bool mp3)
-{
-    finishGestures();
-    if (!project_)
-        return;
-    const auto path = prompts_.askSaveFile(this, mp3 ? tr("Exportar MP3") : tr("Exportar WAV"),
-                                           project_->name + (mp3 ? ".mp3"_L1 : ".wav"_L1),
-                                           mp3 ? tr("MP3 (*.mp3)") : tr("WAV (*.wav)"));
-    if (!path)
-        return;
-    QString error;
-    if (writeAudio(mp3, *path, &error))
-        statusBar()->showMessage(tr("Exportado a %1").arg(*path), kExportedMs);
-    else
-        prompts_.warn(this, tr("Exportar"), tr("Falló la exportación: %1").arg(error));
-}
-
-bool MainWindow::writeAudio(bool mp3, const QString& path, QString* error)
-{
-    const WaitCursor cursor;
-    const QString bank = resourcesDir() + "/soundfonts/velta_bank_gm.sf2"_L1;
-    const auto write = mp3 ? &AudioExporter::exportMp3 : &AudioExporter::exportWav;
-    return write(*project_, clipsFolder(), loopLibrary_, instruments_, bank, path, error);
 }
 
 void MainWindow::addTrack()

@@ -10,23 +10,18 @@
 #include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+#include <QWindow>
 
-#include <dlfcn.h>
+#include <functional>
 #include <limits>
 
 using namespace ProjectBuilder;
 
 namespace {
-
-/// The cursors over the application whenever a sound file was opened.
-QList<int>& cursorsAtFiles()
-{
-    static QList<int> cursors;
-    return cursors;
-}
 
 int overrideCursor()
 {
@@ -99,15 +94,6 @@ void saveInDialog(const QString& name)
 
 } // namespace
 
-/// In the place of the library's function: notes the cursor, and opens the file.
-SNDFILE* sf_open(const char* path, int mode, SF_INFO* info)
-{
-    cursorsAtFiles().append(overrideCursor());
-    using Open = SNDFILE* (*)(const char*, int, SF_INFO*);
-    static const auto pass = reinterpret_cast<Open>(dlsym(RTLD_NEXT, "sf_open"));
-    return pass(path, mode, info);
-}
-
 class MainWindowExportTest : public QObject {
     Q_OBJECT
 
@@ -131,8 +117,10 @@ private slots:
     void aSongWithoutEndIsTold();
     void damagedWorksAreWritten_data();
     void damagedWorksAreWritten();
-    void theWindowIsBusyMeanwhile_data();
-    void theWindowIsBusyMeanwhile();
+    void aLongExportIsShownInFrontOfTheWindow_data();
+    void aLongExportIsShownInFrontOfTheWindow();
+    void anExportThatIsCalledOffLeavesTheFormerFile_data();
+    void anExportThatIsCalledOffLeavesTheFormerFile();
     void clipsComeFromTheFolderOfTheWork_data();
     void clipsComeFromTheFolderOfTheWork();
     void anExportChangesNothing_data();
@@ -147,6 +135,36 @@ private:
     {
         stage_->song().bpm = 240;
         stage_->song().tracks[0].melodyBlocks = {melody({note(60, 0.0)}, 0.0, 1.0)};
+    }
+
+    /// Ten minutes.
+    void makeLong()
+    {
+        stage_->song().bpm = 120;
+        stage_->song().tracks[0].melodyBlocks = {melody({note(60, 0.0, 1200.0)}, 0.0, 1200.0)};
+    }
+
+    void addLongExports()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QString>("title");
+        QTest::newRow("WAV") << int(Kind::Wav) << "Exportar WAV";
+        QTest::newRow("MP3") << int(Kind::Mp3) << "Exportar MP3";
+    }
+
+    /// Once, as soon as an export shows itself.
+    static void duringExport(const std::function<void(QProgressDialog&)>& use)
+    {
+        auto* watch = new QTimer(qApp);
+        connect(watch, &QTimer::timeout, watch, [watch, use] {
+            auto* dialog = qobject_cast<QProgressDialog*>(QApplication::activeModalWidget());
+            if (!dialog || dialog->value() < 1)
+                return;
+            watch->deleteLater();
+            watch->stop();
+            use(*dialog);
+        });
+        watch->start(0);
     }
 
     QString exportTo(int kind, const QString& path)
@@ -167,7 +185,6 @@ void MainWindowExportTest::initTestCase()
 void MainWindowExportTest::init()
 {
     FluidSpy::reset();
-    cursorsAtFiles().clear();
     stage_ = std::make_unique<WindowStage>();
 }
 
@@ -339,31 +356,59 @@ void MainWindowExportTest::damagedWorksAreWritten()
     QVERIFY(isSong(bytesOf(path), kind));
 }
 
-void MainWindowExportTest::theWindowIsBusyMeanwhile_data()
+void MainWindowExportTest::aLongExportIsShownInFrontOfTheWindow_data()
 {
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<QString>("path");
-    QTest::newRow("WAV") << int(Kind::Wav) << "song.wav";
-    QTest::newRow("MP3") << int(Kind::Mp3) << "song.mp3";
-    QTest::newRow("WAV that fails") << int(Kind::Wav) << "none/song.wav";
-    QTest::newRow("MP3 that fails") << int(Kind::Mp3) << "none/song.mp3";
+    addLongExports();
 }
 
-void MainWindowExportTest::theWindowIsBusyMeanwhile()
+void MainWindowExportTest::aLongExportIsShownInFrontOfTheWindow()
 {
     QFETCH(int, kind);
-    QFETCH(QString, path);
-    QVERIFY(SoundFile::writeExact(stage_->home().filePath("voz.wav"), Tones::silence(4410)));
-    stage_->song().audioTracks = {voiceTrack({clip("../../voz.wav", 0.0, 1.0)})};
-    cursorsAtFiles().clear();
-    int whileWarning = -2;
-    stage_->prompts().whileWarning = [&] { whileWarning = overrideCursor(); };
-    exportTo(kind, stage_->home().filePath(path));
-    QVERIFY(!cursorsAtFiles().isEmpty());
-    for (const int cursor : cursorsAtFiles())
-        QCOMPARE(cursor, int(Qt::WaitCursor));
-    QCOMPARE(whileWarning, path.startsWith("none") ? -1 : -2);
-    QVERIFY(!QGuiApplication::overrideCursor());
+    QFETCH(QString, title);
+    makeLong();
+    QVERIFY(stage_->showWindow());
+    QStringList seen;
+    int most = -1;
+    bool busy = false;
+    duringExport([&](QProgressDialog& dialog) {
+        seen = {dialog.windowTitle(), dialog.labelText(), dialog.findChild<QPushButton*>()->text()};
+        most = dialog.maximum();
+        busy = overrideCursor() != -1;
+        // Neither a key nor a press reaches the window behind it.
+        const QString name = stage_->song().name;
+        QTest::keyClick(stage_->window().windowHandle(), Qt::Key_N, Qt::ControlModifier);
+        QTest::mouseClick(stage_->window().windowHandle(), Qt::LeftButton);
+        QCOMPARE(stage_->song().name, name);
+        dialog.cancel();
+    });
+    exportTo(kind, stage_->home().filePath("song"));
+    QCOMPARE(seen, (QStringList{title, "Exportando…", "Cancelar"}));
+    QVERIFY(most > 100);
+    QVERIFY(!busy);
+}
+
+void MainWindowExportTest::anExportThatIsCalledOffLeavesTheFormerFile_data()
+{
+    addLongExports();
+}
+
+void MainWindowExportTest::anExportThatIsCalledOffLeavesTheFormerFile()
+{
+    QFETCH(int, kind);
+    makeLong();
+    const QString path = stage_->home().filePath("exports/song" + suffixOf(kind));
+    QVERIFY(writeBytes(path, "a former song"));
+    const QJsonObject before = stage_->song().toJson();
+    duringExport([](QProgressDialog& dialog) {
+        Widgets::click(Widgets::withText<QPushButton>(dialog, "Cancelar"));
+    });
+    exportTo(kind, path);
+    QCOMPARE(stage_->prompts().calls().size(), 1);
+    QCOMPARE(stage_->message(), QString());
+    QCOMPARE(bytesOf(path), "a former song");
+    QCOMPARE(QDir(stage_->home().filePath("exports")).entryList(QDir::Files).size(), 1);
+    QCOMPARE(stage_->song().toJson(), before);
+    QVERIFY(!QApplication::activeModalWidget());
 }
 
 void MainWindowExportTest::clipsComeFromTheFolderOfTheWork_data()
@@ -416,7 +461,7 @@ void MainWindowExportTest::anExportChangesNothing()
     QCOMPARE(stage_->song().toJson(), before);
     QVERIFY(stage_->canUndo() && stage_->canRedo());
     QCOMPARE(stage_->window().currentProjectId(), QString());
-    QVERIFY(stage_->engine().isPlaying());
+    QVERIFY(!stage_->engine().isPlaying());
     QCOMPARE(stage_->savedIds(), QStringList());
 }
 
