@@ -24,6 +24,14 @@ constexpr float kMetronomeVolume = 0.9F;
 /// a clip where its mix would fill the memory.
 constexpr double kMostFramesAhead = 3600.0 * kSampleRate;
 
+bool isTooLongToMixAhead(const VoiceMix::Voices& voices)
+{
+    return std::ranges::any_of(voices.clips, [&voices](const VoiceMix::Voice& voice) {
+        const double end = voice.clip.offsetBeats + std::max(0.0, voice.clip.durationBeats);
+        return end * framesPerBeat(voices.bpm) > kMostFramesAhead;
+    });
+}
+
 /// The voices of a project that may be null; none where it has no folder.
 VoiceMix::Voices voicesOf(const Project* project, const QString& projectDir)
 {
@@ -241,8 +249,9 @@ void PlaybackEngine::startVoicePlayback(double fromBeat)
 
 void PlaybackEngine::prepareVoices()
 {
-    if (!project_ || project_->endBeat() * framesPerBeat(project_->bpm) <= kMostFramesAhead)
-        mixer_->prepare(voicesOf(project_, projectDir));
+    const VoiceMix::Voices voices = voicesOf(project_, projectDir);
+    if (!isTooLongToMixAhead(voices))
+        mixer_->prepare(voices);
 }
 
 bool PlaybackEngine::voicesReady() const

@@ -299,6 +299,8 @@ private slots:
     void voicesStopWithoutHavingStarted();
     void firstStartWaitsForItsVoicesAndLaterOnesDoNot();
     void preparedVoicesAreNotWaitedFor();
+    void voicesBeyondAnHourAreNotMixedAhead_data();
+    void voicesBeyondAnHourAreNotMixedAhead();
     void changedVoicesAreWaitedForAtTheNextStart_data();
     void changedVoicesAreWaitedForAtTheNextStart();
 
@@ -1459,6 +1461,35 @@ void PlaybackEngineTest::preparedVoicesAreNotWaitedFor()
     QTRY_VERIFY(engine.voicesReady());
     engine.play(0.0);
     QCOMPARE(voice.waited(), QList<bool>());
+}
+
+void PlaybackEngineTest::voicesBeyondAnHourAreNotMixedAhead_data()
+{
+    QTest::addColumn<double>("offset");
+    QTest::addColumn<double>("duration");
+    // An hour has 360,000 beats at this tempo.
+    QTest::newRow("far behind") << 360001.0 << 0.0;
+    QTest::newRow("said to be long") << 0.0 << 360001.0;
+    QTest::newRow("neither, but both together") << 359990.0 << 20.0;
+}
+
+void PlaybackEngineTest::voicesBeyondAnHourAreNotMixedAhead()
+{
+    QFETCH(double, offset);
+    QFETCH(double, duration);
+    VoicePlayer voice;
+    PlaybackEngine& engine = voice.player.engine();
+    Project& song = voice.player.song();
+    AudioClip& sung = song.audioTracks[0].clips[0];
+    sung.offsetBeats = offset;
+    sung.durationBeats = duration;
+    // A damaged file may have a meter without bars too, in which the song has no end.
+    for (const int denominator : {4, 0}) {
+        song.timeSignature.denominator = denominator;
+        engine.prepareVoices();
+        QTest::qWait(100);
+        QVERIFY(!engine.voicesReady());
+    }
 }
 
 void PlaybackEngineTest::changedVoicesAreWaitedForAtTheNextStart_data()
