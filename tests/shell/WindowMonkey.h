@@ -19,6 +19,7 @@
 #include "views/arranger/TrackArranger.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 #include "views/pianoroll/PianoRollGridView.h"
+#include "views/pianoroll/PianoRollLayout.h"
 #include "views/pianoroll/PianoRollScene.h"
 
 #include <QApplication>
@@ -32,6 +33,7 @@
 #include <QWheelEvent>
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 /// Plays with a window of its own: mouse, wheel, keys, menus, loops, other works, playback. The
@@ -55,6 +57,8 @@ public:
             !SoundFile::writeExact(home_.filePath("voz.wav"), Tones::sine(440.0, 44100, 44100)))
             return false;
         writeBytes(home_.filePath("texto.wav"), "no sound at all");
+        for (const QFileInfo& work : QDir(VELTA_HOSTILE_WORKS).entryInfoList(QDir::Files))
+            writeBytes(home_.projectFile(work.completeBaseName()), bytesOf(work.filePath()));
         window_ = std::make_unique<MainWindow>(nullptr, prompts_);
         window_->resize(1200, 760);
         window_->show();
@@ -145,16 +149,6 @@ private:
     TrackArranger& arranger() { return *window_->findChild<TrackArranger*>(); }
 
     PianoRollCanvas& roll() { return *window_->findChild<PianoRollCanvas*>(); }
-
-    static bool copyFiles(const QString& from, const QString& to)
-    {
-        QDir().mkpath(to);
-        for (const QFileInfo& file : QDir(from).entryInfoList(QDir::Files)) {
-            if (!QFile::copy(file.filePath(), to + '/' + file.fileName()))
-                return false;
-        }
-        return true;
-    }
 
     void note(const QString& step)
     {
@@ -394,6 +388,13 @@ private:
 
     // ---- Laws ----
 
+    /// Whether a note of a damaged work can be drawn at all.
+    static bool hasPlace(double beat, double length)
+    {
+        return std::isfinite(beat) && std::isfinite(length) &&
+               std::abs(beat) <= PianoRollLayout::kMostBeats;
+    }
+
     QString staleScene()
     {
         const QStringList blocks = ScenePicture::pictureOf(*arranger().scene());
@@ -404,10 +405,15 @@ private:
             return arrangerStale;
         const QStringList notes = ScenePicture::pictureOf(*roll().scene());
         const MelodyBlock* open = roll().activeBlock();
-        if (open && notes.size() != open->notes.size())
-            return QString("The piano roll shows %1 notes of %2.")
-                .arg(notes.size())
-                .arg(open->notes.size());
+        const auto drawn =
+            open ? std::ranges::count_if(open->notes,
+                                         [&](const NoteEvent& each) {
+                                             return hasPlace(open->startBeat + each.startBeat,
+                                                             each.durationBeats);
+                                         })
+                 : 0;
+        if (open && notes.size() != drawn)
+            return QString("The piano roll shows %1 notes of %2.").arg(notes.size()).arg(drawn);
         roll().rebuildScene();
         return ScenePicture::difference("piano roll", notes,
                                         ScenePicture::pictureOf(*roll().scene()));
