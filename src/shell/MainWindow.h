@@ -179,6 +179,10 @@ private:
     /// other is opened during a take.
     void finishTake();
 
+    /// Offers another place for a take that found no room in its file, until one takes it or the
+    /// user gives it up. The path, which is empty for a take that is given up.
+    QString rescueTake(const QString& file, double* seconds);
+
     /// Ends a take that was under way with what came by then.
     void onRecordingFailed(const QString& message);
 

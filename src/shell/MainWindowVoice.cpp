@@ -103,15 +103,37 @@ void MainWindow::finishTake()
     take->end();
     engine_->pause();
     QDir().mkpath(clipsFolder());
-    const QString path = take->file();
-    const double seconds = recorder_->stopRecording(path);
+    QString path = take->file();
+    double seconds = recorder_->stopRecording(path);
+    if (recorder_->holdsTake())
+        path = rescueTake(path, &seconds);
+    if (path.isEmpty())
+        return;
     if (seconds <= 0.0) {
         statusBar()->showMessage(tr("La grabación quedó vacía."), kTakeMs);
         return;
     }
     const double beats = take->work().bpm * seconds / 60.0;
-    layClip(take->work(), clipOf(path, take->offsetOf(beats), beats));
+    AudioClip clip = clipOf(path, take->offsetOf(beats), beats);
+    // What only another place had room for is heard from there.
+    if (QFileInfo(path).dir() != QDir(clipsFolder()))
+        clip.audioFilePath = QFileInfo(path).absoluteFilePath();
+    layClip(take->work(), clip);
     statusBar()->showMessage(tr("Voz grabada (%1 s).").arg(seconds, 0, 'f', 1), kTakeMs);
+}
+
+QString MainWindow::rescueTake(const QString& file, double* seconds)
+{
+    statusBar()->clearMessage();
+    while (prompts_.offer(this, tr("Grabación"), tr("No pude guardar la grabación."),
+                          tr("Guardar en otro lugar…"))) {
+        const auto path = prompts_.askSaveFile(this, tr("Guardar la grabación"),
+                                               QFileInfo(file).fileName(), tr("WAV (*.wav)"));
+        if (path && (*seconds = recorder_->writeHeldTake(*path)) > 0.0)
+            return *path;
+    }
+    recorder_->forgetHeldTake();
+    return {};
 }
 
 void MainWindow::onRecordingFailed(const QString& message)

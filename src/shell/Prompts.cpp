@@ -5,6 +5,7 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QInputDialog>
+#include <QPushButton>
 
 namespace {
 
@@ -54,6 +55,17 @@ QMessageBox::StandardButton Prompts::ask(QWidget* parent, const QString& title, 
                                          QMessageBox::StandardButtons buttons)
 {
     return showBox(parent, QMessageBox::Question, title, text, buttons);
+}
+
+bool Prompts::offer(QWidget* parent, const QString& title, const QString& text,
+                    const QString& wayOut)
+{
+    QMessageBox box(QMessageBox::Warning, title, text, QMessageBox::Discard, parent);
+    box.setTextFormat(Qt::PlainText);
+    QPushButton* button = box.addButton(wayOut, QMessageBox::AcceptRole);
+    box.setDefaultButton(button);
+    box.exec();
+    return box.clickedButton() == button;
 }
 
 std::optional<QString> Prompts::askText(QWidget* parent, const QString& title, const QString& label,

@@ -28,6 +28,11 @@ public:
                                             const QString& text,
                                             QMessageBox::StandardButtons buttons);
 
+    /// Warns, and offers one way out beside giving up what the warning is about. True when the way
+    /// out was taken. A key alone does not give up.
+    virtual bool offer(QWidget* parent, const QString& title, const QString& text,
+                       const QString& wayOut);
+
     /// One line of text, or nothing when the user gave up.
     virtual std::optional<QString> askText(QWidget* parent, const QString& title,
                                            const QString& label, const QString& text);

@@ -8,6 +8,7 @@
 #include <QAudioSource>
 #include <QCoreApplication>
 #include <QMediaDevices>
+#include <QSaveFile>
 
 #include <algorithm>
 #include <cstring>
@@ -88,6 +89,7 @@ bool AudioRecorder::startRecording()
     }
     source_ = new QAudioSource(device, *format, this);
     pcm_.clear();
+    held_.clear();
     inputDevice_ = source_->start();
     if (!inputDevice_) {
         endSource();
@@ -106,10 +108,18 @@ double AudioRecorder::stopRecording(const QString& path)
         return 0.0;
     const QAudioFormat format = source_->format();
     endSource();
-    const QList<float> mono = monoOf(std::exchange(pcm_, {}), std::max(format.channelCount(), 1));
-    if (mono.isEmpty() || !AudioDecoder::writeWav(path, mono, format.sampleRate(), 1))
+    held_ = monoOf(std::exchange(pcm_, {}), std::max(format.channelCount(), 1));
+    heldRate_ = format.sampleRate();
+    return writeHeldTake(path);
+}
+
+double AudioRecorder::writeHeldTake(const QString& path)
+{
+    QSaveFile file(path);
+    if (held_.isEmpty() || !file.open(QIODevice::WriteOnly) ||
+        !AudioDecoder::writeWav(file, held_, heldRate_, 1) || !file.flush() || !file.commit())
         return 0.0;
-    return static_cast<double>(mono.size()) / format.sampleRate();
+    return static_cast<double>(std::exchange(held_, {}).size()) / heldRate_;
 }
 
 void AudioRecorder::cancelRecording()

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -22,8 +23,16 @@ public:
 
     /// Ends the take and writes it at the rate at which the device recorded, its channels folded
     /// into one. The length in seconds; 0.0 if there was no take, nothing came or the file cannot
-    /// be written.
+    /// be written: then the take stays in memory.
     double stopRecording(const QString& path);
+
+    /// Whether an ended take is still in memory because no file has taken it yet.
+    bool holdsTake() const { return !held_.isEmpty(); }
+
+    /// Writes such a take. Its length in seconds, or 0.0 if this file cannot be written either.
+    double writeHeldTake(const QString& path);
+
+    void forgetHeldTake() { held_.clear(); }
 
     /// Ends the take and forgets it.
     void cancelRecording();
@@ -42,5 +51,8 @@ private:
     QPointer<QIODevice> inputDevice_;
     /// 16-bit samples, interleaved.
     QByteArray pcm_;
+    /// An ended take, in mono, until it is whole on the disk.
+    QList<float> held_;
+    int heldRate_ = 0;
     bool recording_ = false;
 };

@@ -1,3 +1,4 @@
+#include "support/FullDisk.h"
 #include "support/ProjectBuilder.h"
 #include "support/PulseDaemon.h"
 #include "support/Tones.h"
@@ -35,7 +36,8 @@ private slots:
     void aTakeBecomesANumberedClipThatEndsAtThePlayhead();
     void aTakeBeginsPlayback();
     void aTakeThatBeganBeforeTheSongStartsAtBeatZero();
-    void aTakeThatCannotBeWrittenIsEmpty();
+    void aTakeThatFindsNoRoomIsKeptElsewhere();
+    void aTakeThatIsGivenUpLeavesNothing();
 
     // A take and its place
     void aTakeThatOutlastsPlaybackLiesWhereItBegan_data();
@@ -156,16 +158,41 @@ void MainWindowTakeTest::aTakeThatBeganBeforeTheSongStartsAtBeatZero()
     QCOMPARE(stage_->song().audioTracks[0].clips.value(0).offsetBeats, 0.0);
 }
 
-void MainWindowTakeTest::aTakeThatCannotBeWrittenIsEmpty()
+void MainWindowTakeTest::aTakeThatFindsNoRoomIsKeptElsewhere()
 {
-    stage_->clickRibbon("Grabar");
-    QTest::qWait(1500);
+    const QString place = stage_->home().filePath("stick/mi voz.wav");
+    QVERIFY(QDir().mkpath(stage_->home().filePath("stick")));
+    beginTake(kTakeMs);
+    stage_->prompts().answerOffer(true);
+    stage_->prompts().giveUpPath();
+    stage_->prompts().answerOffer(true);
+    stage_->prompts().answerPath("/nowhere/voz.wav");
+    stage_->prompts().answerOffer(true);
+    stage_->prompts().answerPath(place);
     stage_->blockWorks();
     stage_->clickRibbon("Grabar");
-    QCOMPARE(stage_->message(), "La grabación quedó vacía.");
+    QCOMPARE(stage_->prompts().calls().value(0),
+             "offer | Grabación | No pude guardar la grabación. | Guardar en otro lugar…");
+    QVERIFY(stage_->prompts().allAnswersUsed());
+    QVERIFY(WavFile::read(bytesOf(place)).ok);
+    QCOMPARE(stage_->song().audioTracks.value(0).clips.value(0).audioFilePath, place);
+    QVERIFY(stage_->message().startsWith("Voz grabada"));
+    stage_->unblockWorks();
+}
+
+void MainWindowTakeTest::aTakeThatIsGivenUpLeavesNothing()
+{
+    beginTake(kTakeMs);
+    stage_->prompts().answerOffer(false);
+    {
+        const FullDisk disk(1000);
+        stage_->clickRibbon("Grabar");
+    }
+    QVERIFY(stage_->prompts().allAnswersUsed());
     QVERIFY(stage_->song().audioTracks.isEmpty());
     QVERIFY(!stage_->canUndo());
-    stage_->unblockWorks();
+    QCOMPARE(QDir(stage_->home().works() + "/coplas").entryList(QDir::Files),
+             QStringList{"project.json"});
 }
 
 // ---- A take and its place ------------------------------------------------------------------

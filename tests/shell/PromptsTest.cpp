@@ -99,6 +99,7 @@ private slots:
     void anEmptyTextIsAnAnswer();
     void aCancelledTextIsNone();
 
+    void anOfferIsTakenOrNot();
     void aFileIsProposedInTheCurrentFolder();
     void aFileIsGivenAsChosen();
     void aNameWithoutAnEndingGetsOne_data();
@@ -341,6 +342,26 @@ void PromptsTest::aCancelledTextIsNone()
         [&] { answer = prompts_.askText(window_.get(), "Guardar obra", "¿Cómo?", "Zamba"); },
         [&](QInputDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
     QVERIFY(!answer);
+}
+
+void PromptsTest::anOfferIsTakenOrNot()
+{
+    for (const bool take : {true, false}) {
+        bool taken = !take;
+        bool stays = false;
+        withDialog<QMessageBox>(
+            [&] {
+                taken = prompts_.offer(window_.get(), "Grabación", "No pude.", "A otro lugar…");
+            },
+            [&](QMessageBox& box) {
+                QTest::keyClick(&box, Qt::Key_Escape);
+                stays = box.isVisible();
+                Widgets::click(take ? Widgets::withText<QPushButton>(box, "A otro lugar…")
+                                    : box.button(QMessageBox::Discard));
+            });
+        QVERIFY(stays);
+        QCOMPARE(taken, take);
+    }
 }
 
 // ---- Files ---------------------------------------------------------------------------------

@@ -25,6 +25,8 @@ public:
 
     void giveUpText() { answers_.emplace_back(Text{}); }
 
+    void answerOffer(bool taken) { answers_.emplace_back(Offer{taken}); }
+
     void answerPath(const QString& path) { answers_.emplace_back(Path{path}); }
 
     void giveUpPath() { answers_.emplace_back(Path{}); }
@@ -65,6 +67,12 @@ public:
         return take<QMessageBox::StandardButton>().value_or(QMessageBox::Cancel);
     }
 
+    bool offer(QWidget*, const QString& title, const QString& text, const QString& wayOut) override
+    {
+        note({"offer", title, text, wayOut});
+        return take<Offer>().value_or(Offer{}).taken;
+    }
+
     std::optional<QString> askText(QWidget*, const QString& title, const QString& label,
                                    const QString& text) override
     {
@@ -102,12 +110,16 @@ private:
         std::optional<QString> text;
     };
 
+    struct Offer {
+        bool taken = false;
+    };
+
     struct Path {
         std::optional<QString> path;
     };
 
     using Answer =
-        std::variant<QMessageBox::StandardButton, Text, Path, std::function<void(QDialog&)>>;
+        std::variant<QMessageBox::StandardButton, Text, Offer, Path, std::function<void(QDialog&)>>;
 
     void note(const QStringList& words) { calls_.append(words.join(" | ")); }
 
