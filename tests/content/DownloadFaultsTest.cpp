@@ -74,6 +74,8 @@ private slots:
     void noRoomForTheGrooveIsForgiven();
     void aHostileRegistryUninstallsNothingOutside_data();
     void aHostileRegistryUninstallsNothingOutside();
+    void aHostileRecordDeletesNoOtherFile_data();
+    void aHostileRecordDeletesNoOtherFile();
 };
 
 void DownloadFaultsTest::init()
@@ -453,6 +455,41 @@ void DownloadFaultsTest::aHostileRegistryUninstallsNothingOutside()
     }
     QCOMPARE(after, before);
     QCOMPARE(stage.uninstalled.size(), 1);
+}
+
+void DownloadFaultsTest::aHostileRecordDeletesNoOtherFile_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("outside") << "../victim.txt";
+    QTest::newRow("the program's own bank") << "velta_bank_gm.sf2";
+    QTest::newRow("the bank of another instrument") << "instruments/quena.sf2";
+    QTest::newRow("the registry itself") << "../loops/installed_registry.json";
+}
+
+void DownloadFaultsTest::aHostileRecordDeletesNoOtherFile()
+{
+    QFETCH(QString, path);
+    const ContentHost host;
+    DownloadStage stage(host.url());
+    stage.content.addPackage("zamba", packageOf("charango", path));
+    ContentFixture::write(stage.bank("quena"), someBank());
+    const QJsonObject record{
+        {"instrumentId", "charango"}, {"localFilePath", path}, {"referenceCount", 1}};
+    ContentFixture::write(stage.content.root() + "/installed_registry.json",
+                          QJsonDocument(QJsonObject{{"installedRhythms", QJsonArray{"zamba"}},
+                                                    {"installedInstruments", QJsonArray{record}}})
+                              .toJson());
+    stage.registry.load();
+    stage.content.library().reload();
+    auto before = stage.files();
+    QVERIFY(stage.downloads->uninstallRhythm("zamba"));
+    auto after = stage.files();
+    QVERIFY(before.remove("loops/installed/zamba.content.json"));
+    for (auto* files : {&before, &after}) {
+        QVERIFY(files->remove("loops/installed_registry.json"));
+        files->remove("loops/manifest.json");
+    }
+    QCOMPARE(after, before);
 }
 
 QTEST_GUILESS_MAIN(DownloadFaultsTest)
