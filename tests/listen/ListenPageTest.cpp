@@ -8,6 +8,7 @@ class ListenPageTest : public QObject {
 private slots:
     void everyLoopIsHeardAndSeen();
     void aSongIsHeardAndTakenHome();
+    void levelsStandBesideTheirTargets();
     void namesAreShownAsTheyAre();
     void anEmptyLibraryIsAPageToo();
 };
@@ -44,6 +45,24 @@ void ListenPageTest::aSongIsHeardAndTakenHome()
           "src=\"zamba/cancion.png\"", "30.0 s · -20.0 LUFS · pico -5.0 dB"})
         QVERIFY2(page.contains(QString::fromUtf8(part)), part);
     QVERIFY(!listenPage({{.title = "Zamba", .loops = {}}}).contains("Canción"));
+}
+
+void ListenPageTest::levelsStandBesideTheirTargets()
+{
+    const LevelInMix violin{.layer = "Violín",
+                            .role = "respuesta",
+                            .aboveBassDb = -7.04,
+                            .targetDb = -2.5,
+                            .off = true};
+    const LevelInMix drums{
+        .layer = "Bombo", .role = "tambor", .aboveBassDb = 0.5, .targetDb = 1.0, .off = false};
+    const QString page = listenPage({{.title = "Zamba", .loops = {}, .levels = {violin, drums}}});
+    for (const char* part :
+         {"<tr "
+          "class=\"off\"><td>Violín</td><td>respuesta</td><td>-7.0</td><td>-2.5</td><td>-4.5</td>",
+          "<tr><td>Bombo</td><td>tambor</td><td>+0.5</td><td>+1.0</td><td>-0.5</td>"})
+        QVERIFY2(page.contains(QString::fromUtf8(part)), part);
+    QVERIFY(!listenPage({{.title = "Zamba", .loops = {}}}).contains("<table>"));
 }
 
 void ListenPageTest::namesAreShownAsTheyAre()

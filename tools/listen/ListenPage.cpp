@@ -11,6 +11,9 @@ body { font: 15px sans-serif; margin: 2em; }
 h3 { margin: 1.2em 0 0.3em; }
 audio { width: 30em; display: block; }
 img { display: block; margin: 0.4em 0 1em; }
+td, th { padding: 0.1em 0.8em; text-align: right; }
+td:first-child, th:first-child, td:nth-child(2), th:nth-child(2) { text-align: left; }
+tr.off { font-weight: bold; color: #b00020; }
 </style></head><body>
 <h1>Ritmos de Velta</h1>
 )"_s;
@@ -51,6 +54,31 @@ QString loopHtml(const RenderedLoop& loop)
     return html;
 }
 
+QString signedDb(double decibels)
+{
+    return (decibels < 0.0 ? QString() : u"+"_s) + QString::number(decibels, 'f', 1);
+}
+
+QString levelHtml(const LevelInMix& level)
+{
+    return u"<tr%1><td>%2</td><td>%3</td><td>%4</td><td>%5</td><td>%6</td></tr>\n"_s.arg(
+        level.off ? u" class=\"off\""_s : QString(), level.layer.toHtmlEscaped(),
+        level.role.toHtmlEscaped(), signedDb(level.aboveBassDb), signedDb(level.targetDb),
+        signedDb(level.aboveBassDb - level.targetDb));
+}
+
+QString levelsHtml(const QList<LevelInMix>& levels)
+{
+    if (levels.isEmpty())
+        return {};
+    QString rows;
+    for (const LevelInMix& level : levels)
+        rows += levelHtml(level);
+    return u"<table><tr><th>Capa</th><th>Papel</th><th>dB sobre el bajo</th><th>pide</th>"
+           "<th>diferencia</th></tr>\n"_s +
+           rows + u"</table>\n"_s;
+}
+
 } // namespace
 
 QString listenPage(const QList<RenderedRhythm>& rhythms)
@@ -58,6 +86,7 @@ QString listenPage(const QList<RenderedRhythm>& rhythms)
     QString page = kHead;
     for (const RenderedRhythm& rhythm : rhythms) {
         page += u"<h2>%1</h2>\n"_s.arg(rhythm.title.toHtmlEscaped());
+        page += levelsHtml(rhythm.levels);
         if (rhythm.song)
             page += songHtml(*rhythm.song);
         for (const RenderedLoop& loop : rhythm.loops)

@@ -39,12 +39,26 @@ struct RenderedSong {
     Loudness loudness;
 };
 
+/// How loud a layer, or what plays one role in a drum kit, is in the mix.
+struct LevelInMix {
+    QString layer;
+    /// In the words of the sources.
+    QString role;
+    /// Decibels above the bass, and those that the role asks for.
+    double aboveBassDb = 0.0;
+    double targetDb = 0.0;
+    /// Whether it lies so far from its target that it should be mended.
+    bool off = false;
+};
+
 struct RenderedRhythm {
     /// Name, meter and tempo.
     QString title;
     /// None where only some loops were asked for.
     std::optional<RenderedSong> song = std::nullopt;
     QList<RenderedLoop> loops;
+    /// Of the everyday form; empty where it was not measured.
+    QList<LevelInMix> levels = {};
 };
 
 /// A page in HTML on which the whole library is heard and seen at once.
