@@ -96,7 +96,8 @@ def provide_banks(rhythms: list[Rhythm], folder: Path, tools: Path) -> None:
 def _provide_made(banks: set[str], folder: Path, tools: Path) -> None:
     tool = tools / _BANK_TOOL
     if tool.exists() and _unmade(banks, folder, _changed(tools)):
-        subprocess.run([str(tool), "build", str(folder)], check=False)
+        # What it says is no answer of this tool.
+        subprocess.run([str(tool), "build", str(folder)], check=False, stdout=subprocess.DEVNULL)
     if missing := _unmade(banks, folder):
         raise SourceError(f"en {folder} faltan los bancos: {', '.join(missing)}")
 
