@@ -160,7 +160,7 @@ def _guitarra() -> list[Zone]:
 
 
 def _charango() -> list[Zone]:
-    return _zones("charango", [65, 68, 72, 76, 80, 84, 88, 91], 0.25,
+    return _zones("charango", [65, 67, 70, 73, 76, 79, 82, 85, 88, 91], 0.25,
                   [(64, -29.0), (72, -31.0), (79, -34.6), (84, -36.3), (91, -38.0)],
                   lambda key, hard: (charango.note(key, hard), None))
 

@@ -44,4 +44,4 @@ def note(key: int, hard: bool) -> Samples:
                   stiffness=5e-5 * 2.0 ** ((key - 64) / 12.0), fall=fall(key), loss=(0.5, 0.1))
     body = Body(_BODY_MODES, knock_fall=0.09, knock=0.2 if hard else 0.12,
                 nail=0.2 if hard else 0.07)
-    return plucked(key, _courses(key), pluck, body, 0.75 * fall(key), 20)
+    return plucked(key, _courses(key), pluck, body, 0.58 * fall(key), 20)

@@ -19,7 +19,7 @@ MAX_LEVEL_DIFFERENCE = 3.0
 MAX_LAYER_STEP = 1.5
 #: Parts by which the centroid may differ between two layers where they meet, and from key to key.
 MAX_SEAM = 0.15
-MAX_KEY_STEP = 0.35
+MAX_KEY_STEP = 0.25
 #: How much brighter a loud note is than a soft one, at least.
 MIN_BRIGHTENING = 1.1
 SOFT, LOUD = 45, 110
