@@ -2,6 +2,7 @@
 
 #include "music/KeySignature.h"
 #include "shell/theme/CanvasColors.h"
+#include "shell/theme/Ink.h"
 
 #include <QFontMetrics>
 #include <QPainter>
@@ -21,8 +22,6 @@ constexpr double kLargestLetters = 15.0;
 constexpr int kNameMargin = 6;
 constexpr int kNameLeft = 4;
 constexpr int kNameRight = 2;
-
-constexpr int kLeastLightnessOfDarkNames = 151;
 
 QFont nameFont(QFont font, qreal height)
 {
@@ -66,8 +65,7 @@ void NoteItem::paintName(QPainter& painter, const QColor& fill) const
     // The letters keep their shape whatever the zoom.
     painter.resetTransform();
     painter.setFont(font);
-    painter.setPen(fill.lightness() >= kLeastLightnessOfDarkNames ? QColor(0x22, 0x22, 0x22)
-                                                                  : QColor(Qt::white));
+    painter.setPen(inkOn(fill));
     painter.drawText(onScreen.adjusted(kNameLeft, 0, -kNameRight, 0),
                      Qt::AlignLeft | Qt::AlignVCenter, name);
     painter.restore();

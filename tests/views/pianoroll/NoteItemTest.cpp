@@ -24,6 +24,8 @@ QImage picture(NoteItem& item, double horizontal = 1.0, double vertical = 2.0)
     return image;
 }
 
+const QColor kInk(0x22, 0x22, 0x22);
+
 /// Columns in which something of a colour is painted, inside the outline of the note.
 QList<int> columnsOf(const QImage& image, const QColor& color, const QRect& inside)
 {
@@ -45,7 +47,7 @@ bool isNamed(int pitch, double horizontal, double vertical)
     NoteItem item(0, pitch, kRect);
     const QRect inside =
         QTransform::fromScale(horizontal, vertical).mapRect(kRect).toRect().adjusted(3, 3, -3, -3);
-    return !columnsOf(picture(item, horizontal, vertical), Qt::white, inside).isEmpty();
+    return !columnsOf(picture(item, horizontal, vertical), kInk, inside).isEmpty();
 }
 
 } // namespace
@@ -141,11 +143,11 @@ void NoteItemTest::namesAreDark_data()
     QTest::addColumn<bool>("selected");
     QTest::addColumn<QColor>("letters");
 
-    const QColor ink(0x22, 0x22, 0x22);
-    QTest::newRow("on a note: white") << false << false << QColor(Qt::white);
-    QTest::newRow("on a selected one: dark") << false << true << ink;
-    QTest::newRow("on a note in the dark: white") << true << false << QColor(Qt::white);
-    QTest::newRow("on a selected one in the dark: dark") << true << true << ink;
+    const QColor ink = kInk;
+    QTest::newRow("on a note") << false << false << ink;
+    QTest::newRow("on a selected one") << false << true << ink;
+    QTest::newRow("on a note in the dark") << true << false << ink;
+    QTest::newRow("on a selected one in the dark") << true << true << ink;
 }
 
 void NoteItemTest::namesAreDark()
@@ -203,8 +205,8 @@ void NoteItemTest::narrowNotesLoseTheirNames()
 void NoteItemTest::lettersAreNotStretched()
 {
     NoteItem item(0, 60, kRect);
-    const QList<int> narrow = columnsOf(picture(item, 1.0), Qt::white, QRect(3, 5, 58, 22));
-    const QList<int> wide = columnsOf(picture(item, 4.0), Qt::white, QRect(3, 5, 240, 22));
+    const QList<int> narrow = columnsOf(picture(item, 1.0), kInk, QRect(3, 5, 58, 22));
+    const QList<int> wide = columnsOf(picture(item, 4.0), kInk, QRect(3, 5, 240, 22));
     QVERIFY(!narrow.isEmpty());
     QCOMPARE(wide, narrow);
     QVERIFY(narrow.first() >= 4);
@@ -233,7 +235,7 @@ void NoteItemTest::lettersGrowWithTheRow()
     QFont font = painter.font();
     font.setPixelSize(pixels);
     painter.setFont(font);
-    painter.setPen(Qt::white);
+    painter.setPen(kInk);
     painter.drawText(QRectF(4.0, height / 14.0, 58.0, height), Qt::AlignLeft | Qt::AlignVCenter,
                      "Do");
     painter.end();
