@@ -9,6 +9,7 @@
 #include "shell/VariationButton.h"
 #include "shell/WrappingRow.h"
 #include "shell/controls/PlainText.h"
+#include "shell/controls/WheelGuard.h"
 #include "views/SectionWords.h"
 
 #include <QFormLayout>
@@ -112,6 +113,7 @@ LoopBrowser::LoopBrowser(LoopLibrary* library, InstrumentLibrary* instruments,
     layout->addWidget(help);
     layout->addWidget(search);
 
+    WheelGuard::guardAllIn(*this);
     connect(library_, &LoopLibrary::libraryChanged, this, &LoopBrowser::reloadStyles);
     reloadStyles();
 }

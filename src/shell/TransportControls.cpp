@@ -5,6 +5,7 @@
 #include "playback/PlaybackEngine.h"
 #include "shell/GridLevelNames.h"
 #include "shell/RibbonGroup.h"
+#include "shell/controls/WheelGuard.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -78,6 +79,7 @@ TransportControls::TransportControls(PlaybackEngine* engine, QWidget* parent)
     layout->addWidget(rowOf({projectGroup(), playbackGroup(), keyGroup()}));
     layout->addWidget(rowOf({tracksGroup(), voiceGroup(), exportGroup(), viewGroup()}));
     updateSubdivisionLabels();
+    WheelGuard::guardAllIn(*this);
     connectEdits();
     if (engine_)
         connectEngine();

@@ -2,6 +2,7 @@
 
 #include "model/Project.h"
 #include "shell/controls/InstrumentSelector.h"
+#include "shell/controls/WheelGuard.h"
 
 #include <QCheckBox>
 #include <QFormLayout>
@@ -86,6 +87,7 @@ TrackHeaderPanel::TrackHeaderPanel(InstrumentLibrary* library, QWidget* parent)
     connectCommonRows();
     connectNoteRows();
     connectAudioRows();
+    WheelGuard::guardAllIn(*this);
     refresh();
 }
 

@@ -16,6 +16,7 @@
 #include <QSet>
 #include <QSignalSpy>
 #include <QSlider>
+#include <QWheelEvent>
 
 #include <functional>
 
@@ -103,6 +104,17 @@ void clickBox(QCheckBox* box)
     QTest::mouseClick(box, Qt::LeftButton, {}, QPoint(8, box->height() / 2));
 }
 
+/// Turns the wheel down over a control. True when the control has taken it.
+bool turnWheel(QWidget* control)
+{
+    const QPointF place = control->rect().center();
+    QWheelEvent event(place, control->mapToGlobal(place), QPoint(), QPoint(0, -120), Qt::NoButton,
+                      {}, Qt::NoScrollPhase, false);
+    event.ignore();
+    QApplication::sendEvent(control, &event);
+    return event.isAccepted();
+}
+
 /// Replaces what stands in a field, letter by letter.
 void type(QLineEdit* field, const QString& text)
 {
@@ -171,6 +183,9 @@ private slots:
     void losingTheTrackWhileTypingIsOneEdit();
     void goingAwayWhileTypingEmitsNothing();
     void windowMayRefreshThePanelFromItsSignals();
+
+    void wheelTurnsNothingWithoutTheFocus();
+    void wheelTurnsWhatHasTheFocus();
 
     void staleIndicesDoNothing_data();
     void staleIndicesDoNothing();
@@ -866,6 +881,33 @@ void TrackHeaderPanelTest::windowMayRefreshThePanelFromItsSignals()
     expected->tracks[0].name = "Zamba";
     compareProject(*expected);
     QCOMPARE(controls_->name->text(), "Flautas");
+}
+
+// ---- The wheel -----------------------------------------------------------------------------
+
+void TrackHeaderPanelTest::wheelTurnsNothingWithoutTheFocus()
+{
+    panel_->showTrack(0);
+    showPanel();
+    controls_->name->setFocus();
+    for (QWidget* control :
+         {static_cast<QWidget*>(controls_->volume), static_cast<QWidget*>(controls_->instrument),
+          static_cast<QWidget*>(controls_->humanizing)}) {
+        QVERIFY(!turnWheel(control));
+        QVERIFY(!control->hasFocus());
+    }
+    compareProject(*song());
+    QVERIFY(isSilent());
+}
+
+void TrackHeaderPanelTest::wheelTurnsWhatHasTheFocus()
+{
+    panel_->showTrack(0);
+    showPanel();
+    controls_->volume->setFocus();
+    const int before = controls_->volume->value();
+    QVERIFY(turnWheel(controls_->volume));
+    QVERIFY(controls_->volume->value() != before);
 }
 
 // ---- Bad input -----------------------------------------------------------------------------
