@@ -192,7 +192,7 @@ void ArrangerGridView::startDrag(BlockItem* item, const QPointF& place)
 {
     select(item);
     const BlockRef block = item->block();
-    const bool grip = ArrangerLayout::isOnGrip(place.x(), item->rect().right(), transform().m11());
+    const bool grip = ArrangerLayout::isOnGrip(place.x(), item->rect(), transform().m11());
     drag_ =
         Drag{.mode = grip ? DragMode::Resize : DragMode::Move,
              .block = block,
@@ -209,6 +209,7 @@ void ArrangerGridView::select(BlockItem* item)
 void ArrangerGridView::mouseMoveEvent(QMouseEvent* event)
 {
     if (!drag_) {
+        showCursorAt(mapToScene(event->position().toPoint()));
         QGraphicsView::mouseMoveEvent(event);
         return;
     }
@@ -224,6 +225,14 @@ void ArrangerGridView::mouseMoveEvent(QMouseEvent* event)
         cancelDrag();
         break;
     }
+}
+
+void ArrangerGridView::showCursorAt(const QPointF& place)
+{
+    const BlockItem* item = arranger_->scene()->blockAt(place);
+    const bool grip = item && item->block().kind != BlockKind::Chord &&
+                      ArrangerLayout::isOnGrip(place.x(), item->rect(), transform().m11());
+    viewport()->setCursor(grip ? Qt::SizeHorCursor : Qt::ArrowCursor);
 }
 
 void ArrangerGridView::mouseReleaseEvent(QMouseEvent* event)
@@ -253,7 +262,8 @@ void ArrangerGridView::wheelEvent(QWheelEvent* event)
         QGraphicsView::wheelEvent(event);
         return;
     }
-    arranger_->zoomHorizontal(event->angleDelta().y() > 0 ? kWheelZoom : 1.0 / kWheelZoom);
+    arranger_->zoomHorizontal(event->angleDelta().y() > 0 ? kWheelZoom : 1.0 / kWheelZoom,
+                              Zoom::By::Wheel);
     event->accept();
 }
 

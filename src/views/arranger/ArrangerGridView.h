@@ -57,6 +57,7 @@ private:
     void startDrag(BlockItem* item, const QPointF& place);
     std::optional<BlockSpan> draggedSpan() const;
     void dragTo(double sceneX);
+    void showCursorAt(const QPointF& place);
     void select(BlockItem* item);
 
     TrackArranger* arranger_;

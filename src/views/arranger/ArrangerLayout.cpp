@@ -198,7 +198,7 @@ QRect ArrangerLayout::muteSquare(const QRect& row)
     return {row.right() - kMuteFromRight, middle - kMuteSize / 2, kMuteSize, kMuteSize};
 }
 
-bool ArrangerLayout::isOnGrip(double sceneX, double blockRight, double horizontalScale)
+bool ArrangerLayout::isOnGrip(double sceneX, const QRectF& block, double horizontalScale)
 {
-    return sceneX > blockRight - kGripPixels / horizontalScale;
+    return sceneX > block.right() - std::min(kGripPixels / horizontalScale, block.width() / 3.0);
 }

@@ -97,7 +97,8 @@ QList<GridLine> gridLines(double left, double right, const TimeSignature& meter)
 /// The mute button of a row of the left column, in the pixels of the row.
 QRect muteSquare(const QRect& row);
 
-/// Whether a place lies on the resize grip of a block: its last 7 pixels on screen.
-bool isOnGrip(double sceneX, double blockRight, double horizontalScale);
+/// Whether a place of a block lies on its resize grip: its last 7 pixels on screen, but no more
+/// than a third of it, so that the block can be moved at every scale.
+bool isOnGrip(double sceneX, const QRectF& block, double horizontalScale);
 
 } // namespace ArrangerLayout

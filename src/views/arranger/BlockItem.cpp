@@ -1,7 +1,9 @@
 #include "views/arranger/BlockItem.h"
 
 #include "shell/theme/CanvasColors.h"
+#include "shell/theme/Ink.h"
 
+#include <QFontMetricsF>
 #include <QPainter>
 
 #include <algorithm>
@@ -47,16 +49,27 @@ QColor BlockItem::fill() const
 void BlockItem::paint(QPainter* painter, const QStyleOptionGraphicsItem* /*option*/,
                       QWidget* /*widget*/)
 {
-    const QColor color = fill();
-    if (isSelected()) {
-        painter->setBrush(color.lighter(kSelectedLightness));
-        painter->setPen(QPen(kVeltaAccent, kSelectedOutline));
-    } else {
-        painter->setBrush(color);
-        painter->setPen(QPen(color.darker(kOutlineDarkness), 0));
-    }
+    const QColor color = isSelected() ? fill().lighter(kSelectedLightness) : fill();
+    painter->setBrush(color);
+    painter->setPen(isSelected() ? QPen(kVeltaAccent, kSelectedOutline)
+                                 : QPen(color.darker(kOutlineDarkness), 0));
     painter->drawRoundedRect(rect().adjusted(kInset, kInset, -kInset, -kInset), kRadius, kRadius);
-    painter->setPen(Qt::white);
-    painter->setFont(labelFont(painter->font()));
-    painter->drawText(rect().adjusted(4, 1, -2, -1), Qt::AlignLeft | Qt::AlignVCenter, label_);
+    paintLabel(*painter, inkOn(color));
+}
+
+void BlockItem::paintLabel(QPainter& painter, const QColor& ink) const
+{
+    const QRectF room = painter.worldTransform().mapRect(rect()).adjusted(4, 1, -2, -1);
+    const QFont font = labelFont(painter.font());
+    const QString label =
+        QFontMetricsF(font).elidedText(label_, Qt::ElideRight, std::max(room.width(), 0.0));
+    if (label.isEmpty())
+        return;
+    painter.save();
+    // The letters keep their shape whatever the zoom.
+    painter.resetTransform();
+    painter.setFont(font);
+    painter.setPen(ink);
+    painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter, label);
+    painter.restore();
 }

@@ -29,6 +29,8 @@ public:
     void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
 
 private:
+    void paintLabel(QPainter& painter, const QColor& ink) const;
+
     BlockRef block_;
     QString label_;
     QColor chordColor_;

@@ -4,6 +4,7 @@
 #include "music/Beats.h"
 #include "playback/PlaybackEngine.h"
 #include "views/TimelineRuler.h"
+#include "views/WheelForwarder.h"
 #include "views/arranger/ArrangerGridView.h"
 #include "views/arranger/ArrangerHeaderColumn.h"
 #include "views/arranger/ArrangerScene.h"
@@ -88,6 +89,8 @@ TrackArranger::TrackArranger(QWidget* parent)
     layout->addWidget(header_, 1, 0);
     layout->addWidget(view_, 1, 1);
 
+    new WheelForwarder(ruler_, view_->viewport());
+    new WheelForwarder(header_, view_->viewport());
     setFocusPolicy(Qt::StrongFocus);
     view_->setFocusProxy(this);
     connect(view_->horizontalScrollBar(), &QScrollBar::valueChanged, this,
@@ -221,10 +224,15 @@ bool TrackArranger::isPitchedTrack(const Track& track) const
 
 // ---- Scrolling, zoom and playhead ----------------------------------------------------------
 
-void TrackArranger::zoomHorizontal(double factor)
+void TrackArranger::zoomHorizontal(double factor, Zoom::By by)
 {
-    zoomX_ = std::clamp(zoomX_ * factor, kLeastZoom, kMostZoom);
-    view_->setTransform(QTransform::fromScale(zoomX_, 1.0));
+    const double zoom = zoomX_ * factor;
+    if (std::isnan(zoom))
+        return;
+    zoomX_ = std::clamp(zoom, kLeastZoom, kMostZoom);
+    const double playhead = playback_ ? playback_->playheadBeat() : 0.0;
+    Zoom::set(*view_, QTransform::fromScale(zoomX_, 1.0), playhead * ArrangerLayout::kBeatPixels,
+              by);
     syncRuler();
 }
 

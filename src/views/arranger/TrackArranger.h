@@ -2,6 +2,7 @@
 
 #include "music/ChordVoicer.h"
 #include "music/LoopSection.h"
+#include "views/Zoom.h"
 #include "views/arranger/ArrangerLayout.h"
 #include "views/arranger/BlockEdits.h"
 
@@ -79,7 +80,8 @@ public:
 
     bool isPitchedTrack(const Track& track) const;
 
-    void zoomHorizontal(double factor);
+    /// What one looks at stays where it is; see Zoom::set().
+    void zoomHorizontal(double factor, Zoom::By by = Zoom::By::Command);
 
     /// Scrolls of the view, in pixels.
     int verticalScroll() const;

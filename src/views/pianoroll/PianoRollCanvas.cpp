@@ -5,6 +5,7 @@
 #include "playback/PlaybackEngine.h"
 #include "shell/controls/PlainText.h"
 #include "views/TimelineRuler.h"
+#include "views/WheelForwarder.h"
 #include "views/pianoroll/PianoKeyboardWidget.h"
 #include "views/pianoroll/PianoRollGridView.h"
 #include "views/pianoroll/PianoRollScene.h"
@@ -72,6 +73,7 @@ PianoRollCanvas::PianoRollCanvas(QWidget* parent)
     layout->addWidget(keyboard_, 2, 0);
     layout->addWidget(view_, 2, 1);
 
+    new WheelForwarder(ruler_, view_->viewport());
     setFocusPolicy(Qt::StrongFocus);
     view_->setFocusProxy(this);
     scrollAnimation_.setDuration(kScrollMs);
@@ -307,16 +309,15 @@ void PianoRollCanvas::applyVerticalFit()
     syncRulerAndKeyboard();
 }
 
-void PianoRollCanvas::zoomHorizontal(double factor)
+void PianoRollCanvas::zoomHorizontal(double factor, Zoom::By by)
 {
     const double zoom = zoomX_ * factor;
     if (std::isnan(zoom))
         return;
     zoomX_ = std::clamp(zoom, kLeastZoom, kMostZoom);
-    // The anchor under the mouse would move the rows by parts of them.
-    const int y = view_->verticalScrollBar()->value();
-    view_->setTransform(QTransform::fromScale(zoomX_, zoomY_));
-    view_->verticalScrollBar()->setValue(y);
+    const double playhead = playback_ ? playback_->playheadBeat() : 0.0;
+    Zoom::set(*view_, QTransform::fromScale(zoomX_, zoomY_),
+              playhead * PianoRollLayout::kBeatPixels, by);
     syncRulerAndKeyboard();
 }
 
@@ -362,6 +363,7 @@ void PianoRollCanvas::syncRulerAndKeyboard()
     const double sceneX = view_->mapToScene(QPoint(0, 0)).x();
     ruler_->setViewport(sceneX * zoomX_, PianoRollLayout::kBeatPixels * zoomX_, 0);
     keyboard_->update();
+    scene_->placeMessage(*view_);
 }
 
 void PianoRollCanvas::updatePlayhead(double beat)

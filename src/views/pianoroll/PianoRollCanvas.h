@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/GridSubdivision.h"
+#include "views/Zoom.h"
 #include "views/pianoroll/PianoRollLayout.h"
 
 #include <QHash>
@@ -133,7 +134,8 @@ public:
     /// Shows all pitches of the block at once.
     void showWholeMelody();
 
-    void zoomHorizontal(double factor);
+    /// What one looks at stays where it is; see Zoom::set().
+    void zoomHorizontal(double factor, Zoom::By by = Zoom::By::Command);
 
     /// A factor above 1 shows one row fewer, any other one more.
     void zoomVertical(double factor);

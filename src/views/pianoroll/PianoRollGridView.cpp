@@ -50,6 +50,15 @@ void PianoRollGridView::resizeEvent(QResizeEvent* event)
     canvas_->applyVerticalFit();
 }
 
+void PianoRollGridView::showEvent(QShowEvent* event)
+{
+    // A view that is shown goes to where its anchor was last.
+    const int x = horizontalScrollBar()->value();
+    QGraphicsView::showEvent(event);
+    horizontalScrollBar()->setValue(x);
+    canvas_->applyVerticalFit();
+}
+
 bool PianoRollGridView::event(QEvent* event)
 {
     // The release goes to the dialog that has opened.
@@ -171,7 +180,7 @@ void PianoRollGridView::pressOnNote(NoteItem* note, const QPointF& place,
         note->setSelected(true);
     }
     const MelodyBlock& block = *canvas_->activeBlock();
-    const bool grip = PianoRollLayout::isOnGrip(place.x(), note->rect().right(), transform().m11());
+    const bool grip = PianoRollLayout::isOnGrip(place.x(), note->rect(), transform().m11());
     drag_ = Drag{.mode = grip ? DragMode::Resize : DragMode::Move,
                  .start = place,
                  .notes = NoteEdits::dragged(block, canvas_->scene()->selectedNotes()),
@@ -221,8 +230,7 @@ void PianoRollGridView::mouseMoveEvent(QMouseEvent* event)
 void PianoRollGridView::showCursorAt(const QPointF& place)
 {
     const NoteItem* note = noteItemAt(place);
-    const bool grip =
-        note && PianoRollLayout::isOnGrip(place.x(), note->rect().right(), transform().m11());
+    const bool grip = note && PianoRollLayout::isOnGrip(place.x(), note->rect(), transform().m11());
     viewport()->setCursor(grip ? Qt::SizeHorCursor : Qt::ArrowCursor);
 }
 
@@ -248,7 +256,7 @@ void PianoRollGridView::wheelEvent(QWheelEvent* event)
     if (ctrl && shift)
         canvas_->zoomVertical(up ? kWheelZoom : 1.0 / kWheelZoom);
     else if (ctrl)
-        canvas_->zoomHorizontal(up ? kWheelZoom : 1.0 / kWheelZoom);
+        canvas_->zoomHorizontal(up ? kWheelZoom : 1.0 / kWheelZoom, Zoom::By::Wheel);
     else if (shift)
         scrollHorizontally(angle.x() != 0 ? angle.x() : angle.y());
     else if (std::abs(angle.x()) <= std::abs(angle.y()))

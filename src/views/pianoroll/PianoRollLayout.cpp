@@ -137,9 +137,9 @@ std::optional<QRectF> PianoRollLayout::noteRect(const MelodyBlock& block, const 
                   std::clamp(note.durationBeats, 0.0, kMostBeats) * kBeatPixels, kNoteHeight);
 }
 
-bool PianoRollLayout::isOnGrip(double sceneX, double noteRight, double horizontalScale)
+bool PianoRollLayout::isOnGrip(double sceneX, const QRectF& note, double horizontalScale)
 {
-    return sceneX > noteRight - kGripPixels / horizontalScale;
+    return sceneX > note.right() - std::min(kGripPixels / horizontalScale, note.width() / 3.0);
 }
 
 int PianoRollLayout::barsOf(const MelodyBlock& block, double beatsPerBar)

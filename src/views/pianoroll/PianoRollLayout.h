@@ -114,8 +114,9 @@ double snapBeats(const TimeSignature& meter, GridSubdivisionLevel level);
 QList<PianoRollLine> gridLines(double left, double right, const TimeSignature& meter,
                                GridSubdivisionLevel level);
 
-/// Whether a place lies on the resize grip of a note: its last 6 pixels on screen.
-bool isOnGrip(double sceneX, double noteRight, double horizontalScale);
+/// Whether a place of a note lies on its resize grip: its last 6 pixels on screen, but no more than
+/// a third of it, so that the note can be moved at every scale.
+bool isOnGrip(double sceneX, const QRectF& note, double horizontalScale);
 
 /// Turns the wheel further by an angle, from what was left of the turns before. A turn the other
 /// way starts anew.

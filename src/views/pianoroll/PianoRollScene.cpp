@@ -5,6 +5,7 @@
 #include "views/pianoroll/PianoRollLayout.h"
 
 #include <QGraphicsTextItem>
+#include <QGraphicsView>
 #include <QPen>
 
 #include <algorithm>
@@ -17,7 +18,8 @@ constexpr int kGhostOutlineDarkness = 140;
 constexpr qreal kGhostZ = -1.0;
 
 constexpr int kMessagePointSize = 11;
-constexpr QPointF kMessagePlace(32.0, 288.0);
+/// Free pixels beside a message that is wider than the view.
+constexpr int kMessageMargin = 16;
 constexpr qreal kMessageZ = 50.0;
 
 constexpr qreal kPlayheadWidth = 2.0;
@@ -53,6 +55,7 @@ void PianoRollScene::empty()
     update();
     clear();
     playhead_ = nullptr;
+    message_ = nullptr;
 }
 
 void PianoRollScene::addGhosts(const Project& project, const QList<int>& tracks)
@@ -92,12 +95,26 @@ void PianoRollScene::showMessage(const QString& text)
 {
     QFont font;
     font.setPointSize(kMessagePointSize);
-    QGraphicsTextItem* message = addText(text, font);
-    message->setDefaultTextColor(canvasColors().headerText);
-    message->setPos(kMessagePlace);
-    message->setZValue(kMessageZ);
+    message_ = addText(text, font);
+    message_->setDefaultTextColor(canvasColors().headerText);
+    message_->setZValue(kMessageZ);
     // Rows are much taller than beats are wide, which would stretch the letters.
-    message->setFlag(QGraphicsItem::ItemIgnoresTransformations);
+    message_->setFlag(QGraphicsItem::ItemIgnoresTransformations);
+}
+
+void PianoRollScene::placeMessage(const QGraphicsView& view)
+{
+    if (!message_)
+        return;
+    const QSize room = view.viewport()->size();
+    message_->setTextWidth(-1.0);
+    const double width = message_->boundingRect().width();
+    if (width > room.width() - 2 * kMessageMargin)
+        message_->setTextWidth(room.width() - 2 * kMessageMargin);
+    const QSizeF size = message_->boundingRect().size();
+    const QPoint corner(qRound((room.width() - size.width()) / 2.0),
+                        qRound((room.height() - size.height()) / 2.0));
+    message_->setPos(view.mapToScene(corner));
 }
 
 void PianoRollScene::addPlayhead()

@@ -6,6 +6,7 @@
 #include <QGraphicsScene>
 
 class Project;
+class QGraphicsView;
 struct MelodyBlock;
 struct Track;
 
@@ -30,8 +31,11 @@ public:
     /// Leaves nothing, not even the playhead.
     void empty();
 
-    /// Writes a sentence into the grid, until the next rebuild.
+    /// Writes a sentence over the notes, until the next rebuild. See placeMessage().
     void showMessage(const QString& text);
+
+    /// Puts the sentence, if there is one, into the middle of what a view shows.
+    void placeMessage(const QGraphicsView& view);
 
     void setPlayheadBeat(double beat);
 
@@ -48,4 +52,5 @@ private:
     void addPlayhead();
 
     QGraphicsLineItem* playhead_ = nullptr;
+    QGraphicsTextItem* message_ = nullptr;
 };

@@ -216,6 +216,10 @@ private slots:
 
     void ctrlWheelZooms();
     void wheelScrolls();
+    void wheelBesideTheGridScrollsIt_data();
+    void wheelBesideTheGridScrollsIt();
+    void cursorTellsTheGrip();
+    void aBeatCanBeMovedAtEveryZoom();
 
     void loopsAreTakenAndNothingElse();
     void dropLandsOnItsBar_data();
@@ -1119,6 +1123,57 @@ void ArrangerGridViewTest::wheelScrolls()
     turnWheel(*stage_, QPoint(-1, 0), {});
     QVERIFY(stage_->scroll().x() > 0);
     QCOMPARE(stage_->arranger.zoomX(), 1.0);
+}
+
+void ArrangerGridViewTest::wheelBesideTheGridScrollsIt_data()
+{
+    QTest::addColumn<bool>("ruler");
+
+    QTest::newRow("over the left column") << false;
+    QTest::newRow("over the ruler") << true;
+}
+
+void ArrangerGridViewTest::wheelBesideTheGridScrollsIt()
+{
+    QFETCH(bool, ruler);
+    stage_->arranger.resize(600, 250);
+    QWidget* beside = ruler ? static_cast<QWidget*>(stage_->arranger.ruler())
+                            : static_cast<QWidget*>(stage_->arranger.headerColumn());
+    const QPointF place = beside->rect().center();
+    for (const QPoint& angle : {QPoint(0, -120), QPoint(-120, 0)}) {
+        QWheelEvent event(place, beside->mapToGlobal(place), QPoint(), angle, Qt::NoButton, {},
+                          Qt::NoScrollPhase, false);
+        QApplication::sendEvent(beside, &event);
+    }
+    QVERIFY(stage_->scroll().y() > 0);
+    QVERIFY(stage_->scroll().x() > 0);
+}
+
+void ArrangerGridViewTest::cursorTellsTheGrip()
+{
+    const auto shapeAt = [this](const QPoint& place) {
+        stage_->moveWithoutButtons(place);
+        return stage_->grid()->cursor().shape();
+    };
+    QCOMPARE(shapeAt(stage_->at(12.0, kQuenaY) - QPoint(3, 0)), Qt::SizeHorCursor);
+    QCOMPARE(shapeAt(stage_->at(12.0, kQuenaY) - QPoint(8, 0)), Qt::ArrowCursor);
+    QCOMPARE(shapeAt(stage_->at(12.0, kQuenaY) + QPoint(3, 0)), Qt::ArrowCursor);
+    QCOMPARE(shapeAt(stage_->at(8.0, kBajoY) - QPoint(3, 0)), Qt::SizeHorCursor);
+    // Chords cannot be resized.
+    QCOMPARE(shapeAt(stage_->at(4.0, kChordsY) - QPoint(3, 0)), Qt::ArrowCursor);
+}
+
+void ArrangerGridViewTest::aBeatCanBeMovedAtEveryZoom()
+{
+    stage_->song.tracks[0].melodyBlocks = {melody({}, 8.0, 1.0)};
+    emit stage_->song.changed();
+    stage_->arranger.zoomHorizontal(0.2);
+    // 6.4 pixels wide.
+    const QPoint place = stage_->at(8.0, kQuenaY) + QPoint(3, 0);
+    stage_->press(place);
+    stage_->move(place + QPoint(26, 0));
+    stage_->release(place + QPoint(26, 0));
+    QCOMPARE(stage_->song.tracks[0].melodyBlocks[0], melody({}, 12.0, 1.0));
 }
 
 // ---- Drops ---------------------------------------------------------------------------------

@@ -165,6 +165,7 @@ private slots:
     void muteSquare();
     void gripIsSevenPixelsWideOnScreen_data();
     void gripIsSevenPixelsWideOnScreen();
+    void gripIsAThirdOfAShortBlock();
 
 private:
     ContentFixture content_;
@@ -706,10 +707,23 @@ void ArrangerLayoutTest::gripIsSevenPixelsWideOnScreen()
     QFETCH(double, scale);
     QFETCH(double, lastOfBlock);
     QFETCH(double, firstOfGrip);
-    QVERIFY(!ArrangerLayout::isOnGrip(lastOfBlock, 128.0, scale));
-    QVERIFY(ArrangerLayout::isOnGrip(firstOfGrip, 128.0, scale));
-    QVERIFY(ArrangerLayout::isOnGrip(128.0, 128.0, scale));
-    QVERIFY(!ArrangerLayout::isOnGrip(0.0, 128.0, scale));
+    const QRectF block(0.0, 3.0, 128.0, 36.0);
+    QVERIFY(!ArrangerLayout::isOnGrip(lastOfBlock, block, scale));
+    QVERIFY(ArrangerLayout::isOnGrip(firstOfGrip, block, scale));
+    QVERIFY(ArrangerLayout::isOnGrip(128.0, block, scale));
+    QVERIFY(!ArrangerLayout::isOnGrip(0.0, block, scale));
+}
+
+void ArrangerLayoutTest::gripIsAThirdOfAShortBlock()
+{
+    // A beat: at a scale of 0.2 it is 6.4 pixels wide on screen.
+    const QRectF beat(96.0, 3.0, 32.0, 36.0);
+    for (const double scale : {0.2, 0.3, 0.65}) {
+        QVERIFY(!ArrangerLayout::isOnGrip(117.3, beat, scale));
+        QVERIFY(ArrangerLayout::isOnGrip(117.4, beat, scale));
+    }
+    QVERIFY(!ArrangerLayout::isOnGrip(120.9, beat, 1.0));
+    QVERIFY(ArrangerLayout::isOnGrip(121.1, beat, 1.0));
 }
 
 QTEST_GUILESS_MAIN(ArrangerLayoutTest)

@@ -1,5 +1,7 @@
 #include "views/arranger/BlockItem.h"
 
+#include "shell/theme/CanvasColors.h"
+#include "shell/theme/Ink.h"
 #include "shell/theme/ThemeManager.h"
 #include "support/UserHome.h"
 #include "views/Painted.h"
@@ -88,7 +90,9 @@ private slots:
     void labelIsWhiteInItsPlace();
     void labelIsSmallerThanTheFont_data();
     void labelIsSmallerThanTheFont();
-    void longLabelIsCutOffAtTheEdge();
+    void longLabelIsElided();
+    void labelIsNotStretched();
+    void labelsAreReadOnEveryGround();
     void blockWithoutALabelHasNoInk();
     void paintsIntoTinyAndHugeRectangles_data();
     void paintsIntoTinyAndHugeRectangles();
@@ -277,13 +281,46 @@ void BlockItemTest::labelIsSmallerThanTheFont()
     QCOMPARE(inkOf(paintedItem(item, fontOf(points))).size(), inkOf(expected).size());
 }
 
-void BlockItemTest::longLabelIsCutOffAtTheEdge()
+void BlockItemTest::longLabelIsElided()
 {
     BlockItem item = blockOf(BlockKind::Loop, QString(300, 'H'));
-    const QRect ink = inkOf(paintedItem(item));
-    // The whole width is used, as there is no ellipsis, and nothing stands outside.
-    QVERIFY(ink.right() > 118);
+    const QImage image = paintedItem(item);
+    const QRect ink = inkOf(image);
+    QVERIFY(ink.right() > 110);
     QVERIFY(ink.right() <= 127);
+    // What stands at the end is low: the dots that stand for the rest.
+    const QRect end = inkOf(image.copy(QRect(ink.right() - 3, 0, 4, image.height())));
+    QVERIFY2(end.height() < ink.height() / 2, qPrintable(QString::number(end.height())));
+}
+
+void BlockItemTest::labelIsNotStretched()
+{
+    BlockItem item = blockOf(BlockKind::Loop, "HHHH");
+    const QRect ink = inkOf(paintedItem(item));
+    for (const double zoom : {0.6, 2.0, 4.0}) {
+        const QRect zoomed = inkOf(paintedItem(item, QApplication::font(), zoom));
+        QCOMPARE(zoomed.size(), ink.size());
+        // From 4 pixels of the screen inside the left edge on.
+        QCOMPARE(zoomed.left() - ink.left(), qRound(10.0 * zoom) - 10);
+    }
+}
+
+void BlockItemTest::labelsAreReadOnEveryGround()
+{
+    for (const QColor& ground : kDegreeColors) {
+        for (const bool selected : {false, true}) {
+            BlockItem item({BlockKind::Chord, 0, 0}, kRect, "HHHH", ground);
+            item.setSelected(selected);
+            const QImage image = paintedItem(item);
+            const QColor fill = image.pixelColor(100, 12);
+            double best = 0.0;
+            for (int x = 14; x < 60; ++x) {
+                for (int y = 12; y < 36; ++y)
+                    best = std::max(best, contrast(image.pixelColor(x, y), fill));
+            }
+            QVERIFY2(best >= 4.5, qPrintable(ground.name() + ' ' + QString::number(best)));
+        }
+    }
 }
 
 void BlockItemTest::blockWithoutALabelHasNoInk()

@@ -1,6 +1,8 @@
 #include "views/arranger/TrackArranger.h"
 
 #include "ArrangerStage.h"
+#include "playback/PlaybackEngine.h"
+#include "playback/SoundfontPlayer.h"
 #include "shell/theme/ThemeManager.h"
 #include "support/UserHome.h"
 #include "views/Painted.h"
@@ -8,7 +10,9 @@
 
 #include <QMainWindow>
 #include <QScreen>
+#include <QWheelEvent>
 
+#include <cmath>
 #include <limits>
 
 using namespace ProjectBuilder;
@@ -113,6 +117,11 @@ private slots:
     void zoomIsHeldToItsLimits();
     void zoomKeepsTheHeights();
     void zoomAtTheLimitRepaintsTheRuler();
+    void zoomAtTheStartKeepsTheStart();
+    void zoomKeepsThePlayheadInSight();
+    void zoomWithoutAPlayheadInSightKeepsTheMiddle();
+    void zoomByNoNumberDoesNothing();
+    void wheelZoomKeepsWhatIsUnderTheMouse();
     void rulerFollowsZoomAndScroll();
     void columnIsRepaintedWhenTheGridScrolls();
     void gridStandsStillWhileThePlayheadMoves();
@@ -619,6 +628,65 @@ void TrackArrangerTest::zoomKeepsTheHeights()
     QCOMPARE(arranger().view()->mapFromScene(QPointF(10, 0)).x() -
                  arranger().view()->mapFromScene(QPointF(0, 0)).x(),
              30);
+}
+
+void TrackArrangerTest::zoomAtTheStartKeepsTheStart()
+{
+    for (const double factor : {1.25, 1.25, 1.25, 1.25, 0.8}) {
+        arranger().zoomHorizontal(factor);
+        QCOMPARE(stage_->scroll().x(), 0);
+    }
+}
+
+void TrackArrangerTest::zoomKeepsThePlayheadInSight()
+{
+    SoundfontPlayer player(SoundfontPlayer::Mode::Offline);
+    PlaybackEngine engine(&player, nullptr, nullptr);
+    engine.setProject(&stage_->song);
+    arranger().setContext(&stage_->song, &engine, stage_->content.library());
+    engine.setPlayheadBeat(20.0);
+    arranger().view()->horizontalScrollBar()->setValue(300);
+    for (const double factor : {1.25, 1.25, 0.8, 1.25}) {
+        arranger().zoomHorizontal(factor);
+        // 640 - 300 pixels from the left edge, as far as the scroll bar takes whole ones.
+        QVERIFY(std::abs(20.0 * 32.0 * arranger().zoomX() - stage_->scroll().x() - 340.0) <= 2.0);
+    }
+    arranger().setContext(nullptr, nullptr, nullptr);
+}
+
+void TrackArrangerTest::zoomWithoutAPlayheadInSightKeepsTheMiddle()
+{
+    arranger().view()->horizontalScrollBar()->setValue(600);
+    const double half = stage_->grid()->width() / 2.0;
+    const double middle = 600.0 + half;
+    arranger().zoomHorizontal(1.25);
+    QVERIFY(std::abs(middle * 1.25 - half - stage_->scroll().x()) <= 1.0);
+}
+
+void TrackArrangerTest::zoomByNoNumberDoesNothing()
+{
+    arranger().zoomHorizontal(std::numeric_limits<double>::quiet_NaN());
+    QCOMPARE(arranger().zoomX(), 1.0);
+    arranger().zoomHorizontal(1.5);
+    QCOMPARE(arranger().zoomX(), 1.5);
+}
+
+void TrackArrangerTest::wheelZoomKeepsWhatIsUnderTheMouse()
+{
+    QVERIFY(QTest::qWaitForWindowExposed(&arranger()));
+    const QPoint place(300, 65);
+    stage_->moveWithoutButtons(place);
+    QTest::mouseMove(stage_->grid(), place - QPoint(1, 0));
+    QTest::mouseMove(stage_->grid(), place);
+    const double before = arranger().view()->mapToScene(place).x();
+    for (int i = 0; i < 4; ++i) {
+        QWheelEvent event(place, stage_->grid()->mapToGlobal(QPointF(place)), QPoint(),
+                          QPoint(0, 120), Qt::NoButton, Qt::ControlModifier, Qt::NoScrollPhase,
+                          false);
+        QApplication::sendEvent(stage_->grid(), &event);
+    }
+    QVERIFY2(std::abs(arranger().view()->mapToScene(place).x() - before) <= 3.0,
+             qPrintable(QString::number(arranger().view()->mapToScene(place).x())));
 }
 
 void TrackArrangerTest::zoomAtTheLimitRepaintsTheRuler()

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <limits>
 
 using namespace ProjectBuilder;
@@ -23,11 +24,41 @@ constexpr int kMostInt = std::numeric_limits<int>::max();
 constexpr int kLeastInt = std::numeric_limits<int>::min();
 
 /// What is written into the grid; empty for nothing.
+using Act = std::function<void(PianoRollCanvas&)>;
+
+/// Counts how often a widget is painted anew.
+class PaintCounter : public QObject {
+public:
+    explicit PaintCounter(QWidget* widget) { widget->installEventFilter(this); }
+
+    int count() const { return count_; }
+
+private:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        count_ += event->type() == QEvent::Paint;
+        return false;
+    }
+
+    int count_ = 0;
+};
+
 QString messageIn(const PianoRollCanvas& canvas)
 {
     for (const QGraphicsItem* item : canvas.scene()->items()) {
         if (const auto* text = dynamic_cast<const QGraphicsTextItem*>(item))
             return text->toPlainText();
+    }
+    return {};
+}
+
+/// The message in the pixels of the view.
+QRectF messageRect(const PianoRollCanvas& canvas)
+{
+    for (const QGraphicsItem* item : canvas.scene()->items()) {
+        if (const auto* text = dynamic_cast<const QGraphicsTextItem*>(item))
+            return {canvas.view()->viewportTransform().map(text->pos()),
+                    text->boundingRect().size()};
     }
     return {};
 }
@@ -105,6 +136,12 @@ private slots:
     void stepsFollowTheLevel_data();
     void stepsFollowTheLevel();
     void levelRepaintsTheGrid();
+    void rowsStayWhenTheRollIsHiddenAndShown_data();
+    void rowsStayWhenTheRollIsHiddenAndShown();
+    void zoomAtTheStartKeepsTheStart();
+    void wheelOverTheRulerScrollsTheGrid();
+    void messageStandsInTheMiddle_data();
+    void messageStandsInTheMiddle();
 
     void rowsFillTheView_data();
     void rowsFillTheView();
@@ -436,6 +473,43 @@ void PianoRollCanvasTest::messageWithoutABlock()
     QTEST(messageIn(canvas()), "message");
 }
 
+void PianoRollCanvasTest::messageStandsInTheMiddle_data()
+{
+    QTest::addColumn<Act>("act");
+
+    QTest::newRow("as it comes") << Act([](PianoRollCanvas&) {});
+    QTest::newRow("in the highest rows")
+        << Act([](PianoRollCanvas& canvas) { canvas.scrollToTopPitch(96, false); });
+    QTest::newRow("in the lowest rows")
+        << Act([](PianoRollCanvas& canvas) { canvas.scrollToTopPitch(24, false); });
+    QTest::newRow("far in the song") << Act(
+        [](PianoRollCanvas& canvas) { canvas.view()->horizontalScrollBar()->setValue(1000); });
+    QTest::newRow("zoomed in") << Act([](PianoRollCanvas& canvas) {
+        canvas.zoomHorizontal(4.0);
+        canvas.zoomVertical(2.0);
+    });
+    QTest::newRow("in a larger window") << Act([](PianoRollCanvas& canvas) {
+        canvas.resize(1300, 700);
+        QCoreApplication::processEvents();
+    });
+    QTest::newRow("in a window narrower than the sentence") << Act([](PianoRollCanvas& canvas) {
+        canvas.resize(400, 500);
+        QCoreApplication::processEvents();
+    });
+}
+
+void PianoRollCanvasTest::messageStandsInTheMiddle()
+{
+    QFETCH(Act, act);
+    canvas().setVisibleTracks({1}, 1);
+    act(canvas());
+    const QRectF message = messageRect(canvas());
+    const QRectF room = stage_->grid()->rect();
+    QVERIFY(room.contains(message));
+    QVERIFY2((message.center() - room.center()).manhattanLength() <= 3.0,
+             qPrintable(QString::number(message.center().y())));
+}
+
 void PianoRollCanvasTest::otherSelectedTracksShowThrough()
 {
     QCOMPARE(ghostsIn(canvas()), 0);
@@ -605,8 +679,55 @@ void PianoRollCanvasTest::levelRepaintsTheGrid()
 {
     const QPoint quarter(16, 10);
     const QColor before = painted(stage_->grid()).pixelColor(quarter);
+    PaintCounter paints(stage_->grid());
     canvas().setSubdivisionLevel(GridSubdivisionLevel::Subdivision);
+    QTRY_VERIFY(paints.count() > 0);
     QVERIFY(painted(stage_->grid()).pixelColor(quarter) != before);
+}
+
+void PianoRollCanvasTest::rowsStayWhenTheRollIsHiddenAndShown_data()
+{
+    QTest::addColumn<int>("height");
+
+    for (const int height : {333, 400, 457, 500, 611})
+        QTest::addRow("%d", height) << height;
+}
+
+void PianoRollCanvasTest::rowsStayWhenTheRollIsHiddenAndShown()
+{
+    QFETCH(int, height);
+    canvas().resize(1000, height);
+    canvas().scrollToTopPitch(83, false);
+    canvas().view()->horizontalScrollBar()->setValue(321);
+    QCoreApplication::processEvents();
+    const int y = qRound((96 - 83) * 16 * canvas().zoomY());
+    QCOMPARE(canvas().view()->verticalScrollBar()->value(), y);
+    for (int i = 0; i < 3; ++i) {
+        QCursor::setPos(stage_->grid()->mapToGlobal(QPoint(300 + 7 * i, 50 + 60 * i)));
+        canvas().hide();
+        QCoreApplication::processEvents();
+        canvas().show();
+        QCoreApplication::processEvents();
+        QCOMPARE(canvas().topPitch(), 83);
+        QCOMPARE(canvas().view()->verticalScrollBar()->value(), y);
+        QCOMPARE(canvas().view()->horizontalScrollBar()->value(), 321);
+    }
+}
+
+void PianoRollCanvasTest::zoomAtTheStartKeepsTheStart()
+{
+    for (const double factor : {1.25, 1.25, 1.25, 0.8}) {
+        canvas().zoomHorizontal(factor);
+        QCOMPARE(canvas().view()->horizontalScrollBar()->value(), 0);
+    }
+}
+
+void PianoRollCanvasTest::wheelOverTheRulerScrollsTheGrid()
+{
+    PianoRollStage::turnWheel(canvas().ruler(), QPoint(0, 120));
+    QCOMPARE(canvas().topPitch(), 73);
+    PianoRollStage::turnWheel(canvas().ruler(), QPoint(0, -120), Qt::ShiftModifier);
+    QCOMPARE(canvas().view()->horizontalScrollBar()->value(), 120);
 }
 
 // ---- Rows and zoom -------------------------------------------------------------------------

@@ -515,13 +515,15 @@ void PianoRollLayoutTest::gripIsSixPixelsOfTheScreen_data()
     QTest::newRow("zoomed in it is narrower in the scene") << 2.0 << 96.5 << false;
     QTest::newRow("inside it") << 2.0 << 97.5 << true;
     QTest::newRow("zoomed out it is wider") << 0.5 << 89.0 << true;
+    QTest::newRow("far out it is a third of the note") << 0.2 << 78.5 << false;
+    QTest::newRow("inside the third") << 0.2 << 79.0 << true;
 }
 
 void PianoRollLayoutTest::gripIsSixPixelsOfTheScreen()
 {
     QFETCH(double, scale);
     QFETCH(double, x);
-    QTEST(PianoRollLayout::isOnGrip(x, 100.0, scale), "grip");
+    QTEST(PianoRollLayout::isOnGrip(x, QRectF(36.0, 1.0, 64.0, 14.0), scale), "grip");
 }
 
 void PianoRollLayoutTest::barsOfAMelody_data()
