@@ -1,6 +1,8 @@
 #include "storage/LocalStorageProvider.h"
 
+#include "files/WholeFile.h"
 #include "model/Project.h"
+#include "storage/ProjectHead.h"
 #include "suite/Recientes.h"
 
 #include <QDir>
@@ -9,8 +11,6 @@
 #include <QJsonDocument>
 #include <QRegularExpression>
 #include <QStandardPaths>
-
-#include <optional>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -23,23 +23,10 @@ QString projectFile(const QString& folder)
     return folder + "/project.json"_L1;
 }
 
-std::optional<QJsonObject> readProjectFile(const QString& folder)
+/// Tells the content of a project file from any other.
+size_t digestOf(const QByteArray& bytes)
 {
-    QFile file(projectFile(folder));
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
-    return document.isObject() ? std::optional(document.object()) : std::nullopt;
-}
-
-/// Rewrites the file in place. False if it cannot be opened.
-bool writeProjectFile(const QString& folder, const Project& project)
-{
-    QFile file(projectFile(folder));
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        return false;
-    file.write(QJsonDocument(project.toJson()).toJson(QJsonDocument::Indented));
-    return true;
+    return qHashBits(bytes.constData(), static_cast<size_t>(bytes.size()));
 }
 
 /// Lets the members of a current session find the work in every program of the suite.
@@ -62,6 +49,13 @@ void moveWorksOfOlderLayout(const QString& root)
             QDir().rename(old.filePath(name), target);
     }
     QDir().rmdir(old.path());
+}
+
+/// Qt takes the current folder for the trash where the user's data have no folder yet.
+bool moveToTrash(const QString& folder)
+{
+    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    return QDir().mkpath(data) && QFile::moveToTrash(folder);
 }
 
 QString slugOf(const QString& name)
@@ -89,12 +83,13 @@ QList<ProjectInfo> LocalStorageProvider::listProjects()
     const QFileInfoList folders =
         QDir(root_).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Time);
     for (const QFileInfo& folder : folders) {
-        const auto json = readProjectFile(folder.filePath());
-        if (!json)
+        const QString file = projectFile(folder.filePath());
+        const auto head = ProjectHead::read(file);
+        if (!head)
             continue;
         projects.append({.id = folder.fileName(),
-                         .name = (*json)["name"_L1].toString(folder.fileName()),
-                         .modifiedAt = QFileInfo(projectFile(folder.filePath())).lastModified(),
+                         .name = head->name.value_or(folder.fileName()),
+                         .modifiedAt = QFileInfo(file).lastModified(),
                          .folderPath = folder.filePath()});
     }
     return projects;
@@ -103,28 +98,50 @@ QList<ProjectInfo> LocalStorageProvider::listProjects()
 Project* LocalStorageProvider::loadProject(const QString& id, QObject* parent)
 {
     const QString folder = projectFolder(id);
-    const auto json = readProjectFile(folder);
-    if (!json)
+    const auto bytes = WholeFile::read(projectFile(folder), ProjectHead::kMaxFileBytes);
+    const QJsonDocument document = QJsonDocument::fromJson(bytes.value_or(QByteArray()));
+    if (!document.isObject())
         return nullptr;
+    known_.insert(id, digestOf(*bytes));
     noteRecentUse(folder);
-    return Project::fromJson(*json, parent);
+    return Project::fromJson(document.object(), parent);
 }
 
 bool LocalStorageProvider::saveProject(const QString& id, const Project& project)
 {
     const QString folder = projectFolder(id);
-    if (!QDir().mkpath(folder) || !writeProjectFile(folder, project))
+    const QByteArray bytes = QJsonDocument(project.toJson()).toJson(QJsonDocument::Indented);
+    if (!QDir().mkpath(folder) || !WholeFile::rewrite(projectFile(folder), bytes))
         return false;
+    // What the disk gives back is the work, whatever was said about the writing.
+    if (WholeFile::read(projectFile(folder), bytes.size()) != bytes)
+        return false;
+    known_.insert(id, digestOf(bytes));
     noteRecentUse(folder);
     return true;
 }
 
+bool LocalStorageProvider::hasProject(const QString& id) const
+{
+    return !id.isEmpty() && QFileInfo(projectFile(projectFolder(id))).isFile();
+}
+
+bool LocalStorageProvider::changedElsewhere(const QString& id) const
+{
+    const auto bytes = WholeFile::read(projectFile(projectFolder(id)), ProjectHead::kMaxFileBytes);
+    return bytes && known_.contains(id) && known_.value(id) != digestOf(*bytes);
+}
+
 bool LocalStorageProvider::deleteProject(const QString& id)
 {
-    if (id.isEmpty())
+    const QString folder = projectFolder(id);
+    const QFileInfo info(folder);
+    if (id.isEmpty() || !(info.isDir() || info.isSymLink()))
         return false;
-    QDir folder(projectFolder(id));
-    return folder.exists() && folder.removeRecursively();
+    // What a link leads to is not this work alone.
+    if (info.isSymLink())
+        return QFile::remove(folder);
+    return moveToTrash(folder) || QDir(folder).removeRecursively();
 }
 
 QString LocalStorageProvider::createProjectId(const QString& name)

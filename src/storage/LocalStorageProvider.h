@@ -2,6 +2,8 @@
 
 #include "storage/ProjectStorageProvider.h"
 
+#include <QHash>
+
 /// Works as folders under one root, each with a project.json and its audio files. There is no
 /// index: the folders are the list.
 class LocalStorageProvider : public ProjectStorageProvider {
@@ -13,6 +15,8 @@ public:
     QList<ProjectInfo> listProjects() override;
     Project* loadProject(const QString& id, QObject* parent) override;
     bool saveProject(const QString& id, const Project& project) override;
+    bool hasProject(const QString& id) const override;
+    bool changedElsewhere(const QString& id) const override;
     bool deleteProject(const QString& id) override;
 
     /// Lower case, with "_" for every run of other characters than a-z and 0-9, at most 40 long;
@@ -23,4 +27,6 @@ public:
 
 private:
     QString root_;
+    /// Of each work that was read or written: a digest of its file as it was then.
+    QHash<QString, size_t> known_;
 };

@@ -34,10 +34,18 @@ public:
     /// read.
     virtual Project* loadProject(const QString& id, QObject* parent) = 0;
 
-    /// Writes a work, making its folder. False if the folder or the file cannot be opened.
+    /// Writes a work, making its folder, and reads it back. False if the disk does not hold the
+    /// whole work afterwards; where there was no room for it, the former file stays.
     virtual bool saveProject(const QString& id, const Project& project) = 0;
 
-    /// Removes a work with everything in its folder. False if there is none, or it resists.
+    /// Whether the file of a work is there, readable or not.
+    virtual bool hasProject(const QString& id) const = 0;
+
+    /// Whether somebody else has changed the file of a work since it was read or saved from here.
+    virtual bool changedElsewhere(const QString& id) const = 0;
+
+    /// Removes a work with everything in its folder, to the system's trash where there is one. Of a
+    /// folder that is a link, the link alone. False if there is none, or it resists.
     virtual bool deleteProject(const QString& id) = 0;
 
     /// A new id made from a title. Nothing is created.

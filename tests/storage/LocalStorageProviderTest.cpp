@@ -4,6 +4,8 @@
 #include "suite/Recientes.h"
 #include "suite/SuiteFolder.h"
 #include "support/Files.h"
+#include "support/ForbiddenWriting.h"
+#include "support/FullDisk.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,7 +16,9 @@
 
 #include <chrono>
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <sys/stat.h>
 
 namespace {
 
@@ -46,13 +50,24 @@ private slots:
     void savingRewritesTheFileInPlace();
     void savingMakesAMissingFolderAgain();
     void savingFailsWhereNoFolderCanBe();
+    void aFullDiskKeepsTheFormerWork_data();
+    void aFullDiskKeepsTheFormerWork();
+    void aFullDiskLeavesNoBeginningOfANewWork();
+    void aFolderWithoutWritingKeepsItsWork();
     void loadingWhatIsNoProjectGivesNull_data();
     void loadingWhatIsNoProjectGivesNull();
+    void whatIsNoRegularFileIsNoWork_data();
+    void whatIsNoRegularFileIsNoWork();
     void listingSkipsWhatIsNoProject();
     void listingNamesAWorkWithoutANameByItsFolder();
     void listingFollowsTheFoldersTimeNewestFirst();
     void deletingTakesTheWholeFolder();
+    void whatIsDeletedLiesInTheTrash();
+    void aLinkedWorkIsDeletedAsTheLink();
+    void aLinkToNothingCanBeDeleted();
     void deletingWhatIsNotThereFails();
+    void aWorkIsThereWhileItsFileIs();
+    void changesOfSomebodyElseAreSeen();
     void idsAreMadeFromTitles_data();
     void idsAreMadeFromTitles();
     void takenIdsGetANumber();
@@ -96,6 +111,8 @@ void LocalStorageProviderTest::init()
 {
     dir_ = std::make_unique<QTemporaryDir>();
     home_ = qgetenv("HOME");
+    // The system's trash is looked for where there is a home.
+    QDir().mkpath(dir_->filePath("home"));
     qputenv("HOME", dir_->filePath("home").toUtf8());
     QStandardPaths::setTestModeEnabled(true);
     suite_.clear();
@@ -160,6 +177,60 @@ void LocalStorageProviderTest::savingFailsWhereNoFolderCanBe()
     QVERIFY(!storage.saveProject("otra", Project()));
 }
 
+void LocalStorageProviderTest::aFullDiskKeepsTheFormerWork_data()
+{
+    QTest::addColumn<int>("room");
+    QTest::newRow("no room at all") << 0;
+    QTest::newRow("room for what was there") << 600;
+    QTest::newRow("room for a part of what is new") << 2000;
+}
+
+void LocalStorageProviderTest::aFullDiskKeepsTheFormerWork()
+{
+    QFETCH(int, room);
+    LocalStorageProvider storage(root());
+    Project project;
+    QVERIFY(storage.saveProject("obra", project));
+    const QByteArray former = bytesOf(root() + "/obra/project.json");
+    project.name = QString(5000, 'x');
+    {
+        const FullDisk disk(static_cast<rlim_t>(room));
+        QVERIFY(!storage.saveProject("obra", project));
+    }
+    QCOMPARE(bytesOf(root() + "/obra/project.json"), former);
+    QVERIFY(storage.saveProject("obra", project));
+    const std::unique_ptr<Project> loaded(storage.loadProject("obra", nullptr));
+    QCOMPARE(loaded->toJson(), project.toJson());
+}
+
+void LocalStorageProviderTest::aFullDiskLeavesNoBeginningOfANewWork()
+{
+    LocalStorageProvider storage(root());
+    {
+        const FullDisk disk(100);
+        QVERIFY(!storage.saveProject("obra", Project()));
+    }
+    QVERIFY(!storage.hasProject("obra"));
+}
+
+void LocalStorageProviderTest::aFolderWithoutWritingKeepsItsWork()
+{
+    LocalStorageProvider storage(root());
+    QVERIFY(storage.saveProject("obra", Project()));
+    const QByteArray former = bytesOf(root() + "/obra/project.json");
+    Project project;
+    project.bpm = 90;
+    {
+        const ForbiddenWriting forbidden(dir_->path());
+        QVERIFY(storage.hasProject("obra"));
+        QVERIFY(!storage.saveProject("obra", project));
+        QVERIFY(!storage.saveProject("otra", project));
+        QVERIFY(!storage.deleteProject("obra"));
+    }
+    QCOMPARE(bytesOf(root() + "/obra/project.json"), former);
+    QVERIFY(storage.saveProject("obra", project));
+}
+
 void LocalStorageProviderTest::loadingWhatIsNoProjectGivesNull_data()
 {
     QTest::addColumn<QByteArray>("content");
@@ -177,6 +248,36 @@ void LocalStorageProviderTest::loadingWhatIsNoProjectGivesNull()
     writeBytes(root() + "/obra/project.json", content);
     QVERIFY(!storage.loadProject("obra", this));
     QVERIFY(!storage.loadProject("no_such_work", this));
+}
+
+void LocalStorageProviderTest::whatIsNoRegularFileIsNoWork_data()
+{
+    using Place = std::function<void(const QString&)>;
+    QTest::addColumn<Place>("place");
+    QTest::newRow("a pipe") << Place(
+        [](const QString& path) { mkfifo(path.toUtf8().constData(), 0600); });
+    QTest::newRow("a link to a pipe") << Place([](const QString& path) {
+        mkfifo((path + ".pipe").toUtf8().constData(), 0600);
+        QFile::link(path + ".pipe", path);
+    });
+    QTest::newRow("a device without an end")
+        << Place([](const QString& path) { QFile::link("/dev/zero", path); });
+    QTest::newRow("a folder") << Place([](const QString& path) { QDir().mkpath(path); });
+    QTest::newRow("a link to itself")
+        << Place([](const QString& path) { QFile::link(path, path); });
+}
+
+void LocalStorageProviderTest::whatIsNoRegularFileIsNoWork()
+{
+    QFETCH(std::function<void(const QString&)>, place);
+    LocalStorageProvider storage(root());
+    QDir().mkpath(root() + "/obra");
+    place(root() + "/obra/project.json");
+    QVERIFY(storage.listProjects().isEmpty());
+    QVERIFY(!storage.loadProject("obra", this));
+    QVERIFY(!storage.hasProject("obra"));
+    QVERIFY(!storage.changedElsewhere("obra"));
+    QVERIFY(!storage.saveProject("obra", Project()));
 }
 
 void LocalStorageProviderTest::listingSkipsWhatIsNoProject()
@@ -234,6 +335,75 @@ void LocalStorageProviderTest::deletingTakesTheWholeFolder()
     QVERIFY(storage.deleteProject("obra"));
     QVERIFY(!QFile::exists(root() + "/obra"));
     QVERIFY(QFile::exists(root() + "/otra/project.json"));
+}
+
+void LocalStorageProviderTest::whatIsDeletedLiesInTheTrash()
+{
+    LocalStorageProvider storage(root());
+    QVERIFY(storage.saveProject("obra", Project()));
+    writeBytes(root() + "/obra/toma_1.wav", "RIFF");
+    QVERIFY(storage.deleteProject("obra"));
+    const QString trash =
+        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + "/Trash/files";
+    QVERIFY(QFile::exists(trash + "/obra/project.json"));
+    QCOMPARE(bytesOf(trash + "/obra/toma_1.wav"), "RIFF");
+}
+
+void LocalStorageProviderTest::aLinkedWorkIsDeletedAsTheLink()
+{
+    LocalStorageProvider storage(root());
+    const QString shared = dir_->filePath("compartida");
+    writeBytes(shared + "/project.json", "{}");
+    writeBytes(shared + "/voces/precious.txt", "precious");
+    QVERIFY(QFile::link(shared, root() + "/enlace"));
+    QCOMPARE(storage.listProjects().size(), 1);
+    QVERIFY(storage.deleteProject("enlace"));
+    QVERIFY(!QFileInfo(root() + "/enlace").isSymLink());
+    QCOMPARE(bytesOf(shared + "/project.json"), "{}");
+    QCOMPARE(bytesOf(shared + "/voces/precious.txt"), "precious");
+}
+
+void LocalStorageProviderTest::aLinkToNothingCanBeDeleted()
+{
+    LocalStorageProvider storage(root());
+    QVERIFY(QFile::link(dir_->filePath("gone"), root() + "/enlace"));
+    QVERIFY(storage.deleteProject("enlace"));
+    QVERIFY(!QFileInfo(root() + "/enlace").isSymLink());
+}
+
+void LocalStorageProviderTest::aWorkIsThereWhileItsFileIs()
+{
+    LocalStorageProvider storage(root());
+    QVERIFY(!storage.hasProject("obra"));
+    QVERIFY(storage.saveProject("obra", Project()));
+    QVERIFY(storage.hasProject("obra"));
+    QVERIFY(QFile::remove(root() + "/obra/project.json"));
+    QVERIFY(!storage.hasProject("obra"));
+    writeBytes(root() + "/project.json", "{}");
+    QVERIFY(!storage.hasProject(QString()));
+}
+
+void LocalStorageProviderTest::changesOfSomebodyElseAreSeen()
+{
+    LocalStorageProvider mine(root());
+    LocalStorageProvider theirs(root());
+    QVERIFY(!mine.changedElsewhere("obra"));
+    QVERIFY(mine.saveProject("obra", Project()));
+    QVERIFY(!mine.changedElsewhere("obra"));
+    QVERIFY2(!theirs.changedElsewhere("obra"), "who has not read it knows of no change");
+
+    const std::unique_ptr<Project> work(theirs.loadProject("obra", nullptr));
+    QVERIFY(!theirs.changedElsewhere("obra"));
+    work->bpm = 121;
+    QVERIFY(theirs.saveProject("obra", *work));
+    QVERIFY(mine.changedElsewhere("obra"));
+    QVERIFY(!theirs.changedElsewhere("obra"));
+
+    QVERIFY2(mine.saveProject("obra", Project()), "whoever has been asked may save");
+    QVERIFY(!mine.changedElsewhere("obra"));
+    QVERIFY(theirs.changedElsewhere("obra"));
+    QVERIFY(QDir(root() + "/obra").removeRecursively());
+    QVERIFY2(!mine.changedElsewhere("obra"), "there is nothing left to overwrite");
 }
 
 void LocalStorageProviderTest::deletingWhatIsNotThereFails()

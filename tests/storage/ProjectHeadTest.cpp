@@ -1,0 +1,117 @@
+#include "storage/ProjectHead.h"
+
+#include "support/Files.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+/// More than is parsed as a whole.
+QByteArray filling(char byte)
+{
+    return QByteArray(ProjectHead::kParsedWhole, byte);
+}
+
+} // namespace
+
+/// What a listing learns of a work, with as little reading as it takes.
+class ProjectHeadTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void theTitleIsThatOfTheOutermostObject_data();
+    void theTitleIsThatOfTheOutermostObject();
+    void whatIsNoObjectIsNoWork_data();
+    void whatIsNoObjectIsNoWork();
+    void ofALargeWorkNoMoreIsReadThanItTakes();
+    void endlessFilesAreNoWork();
+
+private:
+    std::optional<ProjectHead> headOf(const QByteArray& bytes)
+    {
+        writeBytes(dir_.filePath("project.json"), bytes);
+        return ProjectHead::read(dir_.filePath("project.json"));
+    }
+
+    QTemporaryDir dir_;
+};
+
+void ProjectHeadTest::theTitleIsThatOfTheOutermostObject_data()
+{
+    QTest::addColumn<QByteArray>("start");
+    QTest::addColumn<bool>("named");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("first") << QByteArray(R"({"name": "Zamba")") << true << "Zamba";
+    QTest::newRow("no space at all") << QByteArray(R"({"bpm":1,"name":"Zamba")") << true << "Zamba";
+    QTest::newRow("behind other records")
+        << QByteArray(R"({"audioTracks": [{"name": "Voz"}], "key": {"name": "no"}, "name": "Sí")")
+        << true << "Sí";
+    QTest::newRow("a text that looks like the key")
+        << QByteArray(R"({"app": "name", "b": ["name", ":", "x"], "name": "Gato")") << true
+        << "Gato";
+    QTest::newRow("brackets and quotes in texts")
+        << QByteArray(R"({"a": "}]\"{[\\", "name": "A \"B\" \u00f1 \\ } ")") << true
+        << QString("A \"B\" ñ \\ } ");
+    QTest::newRow("a byte order mark")
+        << QByteArray("\xEF\xBB\xBF {\"name\": \"x\"") << true << "x";
+    QTest::newRow("an empty one") << QByteArray(R"({"name": "")") << true << "";
+    QTest::newRow("a number") << QByteArray(R"({"name": 5)") << false << "";
+    QTest::newRow("an object") << QByteArray(R"({"name": {"name": "x"})") << false << "";
+    QTest::newRow("none") << QByteArray(R"({"bpm": 120)") << false << "";
+}
+
+/// A file that is parsed as a whole and one that is not say the same.
+void ProjectHeadTest::theTitleIsThatOfTheOutermostObject()
+{
+    QFETCH(QByteArray, start);
+    QFETCH(bool, named);
+    QFETCH(QString, name);
+    const ProjectHead expected{named ? std::optional(name) : std::nullopt};
+    const QByteArray small = start + ", \"tracks\": []}";
+    QVERIFY(QJsonDocument::fromJson(small).isObject());
+    QCOMPARE(headOf(small), expected);
+    QCOMPARE(headOf(start + ", \"tracks\": [" + filling(' ') + "]}\n"), expected);
+    QCOMPARE(headOf(start + ", \"tracks\": [\"" + filling('x') + "\"]}"), expected);
+}
+
+void ProjectHeadTest::whatIsNoObjectIsNoWork_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("nothing") << QByteArray();
+    QTest::newRow("no JSON") << QByteArray("obra");
+    QTest::newRow("damaged in its middle") << QByteArray(R"({"name": "x", "tracks": [}})");
+    QTest::newRow("cut") << QByteArray(R"({"name": "x", "tracks": [)");
+    QTest::newRow("a large list") << "[{\"name\": \"x\"}," + filling(' ') + "{}]";
+    QTest::newRow("a large cut one") << "{\"name\": \"x\", \"tracks\": [" + filling(' ');
+    QTest::newRow("a large one of zeros") << filling('\0');
+    QTest::newRow("a large text") << filling('x') + "}";
+}
+
+void ProjectHeadTest::whatIsNoObjectIsNoWork()
+{
+    QFETCH(QByteArray, bytes);
+    QVERIFY(!headOf(bytes));
+}
+
+void ProjectHeadTest::ofALargeWorkNoMoreIsReadThanItTakes()
+{
+    // Who read the middle would find that it is no JSON.
+    const auto head = headOf("{\"name\": \"Zamba\", \"tracks\": [" + filling('\0') + "]}");
+    QVERIFY(head);
+    QCOMPARE(head->name, "Zamba");
+}
+
+void ProjectHeadTest::endlessFilesAreNoWork()
+{
+    QVERIFY(headOf("{\"name\": \"x\"}"));
+    QFile file(dir_.filePath("project.json"));
+    QVERIFY(file.resize(ProjectHead::kMaxFileBytes) && file.open(QIODevice::Append));
+    QVERIFY(file.write("}") == 1 && file.flush());
+    QVERIFY(!ProjectHead::read(file.fileName()));
+}
+
+QTEST_GUILESS_MAIN(ProjectHeadTest)
+#include "ProjectHeadTest.moc"
