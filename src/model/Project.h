@@ -1,21 +1,16 @@
 #pragma once
 
-#include "model/AudioTrack.h"
-#include "model/Track.h"
-#include "music/HarmonyTrack.h"
-#include "music/KeySignature.h"
-#include "music/TimeSignature.h"
+#include "model/Song.h"
 
 #include <QJsonObject>
 #include <QObject>
-#include <QStringList>
 
 /// Note tracks that a project may hold, as each sounds on a channel of its own.
 inline constexpr int kMaxNoteTracks = 13;
 
 /// The document: one song. Its records are plain values that views change directly, addressed
 /// by index; references into the content library are strings that may point to nothing.
-class Project : public QObject {
+class Project : public QObject, public Song {
     Q_OBJECT
 
 public:
@@ -40,20 +35,6 @@ public:
 
     /// Bars up to endBeat(), at least `minimum`.
     int barCount(int minimum) const;
-
-    static constexpr qint32 kDefaultBpm = 120;
-
-    QString name;
-    /// Quarter notes per minute, in every meter.
-    qint32 bpm = kDefaultBpm;
-    TimeSignature timeSignature;
-    KeySignature keySignature;
-    /// In the order of lanes and channels.
-    QList<Track> tracks;
-    QList<AudioTrack> audioTracks;
-    HarmonyTrack harmonyTrack;
-    /// Keys of the arranger's folded track groups.
-    QStringList collapsedGroups;
 
 signals:
     /// Anything may be different. Emitted by the window after a finished edit, never from here.

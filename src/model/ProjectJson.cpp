@@ -1,6 +1,6 @@
 #include "model/ProjectJson.h"
 
-#include "model/Project.h"
+#include "model/Song.h"
 
 #include <QJsonArray>
 
@@ -322,28 +322,58 @@ QStringList readStrings(const QJsonValue& json)
 
 } // namespace
 
-QJsonObject ProjectJson::write(const Project& project)
+QJsonObject ProjectJson::write(const Song& song)
 {
     return {{"app"_L1, "velta"_L1},
-            {"audioTracks"_L1, writeList(project.audioTracks, writeAudioTrack)},
-            {"bpm"_L1, project.bpm},
-            {"collapsedGroups"_L1, QJsonArray::fromStringList(project.collapsedGroups)},
+            {"audioTracks"_L1, writeList(song.audioTracks, writeAudioTrack)},
+            {"bpm"_L1, song.bpm},
+            {"collapsedGroups"_L1, QJsonArray::fromStringList(song.collapsedGroups)},
             {"formatVersion"_L1, kFormatVersion},
-            {"harmonyTrack"_L1, writeHarmonyTrack(project.harmonyTrack)},
-            {"keySignature"_L1, writeKeySignature(project.keySignature)},
-            {"name"_L1, project.name},
-            {"timeSignature"_L1, writeTimeSignature(project.timeSignature)},
-            {"tracks"_L1, writeList(project.tracks, writeTrack)}};
+            {"harmonyTrack"_L1, writeHarmonyTrack(song.harmonyTrack)},
+            {"keySignature"_L1, writeKeySignature(song.keySignature)},
+            {"name"_L1, song.name},
+            {"timeSignature"_L1, writeTimeSignature(song.timeSignature)},
+            {"tracks"_L1, writeList(song.tracks, writeTrack)}};
 }
 
-void ProjectJson::read(const QJsonObject& json, Project* project)
+void ProjectJson::read(const QJsonObject& json, Song* song)
 {
-    project->name = json["name"_L1].toString();
-    project->bpm = json["bpm"_L1].toInt(Project::kDefaultBpm);
-    project->timeSignature = readTimeSignature(json["timeSignature"_L1].toObject());
-    project->keySignature = readKeySignature(json["keySignature"_L1].toObject());
-    project->tracks = readList(json["tracks"_L1], readTrack);
-    project->audioTracks = readList(json["audioTracks"_L1], readAudioTrack);
-    project->harmonyTrack = readHarmonyTrack(json["harmonyTrack"_L1].toObject());
-    project->collapsedGroups = readStrings(json["collapsedGroups"_L1]);
+    song->name = json["name"_L1].toString();
+    song->bpm = json["bpm"_L1].toInt(Song::kDefaultBpm);
+    song->timeSignature = readTimeSignature(json["timeSignature"_L1].toObject());
+    song->keySignature = readKeySignature(json["keySignature"_L1].toObject());
+    song->tracks = readList(json["tracks"_L1], readTrack);
+    song->audioTracks = readList(json["audioTracks"_L1], readAudioTrack);
+    song->harmonyTrack = readHarmonyTrack(json["harmonyTrack"_L1].toObject());
+    song->collapsedGroups = readStrings(json["collapsedGroups"_L1]);
+}
+
+QJsonObject ProjectJson::write(const Track& track)
+{
+    return writeTrack(track);
+}
+
+QJsonObject ProjectJson::write(const AudioTrack& track)
+{
+    return writeAudioTrack(track);
+}
+
+QJsonObject ProjectJson::write(const HarmonyTrack& track)
+{
+    return writeHarmonyTrack(track);
+}
+
+void ProjectJson::read(const QJsonObject& json, Track* track)
+{
+    *track = readTrack(json);
+}
+
+void ProjectJson::read(const QJsonObject& json, AudioTrack* track)
+{
+    *track = readAudioTrack(json);
+}
+
+void ProjectJson::read(const QJsonObject& json, HarmonyTrack* track)
+{
+    *track = readHarmonyTrack(json);
 }

@@ -1,27 +1,30 @@
 #include "model/UndoStack.h"
 
 #include "model/Project.h"
+#include "model/ProjectJson.h"
 
-UndoStack::UndoStack(QObject* parent) : QObject(parent)
+UndoStack::UndoStack(QObject* parent, qint64 mostPlainBytes)
+    : QObject(parent), mostPlainBytes_(mostPlainBytes)
 {}
 
 void UndoStack::reset(const Project& project)
 {
-    states_ = {project.toJson()};
+    states_ = {stateOf(project, nullptr)};
     index_ = 0;
     notify();
 }
 
 void UndoStack::snapshot(const Project& project)
 {
-    const QJsonObject state = project.toJson();
+    const KeptState state = stateOf(project, index_ >= 0 ? &states_.at(index_) : nullptr);
     if (index_ >= 0 && states_.at(index_) == state)
         return;
-    states_.resize(index_ + 1);
+    states_.remove(index_ + 1, states_.size() - index_ - 1);
     states_.append(state);
     if (states_.size() > kUndoDepth)
         states_.removeFirst();
     index_ = states_.size() - 1;
+    packDistantStates();
     notify();
 }
 
@@ -29,10 +32,11 @@ QJsonObject UndoStack::undo(const Project& project)
 {
     if (!canUndo())
         return {};
-    states_[index_] = project.toJson();
+    states_[index_] = stateOf(project, &states_.at(index_));
     --index_;
+    const QJsonObject state = presentState();
     notify();
-    return states_.at(index_);
+    return state;
 }
 
 QJsonObject UndoStack::redo()
@@ -40,8 +44,25 @@ QJsonObject UndoStack::redo()
     if (!canRedo())
         return {};
     ++index_;
+    const QJsonObject state = presentState();
     notify();
-    return states_.at(index_);
+    return state;
+}
+
+QJsonObject UndoStack::presentState()
+{
+    states_[index_].unpack();
+    packDistantStates();
+    return ProjectJson::write(states_.at(index_).song());
+}
+
+void UndoStack::packDistantStates()
+{
+    const KeptState& present = states_.at(index_);
+    for (qsizetype i = 0; i < index_ && plainBytes_ > mostPlainBytes_; ++i)
+        states_[i].pack(present, &plainBytes_, mostPlainBytes_);
+    for (qsizetype i = states_.size() - 1; i > index_ && plainBytes_ > mostPlainBytes_; --i)
+        states_[i].pack(present, &plainBytes_, mostPlainBytes_);
 }
 
 void UndoStack::notify()

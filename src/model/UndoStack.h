@@ -1,5 +1,7 @@
 #pragma once
 
+#include "model/KeptState.h"
+
 #include <QJsonObject>
 #include <QList>
 #include <QObject>
@@ -9,13 +11,18 @@ class Project;
 /// States that the undo stack holds, the present one among them.
 inline constexpr qsizetype kUndoDepth = 100;
 
+/// Bytes that the states may take as they are. What is beyond is packed, the farthest from the
+/// present state first.
+inline constexpr qint64 kUndoBytes = 128 * 1024 * 1024;
+
 /// Undo by snapshots of the whole project. The stack holds states, not edits: it never touches a
 /// project, and whoever undoes loads the state that it returns.
 class UndoStack : public QObject {
     Q_OBJECT
 
 public:
-    explicit UndoStack(QObject* parent = nullptr);
+    /// The present state is held as it is, whatever `mostPlainBytes` says.
+    explicit UndoStack(QObject* parent = nullptr, qint64 mostPlainBytes = kUndoBytes);
 
     /// Forgets everything and takes the project as the first state.
     void reset(const Project& project);
@@ -39,12 +46,27 @@ public:
     /// Announces what can be done now.
     void notify();
 
+    /// Bytes that the states take now, as they are. States share the tracks that they have in
+    /// common, and what is packed does not count.
+    qint64 plainBytes() const { return plainBytes_; }
+
 signals:
     void availabilityChanged(bool canUndo, bool canRedo);
 
 private:
-    /// Oldest first.
-    QList<QJsonObject> states_;
+    KeptState stateOf(const Song& song, const KeptState* former)
+    {
+        return KeptState(song, former, &plainBytes_);
+    }
+
+    QJsonObject presentState();
+    void packDistantStates();
+
+    qint64 mostPlainBytes_;
+    /// The parts of the states count themselves in here.
+    qint64 plainBytes_ = 0;
+    /// Oldest first. Of the present one every part is plain.
+    QList<KeptState> states_;
     /// Of the present state; -1 while there is none.
     qsizetype index_ = -1;
 };

@@ -22,7 +22,10 @@ QByteArray textOf(const QJsonObject& json)
 /// A project, its undo stack, and what the stack has announced.
 class Desk {
 public:
-    Desk() { stack.reset(project); }
+    explicit Desk(qint64 mostPlainBytes = kUndoBytes) : stack(nullptr, mostPlainBytes)
+    {
+        stack.reset(project);
+    }
 
     /// An edit like any other.
     void edit(int bpm)
@@ -116,7 +119,15 @@ private slots:
     void mixAloneIsNoStep();
     void mixAfterTheLastUndoIsNotKept();
 
+    void tracksThatStayAreHeldOnce();
+    void tracksAreSharedAcrossOneThatCameOrWent();
+    void whatIsBeyondTheBoundIsPacked();
+    void aGivenUpFutureGivesItsMemoryBack();
+    void packedStatesComeBack();
+    void walksOverPackedStatesAgreeWithAPlainStack();
+
     void stackNeverTouchesTheProject();
+    void whoHoldsARecordReachesNoState();
     void statesAreCopies();
     void notifyTellsWhatCanBeDone();
     void slotMayAskTheStack();
@@ -391,6 +402,138 @@ void UndoStackTest::mixAfterTheLastUndoIsNotKept()
     QVERIFY(desk.project.harmonyTrack.volume != 0.125F);
 }
 
+// ---- Memory --------------------------------------------------------------------------------
+
+namespace {
+
+/// Thirteen tracks of so many notes.
+QList<Track> manyTracks(int notes)
+{
+    QList<NoteEvent> list;
+    for (int i = 0; i < notes; ++i)
+        list.append(note(48 + i % 24, i * 0.25));
+    return QList<Track>(13, melodyTrack({melody(list)}));
+}
+
+} // namespace
+
+void UndoStackTest::tracksThatStayAreHeldOnce()
+{
+    Desk desk;
+    desk.project.tracks = manyTracks(200);
+    desk.stack.reset(desk.project);
+    const qint64 whole = desk.stack.plainBytes();
+    QVERIFY(whole >= qint64{13 * 200 * sizeof(NoteEvent)});
+    for (int edit = 0; edit < 99; ++edit) {
+        desk.project.tracks[edit % 13].melodyBlocks[0].notes[edit].pitch = 90;
+        desk.stack.snapshot(desk.project);
+    }
+    QVERIFY2(desk.stack.plainBytes() <= whole + 99 * (whole / 13 + 1),
+             qPrintable(QString::number(desk.stack.plainBytes())));
+    for (int step = 0; step < 99; ++step)
+        desk.undo();
+    QVERIFY(desk.project.tracks == manyTracks(200));
+    const qint64 before = desk.stack.plainBytes();
+    desk.edit(77);
+    QVERIFY2(desk.stack.plainBytes() < before, "after an undo too a track is held once");
+}
+
+void UndoStackTest::tracksAreSharedAcrossOneThatCameOrWent()
+{
+    Desk desk;
+    desk.project.tracks = manyTracks(10);
+    for (int i = 0; i < 13; ++i)
+        desk.project.tracks[i].name = QString::number(i);
+    desk.stack.reset(desk.project);
+    const qint64 whole = desk.stack.plainBytes();
+    const Track gone = desk.project.tracks.takeAt(4);
+    desk.stack.snapshot(desk.project);
+    QVERIFY(desk.stack.plainBytes() == whole);
+    desk.project.tracks.insert(2, gone);
+    desk.stack.snapshot(desk.project);
+    QVERIFY(desk.stack.plainBytes() <= whole + 2 * (whole / 13));
+}
+
+void UndoStackTest::whatIsBeyondTheBoundIsPacked()
+{
+    constexpr qint64 kBound = 60000;
+    Desk desk(kBound);
+    desk.project.tracks = manyTracks(100);
+    desk.stack.reset(desk.project);
+    for (int edit = 0; edit < 99; ++edit) {
+        desk.project.tracks[edit % 13].melodyBlocks[0].notes[edit].pitch = 90;
+        desk.stack.snapshot(desk.project);
+        QVERIFY(desk.stack.plainBytes() <= kBound);
+    }
+    while (desk.stack.canUndo()) {
+        desk.undo();
+        QVERIFY(desk.stack.plainBytes() <= kBound);
+    }
+    QVERIFY(desk.project.tracks == manyTracks(100));
+}
+
+void UndoStackTest::aGivenUpFutureGivesItsMemoryBack()
+{
+    Desk desk;
+    const qint64 empty = desk.stack.plainBytes();
+    desk.project.tracks = manyTracks(100);
+    desk.stack.snapshot(desk.project);
+    desk.undo();
+    QVERIFY(desk.stack.plainBytes() > empty);
+    desk.stack.reset(desk.project);
+    QCOMPARE(desk.stack.plainBytes(), empty);
+}
+
+void UndoStackTest::packedStatesComeBack()
+{
+    Desk desk(0);
+    Generator generator(24, Numbers::AnyFinite);
+    QList<QByteArray> states{textOf(desk.project.toJson())};
+    for (int edit = 0; edit < 60; ++edit) {
+        generator.fill(desk.project);
+        desk.project.loadJson(desk.project.toJson());
+        desk.stack.snapshot(desk.project);
+        states.append(textOf(desk.project.toJson()));
+    }
+    for (int way = 0; way < 2; ++way) {
+        for (qsizetype i = states.size() - 2; i >= 0; --i) {
+            desk.undo();
+            QCOMPARE(textOf(desk.project.toJson()), states[i]);
+        }
+        for (qsizetype i = 1; i < states.size(); ++i) {
+            desk.redo();
+            QCOMPARE(textOf(desk.project.toJson()), states[i]);
+        }
+    }
+}
+
+void UndoStackTest::walksOverPackedStatesAgreeWithAPlainStack()
+{
+    SeededRandom random(25);
+    Desk desk(3000);
+    desk.project.tracks = manyTracks(5);
+    desk.stack.reset(desk.project);
+    PlainStack plain(textOf(desk.project.toJson()));
+    for (int step = 0; step < 300; ++step) {
+        if (plain.canUndo() && random.oneIn(3)) {
+            const QByteArray expected = plain.undo(textOf(desk.project.toJson()));
+            desk.undo();
+            QCOMPARE(textOf(desk.project.toJson()), expected);
+        } else if (plain.canRedo() && random.oneIn(2)) {
+            const QByteArray expected = plain.redo();
+            desk.redo();
+            QCOMPARE(textOf(desk.project.toJson()), expected);
+        } else {
+            desk.project.tracks[random.between(0, 12)].melodyBlocks[0].notes[0].pitch =
+                random.between(40, 44);
+            desk.stack.snapshot(desk.project);
+            plain.snapshot(textOf(desk.project.toJson()));
+        }
+        QCOMPARE(desk.stack.canUndo(), plain.canUndo());
+        QCOMPARE(desk.stack.canRedo(), plain.canRedo());
+    }
+}
+
 // ---- Manners -------------------------------------------------------------------------------
 
 void UndoStackTest::stackNeverTouchesTheProject()
@@ -405,6 +548,26 @@ void UndoStackTest::stackNeverTouchesTheProject()
     desk.stack.reset(desk.project);
     QCOMPARE(textOf(desk.project.toJson()), before);
     QCOMPARE(changed.count(), 0);
+}
+
+/// A view may go on writing through a reference that it took before its edit was recorded.
+void UndoStackTest::whoHoldsARecordReachesNoState()
+{
+    Desk desk;
+    desk.project.tracks = {melodyTrack({melody({note(60, 0.0)})})};
+    desk.project.audioTracks = {voiceTrack({clip("voz.wav")})};
+    desk.project.harmonyTrack = harmony({1});
+    NoteEvent& held = desk.project.tracks[0].melodyBlocks[0].notes[0];
+    AudioClip& heldClip = desk.project.audioTracks[0].clips[0];
+    HarmonyDegreeEvent& heldChord = desk.project.harmonyTrack.blocks[0].events[0];
+    desk.stack.snapshot(desk.project);
+    const QByteArray before = textOf(desk.project.toJson());
+    held.pitch = 61;
+    heldClip.gain = 0.5F;
+    heldChord.degree = 5;
+    desk.stack.snapshot(desk.project);
+    desk.undo();
+    QCOMPARE(textOf(desk.project.toJson()), before);
 }
 
 void UndoStackTest::statesAreCopies()
