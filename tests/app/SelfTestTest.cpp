@@ -55,6 +55,7 @@ private slots:
     void theSelfTestWinsOverOpening();
     void filesOfAnEarlierRunAreOverwritten();
     void nothingButTheReportReachesTheStreams();
+    void aDisplayThatDoesNotAnswerIsNotNeeded();
     void withoutResourcesItFailsAndWritesNothing();
     void oneRhythmIsNotEnough();
     void theReferenceRhythmAndItsGrooveAreNeeded_data();
@@ -158,6 +159,16 @@ void SelfTestTest::nothingButTheReportReachesTheStreams()
 {
     const Installation velta;
     QCOMPARE(velta.run({"--selftest", "out"}).errors, QString());
+}
+
+void SelfTestTest::aDisplayThatDoesNotAnswerIsNotNeeded()
+{
+    const Installation velta;
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY"}) {
+        const Installation::Run run = velta.run({"--selftest", "out"}, {{name, ":9999"}});
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.errors, QString());
+    }
 }
 
 void SelfTestTest::withoutResourcesItFailsAndWritesNothing()

@@ -116,6 +116,7 @@ private slots:
     void resourcesBesideTheExecutableWinOverTheCurrentFolder();
     void resourcesOfTheCurrentFolderServeWhereThereAreNoOthers();
     void withoutAnyResourcesTheWindowOpensAllTheSame();
+    void whereNoWindowCanOpenTheReasonIsTold();
     void unknownArgumentsAreIgnored();
     void theWorkOfTheCommandLineIsOpened_data();
     void theWorkOfTheCommandLineIsOpened();
@@ -164,6 +165,14 @@ void StartUpTest::withoutAnyResourcesTheWindowOpensAllTheSame()
     WindowedRun run(velta, velta.filePath(""));
     QVERIFY(run.staysUp());
     QCOMPARE(run.streams(), QByteArray());
+}
+
+void StartUpTest::whereNoWindowCanOpenTheReasonIsTold()
+{
+    const Installation velta;
+    const Installation::Run run = velta.run({}, {{"DISPLAY", ":9999"}, {"QT_QPA_PLATFORM", "xcb"}});
+    QVERIFY(run.exitCode != 0);
+    QVERIFY2(run.errors.contains("could not connect to display :9999"), qPrintable(run.errors));
 }
 
 void StartUpTest::unknownArgumentsAreIgnored()

@@ -78,10 +78,13 @@ public:
     }
 
     /// Runs the program to its end, from the folder that it is installed in.
-    Run run(const QStringList& arguments) const
+    Run run(const QStringList& arguments, const QMap<QString, QString>& variables = {}) const
     {
         QProcess process;
-        process.setProcessEnvironment(bareEnvironment());
+        QProcessEnvironment environment = bareEnvironment();
+        for (auto variable = variables.cbegin(); variable != variables.cend(); ++variable)
+            environment.insert(variable.key(), variable.value());
+        process.setProcessEnvironment(environment);
         process.setWorkingDirectory(dir_.path());
         process.start(filePath("velta"), arguments);
         Run run;
