@@ -73,6 +73,14 @@ Song KeptState::song() const
     return song;
 }
 
+bool KeptState::hasMusicOf(const KeptState& former) const
+{
+    Song rest = former.rest_;
+    rest.name = rest_.name;
+    return rest == rest_ && tracks_ == former.tracks_ && audioTracks_ == former.audioTracks_ &&
+           harmony_ == former.harmony_;
+}
+
 template <typename Visitor>
 void KeptState::forEachPart(Visitor visit) const
 {

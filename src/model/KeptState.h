@@ -15,8 +15,11 @@ public:
 
     Song song() const;
 
-    /// Whether two states that were made one from the other are equal.
-    friend bool operator==(const KeptState&, const KeptState&) = default;
+    /// Whether a state that was made from another is equal to it, whatever the name of the song: a
+    /// name is given by saving, which is no edit.
+    bool hasMusicOf(const KeptState& former) const;
+
+    void setName(const QString& name) { rest_.name = name; }
 
     /// Packs its parts, but for those of `present`, until the sum is within `most`.
     void pack(const KeptState& present, const qint64* plainBytes, qint64 most);

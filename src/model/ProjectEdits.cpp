@@ -76,6 +76,19 @@ MelodyBlock ProjectEdits::blankMelody(const Project& project)
     return block;
 }
 
+bool ProjectEdits::isSameWork(const Song& former, const Song& present)
+{
+    Song comparable = present;
+    const qsizetype common = std::min(former.tracks.size(), present.tracks.size());
+    for (qsizetype i = 0; i < common; ++i) {
+        const QList<MelodyBlock>& blocks = present.tracks.at(i).melodyBlocks;
+        if (former.tracks.at(i).melodyBlocks.isEmpty() && blocks.size() == 1 &&
+            blocks.first().notes.isEmpty())
+            comparable.tracks[i].melodyBlocks.clear();
+    }
+    return comparable == former;
+}
+
 qsizetype ProjectEdits::addNoteTrack(Project& project, const QString& name)
 {
     Track track;

@@ -8,6 +8,7 @@ class Project;
 struct AudioClip;
 struct LoopBlock;
 struct MelodyBlock;
+struct Song;
 struct Track;
 
 /// What the commands of the window do to a project. Nothing is announced from here.
@@ -16,6 +17,10 @@ namespace ProjectEdits {
 /// Whether there is anything in a work that would be missed: a chord, a clip, a loop block or a
 /// note. Tracks by themselves and empty melody blocks are nothing.
 bool hasContent(const Project& project);
+
+/// Whether two states of a work are the same to its user. A melody track that is shown is given an
+/// empty block to write in, which is no difference.
+bool isSameWork(const Song& former, const Song& present);
 
 /// A melody block without notes, as long as the song and at least eight bars; without bars, of the
 /// default length.

@@ -17,8 +17,10 @@ void UndoStack::reset(const Project& project)
 void UndoStack::snapshot(const Project& project)
 {
     const KeptState state = stateOf(project, index_ >= 0 ? &states_.at(index_) : nullptr);
-    if (index_ >= 0 && states_.at(index_) == state)
+    if (index_ >= 0 && state.hasMusicOf(states_.at(index_))) {
+        states_[index_].setName(project.name);
         return;
+    }
     states_.remove(index_ + 1, states_.size() - index_ - 1);
     states_.append(state);
     if (states_.size() > kUndoDepth)

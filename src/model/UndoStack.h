@@ -28,7 +28,7 @@ public:
     void reset(const Project& project);
 
     /// Records the project as a new state and drops what could be redone. A project that equals
-    /// the present state changes nothing and is not announced.
+    /// the present state, but for its name, changes nothing and is not announced.
     void snapshot(const Project& project);
 
     bool canUndo() const { return index_ >= 1; }

@@ -41,6 +41,8 @@ class ProjectEditsTest : public QObject {
     Q_OBJECT
 
 private slots:
+    void anEmptyBlockToWriteInIsNoDifference();
+    void everyOtherChangeIsADifference();
     void whatWouldBeMissedIsContent_data();
     void whatWouldBeMissedIsContent();
     void askingForContentChangesNothing();
@@ -424,6 +426,38 @@ void ProjectEditsTest::nothingIsAnnounced()
     ProjectEdits::setKey(*song, 3, 1);
     ProjectEdits::addLoop(*song, loop("r", "bombo", 0.0, 3.0), "gm_bateria", "x");
     QCOMPARE(changed.count(), 0);
+}
+
+void ProjectEditsTest::anEmptyBlockToWriteInIsNoDifference()
+{
+    Song former;
+    former.tracks = {melodyTrack({}), melodyTrack({melody({note(60, 0.0)})})};
+    Song present = former;
+    QVERIFY(ProjectEdits::isSameWork(former, present));
+    present.tracks[0].melodyBlocks = {melody({})};
+    QVERIFY(ProjectEdits::isSameWork(former, present));
+    present.tracks[0].melodyBlocks[0].notes = {note(60, 0.0)};
+    QVERIFY(!ProjectEdits::isSameWork(former, present));
+}
+
+void ProjectEditsTest::everyOtherChangeIsADifference()
+{
+    Song former;
+    former.tracks = {melodyTrack({}), melodyTrack({melody({note(60, 0.0)})})};
+    const auto differs = [&](auto change) {
+        Song present = former;
+        change(present);
+        return !ProjectEdits::isSameWork(former, present);
+    };
+    QVERIFY(differs([](Song& song) { song.name = "Zamba"; }));
+    QVERIFY(differs([](Song& song) { song.bpm = 90; }));
+    QVERIFY(differs([](Song& song) { song.harmonyTrack.volume = 0.5F; }));
+    QVERIFY(differs([](Song& song) { song.tracks[0].volume = 0.5F; }));
+    QVERIFY(differs([](Song& song) { song.tracks.removeLast(); }));
+    QVERIFY(differs([](Song& song) { song.tracks.append(melodyTrack({})); }));
+    QVERIFY(differs([](Song& song) { song.tracks[1].melodyBlocks.append(melody({})); }));
+    QVERIFY(differs([](Song& song) { song.tracks[1].melodyBlocks = {melody({})}; }));
+    QVERIFY(differs([](Song& song) { song.tracks[0].melodyBlocks = {melody({}), melody({})}; }));
 }
 
 QTEST_GUILESS_MAIN(ProjectEditsTest)

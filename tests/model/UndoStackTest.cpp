@@ -107,6 +107,7 @@ private slots:
     void editAfterUndoEndsTheFuture();
     void editThatChangedNothingIsNone();
     void editThatChangedNothingKeepsTheFuture();
+    void aNameAloneIsNoEdit();
     void editBackToAnOlderStateIsOne();
 
     void endsOfTheRoadGiveNothing();
@@ -274,6 +275,21 @@ void UndoStackTest::editThatChangedNothingKeepsTheFuture()
     QVERIFY(desk.stack.canRedo());
     desk.redo();
     QCOMPARE(desk.project.bpm, 90);
+}
+
+void UndoStackTest::aNameAloneIsNoEdit()
+{
+    Desk desk;
+    desk.edit(90);
+    desk.undo();
+    desk.announced();
+    desk.project.name = "Zamba";
+    desk.stack.snapshot(desk.project);
+    QVERIFY(desk.announced().isEmpty());
+    QVERIFY(desk.stack.canRedo());
+    desk.redo();
+    desk.undo();
+    QCOMPARE(desk.project.name, "Zamba");
 }
 
 void UndoStackTest::editBackToAnOlderStateIsOne()
