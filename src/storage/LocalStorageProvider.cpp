@@ -1,6 +1,6 @@
 #include "storage/LocalStorageProvider.h"
 
-#include "files/WholeFile.h"
+#include "files/JsonFile.h"
 #include "model/Project.h"
 #include "storage/ProjectHead.h"
 #include "suite/Recientes.h"
@@ -8,7 +8,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonDocument>
 #include <QRegularExpression>
 #include <QStandardPaths>
 
@@ -24,9 +23,9 @@ QString projectFile(const QString& folder)
 }
 
 /// Tells the content of a project file from any other.
-size_t digestOf(const QByteArray& bytes)
+QString markOf(const QByteArray& bytes)
 {
-    return qHashBits(bytes.constData(), static_cast<size_t>(bytes.size()));
+    return QString::number(qHashBits(bytes.constData(), static_cast<size_t>(bytes.size())), 16);
 }
 
 /// Lets the members of a current session find the work in every program of the suite.
@@ -102,9 +101,14 @@ Project* LocalStorageProvider::loadProject(const QString& id, QObject* parent)
     const QJsonDocument document = QJsonDocument::fromJson(bytes.value_or(QByteArray()));
     if (!document.isObject())
         return nullptr;
-    known_.insert(id, digestOf(*bytes));
+    seen_.insert(id, markOf(*bytes));
     noteRecentUse(folder);
     return Project::fromJson(document.object(), parent);
+}
+
+std::optional<QJsonObject> LocalStorageProvider::readProject(const QString& id) const
+{
+    return JsonFile::readObject(projectFile(projectFolder(id)), ProjectHead::kMaxFileBytes);
 }
 
 bool LocalStorageProvider::saveProject(const QString& id, const Project& project)
@@ -116,7 +120,7 @@ bool LocalStorageProvider::saveProject(const QString& id, const Project& project
     // What the disk gives back is the work, whatever was said about the writing.
     if (WholeFile::read(projectFile(folder), bytes.size()) != bytes)
         return false;
-    known_.insert(id, digestOf(bytes));
+    seen_.insert(id, markOf(bytes));
     noteRecentUse(folder);
     return true;
 }
@@ -129,7 +133,19 @@ bool LocalStorageProvider::hasProject(const QString& id) const
 bool LocalStorageProvider::changedElsewhere(const QString& id) const
 {
     const auto bytes = WholeFile::read(projectFile(projectFolder(id)), ProjectHead::kMaxFileBytes);
-    return bytes && known_.contains(id) && known_.value(id) != digestOf(*bytes);
+    // A file that is no work is nobody's change: a save that was broken off leaves one.
+    return bytes && seen_.contains(id) && seen_.value(id) != markOf(*bytes) &&
+           QJsonDocument::fromJson(*bytes).isObject();
+}
+
+QString LocalStorageProvider::lastSeen(const QString& id) const
+{
+    return seen_.value(id);
+}
+
+void LocalStorageProvider::setLastSeen(const QString& id, const QString& mark)
+{
+    seen_.insert(id, mark);
 }
 
 bool LocalStorageProvider::deleteProject(const QString& id)

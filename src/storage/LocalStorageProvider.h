@@ -14,9 +14,12 @@ public:
 
     QList<ProjectInfo> listProjects() override;
     Project* loadProject(const QString& id, QObject* parent) override;
+    std::optional<QJsonObject> readProject(const QString& id) const override;
     bool saveProject(const QString& id, const Project& project) override;
     bool hasProject(const QString& id) const override;
     bool changedElsewhere(const QString& id) const override;
+    QString lastSeen(const QString& id) const override;
+    void setLastSeen(const QString& id, const QString& mark) override;
     bool deleteProject(const QString& id) override;
 
     /// Lower case, with "_" for every run of other characters than a-z and 0-9, at most 40 long;
@@ -27,6 +30,6 @@ public:
 
 private:
     QString root_;
-    /// Of each work that was read or written: a digest of its file as it was then.
-    QHash<QString, size_t> known_;
+    /// Of each work that was read or written: a mark of its file as it was then.
+    QHash<QString, QString> seen_;
 };

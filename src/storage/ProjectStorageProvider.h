@@ -1,8 +1,11 @@
 #pragma once
 
 #include <QDateTime>
+#include <QJsonObject>
 #include <QList>
 #include <QString>
+
+#include <optional>
 
 class Project;
 class QObject;
@@ -34,6 +37,9 @@ public:
     /// read.
     virtual Project* loadProject(const QString& id, QObject* parent) = 0;
 
+    /// What the file of a work holds; nothing if it cannot be read. Nothing is noted of this look.
+    virtual std::optional<QJsonObject> readProject(const QString& id) const = 0;
+
     /// Writes a work, making its folder, and reads it back. False if the disk does not hold the
     /// whole work afterwards; where there was no room for it, the former file stays.
     virtual bool saveProject(const QString& id, const Project& project) = 0;
@@ -43,6 +49,13 @@ public:
 
     /// Whether somebody else has changed the file of a work since it was read or saved from here.
     virtual bool changedElsewhere(const QString& id) const = 0;
+
+    /// A mark of the file of a work as it was last read or saved from here; empty for a work that
+    /// was neither.
+    virtual QString lastSeen(const QString& id) const = 0;
+
+    /// Takes the file of a work for seen as it was when somebody got this mark of it.
+    virtual void setLastSeen(const QString& id, const QString& mark) = 0;
 
     /// Removes a work with everything in its folder, to the system's trash where there is one. Of a
     /// folder that is a link, the link alone. False if there is none, or it resists.
