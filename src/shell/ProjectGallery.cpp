@@ -134,7 +134,7 @@ void ProjectGallery::deleteCurrent()
         return;
     const auto answer = prompts_.ask(this, tr("Borrar proyecto"),
                                      tr("¿Borrar «%1»? No se puede deshacer.").arg(item->text()),
-                                     QMessageBox::Yes | QMessageBox::No);
+                                     QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
     if (answer != QMessageBox::Yes)
         return;
     storage_->deleteProject(item->data(Qt::UserRole).toString());

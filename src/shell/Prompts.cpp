@@ -11,10 +11,12 @@ namespace {
 
 /// Texts hold the names of works, which must not be taken for markup.
 QMessageBox::StandardButton showBox(QWidget* parent, QMessageBox::Icon icon, const QString& title,
-                                    const QString& text, QMessageBox::StandardButtons buttons)
+                                    const QString& text, QMessageBox::StandardButtons buttons,
+                                    QMessageBox::StandardButton byDefault = QMessageBox::NoButton)
 {
     QMessageBox box(icon, title, text, buttons, parent);
     box.setTextFormat(Qt::PlainText);
+    box.setDefaultButton(byDefault);
     return static_cast<QMessageBox::StandardButton>(box.exec());
 }
 
@@ -52,9 +54,10 @@ void Prompts::inform(QWidget* parent, const QString& title, const QString& text)
 }
 
 QMessageBox::StandardButton Prompts::ask(QWidget* parent, const QString& title, const QString& text,
-                                         QMessageBox::StandardButtons buttons)
+                                         QMessageBox::StandardButtons buttons,
+                                         QMessageBox::StandardButton byDefault)
 {
-    return showBox(parent, QMessageBox::Question, title, text, buttons);
+    return showBox(parent, QMessageBox::Question, title, text, buttons, byDefault);
 }
 
 bool Prompts::offer(QWidget* parent, const QString& title, const QString& text,

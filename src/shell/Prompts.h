@@ -23,10 +23,12 @@ public:
     virtual void warn(QWidget* parent, const QString& title, const QString& text);
     virtual void inform(QWidget* parent, const QString& title, const QString& text);
 
-    /// The button that was chosen; that of giving up when the question was closed.
-    virtual QMessageBox::StandardButton ask(QWidget* parent, const QString& title,
-                                            const QString& text,
-                                            QMessageBox::StandardButtons buttons);
+    /// The button that was chosen; that of giving up when the question was closed. `byDefault` is
+    /// the one that Enter chooses; none leaves that to the system.
+    virtual QMessageBox::StandardButton ask(
+        QWidget* parent, const QString& title, const QString& text,
+        QMessageBox::StandardButtons buttons,
+        QMessageBox::StandardButton byDefault = QMessageBox::NoButton);
 
     /// Warns, and offers one way out beside giving up what the warning is about. True when the way
     /// out was taken. A key alone does not give up.

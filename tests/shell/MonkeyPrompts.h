@@ -22,7 +22,8 @@ public:
     void inform(QWidget*, const QString&, const QString&) override {}
 
     QMessageBox::StandardButton ask(QWidget*, const QString&, const QString&,
-                                    QMessageBox::StandardButtons buttons) override
+                                    QMessageBox::StandardButtons buttons,
+                                    QMessageBox::StandardButton) override
     {
         QList<QMessageBox::StandardButton> offered;
         for (const auto button : {QMessageBox::Ok, QMessageBox::Save, QMessageBox::Discard,

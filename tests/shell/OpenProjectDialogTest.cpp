@@ -194,7 +194,7 @@ void OpenProjectDialogTest::deletingAsksWithTheWholeLine()
     remove();
     QCOMPARE(prompts_->calls(),
              QStringList{"ask | Borrar obra | ¿Borrar «Canción de cuna  ·  03/02/2026»? No se "
-                         "puede deshacer. | Yes No"});
+                         "puede deshacer. | Yes No | default No"});
 }
 
 void OpenProjectDialogTest::declinedNothingIsDeleted_data()

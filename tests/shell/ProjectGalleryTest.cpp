@@ -306,7 +306,7 @@ void ProjectGalleryTest::deletingAsksWithTheWholeText()
     click("Borrar");
     QCOMPARE(prompts_->calls(),
              QStringList{"ask | Borrar proyecto | ¿Borrar «Mi canción\n29/02/2024»? No se puede "
-                         "deshacer. | Yes No"});
+                         "deshacer. | Yes No | default No"});
 }
 
 void ProjectGalleryTest::declinedNothingIsDeleted_data()

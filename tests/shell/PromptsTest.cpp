@@ -86,6 +86,7 @@ private slots:
     void anInformationHasOneButton();
     void aQuestionShowsItsButtons();
     void theSaveQuestionHasNoChosenButton();
+    void aQuestionMayHaveAButtonForEnter();
     void textsAreNoMarkup_data();
     void textsAreNoMarkup();
     void aQuestionGivesTheButton_data();
@@ -211,6 +212,15 @@ void PromptsTest::theSaveQuestionHasNoChosenButton()
     withDialog<QMessageBox>([&] { prompts_.ask(window_.get(), "Obra", "¿Sí?", kSaveQuestion); },
                             [&](QMessageBox& box) { chosen = box.defaultButton(); });
     QVERIFY(!chosen);
+}
+
+void PromptsTest::aQuestionMayHaveAButtonForEnter()
+{
+    QMessageBox::StandardButton chosen = QMessageBox::NoButton;
+    withDialog<QMessageBox>(
+        [&] { prompts_.ask(window_.get(), "Obra", "¿Sí?", kYesNo, QMessageBox::No); },
+        [&](QMessageBox& box) { chosen = box.standardButton(box.defaultButton()); });
+    QCOMPARE(chosen, QMessageBox::No);
 }
 
 void PromptsTest::textsAreNoMarkup_data()

@@ -61,9 +61,13 @@ public:
     }
 
     QMessageBox::StandardButton ask(QWidget*, const QString& title, const QString& text,
-                                    QMessageBox::StandardButtons buttons) override
+                                    QMessageBox::StandardButtons buttons,
+                                    QMessageBox::StandardButton byDefault) override
     {
-        note({"ask", title, text, namesOf(buttons)});
+        QStringList words{"ask", title, text, namesOf(buttons)};
+        if (byDefault != QMessageBox::NoButton)
+            words.append("default " + namesOf(byDefault));
+        note(words);
         return take<QMessageBox::StandardButton>().value_or(QMessageBox::Cancel);
     }
 
