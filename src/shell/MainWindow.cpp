@@ -14,6 +14,7 @@
 #include "shell/FocusRing.h"
 #include "shell/FocusedControl.h"
 #include "shell/LoopBrowser.h"
+#include "shell/RecoveryBar.h"
 #include "shell/TransportControls.h"
 #include "shell/VoiceTake.h"
 #include "shell/controls/PlainText.h"
@@ -25,7 +26,6 @@
 #include "voice/AudioRecorder.h"
 
 #include <QAction>
-#include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDir>
 #include <QGuiApplication>
@@ -56,10 +56,15 @@ MainWindow::MainWindow(QWidget* parent, Prompts& prompts) : QMainWindow(parent),
     });
     buildMenus();
     buildStatusBar();
+    // Behind the hint, which would never be shown if it came while a message stands.
+    if (!hasBank_)
+        statusBar()->showMessage(
+            tr("Falta el banco de sonidos %1 — la app funciona sin sonido.").arg(bankPath()));
     updateTitleBar(ThemeManager::instance()->isDark());
     startBlankProject();
     // A message makes room for itself only among what is seen already.
     QTimer::singleShot(0, this, &MainWindow::nameRefusedContent);
+    findAbandoned();
 }
 
 MainWindow::~MainWindow()
@@ -82,6 +87,11 @@ QString MainWindow::resourcesDir()
     return QDir::currentPath() + "/resources"_L1;
 }
 
+QString MainWindow::bankPath()
+{
+    return resourcesDir() + "/soundfonts/velta_bank_gm.sf2"_L1;
+}
+
 void MainWindow::createServices()
 {
     const QString soundfontsDir = resourcesDir() + "/soundfonts"_L1;
@@ -98,14 +108,12 @@ void MainWindow::createServices()
     loopLibrary_->reload();
 
     player_ = new SoundfontPlayer(SoundfontPlayer::Mode::Realtime, this);
-    const QString bank = soundfontsDir + "/velta_bank_gm.sf2"_L1;
-    if (!player_->loadGmBank(bank))
-        statusBar()->showMessage(
-            tr("Falta el banco de sonidos %1 — la app funciona sin sonido.").arg(bank));
+    hasBank_ = player_->loadGmBank(bankPath());
     engine_ = new PlaybackEngine(player_, loopLibrary_, instruments_, this);
     recorder_ = new AudioRecorder(this);
     connect(recorder_, &AudioRecorder::recordingFailed, this, &MainWindow::onRecordingFailed);
     undoStack_ = new UndoStack(this);
+    createRecovery();
     connect(loopLibrary_, &LoopLibrary::libraryChanged, this, &MainWindow::onLibraryChanged);
 }
 
@@ -127,6 +135,9 @@ QWidget* MainWindow::buildEditorView()
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
+    recoveryBar_ = new RecoveryBar;
+    connect(recoveryBar_, &RecoveryBar::recoverRequested, this, &MainWindow::recover);
+    layout->addWidget(recoveryBar_, 0);
     layout->addWidget(transport_, 0);
     layout->addWidget(columns, 1);
     return page;
@@ -164,6 +175,7 @@ QWidget* MainWindow::buildSidePanel()
     connect(headerPanel_, &TrackHeaderPanel::trackEdited, this, &MainWindow::snapshotAndRefresh);
     connect(headerPanel_, &TrackHeaderPanel::mixingChanged, engine_,
             &PlaybackEngine::refreshChannels);
+    connect(headerPanel_, &TrackHeaderPanel::mixingChanged, this, &MainWindow::keepSoon);
 
     auto* content = new QWidget;
     auto* layout = new QVBoxLayout(content);
@@ -262,6 +274,8 @@ void MainWindow::adoptProject()
     showProjectName();
     // A new song begins with notes.
     pianoRoll_->setFocus(Qt::OtherFocusReason);
+    // What the views add to a work that they show is no change of its user's.
+    markSaved();
 }
 
 void MainWindow::exchangeProject(Project* project, const QString& id)
@@ -307,6 +321,7 @@ void MainWindow::snapshotAndRefresh()
     // that belongs to it and not to the next.
     pianoRoll_->hasEditableBlock();
     undoStack_->snapshot(*project_);
+    keepSoon();
     emit project_->changed();
     engine_->refreshChannels();
     engine_->rescheduleIfPlaying();
@@ -330,7 +345,11 @@ void MainWindow::redo()
 
 void MainWindow::restore(const QJsonObject& state)
 {
+    // A name comes from saving, and is not taken back.
+    const QString name = project_->name;
     project_->loadJson(state);
+    project_->name = name;
+    keepSoon();
     emit project_->changed();
     // The track that it showed may be another one now, or none.
     headerPanel_->setProject(project_);
@@ -360,24 +379,6 @@ void MainWindow::setHarmonyMuted(bool muted)
     snapshotAndRefresh();
 }
 
-bool MainWindow::projectHasContent() const
-{
-    return project_ && ProjectEdits::hasContent(*project_);
-}
-
-bool MainWindow::confirmDiscardChanges()
-{
-    if (!currentProjectId_.isEmpty() || !projectHasContent())
-        return true;
-    const auto answer = prompts_.ask(
-        this, tr("Obra sin guardar"),
-        tr("«%1» todavía no está guardada. ¿Querés guardarla antes?").arg(project_->name),
-        QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel);
-    if (answer == QMessageBox::Save)
-        return saveCurrentProject();
-    return answer != QMessageBox::Cancel;
-}
-
 bool MainWindow::event(QEvent* event)
 {
     if (event->type() == QEvent::ShortcutOverride &&
@@ -392,17 +393,4 @@ void MainWindow::keyPressEvent(QKeyEvent* event)
 {
     if (!FocusedControl::pressByReturn(*event, focusWidget()))
         QMainWindow::keyPressEvent(event);
-}
-
-void MainWindow::closeEvent(QCloseEvent* event)
-{
-    finishGestures();
-    finishTake();
-    engine_->stop();
-    if (currentProjectId_.isEmpty()) {
-        event->setAccepted(confirmDiscardChanges());
-        return;
-    }
-    saveCurrentProject();
-    event->accept();
 }

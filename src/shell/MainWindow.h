@@ -1,12 +1,14 @@
 #pragma once
 
 #include "export/ExportProgress.h"
+#include "model/Song.h"
 #include "shell/Prompts.h"
 
 #include <QMainWindow>
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 class AudioRecorder;
 class ContentCatalog;
@@ -23,6 +25,9 @@ class ProjectStorageProvider;
 class QMenu;
 class QPushButton;
 class QStackedWidget;
+class QTimer;
+class RecoveryBar;
+class RecoveryCopy;
 class SoundfontPlayer;
 class TrackArranger;
 class TrackHeaderPanel;
@@ -30,6 +35,7 @@ class TransportControls;
 class UndoStack;
 class VoiceTake;
 struct AudioClip;
+struct KeptWork;
 struct KeySignature;
 struct LoopBlock;
 struct TimeSignature;
@@ -124,12 +130,13 @@ public:
     /// Whether there is anything in the work that would be missed.
     bool projectHasContent() const;
 
-    /// Whether the work may be thrown away. Asks only for one with content and without a folder;
-    /// what was changed since the last save of a work with a folder goes without a word.
+    /// Whether another work may take the place of this one. Saves a work that has a file and was
+    /// changed, and asks for any other with content, or where that save failed.
     bool confirmDiscardChanges();
 
 protected:
-    /// Saves a work with a folder, and asks for any other that has content.
+    /// Saves a work that has a file and was changed, and asks where that fails or where there is
+    /// content without a file.
     void closeEvent(QCloseEvent* event) override;
 
     /// Leaves the space bar to the control that has the focus, if it presses one.
@@ -138,6 +145,9 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    /// Where the General MIDI bank is looked for.
+    static QString bankPath();
+
     void createServices();
     QWidget* buildEditorView();
     QWidget* buildEditors();
@@ -213,6 +223,34 @@ private:
     /// Gives a work that is in no folder a name and an id. False when the user gave up.
     bool nameForFirstSave();
 
+    /// Whether the work has a file on disk, as far as anybody can see.
+    bool hasFile() const;
+
+    /// Whether anything would be lost with the work as it stands here.
+    bool hasUnsavedWork() const;
+
+    /// Takes the work as it is now for what its file holds.
+    void markSaved();
+
+    bool mayClose();
+
+    /// Asks what to do about a file that somebody else has changed: the work gets an id of its own,
+    /// or takes the file's place. False when the user gave up.
+    bool saveOverOthers();
+
+    void createRecovery();
+
+    /// Has the work kept outside its folder within two seconds.
+    void keepSoon();
+    void keepCopy();
+    KeptWork presentWork() const;
+
+    /// Offers what programs that are gone have left unsaved.
+    void findAbandoned();
+
+    /// Puts the work that is offered in place of the present one.
+    void recover();
+
     /// What one file format is to the user, and how it is written.
     struct ExportKind {
         /// Of the file dialog and of the progress.
@@ -237,6 +275,8 @@ private:
     ContentCatalog* catalog_ = nullptr;
     ContentDownloadManager* downloads_ = nullptr;
     SoundfontPlayer* player_ = nullptr;
+    /// There is something to play with.
+    bool hasBank_ = false;
     PlaybackEngine* engine_ = nullptr;
     AudioRecorder* recorder_ = nullptr;
     UndoStack* undoStack_ = nullptr;
@@ -245,10 +285,15 @@ private:
     QString currentProjectId_;
     /// Refused content that the status bar has named.
     QStringList namedContent_;
+    /// The work as it was read or saved; nothing for one that its file does not hold.
+    std::optional<Song> saved_;
+    std::unique_ptr<RecoveryCopy> copy_;
+    QTimer* keepTimer_ = nullptr;
     /// Null while nobody sings.
     std::unique_ptr<VoiceTake> take_;
 
     QStackedWidget* stackedWidget_ = nullptr;
+    RecoveryBar* recoveryBar_ = nullptr;
     TransportControls* transport_ = nullptr;
     LoopBrowser* loopBrowser_ = nullptr;
     PianoRollCanvas* pianoRoll_ = nullptr;

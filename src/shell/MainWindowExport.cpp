@@ -37,9 +37,8 @@ void MainWindow::exportAudio(bool mp3)
                 .failureTitle = tr("Exportar"),
                 .write = [this, write](const QString& path, QString* error,
                                        const ExportProgress& progress) {
-                    const QString bank = resourcesDir() + "/soundfonts/velta_bank_gm.sf2"_L1;
-                    return write(*project_, clipsFolder(), loopLibrary_, instruments_, bank, path,
-                                 error, progress);
+                    return write(*project_, clipsFolder(), loopLibrary_, instruments_, bankPath(),
+                                 path, error, progress);
                 }});
 }
 

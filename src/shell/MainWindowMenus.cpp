@@ -101,9 +101,13 @@ void MainWindow::playOrPause()
 
 void MainWindow::buildStatusBar()
 {
-    statusBar()->addWidget(
-        new QLabel(tr("Espacio reproduce · A-G tocan notas (Shift = sostenido, Z/X cambian de "
-                      "octava) · Shift+arrastre selecciona")));
+    auto* hint = new QLabel(
+        tr("Espacio reproduce · A-G tocan notas (Shift = sostenido, Z/X cambian de octava) · "
+           "Shift+arrastre selecciona"));
+    statusBar()->addWidget(hint);
+    // The bar itself hides nothing behind a message that comes before the window is shown.
+    connect(statusBar(), &QStatusBar::messageChanged, hint,
+            [hint](const QString& message) { hint->setVisible(message.isEmpty()); });
     themeButton_ = new QPushButton;
     themeButton_->setObjectName(u"toggle_modo"_s);
     themeButton_->setCursor(Qt::PointingHandCursor);

@@ -4,9 +4,11 @@
 #include "shell/MainWindow.h"
 #include "shell/OpenProjectDialog.h"
 #include "shell/ProjectGallery.h"
+#include "shell/RecoveryBar.h"
 #include "shell/VoiceTake.h"
 #include "storage/ClipFiles.h"
 #include "storage/ProjectStorageProvider.h"
+#include "storage/RecoveryCopy.h"
 #include "views/TrackHeaderPanel.h"
 #include "views/arranger/TrackArranger.h"
 #include "views/pianoroll/PianoRollCanvas.h"
@@ -71,10 +73,14 @@ void MainWindow::openProject(const QString& id)
 {
     finishGestures();
     Project* opened = storage_->loadProject(id, this);
-    if (opened)
+    if (opened) {
         exchangeProject(opened, id);
-    else
-        prompts_.warn(this, tr("Abrir proyecto"), tr("No pude abrir el proyecto."));
+        return;
+    }
+    // A save that was broken off leaves a damaged file, and the copy that was kept before it.
+    findAbandoned();
+    recoveryBar_->bringForward(id);
+    prompts_.warn(this, tr("Abrir proyecto"), tr("No pude abrir el proyecto."));
 }
 
 void MainWindow::openProjectById(const QString& id)
@@ -114,10 +120,14 @@ bool MainWindow::saveCurrentProject()
     finishGestures();
     if (!project_ || (currentProjectId_.isEmpty() && !nameForFirstSave()))
         return false;
+    if (storage_->changedElsewhere(currentProjectId_) && !saveOverOthers())
+        return false;
+    copy_->keepNow(presentWork());
     if (!bringClipsHome() || !storage_->saveProject(currentProjectId_, *project_)) {
         prompts_.warn(this, tr("Guardar"), tr("No pude guardar la obra."));
         return false;
     }
+    markSaved();
     statusBar()->showMessage(tr("Obra guardada."), kSavedMs);
     return true;
 }

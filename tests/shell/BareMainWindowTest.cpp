@@ -5,11 +5,13 @@
 
 #include <QDir>
 #include <QFile>
+#include <QLabel>
 #include <QStandardPaths>
 #include <QStatusBar>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <memory>
 
 /// The window of a program that has no resources beside it.
@@ -21,6 +23,7 @@ private slots:
     void cleanup();
     void theFolderOfTheCurrentFolderIsTakenUnchecked();
     void aMissingBankIsToldInTheStatusBar();
+    void theHintComesBackBehindTheMissingBank();
     void withoutContentTheWindowOpensOnABlankWork();
     void rhythmsOfTheCurrentFolderAreLoaded();
 
@@ -57,6 +60,24 @@ void BareMainWindowTest::aMissingBankIsToldInTheStatusBar()
     QCOMPARE(window.statusBar()->currentMessage(),
              "Falta el banco de sonidos " + QDir::currentPath() +
                  "/resources/soundfonts/velta_bank_gm.sf2 — la app funciona sin sonido.");
+}
+
+void BareMainWindowTest::theHintComesBackBehindTheMissingBank()
+{
+    MainWindow window;
+    window.show();
+    const QStatusBar* bar = window.statusBar();
+    const auto labels = bar->findChildren<QLabel*>();
+    const auto hint = std::ranges::find_if(
+        labels, [](const QLabel* label) { return label->text().startsWith("Espacio reproduce"); });
+    QVERIFY(hint != labels.end());
+    QVERIFY((*hint)->isHidden());
+    window.statusBar()->clearMessage();
+    QVERIFY((*hint)->isVisible());
+    window.statusBar()->showMessage("Obra guardada.");
+    QVERIFY((*hint)->isHidden());
+    window.statusBar()->clearMessage();
+    QVERIFY((*hint)->isVisible());
 }
 
 void BareMainWindowTest::withoutContentTheWindowOpensOnABlankWork()

@@ -34,7 +34,8 @@ private slots:
     void withoutANameNothingHappens_data();
     void withoutANameNothingHappens();
     void theFirstSaveKeepsWhatCanBeUndone();
-    void undoingBehindTheFirstSaveBringsTheFormerName();
+    void undoingBehindTheFirstSaveKeepsTheName();
+    void theNewNameKeepsWhatCanBeRedone();
 
     // Saving again
     void aWorkWithAFolderIsSavedWithoutAWord();
@@ -54,7 +55,7 @@ private slots:
     void theAnswerDecides();
     void savingInTheQuestionMayFail_data();
     void savingInTheQuestionMayFail();
-    void aWorkWithAFolderIsNotAskedFor();
+    void aWorkWithAFolderIsSavedAndNotAskedFor();
     void theQuestionNamesTheWork();
 
     // Closing
@@ -67,7 +68,7 @@ private slots:
     void withoutANameTheWindowStaysOpen();
     void whereNothingCanBeSavedTheWindowStaysOpen();
     void aWorkWithAFolderIsSavedAtClosing();
-    void aWorkThatCannotBeSavedClosesAllTheSame();
+    void aWorkWhoseFolderIsGoneIsAskedForAtClosing();
     void closingEndsPlayback_data();
     void closingEndsPlayback();
 
@@ -204,14 +205,30 @@ void MainWindowSaveTest::theFirstSaveKeepsWhatCanBeUndone()
     QCOMPARE(stage_->song().tracks.size(), 3);
 }
 
-void MainWindowSaveTest::undoingBehindTheFirstSaveBringsTheFormerName()
+void MainWindowSaveTest::undoingBehindTheFirstSaveKeepsTheName()
 {
     stage_->window().addTrack();
     QVERIFY(saveAs("Zamba"));
     stage_->window().undo();
-    QCOMPARE(stage_->song().name, "Obra sin título");
-    QCOMPARE(stage_->window().currentProjectId(), "zamba");
+    QCOMPARE(stage_->song().name, "Zamba");
+    QCOMPARE(stage_->song().tracks.size(), 1);
+    QVERIFY(stage_->window().saveCurrentProject());
+    QCOMPARE(stage_->savedWork("zamba")["name"].toString(), "Zamba");
     stage_->window().redo();
+    QCOMPARE(stage_->song().name, "Zamba");
+    QCOMPARE(stage_->window().windowTitle(), "Velta — Zamba");
+}
+
+/// The name is no part of what undo takes back, and so no reason to give up what can be redone.
+void MainWindowSaveTest::theNewNameKeepsWhatCanBeRedone()
+{
+    stage_->window().addTrack();
+    stage_->window().undo();
+    QVERIFY(saveAs("Zamba"));
+    stage_->window().snapshotAndRefresh();
+    QVERIFY(stage_->canRedo());
+    stage_->window().redo();
+    QCOMPARE(stage_->song().tracks.size(), 2);
     QCOMPARE(stage_->song().name, "Zamba");
 }
 
@@ -380,15 +397,14 @@ void MainWindowSaveTest::savingInTheQuestionMayFail()
     QCOMPARE(stage_->prompts().calls().first(2), (QStringList{kUnsaved, kName}));
 }
 
-void MainWindowSaveTest::aWorkWithAFolderIsNotAskedFor()
+void MainWindowSaveTest::aWorkWithAFolderIsSavedAndNotAskedFor()
 {
     QVERIFY(saveAs("Zamba"));
-    const QByteArray before = bytesOf(stage_->home().projectFile("zamba"));
     addNote();
     QVERIFY(stage_->window().projectHasContent());
     QVERIFY(stage_->window().confirmDiscardChanges());
     QCOMPARE(stage_->prompts().calls(), QStringList());
-    QCOMPARE(bytesOf(stage_->home().projectFile("zamba")), before);
+    QCOMPARE(stage_->savedWork("zamba"), stage_->song().toJson());
 }
 
 void MainWindowSaveTest::theQuestionNamesTheWork()
@@ -490,14 +506,18 @@ void MainWindowSaveTest::aWorkWithAFolderIsSavedAtClosing()
     QCOMPARE(stage_->savedWork("zamba"), stage_->song().toJson());
 }
 
-void MainWindowSaveTest::aWorkThatCannotBeSavedClosesAllTheSame()
+void MainWindowSaveTest::aWorkWhoseFolderIsGoneIsAskedForAtClosing()
 {
     QVERIFY(saveAs("Zamba"));
     addNote();
     stage_->blockWorks();
+    stage_->prompts().answer(QMessageBox::Save);
+    QVERIFY(!close());
+    QVERIFY(stage_->window().isVisible());
+    const QString question = QString(kUnsaved).replace("Obra sin título", "Zamba");
+    QCOMPARE(stage_->prompts().calls(), (QStringList{question, kCannotSave}));
+    stage_->prompts().answer(QMessageBox::Discard);
     QVERIFY(close());
-    QVERIFY(!stage_->window().isVisible());
-    QCOMPARE(stage_->prompts().calls(), QStringList{kCannotSave});
 }
 
 void MainWindowSaveTest::closingEndsPlayback_data()

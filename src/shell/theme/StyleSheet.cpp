@@ -40,6 +40,11 @@ constexpr NamedColor kColors[] = {
     {"caption", "#2E5214", "#C9E0B0"},
     {"menuDisabledText", "#A6B686", "#89976D"},
 
+    // What asks for a decision above the ribbon
+    {"notice", "#FFF1C2", "#3B3313"},
+    {"noticeText", "#4D3B00", "#F5E6B0"},
+    {"noticeEdge", "#D9BE6A", "#6B5C22"},
+
     // Cards of the ribbon
     {"ribbon", "#DDE6D0", "#181B0D"},
     {"card0", "#E5EDDD", "#232814"},
