@@ -60,6 +60,7 @@ public:
         for (const QFileInfo& work : QDir(VELTA_HOSTILE_WORKS).entryInfoList(QDir::Files))
             writeBytes(home_.projectFile(work.completeBaseName()), bytesOf(work.filePath()));
         window_ = std::make_unique<MainWindow>(nullptr, prompts_);
+        FluidSpy::reset();
         window_->resize(1200, 760);
         window_->show();
         for (VariationButton* button : window_->findChildren<VariationButton*>())
@@ -446,14 +447,19 @@ private:
         return song().toJson() == before ? QString() : "Undo and redo are not inverse.";
     }
 
-    /// Keeps the books of what sounds.
+    /// Keeps the books of what sounds. An export has a synthesiser of its own, whose notes end with
+    /// it wherever it is called off.
     void noteNotes()
     {
         for (const QString& call : FluidSpy::calls()) {
             const QStringList words = call.split(' ');
             const int channel = words.value(1).toInt();
             const std::pair key(channel, words.value(2).toInt());
-            if (words[0] == "noteon")
+            if (words[0] == "new_synth")
+                ++exports_;
+            else if (words[0] == "delete_synth")
+                --exports_;
+            else if (words[0] == "noteon" && exports_ == 0)
                 sounding_.insert(key);
             else if (words[0] == "noteoff")
                 sounding_.remove(key);
@@ -473,4 +479,5 @@ private:
     int popupKeys_ = 0;
     QStringList steps_;
     QSet<std::pair<int, int>> sounding_;
+    int exports_ = 0;
 };
