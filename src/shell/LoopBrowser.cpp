@@ -102,6 +102,7 @@ LoopBrowser::LoopBrowser(LoopLibrary* library, InstrumentLibrary* instruments,
     help->setWordWrap(true);
     auto* search = new QPushButton(tr("Buscar más ritmos…"));
     search->setToolTip(tr("Buscar ritmos que no estén instalados, en línea"));
+    search->setFocusPolicy(Qt::TabFocus);
     connect(search, &QPushButton::clicked, this, &LoopBrowser::openOnlineSearch);
 
     auto* layout = new QVBoxLayout(this);

@@ -159,8 +159,13 @@ private:
     void buildFileMenu();
     void buildEditMenu();
     void buildViewMenu();
-    void addPlaybackShortcut();
-    void playOrPause();
+    void buildPlaybackMenu();
+    void buildOwnMenu();
+    QAction* makePlaybackAction();
+    void showShortcuts();
+
+    /// Gives the keys to the next of the window's areas, or the one before it for -1.
+    void changeArea(int step);
     void buildStatusBar();
 
     /// Makes the present project the one that everybody works on.

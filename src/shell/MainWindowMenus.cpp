@@ -1,12 +1,19 @@
 #include "model/Project.h"
 #include "playback/PlaybackEngine.h"
+#include "shell/FocusAreas.h"
 #include "shell/GridLevelNames.h"
+#include "shell/LoopBrowser.h"
 #include "shell/MainWindow.h"
+#include "shell/ShortcutsDialog.h"
+#include "shell/TransportControls.h"
 #include "shell/theme/ThemeManager.h"
 #include "shell/theme/TitleBar.h"
+#include "views/TrackHeaderPanel.h"
+#include "views/arranger/TrackArranger.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 
 #include <QAction>
+#include <QActionGroup>
 #include <QApplication>
 #include <QLabel>
 #include <QMenu>
@@ -16,12 +23,27 @@
 
 using namespace Qt::Literals::StringLiterals;
 
+using Card = TransportControls::Card;
+
+namespace {
+
+/// Gives an entry its keys, and has the button of the ribbon that does the same tell them.
+QAction* withKeys(QAction* entry, const QKeySequence& keys, TransportControls* ribbon, Card card)
+{
+    entry->setShortcut(keys);
+    ribbon->tellShortcut(card, keys);
+    return entry;
+}
+
+} // namespace
+
 void MainWindow::buildMenus()
 {
     buildFileMenu();
     buildEditMenu();
     buildViewMenu();
-    addPlaybackShortcut();
+    buildPlaybackMenu();
+    buildOwnMenu();
 }
 
 void MainWindow::buildFileMenu()
@@ -34,11 +56,15 @@ void MainWindow::buildFileMenu()
     menu->addAction(tr("Guardar"), this, &MainWindow::saveCurrentProject)
         ->setShortcuts(QKeySequence::Save);
     menu->addSeparator();
-    menu->addAction(tr("Importar audio de voz…"), this, &MainWindow::importVoiceFile);
+    withKeys(menu->addAction(tr("Importar audio de voz…"), this, &MainWindow::importVoiceFile),
+             Qt::CTRL | Qt::Key_I, transport_, Card::Import);
     menu->addSeparator();
-    menu->addAction(tr("Exportar WAV…"), this, [this] { exportAudio(false); });
-    menu->addAction(tr("Exportar MP3…"), this, [this] { exportAudio(true); });
-    menu->addAction(tr("Exportar MIDI…"), this, &MainWindow::exportMidi);
+    withKeys(menu->addAction(tr("Exportar WAV…"), this, [this] { exportAudio(false); }),
+             Qt::CTRL | Qt::SHIFT | Qt::Key_E, transport_, Card::ExportWav);
+    withKeys(menu->addAction(tr("Exportar MP3…"), this, [this] { exportAudio(true); }),
+             Qt::CTRL | Qt::Key_E, transport_, Card::ExportMp3);
+    withKeys(menu->addAction(tr("Exportar MIDI…"), this, &MainWindow::exportMidi),
+             Qt::CTRL | Qt::ALT | Qt::Key_E, transport_, Card::ExportMidi);
     menu->addSeparator();
     menu->addAction(tr("Salir"), this, &MainWindow::close)->setShortcuts(QKeySequence::Quit);
 }
@@ -58,45 +84,90 @@ void MainWindow::buildViewMenu()
 {
     QMenu* menu = menuBar()->addMenu(tr("&Ver"));
     subdivisionMenu_ = menu->addMenu(tr("Qué marca la grilla"));
-    for (const GridSubdivisionLevel level : kGridLevels)
-        subdivisionMenu_
-            ->addAction(QString(), pianoRoll_,
-                        [this, level] { pianoRoll_->setSubdivisionLevel(level); })
-            ->setData(QVariant::fromValue(level));
+    auto* levels = new QActionGroup(this);
+    for (const GridSubdivisionLevel level : kGridLevels) {
+        QAction* action = subdivisionMenu_->addAction(
+            QString(), transport_, [this, level] { transport_->chooseSubdivision(level); });
+        action->setData(QVariant::fromValue(level));
+        action->setCheckable(true);
+        levels->addAction(action);
+    }
+    connect(transport_, &TransportControls::subdivisionChanged, this,
+            &MainWindow::updateSubdivisionMenu);
     updateSubdivisionMenu();
     menu->addSeparator();
-    menu->addAction(tr("Acercar (tiempo)"), this, &MainWindow::zoomIn)
-        ->setShortcuts(QKeySequence::ZoomIn);
-    menu->addAction(tr("Alejar (tiempo)"), this, &MainWindow::zoomOut)
-        ->setShortcuts(QKeySequence::ZoomOut);
+    QAction* zoomIn = menu->addAction(tr("Acercar (tiempo)"), this, &MainWindow::zoomIn);
+    zoomIn->setShortcuts(QKeySequence::ZoomIn);
+    transport_->tellShortcut(Card::ZoomIn, zoomIn->shortcut());
+    QAction* zoomOut = menu->addAction(tr("Alejar (tiempo)"), this, &MainWindow::zoomOut);
+    zoomOut->setShortcuts(QKeySequence::ZoomOut);
+    transport_->tellShortcut(Card::ZoomOut, zoomOut->shortcut());
+}
+
+void MainWindow::buildPlaybackMenu()
+{
+    QMenu* menu = menuBar()->addMenu(tr("&Reproducción"));
+    menu->addAction(makePlaybackAction());
+    withKeys(menu->addAction(tr("Detener"), engine_, &PlaybackEngine::stop),
+             Qt::SHIFT | Qt::Key_Space, transport_, Card::Stop);
+    transport_->bindSwitch(Card::Repeat, withKeys(menu->addAction(tr("Repetir")),
+                                                  Qt::CTRL | Qt::Key_L, transport_, Card::Repeat));
+    transport_->bindSwitch(Card::Metronome,
+                           withKeys(menu->addAction(tr("Metrónomo")), Qt::CTRL | Qt::Key_M,
+                                    transport_, Card::Metronome));
+    menu->addSeparator();
+    withKeys(menu->addAction(tr("Grabar voz"), this, &MainWindow::toggleVoiceRecording),
+             Qt::CTRL | Qt::Key_R, transport_, Card::Record);
+}
+
+void MainWindow::buildOwnMenu()
+{
+    QMenu* menu = menuBar()->addMenu(tr("Ve&lta"));
+    withKeys(menu->addAction(tr("Agregar velta"), this, &MainWindow::addTrack),
+             Qt::CTRL | Qt::Key_T, transport_, Card::AddTrack);
+    withKeys(menu->addAction(tr("Quitar velta"), this, &MainWindow::removeSelectedTrack),
+             Qt::CTRL | Qt::SHIFT | Qt::Key_T, transport_, Card::RemoveTrack);
+    menu->addSeparator();
+    menu->addAction(tr("Área siguiente"), Qt::Key_F6, this, [this] { changeArea(1); });
+    menu->addAction(tr("Área anterior"), Qt::SHIFT | Qt::Key_F6, this, [this] { changeArea(-1); });
+    menu->addSeparator();
+    menu->addAction(tr("Atajos de teclado"), this, &MainWindow::showShortcuts);
+}
+
+void MainWindow::showShortcuts()
+{
+    ShortcutsDialog dialog(*menuBar(), this);
+    prompts_.run(dialog);
+}
+
+void MainWindow::changeArea(int step)
+{
+    FocusAreas::go({transport_, pianoRoll_, arranger_, loopBrowser_, headerPanel_}, step);
 }
 
 void MainWindow::updateSubdivisionMenu()
 {
     const bool compound = project_ && project_->timeSignature.isCompound;
-    for (QAction* action : subdivisionMenu_->actions())
-        action->setText(gridLevelName(action->data().value<GridSubdivisionLevel>(), compound));
+    for (QAction* action : subdivisionMenu_->actions()) {
+        const auto level = action->data().value<GridSubdivisionLevel>();
+        action->setText(gridLevelName(level, compound));
+        action->setChecked(level == transport_->subdivision());
+    }
 }
 
-void MainWindow::addPlaybackShortcut()
+QAction* MainWindow::makePlaybackAction()
 {
     auto* action = new QAction(tr("Reproducir/Pausar"), this);
     action->setShortcut(Qt::Key_Space);
     action->setShortcutContext(Qt::ApplicationShortcut);
     action->setAutoRepeat(false);
-    connect(action, &QAction::triggered, this, &MainWindow::playOrPause);
+    connect(action, &QAction::triggered, this, [this] {
+        // The keys are those of the list or menu that is open.
+        if (!QApplication::activePopupWidget())
+            transport_->togglePlayback();
+    });
     addAction(action);
-}
-
-void MainWindow::playOrPause()
-{
-    // The keys are those of the list or menu that is open.
-    if (QApplication::activePopupWidget())
-        return;
-    if (engine_->isPlaying())
-        engine_->pause();
-    else
-        engine_->play();
+    return action;
 }
 
 void MainWindow::buildStatusBar()
@@ -111,6 +182,8 @@ void MainWindow::buildStatusBar()
     themeButton_ = new QPushButton;
     themeButton_->setObjectName(u"toggle_modo"_s);
     themeButton_->setCursor(Qt::PointingHandCursor);
+    // After a click the keys are still those of the editors.
+    themeButton_->setFocusPolicy(Qt::TabFocus);
     statusBar()->addPermanentWidget(themeButton_);
 
     ThemeManager* theme = ThemeManager::instance();

@@ -7,6 +7,7 @@
 #include "shell/RibbonGroup.h"
 #include "shell/controls/WheelGuard.h"
 
+#include <QAction>
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -101,17 +102,17 @@ RibbonGroup* TransportControls::projectGroup()
 RibbonGroup* TransportControls::playbackGroup()
 {
     auto* group = new RibbonGroup(tr("Reproducción"), 1);
-    play_ = group->addCard(u"▶"_s, tr("Reproducir"),
-                           tr("Escuchar la canción desde el cabezal (Espacio)"), false);
-    stop_ = group->addCard(u"■"_s, tr("Detener"), tr("Parar y volver al comienzo"), false);
-    repeat_ =
-        group->addCard(u"⟳"_s, tr("Repetir"), tr("Repetir un rango de compases en loop"), true);
+    play_ = addCard(Card::Play, group, u"▶"_s, tr("Reproducir"),
+                    tr("Escuchar la canción desde el cabezal (Espacio)"));
+    stop_ = addCard(Card::Stop, group, u"■"_s, tr("Detener"), tr("Parar y volver al comienzo"));
+    repeat_ = addCard(Card::Repeat, group, u"⟳"_s, tr("Repetir"),
+                      tr("Repetir un rango de compases en loop"), true);
     firstBar_ = spinBox(1, 999, 1, 46, tr("Primer compás del rango repetido"));
     group->addLabeledWidget(firstBar_, tr("Del compás"));
     lastBar_ = spinBox(1, 999, 4, 46, tr("Último compás del rango repetido"));
     group->addLabeledWidget(lastBar_, tr("al compás"));
-    metronome_ = group->addCard(u"♩"_s, tr("Metrónomo"),
-                                tr("Marcar el pulso mientras suena la canción"), true);
+    metronome_ = addCard(Card::Metronome, group, u"♩"_s, tr("Metrónomo"),
+                         tr("Marcar el pulso mientras suena la canción"), true);
     position_ = new QLabel(u"1.1"_s);
     position_->setObjectName(u"lbl_toolbar"_s);
     // The application's sheet has a size for captions, which only a sheet can overrule.
@@ -143,22 +144,23 @@ RibbonGroup* TransportControls::keyGroup()
 RibbonGroup* TransportControls::tracksGroup()
 {
     auto* group = new RibbonGroup(tr("Veltas"), 0);
-    connect(group->addCard(u"＋"_s, tr("Agregar"),
-                           tr("Agregar una velta nueva para otro instrumento"), false),
+    connect(addCard(Card::AddTrack, group, u"＋"_s, tr("Agregar"),
+                    tr("Agregar una velta nueva para otro instrumento")),
             &QToolButton::clicked, this, &TransportControls::addTrackRequested);
-    connect(group->addCard(u"−"_s, tr("Quitar"), tr("Quitar la velta seleccionada"), false),
-            &QToolButton::clicked, this, &TransportControls::removeTrackRequested);
+    connect(
+        addCard(Card::RemoveTrack, group, u"−"_s, tr("Quitar"), tr("Quitar la velta seleccionada")),
+        &QToolButton::clicked, this, &TransportControls::removeTrackRequested);
     return group;
 }
 
 RibbonGroup* TransportControls::voiceGroup()
 {
     auto* group = new RibbonGroup(tr("Voz"), 1);
-    connect(group->addCard(u"●"_s, tr("Grabar"),
-                           tr("Grabar tu voz con el micrófono mientras suena la canción"), false),
+    connect(addCard(Card::Record, group, u"●"_s, tr("Grabar"),
+                    tr("Grabar tu voz con el micrófono mientras suena la canción")),
             &QToolButton::clicked, this, &TransportControls::recordVoiceRequested);
-    connect(group->addCard(u"⇩"_s, tr("Importar"),
-                           tr("Traer un audio ya grabado (WAV, MP3, ogg, opus)"), false),
+    connect(addCard(Card::Import, group, u"⇩"_s, tr("Importar"),
+                    tr("Traer un audio ya grabado (WAV, MP3, ogg, opus)")),
             &QToolButton::clicked, this, &TransportControls::importVoiceRequested);
     return group;
 }
@@ -166,18 +168,19 @@ RibbonGroup* TransportControls::voiceGroup()
 RibbonGroup* TransportControls::exportGroup()
 {
     auto* group = new RibbonGroup(tr("Exportar"), 2);
-    const auto addWord = [&](const QString& face, const QString& caption, const QString& tooltip,
-                             void (TransportControls::*requested)()) {
-        QToolButton* button = group->addCard(face, caption, tooltip, false);
+    const auto addWord = [&](Card card, const QString& face, const QString& caption,
+                             const QString& tooltip, void (TransportControls::*requested)()) {
+        QToolButton* button = addCard(card, group, face, caption, tooltip);
         button->setStyleSheet(u"font-size: 13px; font-weight: 800;"_s);
         connect(button, &QToolButton::clicked, this, requested);
     };
-    addWord(u"MP3"_s, tr("Audio"),
+    addWord(Card::ExportMp3, u"MP3"_s, tr("Audio"),
             tr("Guardar la canción como MP3 para compartir o usar en Ecos y Cuadros"),
             &TransportControls::exportMp3Requested);
-    addWord(u"WAV"_s, tr("Audio HQ"), tr("Guardar la canción como WAV sin comprimir"),
+    addWord(Card::ExportWav, u"WAV"_s, tr("Audio HQ"),
+            tr("Guardar la canción como WAV sin comprimir"),
             &TransportControls::exportWavRequested);
-    addWord(u"MIDI"_s, tr("Partitura"),
+    addWord(Card::ExportMidi, u"MIDI"_s, tr("Partitura"),
             tr("Guardar las notas como MIDI para abrir en otros programas"),
             &TransportControls::exportMidiRequested);
     return group;
@@ -186,9 +189,9 @@ RibbonGroup* TransportControls::exportGroup()
 RibbonGroup* TransportControls::viewGroup()
 {
     auto* group = new RibbonGroup(tr("Vista"), 0);
-    connect(group->addCard(u"⊕"_s, tr("Acercar"), tr("Ver el tiempo más de cerca"), false),
+    connect(addCard(Card::ZoomIn, group, u"⊕"_s, tr("Acercar"), tr("Ver el tiempo más de cerca")),
             &QToolButton::clicked, this, &TransportControls::zoomInRequested);
-    connect(group->addCard(u"⊖"_s, tr("Alejar"), tr("Ver más compases a la vez"), false),
+    connect(addCard(Card::ZoomOut, group, u"⊖"_s, tr("Alejar"), tr("Ver más compases a la vez")),
             &QToolButton::clicked, this, &TransportControls::zoomOutRequested);
     grid_ = comboBox({QString(), QString(), QString()},
                      tr("Qué está marcando la grilla: el pulso, su división o la subdivisión"));
@@ -197,6 +200,42 @@ RibbonGroup* TransportControls::viewGroup()
     grid_->setCurrentIndex(static_cast<int>(GridSubdivisionLevel::Division));
     group->addLabeledWidget(grid_, tr("Grilla"));
     return group;
+}
+
+QToolButton* TransportControls::addCard(Card card, RibbonGroup* group, const QString& face,
+                                        const QString& caption, const QString& tooltip,
+                                        bool checkable)
+{
+    QToolButton* button = group->addCard(face, caption, tooltip, checkable);
+    cards_.insert(card, button);
+    return button;
+}
+
+void TransportControls::tellShortcut(Card card, const QKeySequence& keys)
+{
+    QToolButton* button = cards_.value(card);
+    button->setToolTip(
+        u"%1 (%2)"_s.arg(button->toolTip(), keys.toString(QKeySequence::NativeText)));
+    button->setAccessibleDescription(button->toolTip());
+}
+
+void TransportControls::bindSwitch(Card card, QAction* action)
+{
+    QToolButton* button = cards_.value(card);
+    action->setCheckable(true);
+    action->setChecked(button->isChecked());
+    connect(button, &QToolButton::toggled, action, &QAction::setChecked);
+    connect(action, &QAction::toggled, button, &QToolButton::setChecked);
+}
+
+void TransportControls::chooseSubdivision(GridSubdivisionLevel level)
+{
+    grid_->setCurrentIndex(static_cast<int>(level));
+}
+
+GridSubdivisionLevel TransportControls::subdivision() const
+{
+    return static_cast<GridSubdivisionLevel>(grid_->currentIndex());
 }
 
 void TransportControls::connectEngine()

@@ -2,12 +2,15 @@
 
 #include "model/GridSubdivision.h"
 
+#include <QHash>
 #include <QPointer>
 #include <QWidget>
 
 class PlaybackEngine;
 class Project;
+class QAction;
 class QComboBox;
+class QKeySequence;
 class QLabel;
 class QSpinBox;
 class QToolButton;
@@ -19,6 +22,24 @@ class TransportControls : public QWidget {
     Q_OBJECT
 
 public:
+    /// The buttons that entries of the menus have in common with the ribbon.
+    enum class Card {
+        Play,
+        Stop,
+        Repeat,
+        Metronome,
+        Record,
+        Import,
+        AddTrack,
+        RemoveTrack,
+        ExportMp3,
+        ExportWav,
+        ExportMidi,
+        ZoomIn,
+        ZoomOut
+    };
+    Q_ENUM(Card)
+
     /// The engine is not owned; without one the transport does nothing.
     explicit TransportControls(PlaybackEngine* engine, QWidget* parent = nullptr);
 
@@ -27,6 +48,20 @@ public:
 
     /// Takes every control from the project. No edit is announced.
     void updateFromProject();
+
+    /// Plays, or pauses, with the numbers of bars that are being typed.
+    void togglePlayback();
+
+    /// Has the tool tip of a button say which keys do the same.
+    void tellShortcut(Card card, const QKeySequence& keys);
+
+    /// Makes an entry of a menu another switch for Repeat or Metronome: both are on or both off.
+    void bindSwitch(Card card, QAction* action);
+
+    /// What the grid shall mark, as if it were chosen in the ribbon.
+    void chooseSubdivision(GridSubdivisionLevel level);
+
+    GridSubdivisionLevel subdivision() const;
 
 signals:
     void saveRequested();
@@ -65,7 +100,8 @@ private:
 
     void followProject();
     void finishTyping();
-    void togglePlayback();
+    QToolButton* addCard(Card card, RibbonGroup* group, const QString& face, const QString& caption,
+                         const QString& tooltip, bool checkable = false);
     void applyRepeatRange();
     void emitKeyEdit();
     void updateSubdivisionLabels();
@@ -74,6 +110,7 @@ private:
 
     PlaybackEngine* engine_;
     QPointer<Project> project_;
+    QHash<Card, QToolButton*> cards_;
     QToolButton* play_ = nullptr;
     QToolButton* stop_ = nullptr;
     QToolButton* repeat_ = nullptr;

@@ -1,10 +1,16 @@
 #include "model/GridSubdivision.h"
+#include "shell/LoopBrowser.h"
 #include "support/ContextTranslator.h"
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
 #include "support/WindowStage.h"
+#include "views/TrackHeaderPanel.h"
+#include "views/arranger/TrackArranger.h"
+#include "views/pianoroll/PianoRollCanvas.h"
 
+#include <QComboBox>
 #include <QTest>
+#include <QTreeWidget>
 
 #include <optional>
 
@@ -44,13 +50,20 @@ private slots:
     void cleanup();
 
     // Menus
-    void thereAreThreeMenus();
+    void theMenusStandInTheirOrder();
     void menusHoldTheirEntries_data();
     void menusHoldTheirEntries();
     void shortcutsAreTheStandardKeys_data();
     void shortcutsAreTheStandardKeys();
     void otherEntriesHaveNoShortcut_data();
     void otherEntriesHaveNoShortcut();
+    void theKeysStandInTheTips_data();
+    void theKeysStandInTheTips();
+    void theEntriesOfPlaybackDoWhatTheySay();
+    void switchesOfMenuAndRibbonAgree_data();
+    void switchesOfMenuAndRibbonAgree();
+    void theKeysOfAreasGoRound();
+    void theListOfKeysIsThatOfTheMenus();
     void noShortcutStandsTwice();
     void undoAndRedoStartDisabled();
     void entriesDoWhatTheySay_data();
@@ -64,12 +77,12 @@ private slots:
 
     // What the grid shows
     void everyLevelHasItsEntry();
-    void theEntriesAreNotCheckable();
+    void menuAndRibbonMarkTheSameLevel();
     void theWordsFollowTheMeter();
     void aWorkThatIsNotOpenedChangesNoWords();
 
     // The space bar
-    void theSpaceActionStandsInNoMenu();
+    void theSpaceActionReachesFurtherThanOthers();
     void spacePlaysAndPauses();
     void spaceIsHeardInOtherWindows();
     void openingAWorkComesBackToTheEditor();
@@ -110,12 +123,12 @@ void MainWindowMenusTest::cleanup()
 
 // ---- Menus ---------------------------------------------------------------------------------
 
-void MainWindowMenusTest::thereAreThreeMenus()
+void MainWindowMenusTest::theMenusStandInTheirOrder()
 {
     QStringList titles;
     for (const QAction* action : stage_->window().menuBar()->actions())
         titles.append(action->text());
-    QCOMPARE(titles, (QStringList{"&Archivo", "&Edición", "&Ver"}));
+    QCOMPARE(titles, (QStringList{"&Archivo", "&Edición", "&Ver", "&Reproducción", "Ve&lta"}));
 }
 
 void MainWindowMenusTest::menusHoldTheirEntries_data()
@@ -138,6 +151,12 @@ void MainWindowMenusTest::menusHoldTheirEntries_data()
     QTest::newRow("Ver") << "&Ver"
                          << QStringList{"Qué marca la grilla", "-", "Acercar (tiempo)",
                                         "Alejar (tiempo)"};
+    QTest::newRow("Reproducción") << "&Reproducción"
+                                  << QStringList{"Reproducir/Pausar", "Detener", "Repetir",
+                                                 "Metrónomo",         "-",       "Grabar voz"};
+    QTest::newRow("Velta") << "Ve&lta" << QStringList{"Agregar velta",    "Quitar velta",  "-",
+                                                      "Área siguiente",   "Área anterior", "-",
+                                                      "Atajos de teclado"};
     QTest::newRow("Qué marca la grilla")
         << "Qué marca la grilla"
         << QStringList{"Pulso (el pie)", "División binaria (de a 2)", "Subdivisión (de a 4)"};
@@ -176,10 +195,137 @@ void MainWindowMenusTest::shortcutsAreTheStandardKeys()
 void MainWindowMenusTest::otherEntriesHaveNoShortcut_data()
 {
     QTest::addColumn<QString>("entry");
-    for (const char* entry :
-         {"Importar audio de voz…", "Exportar WAV…", "Exportar MP3…", "Exportar MIDI…",
-          "Pulso (el pie)", "División binaria (de a 2)", "Subdivisión (de a 4)"})
+    for (const char* entry : {"Pulso (el pie)", "División binaria (de a 2)", "Subdivisión (de a 4)",
+                              "Atajos de teclado"})
         QTest::newRow(entry) << QString(entry);
+}
+
+void MainWindowMenusTest::theKeysStandInTheTips_data()
+{
+    QTest::addColumn<QString>("keys");
+    QTest::addColumn<QString>("caption");
+    QTest::newRow("Reproducir/Pausar") << "Space"
+                                       << "Reproducir";
+    QTest::newRow("Detener") << "Shift+Space"
+                             << "Detener";
+    QTest::newRow("Repetir") << "Ctrl+L"
+                             << "Repetir";
+    QTest::newRow("Metrónomo") << "Ctrl+M"
+                               << "Metrónomo";
+    QTest::newRow("Grabar voz") << "Ctrl+R"
+                                << "Grabar";
+    QTest::newRow("Importar audio de voz…") << "Ctrl+I"
+                                            << "Importar";
+    QTest::newRow("Agregar velta") << "Ctrl+T"
+                                   << "Agregar";
+    QTest::newRow("Quitar velta") << "Ctrl+Shift+T"
+                                  << "Quitar";
+    QTest::newRow("Exportar MP3…") << "Ctrl+E"
+                                   << "Audio";
+    QTest::newRow("Exportar WAV…") << "Ctrl+Shift+E"
+                                   << "Audio HQ";
+    QTest::newRow("Exportar MIDI…") << "Ctrl+Alt+E"
+                                    << "Partitura";
+    QTest::newRow("Acercar (tiempo)") << "Ctrl++"
+                                      << "Acercar";
+    QTest::newRow("Alejar (tiempo)") << "Ctrl+-"
+                                     << "Alejar";
+}
+
+void MainWindowMenusTest::theKeysStandInTheTips()
+{
+    QFETCH(QString, keys);
+    QFETCH(QString, caption);
+    const QAction* entry = Widgets::entry(stage_->window(), QTest::currentDataTag());
+    QVERIFY(entry);
+    QCOMPARE(entry->shortcut(), QKeySequence(keys));
+    const QString tip = Widgets::over<QToolButton>(stage_->ribbon(), caption)->toolTip();
+    const QString told =
+        keys == "Space" ? "Espacio" : QKeySequence(keys).toString(QKeySequence::NativeText);
+    QVERIFY2(tip.endsWith(" (" + told + ")"), qPrintable(tip));
+}
+
+void MainWindowMenusTest::theEntriesOfPlaybackDoWhatTheySay()
+{
+    stage_->engine().setPlayheadBeat(2.0);
+    stage_->choose("Reproducir/Pausar");
+    QVERIFY(stage_->engine().isPlaying());
+    stage_->choose("Detener");
+    QVERIFY(!stage_->engine().isPlaying());
+    QCOMPARE(stage_->engine().playheadBeat(), 0.0);
+    stage_->choose("Agregar velta");
+    QCOMPARE(stage_->song().tracks.size(), 2);
+    stage_->choose("Quitar velta");
+    QCOMPARE(stage_->song().tracks.size(), 1);
+}
+
+void MainWindowMenusTest::switchesOfMenuAndRibbonAgree_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("Repetir") << "Repetir";
+    QTest::newRow("Metrónomo") << "Metrónomo";
+}
+
+void MainWindowMenusTest::switchesOfMenuAndRibbonAgree()
+{
+    QFETCH(QString, name);
+    QAction* entry = Widgets::entry(stage_->window(), name);
+    const auto* button = Widgets::over<QToolButton>(stage_->ribbon(), name);
+    QVERIFY(entry->isCheckable() && !entry->isChecked());
+    for (const bool on : {true, false}) {
+        entry->trigger();
+        QCOMPARE(button->isChecked(), on);
+        QCOMPARE(entry->isChecked(), on);
+    }
+    stage_->clickRibbon(name);
+    QVERIFY(entry->isChecked() && button->isChecked());
+}
+
+void MainWindowMenusTest::theKeysOfAreasGoRound()
+{
+    stage_->window().resize(1360, 860);
+    QVERIFY(stage_->showWindow());
+    auto& window = stage_->window();
+    const QList<QWidget*> areas{
+        window.findChild<PianoRollCanvas*>(), window.findChild<TrackArranger*>(),
+        window.findChild<LoopBrowser*>(), window.findChild<TrackHeaderPanel*>(), &stage_->ribbon()};
+    const auto hasTheKeys = [&](const QWidget* area) {
+        return window.focusWidget() == area || area->isAncestorOf(window.focusWidget());
+    };
+    QVERIFY(hasTheKeys(areas.first()));
+    for (int step = 1; step <= 5; ++step) {
+        QTest::keyClick(&window, Qt::Key_F6);
+        QVERIFY2(hasTheKeys(areas.at(step % 5)), qPrintable(QString::number(step)));
+    }
+    for (int step = 4; step >= 0; --step) {
+        QTest::keyClick(&window, Qt::Key_F6, Qt::ShiftModifier);
+        QVERIFY2(hasTheKeys(areas.at(step)), qPrintable(QString::number(step)));
+    }
+}
+
+void MainWindowMenusTest::theListOfKeysIsThatOfTheMenus()
+{
+    QStringList rows;
+    stage_->prompts().inDialog([&](QDialog& dialog) {
+        const auto* list = dialog.findChild<QTreeWidget*>();
+        for (int top = 0; top < list->topLevelItemCount(); ++top) {
+            const QTreeWidgetItem* heading = list->topLevelItem(top);
+            for (int row = 0; row < heading->childCount(); ++row)
+                rows.append(heading->child(row)->text(0) + '|' + heading->child(row)->text(1));
+        }
+        dialog.reject();
+    });
+    stage_->choose("Atajos de teclado");
+    for (const QMenu* menu : stage_->window().findChildren<QMenu*>()) {
+        for (const QAction* action : menu->actions()) {
+            if (!action->shortcuts().isEmpty())
+                QVERIFY2(rows.contains(action->text() + '|' +
+                                       QKeySequence::listToString(action->shortcuts(),
+                                                                  QKeySequence::NativeText)),
+                         qPrintable(action->text()));
+        }
+    }
+    QVERIFY(rows.size() >= 20);
 }
 
 void MainWindowMenusTest::otherEntriesHaveNoShortcut()
@@ -306,12 +452,27 @@ void MainWindowMenusTest::everyLevelHasItsEntry()
     }
 }
 
-void MainWindowMenusTest::theEntriesAreNotCheckable()
+void MainWindowMenusTest::menuAndRibbonMarkTheSameLevel()
 {
     const QJsonObject before = stage_->song().toJson();
-    for (QAction* action : gridMenu()->actions()) {
-        action->trigger();
-        QVERIFY(!action->isCheckable() && !action->isChecked());
+    auto* box = Widgets::over<QComboBox>(stage_->ribbon(), "Grilla");
+    const auto marked = [&] {
+        QList<int> levels;
+        for (const QAction* action : gridMenu()->actions()) {
+            if (action->isChecked())
+                levels.append(action->data().toInt());
+        }
+        return levels;
+    };
+    QCOMPARE(marked(), QList{box->currentIndex()});
+    for (const int level : {0, 2, 1, 1}) {
+        gridMenu()->actions().at(level)->trigger();
+        QCOMPARE(box->currentIndex(), level);
+        QCOMPARE(marked(), QList{level});
+    }
+    for (const int level : {2, 0}) {
+        box->setCurrentIndex(level);
+        QCOMPARE(marked(), QList{level});
     }
     QCOMPARE(stage_->song().toJson(), before);
 }
@@ -342,13 +503,13 @@ void MainWindowMenusTest::aWorkThatIsNotOpenedChangesNoWords()
 
 // ---- The space bar -------------------------------------------------------------------------
 
-void MainWindowMenusTest::theSpaceActionStandsInNoMenu()
+void MainWindowMenusTest::theSpaceActionReachesFurtherThanOthers()
 {
     const QAction* action = spaceAction();
     QVERIFY(action);
     QCOMPARE(action->shortcuts(), QList{QKeySequence(Qt::Key_Space)});
     QCOMPARE(action->shortcutContext(), Qt::ApplicationShortcut);
-    QVERIFY(!Widgets::entry(stage_->window(), "Reproducir/Pausar"));
+    QCOMPARE(Widgets::entry(stage_->window(), "Reproducir/Pausar"), action);
     QVERIFY(action->isEnabled());
 }
 

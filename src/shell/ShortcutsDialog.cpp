@@ -1,0 +1,87 @@
+#include "shell/ShortcutsDialog.h"
+
+#include <QDialogButtonBox>
+#include <QHeaderView>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTreeWidget>
+#include <QVBoxLayout>
+
+using namespace Qt::Literals::StringLiterals;
+
+namespace {
+
+constexpr QSize kInitialSize(520, 560);
+
+QString keysOf(const QAction& action)
+{
+    return QKeySequence::listToString(action.shortcuts(), QKeySequence::NativeText);
+}
+
+/// The words of a menu without the mark of its letter.
+QString plainText(QString text)
+{
+    return text.remove(u'&');
+}
+
+QTreeWidgetItem* addHeading(QTreeWidget* list, const QString& text)
+{
+    auto* heading = new QTreeWidgetItem(list, {text});
+    QFont font = list->font();
+    font.setBold(true);
+    heading->setFont(0, font);
+    heading->setFlags(Qt::ItemIsEnabled);
+    return heading;
+}
+
+} // namespace
+
+ShortcutsDialog::ShortcutsDialog(const QMenuBar& menus, QWidget* parent)
+    : QDialog(parent), list_(new QTreeWidget)
+{
+    setWindowTitle(tr("Atajos de teclado"));
+    resize(kInitialSize);
+    list_->setColumnCount(2);
+    list_->setHeaderLabels({tr("Qué hace"), tr("Teclas")});
+    list_->setRootIsDecorated(false);
+    list_->setAccessibleName(windowTitle());
+    addMenus(menus);
+    addEditors();
+    list_->expandAll();
+    list_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    list_->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+    list_->header()->setStretchLastSection(false);
+
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(list_, 1);
+    layout->addWidget(buttons);
+}
+
+void ShortcutsDialog::addMenus(const QMenuBar& menus)
+{
+    for (const QAction* title : menus.actions()) {
+        QTreeWidgetItem* heading = nullptr;
+        for (const QAction* action : title->menu()->actions()) {
+            if (action->shortcuts().isEmpty())
+                continue;
+            if (!heading)
+                heading = addHeading(list_, plainText(title->text()));
+            new QTreeWidgetItem(heading, {plainText(action->text()), keysOf(*action)});
+        }
+    }
+}
+
+void ShortcutsDialog::addEditors()
+{
+    QTreeWidgetItem* roll = addHeading(list_, tr("En el piano roll"));
+    new QTreeWidgetItem(roll, {tr("Tocar notas"), u"A-G"_s});
+    new QTreeWidgetItem(roll, {tr("Tocar notas con sostenido"), tr("Mayús+A-G")});
+    new QTreeWidgetItem(roll, {tr("Bajar o subir una octava"), u"Z, X"_s});
+    new QTreeWidgetItem(roll, {tr("Copiar, pegar, duplicar"), u"Ctrl+C, Ctrl+V, Ctrl+D"_s});
+    new QTreeWidgetItem(roll, {tr("Borrar lo seleccionado"), tr("Supr")});
+    QTreeWidgetItem* arranger = addHeading(list_, tr("En el arreglo"));
+    new QTreeWidgetItem(arranger, {tr("Poner un acorde en el cabezal"), u"A-G"_s});
+    new QTreeWidgetItem(arranger, {tr("Borrar lo seleccionado"), tr("Supr")});
+}
