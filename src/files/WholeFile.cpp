@@ -43,6 +43,17 @@ bool appendTail(QFile& file, const QByteArray& bytes)
     return false;
 }
 
+/// Puts the bytes where the former ones were. The first one comes last: what is broken off in
+/// between is no mixture that could be taken for a document.
+bool exchangeBytes(QFile& file, const QByteArray& bytes)
+{
+    if (bytes.isEmpty())
+        return file.resize(0) && syncToDisk(file);
+    const QByteArrayView all(bytes);
+    return writeAt(file, 0, QByteArrayView("\0", 1)) && writeAt(file, 1, all.sliced(1)) &&
+           file.resize(bytes.size()) && writeAt(file, 0, all.first(1)) && syncToDisk(file);
+}
+
 } // namespace
 
 std::optional<QByteArray> WholeFile::read(const QString& path, qint64 maxBytes, Links links)
@@ -80,5 +91,5 @@ bool WholeFile::rewrite(const QString& path, const QByteArray& bytes)
             file.remove();
         return false;
     }
-    return writeAt(file, 0, bytes) && file.resize(bytes.size()) && syncToDisk(file);
+    return exchangeBytes(file, bytes);
 }

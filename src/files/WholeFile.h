@@ -24,8 +24,9 @@ bool replace(const QString& path, const QByteArray& bytes);
 
 /// Writes the bytes into the file with this path, which keeps its identity: links to it, its owner
 /// and its rights stay, and who holds it open sees the new bytes. Room is made sure of before the
-/// former content is touched. False if not every byte reached the disk; a file without room for
-/// the bytes keeps its content, and one that did not exist is not left behind.
+/// former content is touched, and the first byte is 0 until all others are there. False if not
+/// every byte reached the disk; a file without room for the bytes keeps its content, and one that
+/// did not exist is not left behind.
 bool rewrite(const QString& path, const QByteArray& bytes);
 
 } // namespace WholeFile

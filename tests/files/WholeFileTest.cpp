@@ -40,6 +40,7 @@ private slots:
     void aFullDiskKeepsTheFormerBytes_data();
     void aFullDiskKeepsTheFormerBytes();
     void aFullDiskLeavesNoBeginning();
+    void whatIsBrokenOffIsNoMixture();
 
 private:
     QString path(const QString& name = "archivo") const { return dir_->filePath(name); }
@@ -223,6 +224,18 @@ void WholeFileTest::aFullDiskLeavesNoBeginning()
         QVERIFY(!WholeFile::replace(path(), QByteArray(1500, 'b')));
     }
     QCOMPARE(everything(), QStringList());
+}
+
+/// A disk that fails in the midst of bytes for which there was room.
+void WholeFileTest::whatIsBrokenOffIsNoMixture()
+{
+    writeBytes(path(), "[" + QByteArray(998, '1') + "]");
+    {
+        const FullDisk disk(500);
+        QVERIFY(!WholeFile::rewrite(path(), "[" + QByteArray(998, '2') + "]"));
+    }
+    QCOMPARE(bytesOf(path()).at(0), '\0');
+    QCOMPARE(bytesOf(path()).at(900), '1');
 }
 
 QTEST_GUILESS_MAIN(WholeFileTest)
