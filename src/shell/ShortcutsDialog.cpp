@@ -13,9 +13,10 @@ namespace {
 
 constexpr QSize kInitialSize(520, 560);
 
-QString keysOf(const QAction& action)
+/// As the platform calls them in the user's language.
+QString nativeText(const QList<QKeySequence>& keys)
 {
-    return QKeySequence::listToString(action.shortcuts(), QKeySequence::NativeText);
+    return QKeySequence::listToString(keys, QKeySequence::NativeText);
 }
 
 /// The words of a menu without the mark of its letter.
@@ -68,7 +69,8 @@ void ShortcutsDialog::addMenus(const QMenuBar& menus)
                 continue;
             if (!heading)
                 heading = addHeading(list_, plainText(title->text()));
-            new QTreeWidgetItem(heading, {plainText(action->text()), keysOf(*action)});
+            new QTreeWidgetItem(heading,
+                                {plainText(action->text()), nativeText(action->shortcuts())});
         }
     }
 }
@@ -77,11 +79,14 @@ void ShortcutsDialog::addEditors()
 {
     QTreeWidgetItem* roll = addHeading(list_, tr("En el piano roll"));
     new QTreeWidgetItem(roll, {tr("Tocar notas"), u"A-G"_s});
-    new QTreeWidgetItem(roll, {tr("Tocar notas con sostenido"), tr("Mayús+A-G")});
+    new QTreeWidgetItem(
+        roll, {tr("Tocar notas con sostenido"), nativeText({Qt::SHIFT | Qt::Key_A}) + u"-G"_s});
     new QTreeWidgetItem(roll, {tr("Bajar o subir una octava"), u"Z, X"_s});
-    new QTreeWidgetItem(roll, {tr("Copiar, pegar, duplicar"), u"Ctrl+C, Ctrl+V, Ctrl+D"_s});
-    new QTreeWidgetItem(roll, {tr("Borrar lo seleccionado"), tr("Supr")});
+    new QTreeWidgetItem(
+        roll, {tr("Copiar, pegar, duplicar"),
+               nativeText({Qt::CTRL | Qt::Key_C, Qt::CTRL | Qt::Key_V, Qt::CTRL | Qt::Key_D})});
+    new QTreeWidgetItem(roll, {tr("Borrar lo seleccionado"), nativeText({Qt::Key_Delete})});
     QTreeWidgetItem* arranger = addHeading(list_, tr("En el arreglo"));
     new QTreeWidgetItem(arranger, {tr("Poner un acorde en el cabezal"), u"A-G"_s});
-    new QTreeWidgetItem(arranger, {tr("Borrar lo seleccionado"), tr("Supr")});
+    new QTreeWidgetItem(arranger, {tr("Borrar lo seleccionado"), nativeText({Qt::Key_Delete})});
 }
