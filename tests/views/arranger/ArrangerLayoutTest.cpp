@@ -55,13 +55,13 @@ AudioTrack voiceNamed(const QString& name)
     return track;
 }
 
-struct Song {
+struct AnySong {
     QList<Track> tracks = {};
     QList<AudioTrack> audioTracks = {};
     QStringList collapsedGroups = {};
 };
 
-std::unique_ptr<Project> projectOf(const Song& song)
+std::unique_ptr<Project> projectOf(const AnySong& song)
 {
     auto result = project(song.tracks);
     result->audioTracks = song.audioTracks;
@@ -184,33 +184,33 @@ void ArrangerLayoutTest::initTestCase()
 
 void ArrangerLayoutTest::lanesFollowFromTheProject_data()
 {
-    QTest::addColumn<Song>("song");
+    QTest::addColumn<AnySong>("song");
     QTest::addColumn<QStringList>("expected");
 
     const QString chords = "0 -1: 0+26 ♫ Acordes";
     const QString veltas = "1 -1: 26+18 VELTAS";
 
     QTest::newRow("empty song has the chords and both headers")
-        << Song{} << QStringList{chords, veltas, "1 -1: 44+18 ACOMPAÑAMIENTO"};
+        << AnySong{} << QStringList{chords, veltas, "1 -1: 44+18 ACOMPAÑAMIENTO"};
     QTest::newRow("melody tracks stand in the order of the project")
-        << Song{.tracks = {melodyNamed("Quena"), melodyNamed("Flauta")}}
+        << AnySong{.tracks = {melodyNamed("Quena"), melodyNamed("Flauta")}}
         << QStringList{chords, veltas, "3 0: 44+42 🎹 Quena", "3 1: 86+42 🎹 Flauta",
                        "1 -1: 128+18 ACOMPAÑAMIENTO"};
     QTest::newRow("voices stand under the melody tracks")
-        << Song{.tracks = {melodyNamed("Quena")},
-                .audioTracks = {voiceNamed("Ana"), voiceNamed("Beto")}}
+        << AnySong{.tracks = {melodyNamed("Quena")},
+                   .audioTracks = {voiceNamed("Ana"), voiceNamed("Beto")}}
         << QStringList{chords,
                        veltas,
                        "3 0: 44+42 🎹 Quena",
                        "4 0: 86+42 🎤 Ana",
                        "4 1: 128+42 🎤 Beto",
                        "1 -1: 170+18 ACOMPAÑAMIENTO"};
-    QTest::newRow("voices alone") << Song{.audioTracks = {voiceNamed("Ana")}}
+    QTest::newRow("voices alone") << AnySong{.audioTracks = {voiceNamed("Ana")}}
                                   << QStringList{chords, veltas, "4 0: 44+42 🎤 Ana",
                                                  "1 -1: 86+18 ACOMPAÑAMIENTO"};
     QTest::newRow("percussion stands above the instruments, whatever the order of the tracks")
-        << Song{.tracks = {loopsNamed("Bajo", "bajo"), loopsNamed("Bombo", "bombo"),
-                           loopsNamed("Piano", "piano"), loopsNamed("Palmas", "palmas")}}
+        << AnySong{.tracks = {loopsNamed("Bajo", "bajo"), loopsNamed("Bombo", "bombo"),
+                              loopsNamed("Piano", "piano"), loopsNamed("Palmas", "palmas")}}
         << QStringList{chords,
                        veltas,
                        "1 -1: 44+18 ACOMPAÑAMIENTO",
@@ -221,17 +221,17 @@ void ArrangerLayoutTest::lanesFollowFromTheProject_data()
                        "3 0: 190+42 🎸 Bajo",
                        "3 2: 232+42 🎸 Piano"};
     QTest::newRow("accompaniment in percussion only has no header of instruments")
-        << Song{.tracks = {loopsNamed("Bombo", "bombo")}}
+        << AnySong{.tracks = {loopsNamed("Bombo", "bombo")}}
         << QStringList{chords, veltas, "1 -1: 44+18 ACOMPAÑAMIENTO",
                        "2 -1: 62+22 Percusión (acomp/percusion, open, 1)", "3 0: 84+42 🥁 Bombo"};
     QTest::newRow("accompaniment in instruments only has no header of percussion")
-        << Song{.tracks = {loopsNamed("Bajo", "bajo")}}
+        << AnySong{.tracks = {loopsNamed("Bajo", "bajo")}}
         << QStringList{chords, veltas, "1 -1: 44+18 ACOMPAÑAMIENTO",
                        "2 -1: 62+22 Instrumental (acomp/instrumental, open, 1)",
                        "3 0: 84+42 🎸 Bajo"};
     QTest::newRow("melody and accompaniment are told apart, not sorted")
-        << Song{.tracks = {loopsNamed("Bajo", "bajo"), melodyNamed("Quena"),
-                           loopsNamed("Bombo", "bombo"), melodyNamed("Flauta")}}
+        << AnySong{.tracks = {loopsNamed("Bajo", "bajo"), melodyNamed("Quena"),
+                              loopsNamed("Bombo", "bombo"), melodyNamed("Flauta")}}
         << QStringList{chords,
                        veltas,
                        "3 1: 44+42 🎹 Quena",
@@ -242,9 +242,9 @@ void ArrangerLayoutTest::lanesFollowFromTheProject_data()
                        "2 -1: 210+22 Instrumental (acomp/instrumental, open, 1)",
                        "3 0: 232+42 🎸 Bajo"};
     QTest::newRow("folded group keeps its header and its count")
-        << Song{.tracks = {loopsNamed("Bombo", "bombo"), loopsNamed("Palmas", "palmas"),
-                           loopsNamed("Bajo", "bajo")},
-                .collapsedGroups = {"acomp/percusion"}}
+        << AnySong{.tracks = {loopsNamed("Bombo", "bombo"), loopsNamed("Palmas", "palmas"),
+                              loopsNamed("Bajo", "bajo")},
+                   .collapsedGroups = {"acomp/percusion"}}
         << QStringList{chords,
                        veltas,
                        "1 -1: 44+18 ACOMPAÑAMIENTO",
@@ -252,34 +252,34 @@ void ArrangerLayoutTest::lanesFollowFromTheProject_data()
                        "2 -1: 84+22 Instrumental (acomp/instrumental, open, 1)",
                        "3 2: 106+42 🎸 Bajo"};
     QTest::newRow("both groups folded")
-        << Song{.tracks = {loopsNamed("Bombo", "bombo"), loopsNamed("Bajo", "bajo")},
-                .collapsedGroups = {"acomp/instrumental", "acomp/percusion"}}
+        << AnySong{.tracks = {loopsNamed("Bombo", "bombo"), loopsNamed("Bajo", "bajo")},
+                   .collapsedGroups = {"acomp/instrumental", "acomp/percusion"}}
         << QStringList{chords, veltas, "1 -1: 44+18 ACOMPAÑAMIENTO",
                        "2 -1: 62+22 Percusión (acomp/percusion, folded, 1)",
                        "2 -1: 84+22 Instrumental (acomp/instrumental, folded, 1)"};
     QTest::newRow("folded group without tracks is not there")
-        << Song{.collapsedGroups = {"acomp/percusion", "acomp/instrumental"}}
+        << AnySong{.collapsedGroups = {"acomp/percusion", "acomp/instrumental"}}
         << QStringList{chords, veltas, "1 -1: 44+18 ACOMPAÑAMIENTO"};
     QTest::newRow("unknown folded groups, and keys in other letters, fold nothing")
-        << Song{.tracks = {loopsNamed("Bombo", "bombo")},
-                .collapsedGroups = {"acomp/vientos", "ACOMP/PERCUSION", "", "Percusión"}}
+        << AnySong{.tracks = {loopsNamed("Bombo", "bombo")},
+                   .collapsedGroups = {"acomp/vientos", "ACOMP/PERCUSION", "", "Percusión"}}
         << QStringList{chords, veltas, "1 -1: 44+18 ACOMPAÑAMIENTO",
                        "2 -1: 62+22 Percusión (acomp/percusion, open, 1)", "3 0: 84+42 🥁 Bombo"};
     QTest::newRow("track of an uninstalled rhythm goes to the instruments")
-        << Song{.tracks = {loopsNamed("Perdido", "no_such_layer")}}
+        << AnySong{.tracks = {loopsNamed("Perdido", "no_such_layer")}}
         << QStringList{chords, veltas, "1 -1: 44+18 ACOMPAÑAMIENTO",
                        "2 -1: 62+22 Instrumental (acomp/instrumental, open, 1)",
                        "3 0: 84+42 🎸 Perdido"};
     QTest::newRow("melody track with a layer of percussion stays a melody track")
-        << Song{.tracks = {[] {
-                    Track track = loopsNamed("Raro", "bombo");
-                    track.isAccompaniment = false;
-                    return track;
-                }()}}
+        << AnySong{.tracks = {[] {
+                       Track track = loopsNamed("Raro", "bombo");
+                       track.isAccompaniment = false;
+                       return track;
+                   }()}}
         << QStringList{chords, veltas, "3 0: 44+42 🎹 Raro", "1 -1: 86+18 ACOMPAÑAMIENTO"};
     QTest::newRow("tracks without a name keep their icon")
-        << Song{.tracks = {melodyNamed({}), loopsNamed({}, "bombo")},
-                .audioTracks = {voiceNamed({})}}
+        << AnySong{.tracks = {melodyNamed({}), loopsNamed({}, "bombo")},
+                   .audioTracks = {voiceNamed({})}}
         << QStringList{chords,
                        veltas,
                        "3 0: 44+42 🎹 ",
@@ -291,7 +291,7 @@ void ArrangerLayoutTest::lanesFollowFromTheProject_data()
 
 void ArrangerLayoutTest::lanesFollowFromTheProject()
 {
-    QFETCH(Song, song);
+    QFETCH(AnySong, song);
     QTEST(written(ArrangerLayout::lanes(*projectOf(song), &content_.library())), "expected");
 }
 
@@ -412,8 +412,8 @@ void ArrangerLayoutTest::laneAtAHeight()
 
 void ArrangerLayoutTest::trackInAFoldedGroupHasNoLane()
 {
-    const Song open{.tracks = {loopsNamed("Bombo", "bombo"), loopsNamed("Bajo", "bajo")}};
-    Song folded = open;
+    const AnySong open{.tracks = {loopsNamed("Bombo", "bombo"), loopsNamed("Bajo", "bajo")}};
+    AnySong folded = open;
     folded.collapsedGroups = {"acomp/percusion"};
     const auto openLanes = ArrangerLayout::lanes(*projectOf(open), &content_.library());
     const auto foldedLanes = ArrangerLayout::lanes(*projectOf(folded), &content_.library());
