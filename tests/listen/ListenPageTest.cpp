@@ -56,11 +56,15 @@ void ListenPageTest::levelsStandBesideTheirTargets()
                             .off = true};
     const LevelInMix drums{
         .layer = "Bombo", .role = "tambor", .aboveBassDb = 0.5, .targetDb = 1.0, .off = false};
-    const QString page = listenPage({{.title = "Zamba", .loops = {}, .levels = {violin, drums}}});
+    const LevelInMix bass{
+        .layer = "Bajo", .role = "bajo", .aboveBassDb = -0.01, .targetDb = 0.0, .off = false};
+    const QString page =
+        listenPage({{.title = "Zamba", .loops = {}, .levels = {violin, drums, bass}}});
     for (const char* part :
          {"<tr "
           "class=\"off\"><td>Violín</td><td>respuesta</td><td>-7.0</td><td>-2.5</td><td>-4.5</td>",
-          "<tr><td>Bombo</td><td>tambor</td><td>+0.5</td><td>+1.0</td><td>-0.5</td>"})
+          "<tr><td>Bombo</td><td>tambor</td><td>+0.5</td><td>+1.0</td><td>-0.5</td>",
+          "<tr><td>Bajo</td><td>bajo</td><td>0.0</td><td>0.0</td><td>0.0</td>"})
         QVERIFY2(page.contains(QString::fromUtf8(part)), part);
     QVERIFY(!listenPage({{.title = "Zamba", .loops = {}}}).contains("<table>"));
 }

@@ -1,5 +1,7 @@
 #include "listen/ListenPage.h"
 
+#include <cmath>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
@@ -56,7 +58,9 @@ QString loopHtml(const RenderedLoop& loop)
 
 QString signedDb(double decibels)
 {
-    return (decibels < 0.0 ? QString() : u"+"_s) + QString::number(decibels, 'f', 1);
+    // Without a sign before nothing.
+    const double tenths = std::round(10.0 * decibels) / 10.0;
+    return (tenths > 0.0 ? u"+"_s : QString()) + QString::number(tenths + 0.0, 'f', 1);
 }
 
 QString levelHtml(const LevelInMix& level)
