@@ -56,10 +56,6 @@ MainWindow::MainWindow(QWidget* parent, Prompts& prompts) : QMainWindow(parent),
     });
     buildMenus();
     buildStatusBar();
-    // Behind the hint, which would never be shown if it came while a message stands.
-    if (!hasBank_)
-        statusBar()->showMessage(
-            tr("Falta el banco de sonidos %1 — la app funciona sin sonido.").arg(bankPath()));
     updateTitleBar(ThemeManager::instance()->isDark());
     startBlankProject();
     // A message makes room for itself only among what is seen already.
@@ -210,6 +206,8 @@ void MainWindow::connectTransport()
     connect(transport_, &Ribbon::exportWavRequested, this, [this] { exportAudio(false); });
     connect(transport_, &Ribbon::exportMidiRequested, this, &MainWindow::exportMidi);
     connect(transport_, &Ribbon::recordVoiceRequested, this, &MainWindow::toggleVoiceRecording);
+    connect(transport_, &Ribbon::cancelVoiceRequested, this, &MainWindow::cancelVoiceRecording);
+    connect(transport_, &Ribbon::stopRequested, this, &MainWindow::finishTake);
     connect(transport_, &Ribbon::importVoiceRequested, this, &MainWindow::importVoiceFile);
     connect(transport_, &Ribbon::zoomInRequested, this, &MainWindow::zoomIn);
     connect(transport_, &Ribbon::zoomOutRequested, this, &MainWindow::zoomOut);
@@ -391,6 +389,8 @@ bool MainWindow::event(QEvent* event)
 
 void MainWindow::keyPressEvent(QKeyEvent* event)
 {
-    if (!FocusedControl::pressByReturn(*event, focusWidget()))
+    if (take_ && event->matches(QKeySequence::Cancel))
+        cancelVoiceRecording();
+    else if (!FocusedControl::pressByReturn(*event, focusWidget()))
         QMainWindow::keyPressEvent(event);
 }

@@ -22,6 +22,7 @@ class PianoRollCanvas;
 class PlaybackEngine;
 class Project;
 class ProjectStorageProvider;
+class QLabel;
 class QMenu;
 class QPushButton;
 class QStackedWidget;
@@ -107,6 +108,9 @@ public:
     /// ends at the playhead. A take that outlasted playback lies where it began.
     void toggleVoiceRecording();
 
+    /// Asks, and then drops the take that is under way: nothing is kept of it.
+    void cancelVoiceRecording();
+
     /// The one way of every finished edit: makes it undoable, visible and audible.
     void snapshotAndRefresh();
 
@@ -168,6 +172,15 @@ private:
     void changeArea(int step);
     void buildStatusBar();
 
+    /// Ends a take too.
+    void stopPlayback();
+
+    /// The hint gives way to messages and to a take.
+    void updateHint();
+
+    /// Says for as long as the window lives that there is nothing to play with, and what helps.
+    void addMissingBankMark();
+
     /// Makes the present project the one that everybody works on.
     void adoptProject();
 
@@ -189,6 +202,9 @@ private:
     void nameRefusedContent();
 
     void startTake();
+
+    /// Shows in the ribbon, in the editors and in the status bar whether a voice is recorded.
+    void showRecording(bool recording);
 
     /// Ends the take, if there is one, into the work that it belongs to: the present one, as no
     /// other is opened during a take.
@@ -308,5 +324,8 @@ private:
     QAction* undoAction_ = nullptr;
     QAction* redoAction_ = nullptr;
     QMenu* subdivisionMenu_ = nullptr;
+    QLabel* hint_ = nullptr;
+    /// In the place of the hint during a take.
+    QLabel* takeNotice_ = nullptr;
     QPushButton* themeButton_ = nullptr;
 };

@@ -6,6 +6,7 @@
 #include "shell/MainWindow.h"
 #include "shell/ShortcutsDialog.h"
 #include "shell/TransportControls.h"
+#include "shell/controls/PlainText.h"
 #include "shell/theme/ThemeManager.h"
 #include "shell/theme/TitleBar.h"
 #include "views/TrackHeaderPanel.h"
@@ -108,7 +109,7 @@ void MainWindow::buildPlaybackMenu()
 {
     QMenu* menu = menuBar()->addMenu(tr("&Reproducción"));
     menu->addAction(makePlaybackAction());
-    withKeys(menu->addAction(tr("Detener"), engine_, &PlaybackEngine::stop),
+    withKeys(menu->addAction(tr("Detener"), this, &MainWindow::stopPlayback),
              Qt::SHIFT | Qt::Key_Space, transport_, Card::Stop);
     transport_->bindSwitch(Card::Repeat, withKeys(menu->addAction(tr("Repetir")),
                                                   Qt::CTRL | Qt::Key_L, transport_, Card::Repeat));
@@ -172,13 +173,22 @@ QAction* MainWindow::makePlaybackAction()
 
 void MainWindow::buildStatusBar()
 {
-    auto* hint = new QLabel(
+    hint_ = new QLabel(
         tr("Espacio reproduce · A-G tocan notas (Shift = sostenido, Z/X cambian de octava) · "
            "Shift+arrastre selecciona"));
-    statusBar()->addWidget(hint);
+    // It ends at the edge of a narrow window, which is no reason to make that wider.
+    hint_->setMinimumWidth(1);
+    statusBar()->addWidget(hint_);
     // The bar itself hides nothing behind a message that comes before the window is shown.
-    connect(statusBar(), &QStatusBar::messageChanged, hint,
-            [hint](const QString& message) { hint->setVisible(message.isEmpty()); });
+    connect(statusBar(), &QStatusBar::messageChanged, this, &MainWindow::updateHint);
+    // What lasts has to be permanent: a message takes everything else out of sight, and any menu
+    // wipes a message away.
+    takeNotice_ = new QLabel(tr("Grabando voz… tocá «Grabar voz» de nuevo para terminar."));
+    takeNotice_->setObjectName(u"grabando"_s);
+    takeNotice_->setVisible(false);
+    statusBar()->addPermanentWidget(takeNotice_);
+    if (!hasBank_)
+        addMissingBankMark();
     themeButton_ = new QPushButton;
     themeButton_->setObjectName(u"toggle_modo"_s);
     themeButton_->setCursor(Qt::PointingHandCursor);
@@ -191,6 +201,31 @@ void MainWindow::buildStatusBar()
     connect(themeButton_, &QPushButton::clicked, theme,
             [theme] { theme->setDark(!theme->isDark()); });
     connect(theme, &ThemeManager::themeChanged, this, &MainWindow::onThemeChanged);
+}
+
+void MainWindow::updateHint()
+{
+    hint_->setVisible(!take_ && statusBar()->currentMessage().isEmpty());
+}
+
+void MainWindow::addMissingBankMark()
+{
+    const QString sentence =
+        tr("Falta el banco de sonidos %1 — la app funciona sin sonido.").arg(bankPath());
+    auto* mark = new QLabel(tr("Falta el banco de sonidos"));
+    mark->setObjectName(u"falta_banco"_s);
+    mark->setToolTip(plainToolTip(sentence));
+    auto* whatToDo = new QPushButton(tr("¿Qué hago?"));
+    whatToDo->setObjectName(u"toggle_modo"_s);
+    whatToDo->setCursor(Qt::PointingHandCursor);
+    statusBar()->addPermanentWidget(mark);
+    statusBar()->addPermanentWidget(whatToDo);
+    connect(whatToDo, &QPushButton::clicked, this, [this, sentence] {
+        prompts_.inform(this, tr("Sin sonido"),
+                        tr("%1\n\nCopiá el archivo a esa carpeta, o instalá Velta de nuevo, y "
+                           "volvé a abrir el programa.")
+                            .arg(sentence));
+    });
 }
 
 void MainWindow::updateThemeButton(bool dark)

@@ -2,14 +2,18 @@
 #include "model/ProjectEdits.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/MainWindow.h"
+#include "shell/TransportControls.h"
 #include "shell/VoiceTake.h"
 #include "storage/ClipFiles.h"
 #include "storage/ProjectStorageProvider.h"
+#include "views/arranger/TrackArranger.h"
+#include "views/pianoroll/PianoRollCanvas.h"
 #include "voice/AudioDecoder.h"
 #include "voice/AudioRecorder.h"
 
 #include <QDir>
 #include <QFileInfo>
+#include <QLabel>
 #include <QStatusBar>
 
 #include <cmath>
@@ -85,14 +89,44 @@ void MainWindow::toggleVoiceRecording()
         startTake();
 }
 
+void MainWindow::stopPlayback()
+{
+    finishTake();
+    engine_->stop();
+}
+
 void MainWindow::startTake()
 {
     if (!recorder_->startRecording())
         return;
-    statusBar()->showMessage(tr("Grabando voz… tocá «Grabar voz» de nuevo para terminar."));
     if (!engine_->isPlaying())
         engine_->play();
     take_ = std::make_unique<VoiceTake>(*project_, *engine_, clipsFolder());
+    showRecording(true);
+}
+
+void MainWindow::showRecording(bool recording)
+{
+    transport_->showRecording(recording);
+    pianoRoll_->setRecording(recording);
+    arranger_->setRecording(recording);
+    takeNotice_->setVisible(recording);
+    updateHint();
+}
+
+void MainWindow::cancelVoiceRecording()
+{
+    if (!take_ ||
+        prompts_.ask(this, tr("Grabación"), tr("¿Descartar lo que se está grabando?"),
+                     QMessageBox::Yes | QMessageBox::No, QMessageBox::No) != QMessageBox::Yes)
+        return;
+    // A microphone that went away meanwhile has ended the take.
+    if (!std::exchange(take_, nullptr))
+        return;
+    recorder_->cancelRecording();
+    engine_->pause();
+    showRecording(false);
+    statusBar()->showMessage(tr("Grabación descartada."), kTakeMs);
 }
 
 void MainWindow::finishTake()
@@ -102,6 +136,7 @@ void MainWindow::finishTake()
     const auto take = std::exchange(take_, nullptr);
     take->end();
     engine_->pause();
+    showRecording(false);
     QDir().mkpath(clipsFolder());
     QString path = take->file();
     double seconds = recorder_->stopRecording(path);
@@ -124,7 +159,6 @@ void MainWindow::finishTake()
 
 QString MainWindow::rescueTake(const QString& file, double* seconds)
 {
-    statusBar()->clearMessage();
     while (prompts_.offer(this, tr("Grabación"), tr("No pude guardar la grabación."),
                           tr("Guardar en otro lugar…"))) {
         const auto path = prompts_.askSaveFile(this, tr("Guardar la grabación"),

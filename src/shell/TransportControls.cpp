@@ -5,6 +5,7 @@
 #include "playback/PlaybackEngine.h"
 #include "shell/GridLevelNames.h"
 #include "shell/RibbonGroup.h"
+#include "shell/TakeSign.h"
 #include "shell/controls/WheelGuard.h"
 
 #include <QAction>
@@ -156,9 +157,13 @@ RibbonGroup* TransportControls::tracksGroup()
 RibbonGroup* TransportControls::voiceGroup()
 {
     auto* group = new RibbonGroup(tr("Voz"), 1);
-    connect(addCard(Card::Record, group, u"●"_s, tr("Grabar"),
-                    tr("Grabar tu voz con el micrófono mientras suena la canción")),
-            &QToolButton::clicked, this, &TransportControls::recordVoiceRequested);
+    QToolButton* record = addCard(Card::Record, group, u"●"_s, tr("Grabar"),
+                                  tr("Grabar tu voz con el micrófono mientras suena la canción"));
+    connect(record, &QToolButton::clicked, this, &TransportControls::recordVoiceRequested);
+    QToolButton* cancel = group->addCard(u"✕"_s, tr("Cancelar"),
+                                         tr("Descartar lo que se está grabando (Esc)"), false);
+    connect(cancel, &QToolButton::clicked, this, &TransportControls::cancelVoiceRequested);
+    takeSign_ = new TakeSign(record, cancel, this);
     connect(addCard(Card::Import, group, u"⇩"_s, tr("Importar"),
                     tr("Traer un audio ya grabado (WAV, MP3, ogg, opus)")),
             &QToolButton::clicked, this, &TransportControls::importVoiceRequested);
@@ -241,6 +246,7 @@ GridSubdivisionLevel TransportControls::subdivision() const
 void TransportControls::connectEngine()
 {
     connect(play_, &QToolButton::clicked, this, &TransportControls::togglePlayback);
+    connect(stop_, &QToolButton::clicked, this, &TransportControls::stopRequested);
     connect(stop_, &QToolButton::clicked, engine_, &PlaybackEngine::stop);
     connect(metronome_, &QToolButton::toggled, engine_, &PlaybackEngine::setMetronomeEnabled);
     connect(repeat_, &QToolButton::toggled, this, &TransportControls::applyRepeatRange);
@@ -303,6 +309,11 @@ void TransportControls::updateFromProject()
     key_->setCurrentIndex(project_->keySignature.rootPitchClass);
     mode_->setCurrentIndex(project_->keySignature.mode == KeyMode::Minor ? 1 : 0);
     chords_->setChecked(!project_->harmonyTrack.muted);
+}
+
+void TransportControls::showRecording(bool recording)
+{
+    takeSign_->show(recording);
 }
 
 void TransportControls::updateSubdivisionLabels()

@@ -15,6 +15,7 @@ class QLabel;
 class QSpinBox;
 class QToolButton;
 class RibbonGroup;
+class TakeSign;
 
 /// The ribbon: transport, tempo and key, and the actions on the work, its tracks and its voice. It
 /// plays by itself; everything else it only asks for. It outlives projects.
@@ -63,13 +64,23 @@ public:
 
     GridSubdivisionLevel subdivision() const;
 
+    /// Shows that a voice is being recorded, and for how long, or that no voice is.
+    void showRecording(bool recording);
+
 signals:
     void saveRequested();
     void newProjectRequested();
     void openProjectRequested();
     void addTrackRequested();
     void removeTrackRequested();
+    /// Before playback is stopped from here.
+    void stopRequested();
+
     void recordVoiceRequested();
+
+    /// The take that is under way is to be dropped.
+    void cancelVoiceRequested();
+
     void importVoiceRequested();
     void exportMp3Requested();
     void exportWavRequested();
@@ -122,6 +133,7 @@ private:
     QComboBox* key_ = nullptr;
     QComboBox* mode_ = nullptr;
     QToolButton* chords_ = nullptr;
+    TakeSign* takeSign_ = nullptr;
     QComboBox* grid_ = nullptr;
     /// Beats of the bars that the repeat range was last made of.
     double repeatedBeatsPerBar_ = 0.0;

@@ -81,6 +81,12 @@ void TimelineRuler::setPlayheadBeat(double beat)
     update();
 }
 
+void TimelineRuler::setRecording(bool recording)
+{
+    recording_ = recording;
+    update();
+}
+
 void TimelineRuler::setViewport(double scrollPixels, double pixelsPerBeat, int leftMargin)
 {
     viewport_ = {scrollPixels, pixelsPerBeat, leftMargin};
@@ -164,6 +170,6 @@ void TimelineRuler::paintPlayhead(QPainter& painter) const
     const auto x = static_cast<int>(viewport_.xOfBeat(playheadBeat_));
     if (x < viewport_.leftMargin || !std::isfinite(playheadBeat_))
         return;
-    painter.setPen(linePen(canvasColors().playhead, 2.0));
+    painter.setPen(linePen(recording_ ? kRecordingPlayhead : canvasColors().playhead, 2.0));
     painter.drawLine(x, 0, x, height());
 }

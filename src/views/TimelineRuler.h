@@ -40,6 +40,9 @@ public:
 
     void setPlayheadBeat(double beat);
 
+    /// Shows the playhead in red while a voice is recorded.
+    void setRecording(bool recording);
+
     void setViewport(double scrollPixels, double pixelsPerBeat, int leftMargin);
 
     const RulerViewport& viewport() const { return viewport_; }
@@ -69,4 +72,5 @@ private:
     Project* project_ = nullptr;
     RulerViewport viewport_;
     double playheadBeat_ = 0.0;
+    bool recording_ = false;
 };

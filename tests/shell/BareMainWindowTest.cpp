@@ -2,17 +2,35 @@
 #include "content/LoopLibrary.h"
 #include "model/Project.h"
 #include "shell/MainWindow.h"
+#include "support/Widgets.h"
 
 #include <QDir>
 #include <QFile>
 #include <QLabel>
+#include <QPushButton>
 #include <QStandardPaths>
 #include <QStatusBar>
+#include <QStatusTipEvent>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
 #include <memory>
+
+namespace {
+
+/// Keeps what the user was told last.
+class HeardWords : public Prompts {
+public:
+    QString words;
+
+    void inform(QWidget* /*parent*/, const QString& title, const QString& text) override
+    {
+        words = title + " | " + text;
+    }
+};
+
+} // namespace
 
 /// The window of a program that has no resources beside it.
 class BareMainWindowTest : public QObject {
@@ -22,8 +40,9 @@ private slots:
     void init();
     void cleanup();
     void theFolderOfTheCurrentFolderIsTakenUnchecked();
-    void aMissingBankIsToldInTheStatusBar();
-    void theHintComesBackBehindTheMissingBank();
+    void aMissingBankIsMarkedInTheStatusBar();
+    void noMenuWipesTheMarkAway();
+    void theHintComesBackBehindAMessage();
     void withoutContentTheWindowOpensOnABlankWork();
     void rhythmsOfTheCurrentFolderAreLoaded();
 
@@ -54,19 +73,40 @@ void BareMainWindowTest::theFolderOfTheCurrentFolderIsTakenUnchecked()
     QCOMPARE(MainWindow::resourcesDir(), QDir::currentPath() + "/resources");
 }
 
-void BareMainWindowTest::aMissingBankIsToldInTheStatusBar()
+void BareMainWindowTest::aMissingBankIsMarkedInTheStatusBar()
 {
-    const MainWindow window;
-    QCOMPARE(window.statusBar()->currentMessage(),
-             "Falta el banco de sonidos " + QDir::currentPath() +
-                 "/resources/soundfonts/velta_bank_gm.sf2 — la app funciona sin sonido.");
+    HeardWords prompts;
+    MainWindow window(nullptr, prompts);
+    window.show();
+    const QString sentence = "Falta el banco de sonidos " + QDir::currentPath() +
+                             "/resources/soundfonts/velta_bank_gm.sf2 — la app funciona sin "
+                             "sonido.";
+    const auto* mark = Widgets::withText<QLabel>(*window.statusBar(), "Falta el banco de sonidos");
+    QVERIFY(mark && mark->isVisible());
+    QVERIFY(mark->toolTip().contains("velta_bank_gm.sf2"));
+    Widgets::click(Widgets::withText<QPushButton>(*window.statusBar(), "¿Qué hago?"));
+    QVERIFY(prompts.words.startsWith("Sin sonido | " + sentence + "\n\nCopiá"));
 }
 
-void BareMainWindowTest::theHintComesBackBehindTheMissingBank()
+void BareMainWindowTest::noMenuWipesTheMarkAway()
 {
     MainWindow window;
     window.show();
+    const auto* mark = Widgets::withText<QLabel>(*window.statusBar(), "Falta el banco de sonidos");
+    // As menus do when the mouse passes over their entries.
+    QStatusTipEvent tip{QString()};
+    QCoreApplication::sendEvent(&window, &tip);
+    QVERIFY(mark->isVisible());
+    window.statusBar()->showMessage("Obra guardada.");
+    QVERIFY(mark->isVisible());
+}
+
+void BareMainWindowTest::theHintComesBackBehindAMessage()
+{
+    MainWindow window;
     const QStatusBar* bar = window.statusBar();
+    window.statusBar()->showMessage("Obra guardada.");
+    window.show();
     const auto labels = bar->findChildren<QLabel*>();
     const auto hint = std::ranges::find_if(
         labels, [](const QLabel* label) { return label->text().startsWith("Espacio reproduce"); });

@@ -237,7 +237,7 @@ void MainWindowPlaybackTest::windowsPlayApart()
 void MainWindowPlaybackTest::withoutASynthesiserTheWindowWorks()
 {
     FluidSpy::letSynthFail();
-    QVERIFY(stage_->message().startsWith("Falta el banco de sonidos "));
+    QVERIFY(Widgets::withText<QLabel>(stage_->window(), "Falta el banco de sonidos"));
     stage_->clickRibbon("Reproducir");
     QVERIFY(!stage_->engine().isPlaying());
     stage_->window().addTrack();

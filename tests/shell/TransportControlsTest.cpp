@@ -106,7 +106,8 @@ QPoint placeOf(const QWidget* widget)
 QStringList captionsOf(const RibbonGroup& group)
 {
     QList<QLabel*> labels = group.findChildren<QLabel*>("lbl_toolbar");
-    labels.removeIf([](const QLabel* label) { return label->text() == "1.1"; });
+    labels.removeIf(
+        [](const QLabel* label) { return label->text() == "1.1" || !label->isVisible(); });
     std::ranges::sort(labels, {}, [](const QLabel* label) { return placeOf(label).x(); });
     QStringList captions;
     for (const QLabel* label : labels)
@@ -490,7 +491,7 @@ void TransportControlsTest::otherButtonsHaveNoSheetOfTheirOwn()
         if (found->styleSheet().isEmpty())
             ++plain;
     }
-    QCOMPARE(plain, 14);
+    QCOMPARE(plain, 15);
 }
 
 void TransportControlsTest::theRibbonPaintsItsOwnBackground()

@@ -56,10 +56,17 @@ public:
 
     void choose(const QString& entry) { Widgets::entry(window(), entry)->trigger(); }
 
-    void clickRibbon(const QString& caption)
+    /// A card of the ribbon by its name, which it keeps while a clock stands under it.
+    QToolButton* card(const QString& name)
     {
-        Widgets::click(Widgets::over<QToolButton>(ribbon(), caption));
+        for (auto* button : ribbon().findChildren<QToolButton*>()) {
+            if (button->accessibleName() == name)
+                return button;
+        }
+        return nullptr;
     }
+
+    void clickRibbon(const QString& name) { Widgets::click(card(name)); }
 
     bool canUndo() { return Widgets::entry(window(), "Deshacer")->isEnabled(); }
 

@@ -110,6 +110,9 @@ inline constexpr QColor kLoopBlock{0x00, 0x69, 0x5c};
 /// Audio clips, and a mute button that is on.
 inline constexpr QColor kAudioBlock{0xc2, 0x18, 0x5b};
 
+/// The playhead while a voice is recorded.
+inline constexpr QColor kRecordingPlayhead{0xe5, 0x39, 0x35};
+
 /// Chords, by degree: I first.
 inline constexpr std::array<QColor, 7> kDegreeColors = {{
     {0xe5, 0x39, 0x35},

@@ -38,6 +38,7 @@ constexpr NamedColor kColors[] = {
     {"panelEdge", "#BBCCA7", "#405123"},
     {"text", "#2E5214", "#E7F3D9"},
     {"caption", "#2E5214", "#C9E0B0"},
+    {"recordingText", "#B71C1C", "#FF8A80"},
     {"menuDisabledText", "#A6B686", "#89976D"},
 
     // What asks for a decision above the ribbon

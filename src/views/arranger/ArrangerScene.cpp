@@ -131,10 +131,22 @@ void ArrangerScene::addTrackBlock(const BlockRef& block, const LaneInfo& lane,
 
 void ArrangerScene::addPlayhead()
 {
-    QPen pen(canvasColors().playhead, kPlayheadWidth);
-    pen.setCosmetic(true);
-    playhead_ = addLine(0, 0, 0, height(), pen);
+    playhead_ = addLine(0, 0, 0, height(), playheadPen());
     playhead_->setZValue(kPlayheadZ);
+}
+
+QPen ArrangerScene::playheadPen() const
+{
+    QPen pen(recording_ ? kRecordingPlayhead : canvasColors().playhead, kPlayheadWidth);
+    pen.setCosmetic(true);
+    return pen;
+}
+
+void ArrangerScene::setRecording(bool recording)
+{
+    recording_ = recording;
+    if (playhead_)
+        playhead_->setPen(playheadPen());
 }
 
 void ArrangerScene::setPlayheadBeat(double beat)

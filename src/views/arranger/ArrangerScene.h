@@ -27,6 +27,9 @@ public:
 
     void setPlayheadBeat(double beat);
 
+    /// Shows the playhead in red while a voice is recorded.
+    void setRecording(bool recording);
+
     /// The item of a record, or null.
     BlockItem* itemOf(const BlockRef& block) const;
 
@@ -41,5 +44,8 @@ private:
                        const QString& label);
     void addPlayhead();
 
+    QPen playheadPen() const;
+
     QGraphicsLineItem* playhead_ = nullptr;
+    bool recording_ = false;
 };

@@ -253,6 +253,12 @@ void TrackArranger::updatePlayhead(double beat)
     ruler_->setPlayheadBeat(beat);
 }
 
+void TrackArranger::setRecording(bool recording)
+{
+    scene_->setRecording(recording);
+    ruler_->setRecording(recording);
+}
+
 void TrackArranger::seek(double beat)
 {
     if (!playback_)

@@ -110,6 +110,9 @@ public:
 
     void syncRuler();
 
+    /// Shows the playhead in red while a voice is recorded.
+    void setRecording(bool recording);
+
 signals:
     void edited();
 

@@ -372,6 +372,12 @@ void PianoRollCanvas::updatePlayhead(double beat)
     ruler_->setPlayheadBeat(beat);
 }
 
+void PianoRollCanvas::setRecording(bool recording)
+{
+    scene_->setRecording(recording);
+    ruler_->setRecording(recording);
+}
+
 void PianoRollCanvas::seek(double beat)
 {
     if (!playback_)

@@ -81,6 +81,9 @@ public:
     /// In beats. The view does not follow.
     void updatePlayhead(double beat);
 
+    /// Shows the playhead in red while a voice is recorded.
+    void setRecording(bool recording);
+
     /// Puts the ruler and the keys where the view stands.
     void syncRulerAndKeyboard();
 

@@ -119,10 +119,22 @@ void PianoRollScene::placeMessage(const QGraphicsView& view)
 
 void PianoRollScene::addPlayhead()
 {
-    QPen pen(canvasColors().playhead, kPlayheadWidth);
-    pen.setCosmetic(true);
-    playhead_ = addLine(0, 0, 0, PianoRollLayout::kSceneHeight, pen);
+    playhead_ = addLine(0, 0, 0, PianoRollLayout::kSceneHeight, playheadPen());
     playhead_->setZValue(kPlayheadZ);
+}
+
+QPen PianoRollScene::playheadPen() const
+{
+    QPen pen(recording_ ? kRecordingPlayhead : canvasColors().playhead, kPlayheadWidth);
+    pen.setCosmetic(true);
+    return pen;
+}
+
+void PianoRollScene::setRecording(bool recording)
+{
+    recording_ = recording;
+    if (playhead_)
+        playhead_->setPen(playheadPen());
 }
 
 void PianoRollScene::setPlayheadBeat(double beat)

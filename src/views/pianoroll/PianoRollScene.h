@@ -39,6 +39,9 @@ public:
 
     void setPlayheadBeat(double beat);
 
+    /// Shows the playhead in red while a voice is recorded.
+    void setRecording(bool recording);
+
     /// The topmost note at a place, or null. Notes that only show through are none.
     NoteItem* noteAt(const QPointF& place) const;
 
@@ -51,6 +54,9 @@ private:
     void addNotes(const MelodyBlock& block);
     void addPlayhead();
 
+    QPen playheadPen() const;
+
     QGraphicsLineItem* playhead_ = nullptr;
+    bool recording_ = false;
     QGraphicsTextItem* message_ = nullptr;
 };
