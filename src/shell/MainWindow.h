@@ -75,6 +75,9 @@ public:
 
     void openProjectDialog();
 
+    /// As openProject(), for a work that takes the place of this one only with the user's leave.
+    void openRecentProject(const QString& id);
+
     /// Saves the work, asking for its name if it is in no folder yet. True when it is on disk.
     bool saveCurrentProject();
 
@@ -161,6 +164,7 @@ private:
     void connectArranger();
     void buildMenus();
     void buildFileMenu();
+    void fillRecentMenu();
     void buildEditMenu();
     void buildViewMenu();
     void buildPlaybackMenu();
@@ -323,6 +327,7 @@ private:
     EditorFocus* editorFocus_ = nullptr;
     QAction* undoAction_ = nullptr;
     QAction* redoAction_ = nullptr;
+    QMenu* recentMenu_ = nullptr;
     QMenu* subdivisionMenu_ = nullptr;
     QLabel* hint_ = nullptr;
     /// In the place of the hint during a take.

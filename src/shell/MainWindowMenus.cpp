@@ -54,6 +54,8 @@ void MainWindow::buildFileMenu()
         ->setShortcuts(QKeySequence::New);
     menu->addAction(tr("Abrir obra…"), this, &MainWindow::openProjectDialog)
         ->setShortcuts(QKeySequence::Open);
+    recentMenu_ = menu->addMenu(tr("Obras recientes"));
+    connect(recentMenu_, &QMenu::aboutToShow, this, &MainWindow::fillRecentMenu);
     menu->addAction(tr("Guardar"), this, &MainWindow::saveCurrentProject)
         ->setShortcuts(QKeySequence::Save);
     menu->addSeparator();

@@ -13,6 +13,7 @@
 #include "views/arranger/TrackArranger.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 
+#include <QMenu>
 #include <QStatusBar>
 
 using namespace Qt::Literals::StringLiterals;
@@ -20,6 +21,9 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr int kSavedMs = 2000;
+
+constexpr qsizetype kRecentWorks = 10;
+constexpr int kRecentNameWidth = 320;
 
 Track firstTrack(const QString& name)
 {
@@ -106,6 +110,28 @@ void MainWindow::openProjectDialog()
         return;
     if (const auto id = dialog.currentId())
         openProject(*id);
+}
+
+void MainWindow::fillRecentMenu()
+{
+    recentMenu_->clear();
+    for (const ProjectInfo& work : storage_->recentProjects(kRecentWorks)) {
+        const QString name = recentMenu_->fontMetrics().elidedText(
+            work.name.simplified(), Qt::ElideMiddle, kRecentNameWidth);
+        const QString time = work.modifiedAt.toString(u"dd/MM/yyyy HH:mm"_s);
+        recentMenu_->addAction(QString(name).replace(u'&', "&&"_L1) + u"  ·  "_s + time, this,
+                               [this, id = work.id] { openRecentProject(id); });
+    }
+    if (recentMenu_->isEmpty())
+        recentMenu_->addAction(tr("Todavía no hay ninguna"))->setEnabled(false);
+}
+
+void MainWindow::openRecentProject(const QString& id)
+{
+    finishGestures();
+    finishTake();
+    if (confirmDiscardChanges())
+        openProject(id);
 }
 
 void MainWindow::finishGestures()

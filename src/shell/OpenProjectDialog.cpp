@@ -1,19 +1,73 @@
 #include "shell/OpenProjectDialog.h"
 
 #include "shell/Prompts.h"
+#include "shell/controls/ClockText.h"
 #include "storage/ProjectStorageProvider.h"
 
+#include <QCoreApplication>
 #include <QDialogButtonBox>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <functional>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr QSize kInitialSize(420, 360);
+constexpr QSize kInitialSize(460, 420);
+
+constexpr int kIdRole = Qt::UserRole;
+/// Name and time, as a question has them.
+constexpr int kTitleRole = Qt::UserRole + 1;
+constexpr int kNameRole = Qt::UserRole + 2;
+
+const QString kGap = u"  ·  "_s;
+
+QString keyWords(const KeySignature& key)
+{
+    const auto words = [&](const char* pattern) {
+        return QCoreApplication::translate("OpenProjectDialog", pattern)
+            .arg(KeySignature::solfegeName(key.rootPitchClass));
+    };
+    switch (key.mode) {
+    case KeyMode::Minor:
+        return words(QT_TRANSLATE_NOOP("OpenProjectDialog", "%1 menor"));
+    case KeyMode::Dorian:
+        return words(QT_TRANSLATE_NOOP("OpenProjectDialog", "%1 dórico"));
+    case KeyMode::Lydian:
+        return words(QT_TRANSLATE_NOOP("OpenProjectDialog", "%1 lidio"));
+    case KeyMode::Major:
+        break;
+    }
+    return words(QT_TRANSLATE_NOOP("OpenProjectDialog", "%1 mayor"));
+}
+
+QString factsOf(const SongFacts& song)
+{
+    const TimeSignature& meter = song.timeSignature;
+    return QStringList{clockText(qRound64(song.seconds)),
+                       u"%1/%2"_s.arg(meter.numerator).arg(meter.denominator), keyWords(song.key)}
+        .join(kGap);
+}
+
+/// Letters without their accents and case.
+QString plainLetters(const QString& text)
+{
+    QString plain = text.normalized(QString::NormalizationForm_KD);
+    plain.removeIf([](QChar letter) { return letter.category() == QChar::Mark_NonSpacing; });
+    return plain.toCaseFolded();
+}
+
+bool holdsAll(const QString& text, const QStringList& words)
+{
+    return std::ranges::all_of(words, [&](const QString& word) { return text.contains(word); });
+}
 
 } // namespace
 
@@ -24,11 +78,10 @@ OpenProjectDialog::OpenProjectDialog(const QList<ProjectInfo>& works,
 {
     setWindowTitle(tr("Abrir obra"));
     resize(kInitialSize);
-    for (const ProjectInfo& work : works) {
-        auto* item = new QListWidgetItem(
-            u"%1  ·  %2"_s.arg(work.name, work.modifiedAt.toString(u"dd/MM/yyyy"_s)), list_);
-        item->setData(Qt::UserRole, work.id);
-    }
+    QList<ProjectInfo> sorted = works;
+    std::ranges::stable_sort(sorted, std::ranges::greater(), &ProjectInfo::modifiedAt);
+    for (const ProjectInfo& work : sorted)
+        addWork(work);
 
     auto* label = new QLabel(tr("Obras guardadas:"));
     label->setBuddy(list_);
@@ -40,6 +93,8 @@ OpenProjectDialog::OpenProjectDialog(const QList<ProjectInfo>& works,
     connect(list_, &QListWidget::itemDoubleClicked, this, &QDialog::accept);
 
     auto* layout = new QVBoxLayout(this);
+    if (works.size() >= kManyWorks)
+        layout->addWidget(searchField());
     layout->addWidget(label);
     layout->addWidget(list_, 1);
     layout->addWidget(buttons);
@@ -48,24 +103,70 @@ OpenProjectDialog::OpenProjectDialog(const QList<ProjectInfo>& works,
     list_->ensurePolished();
     list_->setCurrentRow(0);
     list_->doItemsLayout();
+    list_->setFocus();
+}
+
+void OpenProjectDialog::addWork(const ProjectInfo& work)
+{
+    const QString time = work.modifiedAt.toString(u"dd/MM/yyyy HH:mm"_s);
+    const QString facts = work.song ? kGap + factsOf(*work.song) : QString();
+    auto* item = new QListWidgetItem(work.name + u'\n' + time + facts, list_);
+    item->setData(kIdRole, work.id);
+    item->setData(kTitleRole, QString(work.name + kGap + time));
+    item->setData(kNameRole, plainLetters(work.name));
+}
+
+QLineEdit* OpenProjectDialog::searchField()
+{
+    auto* field = new QLineEdit;
+    field->setPlaceholderText(tr("Buscar obra…"));
+    field->setAccessibleName(tr("Buscar obra"));
+    field->setClearButtonEnabled(true);
+    field->installEventFilter(this);
+    connect(field, &QLineEdit::textChanged, this, &OpenProjectDialog::search);
+    return field;
+}
+
+bool OpenProjectDialog::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        if (key == Qt::Key_Up || key == Qt::Key_Down)
+            return QCoreApplication::sendEvent(list_, event);
+    }
+    return QDialog::eventFilter(watched, event);
+}
+
+void OpenProjectDialog::search(const QString& words)
+{
+    const QStringList wanted = plainLetters(words).split(u' ', Qt::SkipEmptyParts);
+    int first = -1;
+    for (int row = list_->count() - 1; row >= 0; --row) {
+        QListWidgetItem* item = list_->item(row);
+        item->setHidden(!holdsAll(item->data(kNameRole).toString(), wanted));
+        first = item->isHidden() ? first : row;
+    }
+    if (!currentId())
+        list_->setCurrentRow(first);
 }
 
 std::optional<QString> OpenProjectDialog::currentId() const
 {
     const QListWidgetItem* item = list_->currentItem();
-    return item ? std::optional(item->data(Qt::UserRole).toString()) : std::nullopt;
+    return item && !item->isHidden() ? std::optional(item->data(kIdRole).toString()) : std::nullopt;
 }
 
 void OpenProjectDialog::deleteCurrent()
 {
     const QListWidgetItem* item = list_->currentItem();
-    if (!item)
+    if (!item || item->isHidden())
         return;
-    const auto answer = prompts_.ask(this, tr("Borrar obra"),
-                                     tr("¿Borrar «%1»? No se puede deshacer.").arg(item->text()),
-                                     QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
+    const auto answer = prompts_.ask(
+        this, tr("Borrar obra"),
+        tr("¿Borrar «%1»? No se puede deshacer.").arg(item->data(kTitleRole).toString()),
+        QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
     if (answer != QMessageBox::Yes)
         return;
-    storage_->deleteProject(item->data(Qt::UserRole).toString());
+    storage_->deleteProject(item->data(kIdRole).toString());
     delete item;
 }

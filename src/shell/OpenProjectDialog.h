@@ -8,22 +8,36 @@
 
 class Prompts;
 class ProjectStorageProvider;
+class QLineEdit;
 class QListWidget;
 struct ProjectInfo;
 
-/// The saved works to choose one from, or to delete.
+/// The saved works to choose one from, or to delete: the one that was written last is first. Each
+/// says what tells it from others of its name. Many of them can be searched.
 class OpenProjectDialog : public QDialog {
     Q_OBJECT
 
 public:
+    /// Works from which on there is a field to search them with.
+    static constexpr qsizetype kManyWorks = 8;
+
     /// Shows a listing of the storage. Storage and prompts are not owned.
     OpenProjectDialog(const QList<ProjectInfo>& works, ProjectStorageProvider* storage,
                       Prompts& prompts, QWidget* parent = nullptr);
 
-    /// Storage id of the current work, if there is one.
+    /// Storage id of the current work, if there is one that is seen.
     std::optional<QString> currentId() const;
 
+protected:
+    /// Up and Down go through the list from the field too.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
+    void addWork(const ProjectInfo& work);
+    QLineEdit* searchField();
+
+    /// Leaves the works whose names hold all words, with whatever accents and in whatever case.
+    void search(const QString& words);
     void deleteCurrent();
 
     ProjectStorageProvider* storage_;

@@ -11,6 +11,10 @@
 #include <QRegularExpression>
 #include <QStandardPaths>
 
+#include <algorithm>
+#include <functional>
+#include <utility>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
@@ -57,6 +61,23 @@ bool moveToTrash(const QString& folder)
     return QDir().mkpath(data) && QFile::moveToTrash(folder);
 }
 
+/// Folders with a project file, that of the latest one first. No file is read.
+QStringList foldersByLastWrite(const QString& root)
+{
+    QList<std::pair<QDateTime, QString>> folders;
+    for (const QString& name : QDir(root).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        const QString folder = root + u'/' + name;
+        const QFileInfo file(projectFile(folder));
+        if (file.isFile())
+            folders.append({file.lastModified(), folder});
+    }
+    std::ranges::sort(folders, std::ranges::greater());
+    QStringList paths;
+    for (const auto& [written, folder] : folders)
+        paths.append(folder);
+    return paths;
+}
+
 QString slugOf(const QString& name)
 {
     static const QRegularExpression foreign(u"[^a-z0-9]+"_s);
@@ -76,22 +97,51 @@ LocalStorageProvider::LocalStorageProvider(const QString& root) : root_(root)
     QDir().mkpath(root_);
 }
 
+std::optional<ProjectInfo> LocalStorageProvider::infoOf(const QFileInfo& folder)
+{
+    const QString file = projectFile(folder.filePath());
+    const auto head = ProjectHead::read(file);
+    if (!head)
+        return std::nullopt;
+    return ProjectInfo{.id = folder.fileName(),
+                       .name = head->name.value_or(folder.fileName()),
+                       .modifiedAt = QFileInfo(file).lastModified(),
+                       .folderPath = folder.filePath(),
+                       .song = head->song};
+}
+
 QList<ProjectInfo> LocalStorageProvider::listProjects()
 {
     QList<ProjectInfo> projects;
     const QFileInfoList folders =
         QDir(root_).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Time);
     for (const QFileInfo& folder : folders) {
-        const QString file = projectFile(folder.filePath());
-        const auto head = ProjectHead::read(file);
-        if (!head)
-            continue;
-        projects.append({.id = folder.fileName(),
-                         .name = head->name.value_or(folder.fileName()),
-                         .modifiedAt = QFileInfo(file).lastModified(),
-                         .folderPath = folder.filePath()});
+        if (const auto info = infoOf(folder))
+            projects.append(*info);
     }
     return projects;
+}
+
+QList<ProjectInfo> LocalStorageProvider::recentProjects(qsizetype limit)
+{
+    QList<ProjectInfo> recent;
+    const auto take = [&](const QString& folder) {
+        const auto info = recent.size() < limit ? infoOf(QFileInfo(folder)) : std::nullopt;
+        if (info)
+            recent.append(*info);
+    };
+    const QStringList used = brusel::Recientes::rutasDeSesionActiva(u"velta"_s);
+    if (used.isEmpty()) {
+        for (const QString& folder : foldersByLastWrite(root_))
+            take(folder);
+        return recent;
+    }
+    for (const QString& folder : used) {
+        // Works elsewhere cannot be opened by their id.
+        if (QFileInfo(folder).dir() == QDir(root_))
+            take(folder);
+    }
+    return recent;
 }
 
 Project* LocalStorageProvider::loadProject(const QString& id, QObject* parent)

@@ -4,6 +4,8 @@
 
 #include <QHash>
 
+class QFileInfo;
+
 /// Works as folders under one root, each with a project.json and its audio files. There is no
 /// index: the folders are the list.
 class LocalStorageProvider : public ProjectStorageProvider {
@@ -13,6 +15,7 @@ public:
     explicit LocalStorageProvider(const QString& root);
 
     QList<ProjectInfo> listProjects() override;
+    QList<ProjectInfo> recentProjects(qsizetype limit) override;
     Project* loadProject(const QString& id, QObject* parent) override;
     std::optional<QJsonObject> readProject(const QString& id) const override;
     bool saveProject(const QString& id, const Project& project) override;
@@ -29,6 +32,9 @@ public:
     QString projectFolder(const QString& id) const override;
 
 private:
+    /// One line of a listing; nothing for a folder that holds no work.
+    static std::optional<ProjectInfo> infoOf(const QFileInfo& folder);
+
     QString root_;
     /// Of each work that was read or written: a mark of its file as it was then.
     QHash<QString, QString> seen_;

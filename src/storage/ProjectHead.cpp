@@ -1,6 +1,7 @@
 #include "storage/ProjectHead.h"
 
 #include "files/JsonFile.h"
+#include "model/Project.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -15,6 +16,9 @@ using namespace std::string_view_literals;
 namespace {
 
 constexpr qint64 kStep = 64 * 1024;
+
+/// A hundred hours.
+constexpr double kLongestSeconds = 360000.0;
 
 /// Longer words are neither a key nor a title that anybody could read.
 constexpr qsizetype kLongestWord = 64 * 1024;
@@ -103,13 +107,22 @@ std::optional<ProjectHead> headOfLarge(const QString& path)
     }
     if (!finder.isObject() || !endsLikeAnObject(file))
         return std::nullopt;
-    return ProjectHead{finder.title()};
+    return ProjectHead{.name = finder.title(), .song = std::nullopt};
+}
+
+double secondsOf(const Project& work)
+{
+    const double seconds = work.bpm > 0 ? work.endBeat() * 60.0 / work.bpm : 0.0;
+    return seconds >= 0.0 && seconds < kLongestSeconds ? seconds : 0.0;
 }
 
 ProjectHead headOf(const QJsonObject& json)
 {
     const QJsonValue name = json["name"_L1];
-    return {name.isString() ? std::optional(name.toString()) : std::nullopt};
+    Project work;
+    work.loadJson(json);
+    return {.name = name.isString() ? std::optional(name.toString()) : std::nullopt,
+            .song = SongFacts{work.timeSignature, work.keySignature, secondsOf(work)}};
 }
 
 } // namespace

@@ -1,15 +1,17 @@
 #pragma once
 
+#include "storage/SongFacts.h"
+
 #include <QString>
 
 #include <optional>
 
-/// What a listing says of a project file, without the song in it.
+/// What a listing says of a project file, without the notes in it.
 struct ProjectHead {
     /// Title of the work; nothing where the file has no text for it.
     std::optional<QString> name;
-
-    bool operator==(const ProjectHead&) const = default;
+    /// What the music is like; nothing for a file that is not parsed as a whole.
+    std::optional<SongFacts> song;
 
     /// Bytes up to which a file is parsed as a whole. Beyond, it is read up to the title, and its
     /// end is looked at: a file that was cut is none, but what is damaged in its middle shows only

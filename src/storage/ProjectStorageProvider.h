@@ -1,5 +1,7 @@
 #pragma once
 
+#include "storage/SongFacts.h"
+
 #include <QDateTime>
 #include <QJsonObject>
 #include <QList>
@@ -19,6 +21,8 @@ struct ProjectInfo {
     /// When project.json was last written.
     QDateTime modifiedAt;
     QString folderPath;
+    /// Nothing for a work that is too large to be looked into.
+    std::optional<SongFacts> song = std::nullopt;
 };
 
 /// Where works are kept. A work is known by its id, which is at the same time the name of its
@@ -32,6 +36,10 @@ public:
 
     /// The works that can be read, the folder changed last first.
     virtual QList<ProjectInfo> listProjects() = 0;
+
+    /// The works that are still there of those that the members of the current session used last,
+    /// the latest first; without a session, those that were written last. At most `limit`.
+    virtual QList<ProjectInfo> recentProjects(qsizetype limit) = 0;
 
     /// The work with this id, owned by the caller and parented to `parent`; null if it cannot be
     /// read.

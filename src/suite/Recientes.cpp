@@ -8,6 +8,7 @@
 #include <QJsonObject>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 
 using namespace Qt::Literals::StringLiterals;
@@ -47,6 +48,12 @@ QJsonObject writeEntry(const ArchivoReciente& entry)
             {"ruta"_L1, entry.ruta},
             {"temporal"_L1, entry.temporal},
             {"ultimo_uso"_L1, entry.ultimo_uso.toString(Qt::ISODate)}};
+}
+
+QList<Integrante> membersOf(const Sesion& session)
+{
+    return session.integrantes.first(
+        std::min(session.integrantes.size(), Recientes::kMaxIntegrantes));
 }
 
 bool isTooLarge(const QJsonArray& json)
@@ -90,14 +97,30 @@ void Recientes::registrar(const QString& integranteId, const ArchivoReciente& ar
     escribirJson(rutaArchivo(integranteId), QJsonDocument(json), kMaxBytes);
 }
 
+QStringList Recientes::rutasDeSesionActiva(const QString& app)
+{
+    const std::unique_ptr<Sesion> session(Sesion::cargar(nullptr));
+    if (!session)
+        return {};
+    QList<ArchivoReciente> uses;
+    for (const Integrante& member : membersOf(*session))
+        uses.append(listar(member.id));
+    uses.removeIf([&](const ArchivoReciente& use) { return use.app != app || use.temporal; });
+    std::ranges::stable_sort(uses, std::ranges::greater(), &ArchivoReciente::ultimo_uso);
+    QStringList paths;
+    for (const ArchivoReciente& use : uses)
+        paths.append(use.ruta);
+    paths.removeDuplicates();
+    return paths;
+}
+
 void Recientes::registrarEnSesionActiva(const QString& ruta, const QString& app, bool temporal)
 {
     const std::unique_ptr<Sesion> session(Sesion::cargar(nullptr));
     if (!session)
         return;
     const ArchivoReciente use{ruta, app, QDateTime::currentDateTime(), temporal};
-    for (const Integrante& member :
-         session->integrantes.first(std::min(session->integrantes.size(), kMaxIntegrantes)))
+    for (const Integrante& member : membersOf(*session))
         registrar(member.id, use);
     session->registrarActividad();
 }

@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 namespace brusel {
 
@@ -32,6 +33,10 @@ public:
     /// Puts an entry at the front of a member's list, in place of one with the same path in
     /// whatever case. The oldest entries go when the list would grow beyond its bounds.
     static void registrar(const QString& integranteId, const ArchivoReciente& archivo);
+
+    /// Paths that the members of the current session used last in a program, latest use first and
+    /// each once; temporary files are left out. Empty without a session.
+    static QStringList rutasDeSesionActiva(const QString& app);
 
     /// Notes that a program uses a file now, for every member of the current session, and keeps
     /// the session alive. Does nothing without a session.

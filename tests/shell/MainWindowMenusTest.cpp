@@ -135,18 +135,18 @@ void MainWindowMenusTest::menusHoldTheirEntries_data()
 {
     QTest::addColumn<QString>("title");
     QTest::addColumn<QStringList>("entries");
-    QTest::newRow("Archivo") << "&Archivo"
-                             << QStringList{"Obra nueva…",
-                                            "Abrir obra…",
-                                            "Guardar",
-                                            "-",
-                                            "Importar audio de voz…",
-                                            "-",
-                                            "Exportar WAV…",
-                                            "Exportar MP3…",
-                                            "Exportar MIDI…",
-                                            "-",
-                                            "Salir"};
+    QTest::newRow("Archivo") << "&Archivo" << QStringList{"Obra nueva…",
+                                                          "Abrir obra…",
+                                                          "Obras recientes",
+                                                          "Guardar",
+                                                          "-",
+                                                          "Importar audio de voz…",
+                                                          "-",
+                                                          "Exportar WAV…",
+                                                          "Exportar MP3…",
+                                                          "Exportar MIDI…",
+                                                          "-",
+                                                          "Salir"};
     QTest::newRow("Edición") << "&Edición" << QStringList{"Deshacer", "Rehacer"};
     QTest::newRow("Ver") << "&Ver"
                          << QStringList{"Qué marca la grilla", "-", "Acercar (tiempo)",

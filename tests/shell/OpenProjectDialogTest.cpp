@@ -6,12 +6,20 @@
 
 #include <QDialogButtonBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QTest>
 #include <QVBoxLayout>
 
 #include <memory>
+
+namespace {
+
+const QStringList kSevenWorks{"Zamba de mi pueblo", "Canción de cuna", "Chacarera", "Tarea",
+                              "La zamba",           "Milonga",         "Huayno"};
+
+} // namespace
 
 class OpenProjectDialogTest : public QObject {
     Q_OBJECT
@@ -20,13 +28,21 @@ private slots:
     void init();
     void cleanup();
 
-    void itListsWorksInTheirOrder();
+    void theWorkThatWasWrittenLastIsFirst();
+    void aWorkSaysWhatTellsItFromOthers_data();
+    void aWorkSaysWhatTellsItFromOthers();
+    void aLargeWorkSaysItsTimeAlone();
     void everyItemHoldsItsId();
     void theFirstWorkIsCurrent();
     void theListTakesTheSpace();
     void theButtonsHaveTheirRoles();
     void theListHasItsLabel();
     void namesAreNoMarkup();
+
+    void fewWorksNeedNoSearch();
+    void aSearchLeavesWhatItNames_data();
+    void aSearchLeavesWhatItNames();
+    void whatIsFoundIsChosenFromTheField();
 
     void openAccepts();
     void cancelRejects();
@@ -47,12 +63,28 @@ private:
 
     QDialogButtonBox* box() const { return dialog_->findChild<QDialogButtonBox*>(); }
 
-    QStringList texts() const
+    /// The first lines.
+    QStringList titles() const
     {
         QStringList all;
-        for (int row = 0; row < list()->count(); ++row)
-            all.append(list()->item(row)->text());
+        for (int row = 0; row < list()->count(); ++row) {
+            if (!list()->item(row)->isHidden())
+                all.append(list()->item(row)->text().section('\n', 0, 0));
+        }
         return all;
+    }
+
+    /// Works of these names, each a day older than the one before.
+    std::unique_ptr<OpenProjectDialog> dialogOf(const QStringList& names)
+    {
+        QList<ProjectInfo> infos;
+        for (const QString& name : names)
+            infos.append(
+                {.id = name,
+                 .name = name,
+                 .modifiedAt = QDateTime(QDate(2026, 11, 20), QTime(9, 5)).addDays(-infos.size()),
+                 .folderPath = QString()});
+        return std::make_unique<OpenProjectDialog>(infos, &works_->storage(), *prompts_);
     }
 
     void remove() { Widgets::click(Widgets::withText<QPushButton>(*dialog_, "Borrar")); }
@@ -83,11 +115,52 @@ void OpenProjectDialogTest::cleanup()
 
 // ---- What it shows -------------------------------------------------------------------------
 
-void OpenProjectDialogTest::itListsWorksInTheirOrder()
+void OpenProjectDialogTest::theWorkThatWasWrittenLastIsFirst()
 {
     QCOMPARE(dialog_->windowTitle(), "Abrir obra");
-    QCOMPARE(texts(), (QStringList{"Zamba de mi pueblo  ·  20/11/2026",
-                                   "Canción de cuna  ·  03/02/2026", "Mi canción  ·  29/02/2024"}));
+    QCOMPARE(titles(), (QStringList{"Zamba de mi pueblo", "Canción de cuna", "Mi canción"}));
+}
+
+void OpenProjectDialogTest::aWorkSaysWhatTellsItFromOthers_data()
+{
+    QTest::addColumn<TimeSignature>("meter");
+    QTest::addColumn<int>("root");
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<double>("seconds");
+    QTest::addColumn<QString>("line");
+    const TimeSignature four;
+    const TimeSignature sixEight{.numerator = 6, .denominator = 8, .isCompound = true};
+    QTest::newRow("major") << four << 0 << 0 << 24.4 << "0:24  ·  4/4  ·  Do mayor";
+    QTest::newRow("minor") << sixEight << 9 << 1 << 192.0 << "3:12  ·  6/8  ·  La menor";
+    QTest::newRow("dorian") << four << 2 << 2 << 59.6 << "1:00  ·  4/4  ·  Re dórico";
+    QTest::newRow("lydian") << four << 6 << 3 << 0.0 << "0:00  ·  4/4  ·  Fa# lidio";
+    QTest::newRow("no mode") << four << -1 << 9 << 4500.0 << "75:00  ·  4/4  ·  Si mayor";
+}
+
+void OpenProjectDialogTest::aWorkSaysWhatTellsItFromOthers()
+{
+    QFETCH(TimeSignature, meter);
+    QFETCH(int, root);
+    QFETCH(int, mode);
+    QFETCH(double, seconds);
+    QFETCH(QString, line);
+    const SongFacts song{.timeSignature = meter,
+                         .key = {.rootPitchClass = root, .mode = static_cast<KeyMode>(mode)},
+                         .seconds = seconds};
+    const ProjectInfo info{.id = "x",
+                           .name = "Tarea",
+                           .modifiedAt = QDateTime(QDate(2026, 11, 22), QTime(8, 5)),
+                           .folderPath = QString(),
+                           .song = song};
+    const OpenProjectDialog dialog({info}, &works_->storage(), *prompts_);
+    QCOMPARE(dialog.findChild<QListWidget*>()->item(0)->text(),
+             "Tarea\n22/11/2026 08:05  ·  " + line);
+}
+
+void OpenProjectDialogTest::aLargeWorkSaysItsTimeAlone()
+{
+    const auto dialog = dialogOf({"Tarea"});
+    QCOMPARE(dialog->findChild<QListWidget*>()->item(0)->text(), "Tarea\n20/11/2026 09:05");
 }
 
 void OpenProjectDialogTest::everyItemHoldsItsId()
@@ -137,7 +210,57 @@ void OpenProjectDialogTest::namesAreNoMarkup()
 {
     works_->save("marca", "<b>%1</b> & %2", QDate(2026, 1, 2));
     const OpenProjectDialog dialog(works_->storage().listProjects(), &works_->storage(), *prompts_);
-    QCOMPARE(dialog.findChild<QListWidget*>()->item(3)->text(), "<b>%1</b> & %2  ·  02/01/2026");
+    const auto* list = dialog.findChild<QListWidget*>();
+    QVERIFY(list->item(2)->text().startsWith("<b>%1</b> & %2\n02/01/2026 12:00"));
+}
+
+// ---- Searching -----------------------------------------------------------------------------
+
+void OpenProjectDialogTest::fewWorksNeedNoSearch()
+{
+    QVERIFY(!dialog_->findChild<QLineEdit*>());
+    QVERIFY(!dialogOf(kSevenWorks)->findChild<QLineEdit*>());
+    QVERIFY(dialogOf(kSevenWorks + QStringList{"Gato"})->findChild<QLineEdit*>());
+}
+
+void OpenProjectDialogTest::aSearchLeavesWhatItNames_data()
+{
+    QTest::addColumn<QString>("typed");
+    QTest::addColumn<QStringList>("found");
+    const QStringList all = kSevenWorks + QStringList{"Gato"};
+    QTest::newRow("nothing") << "" << all;
+    QTest::newRow("a part") << "amb" << QStringList{"Zamba de mi pueblo", "La zamba"};
+    QTest::newRow("without accents") << "cancion" << QStringList{"Canción de cuna"};
+    QTest::newRow("with accents") << "GÁTO" << QStringList{"Gato"};
+    QTest::newRow("words in any order") << "pueblo  zamba" << QStringList{"Zamba de mi pueblo"};
+    QTest::newRow("blanks") << "  " << all;
+    QTest::newRow("no pattern") << ".*" << QStringList{};
+}
+
+void OpenProjectDialogTest::aSearchLeavesWhatItNames()
+{
+    QFETCH(QString, typed);
+    QFETCH(QStringList, found);
+    dialog_ = dialogOf(kSevenWorks + QStringList{"Gato"});
+    QTest::keyClicks(dialog_->findChild<QLineEdit*>(), typed);
+    QCOMPARE(titles(), found);
+    const auto first = found.isEmpty() ? std::nullopt : std::optional(found.first());
+    QCOMPARE(dialog_->currentId(), first);
+}
+
+void OpenProjectDialogTest::whatIsFoundIsChosenFromTheField()
+{
+    dialog_ = dialogOf(kSevenWorks + QStringList{"Gato"});
+    dialog_->show();
+    QVERIFY(QTest::qWaitForWindowActive(dialog_.get()));
+    auto* field = dialog_->findChild<QLineEdit*>();
+    field->setFocus();
+    QTest::keyClicks(field, "zamba");
+    QTest::keyClick(field, Qt::Key_Down);
+    QCOMPARE(dialog_->currentId(), std::optional<QString>("La zamba"));
+    QTest::keyClick(field, Qt::Key_Return);
+    QCOMPARE(dialog_->result(), int(QDialog::Accepted));
+    QCOMPARE(dialog_->currentId(), std::optional<QString>("La zamba"));
 }
 
 // ---- How it ends ---------------------------------------------------------------------------
@@ -193,8 +316,8 @@ void OpenProjectDialogTest::deletingAsksWithTheWholeLine()
     prompts_->answer(QMessageBox::No);
     remove();
     QCOMPARE(prompts_->calls(),
-             QStringList{"ask | Borrar obra | ¿Borrar «Canción de cuna  ·  03/02/2026»? No se "
-                         "puede deshacer. | Yes No | default No"});
+             QStringList{"ask | Borrar obra | ¿Borrar «Canción de cuna  ·  03/02/2026 12:00»? No "
+                         "se puede deshacer. | Yes No | default No"});
 }
 
 void OpenProjectDialogTest::declinedNothingIsDeleted_data()
@@ -221,8 +344,7 @@ void OpenProjectDialogTest::aDeletedWorkLeavesDiskAndList()
     remove();
     QVERIFY(!QFile::exists(works_->folder("cuna")));
     QVERIFY(works_->exists("zamba") && works_->exists("proyecto"));
-    QCOMPARE(texts(),
-             (QStringList{"Zamba de mi pueblo  ·  20/11/2026", "Mi canción  ·  29/02/2024"}));
+    QCOMPARE(titles(), (QStringList{"Zamba de mi pueblo", "Mi canción"}));
     QVERIFY(dialog_->isVisible());
     QVERIFY(dialog_->currentId() != std::optional<QString>("cuna"));
 }

@@ -29,6 +29,14 @@ void setFolderAge(const QString& path, int hours)
     std::filesystem::last_write_time(path.toStdString(), now - std::chrono::hours(hours));
 }
 
+QStringList idsOf(const QList<ProjectInfo>& works)
+{
+    QStringList ids;
+    for (const ProjectInfo& work : works)
+        ids.append(work.id);
+    return ids;
+}
+
 QStringList recentPaths(const QString& memberId)
 {
     QStringList paths;
@@ -83,6 +91,8 @@ private slots:
     void aUseCountsOnlyWhenTheWorkIsThere_data();
     void aUseCountsOnlyWhenTheWorkIsThere();
     void listingAndDeletingAreNoUses();
+    void recentWorksAreThoseThatMembersUsedLast();
+    void withoutASessionRecentWorksAreThoseWrittenLast();
     void withoutASessionNothingIsNoted();
     void aDamagedSessionStopsNeitherOpeningNorSaving_data();
     void aDamagedSessionStopsNeitherOpeningNorSaving();
@@ -580,6 +590,36 @@ void LocalStorageProviderTest::listingAndDeletingAreNoUses()
     QVERIFY(storage.deleteProject("zamba"));
     QCOMPARE(suite_.everything(), QStringList{"sesion.json"});
     QCOMPARE(bytesOf(suite_.sessionFile()), begun);
+}
+
+void LocalStorageProviderTest::recentWorksAreThoseThatMembersUsedLast()
+{
+    LocalStorageProvider storage(root());
+    QVERIFY(storage.saveProject("nunca", Project()));
+    beginSession();
+    for (const char* id : {"zamba", "gato", "huayno"})
+        QVERIFY(storage.saveProject(id, Project()));
+    QVERIFY(std::unique_ptr<Project>(storage.loadProject("zamba", nullptr)));
+    QVERIFY(storage.deleteProject("gato"));
+    brusel::Recientes::registrarEnSesionActiva("/otro/lugar", "velta", false);
+    QCOMPARE(idsOf(storage.recentProjects(10)), (QStringList{"zamba", "huayno"}));
+    QCOMPARE(idsOf(storage.recentProjects(1)), QStringList{"zamba"});
+}
+
+void LocalStorageProviderTest::withoutASessionRecentWorksAreThoseWrittenLast()
+{
+    LocalStorageProvider storage(root());
+    const QDateTime noon(QDate(2026, 11, 20), QTime(12, 0));
+    int hours = 0;
+    for (const char* id : {"zamba", "gato", "huayno"}) {
+        QVERIFY(storage.saveProject(id, Project()));
+        QFile file(root() + '/' + id + "/project.json");
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        QVERIFY(file.setFileTime(noon.addSecs(3600 * ++hours), QFileDevice::FileModificationTime));
+    }
+    writeBytes(root() + "/rota/project.json", "obra");
+    QCOMPARE(idsOf(storage.recentProjects(10)), (QStringList{"huayno", "gato", "zamba"}));
+    QCOMPARE(idsOf(storage.recentProjects(2)), (QStringList{"huayno", "gato"}));
 }
 
 void LocalStorageProviderTest::withoutASessionNothingIsNoted()

@@ -1,6 +1,7 @@
 #include "storage/ProjectHead.h"
 
 #include "support/Files.h"
+#include "support/ProjectBuilder.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -24,6 +25,9 @@ class ProjectHeadTest : public QObject {
 private slots:
     void theTitleIsThatOfTheOutermostObject_data();
     void theTitleIsThatOfTheOutermostObject();
+    void aWorkSaysWhatItsMusicIsLike();
+    void numbersThatNoClockShowsAreNone_data();
+    void numbersThatNoClockShowsAreNone();
     void whatIsNoObjectIsNoWork_data();
     void whatIsNoObjectIsNoWork();
     void ofALargeWorkNoMoreIsReadThanItTakes();
@@ -69,12 +73,51 @@ void ProjectHeadTest::theTitleIsThatOfTheOutermostObject()
     QFETCH(QByteArray, start);
     QFETCH(bool, named);
     QFETCH(QString, name);
-    const ProjectHead expected{named ? std::optional(name) : std::nullopt};
+    const std::optional<QString> expected = named ? std::optional(name) : std::nullopt;
     const QByteArray small = start + ", \"tracks\": []}";
     QVERIFY(QJsonDocument::fromJson(small).isObject());
-    QCOMPARE(headOf(small), expected);
-    QCOMPARE(headOf(start + ", \"tracks\": [" + filling(' ') + "]}\n"), expected);
-    QCOMPARE(headOf(start + ", \"tracks\": [\"" + filling('x') + "\"]}"), expected);
+    for (const QByteArray& bytes : {small, start + ", \"tracks\": [" + filling(' ') + "]}\n",
+                                    start + ", \"tracks\": [\"" + filling('x') + "\"]}"}) {
+        const auto head = headOf(bytes);
+        QVERIFY(head);
+        QCOMPARE(head->name, expected);
+    }
+}
+
+/// Two bars of 6/8 are six beats: four seconds at 90 beats a minute.
+void ProjectHeadTest::aWorkSaysWhatItsMusicIsLike()
+{
+    Project work;
+    work.bpm = 90;
+    work.timeSignature = {.numerator = 6, .denominator = 8, .isCompound = true};
+    work.keySignature = {.rootPitchClass = 9, .mode = KeyMode::Minor};
+    work.tracks.append(ProjectBuilder::melodyTrack({ProjectBuilder::melody({}, 0.0, 5.5)}));
+    const auto head = headOf(QJsonDocument(work.toJson()).toJson());
+    QVERIFY(head && head->song);
+    const SongFacts expected{
+        .timeSignature = work.timeSignature, .key = work.keySignature, .seconds = 4.0};
+    QCOMPARE(*head->song, expected);
+}
+
+void ProjectHeadTest::numbersThatNoClockShowsAreNone_data()
+{
+    QTest::addColumn<int>("bpm");
+    QTest::addColumn<double>("beats");
+    QTest::newRow("no tempo") << 0 << 4.0;
+    QTest::newRow("a tempo below none") << -5 << 4.0;
+    QTest::newRow("an endless song") << 120 << 1e300;
+}
+
+void ProjectHeadTest::numbersThatNoClockShowsAreNone()
+{
+    QFETCH(int, bpm);
+    QFETCH(double, beats);
+    Project work;
+    work.bpm = bpm;
+    work.tracks.append(ProjectBuilder::melodyTrack({ProjectBuilder::melody({}, 0.0, beats)}));
+    const auto head = headOf(QJsonDocument(work.toJson()).toJson());
+    QVERIFY(head && head->song);
+    QCOMPARE(head->song->seconds, 0.0);
 }
 
 void ProjectHeadTest::whatIsNoObjectIsNoWork_data()

@@ -72,6 +72,8 @@ private slots:
     void withoutASessionNothingIsRecorded();
     void anExpiredSessionIsRemovedAndNothingRecorded();
     void aUseIsRecordedForEveryMember();
+    void theUsesOfASessionAreThoseOfItsMembers();
+    void withoutASessionThereAreNoUses();
     void theEntryOfAUseIsOfNow();
     void aUseKeepsTheSessionAlive();
     void aSessionWithoutMembersIsKeptAliveToo();
@@ -435,6 +437,33 @@ void RecientesTest::aUseIsRecordedForEveryMember()
     QCOMPARE(pathsOf("ana"), QStringList{"/obra/1"});
     QCOMPARE(pathsOf("beto"), (QStringList{"/obra/1", "/obra/de beto"}));
     QCOMPARE(Recientes::listar("ana").first(), Recientes::listar("carla ñ").first());
+}
+
+void RecientesTest::theUsesOfASessionAreThoseOfItsMembers()
+{
+    writeBytes(suite_.sessionFile(), sessionWith(R"({"id": "ana"}, {"id": "beto"})"));
+    const auto use = [](const char* member, const char* path, int minute, const char* app,
+                        bool temporary) {
+        Recientes::registrar(member, {.ruta = path,
+                                      .app = app,
+                                      .ultimo_uso = kMorning.addSecs(60 * minute),
+                                      .temporal = temporary});
+    };
+    use("ana", "/obra/1", 1, "velta", false);
+    use("ana", "/obra/2", 4, "velta", false);
+    use("ana", "/cuadro", 5, "otra", false);
+    use("beto", "/obra/1", 2, "velta", false);
+    use("beto", "/obra/3", 3, "velta", false);
+    use("beto", "/tmp/4", 6, "velta", true);
+    use("carla", "/obra/5", 7, "velta", false);
+    QCOMPARE(Recientes::rutasDeSesionActiva("velta"),
+             (QStringList{"/obra/2", "/obra/3", "/obra/1"}));
+}
+
+void RecientesTest::withoutASessionThereAreNoUses()
+{
+    Recientes::registrar("ana", entry("/obra/1"));
+    QCOMPARE(Recientes::rutasDeSesionActiva("velta"), QStringList());
 }
 
 void RecientesTest::theEntryOfAUseIsOfNow()

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "music/KeySignature.h"
+#include "music/TimeSignature.h"
+
+/// What tells the music of one work from that of another.
+struct SongFacts {
+    TimeSignature timeSignature;
+    KeySignature key;
+    /// How long it plays, to the end of its last bar; 0.0 for an empty song, and for one whose
+    /// numbers say nothing that a clock could show.
+    double seconds = 0.0;
+
+    bool operator==(const SongFacts&) const = default;
+};
