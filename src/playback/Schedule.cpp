@@ -4,6 +4,7 @@
 #include "model/Project.h"
 #include "playback/ChannelPlan.h"
 #include "playback/NoteRenderer.h"
+#include "playback/SoundfontPlayer.h"
 
 #include <algorithm>
 #include <tuple>
@@ -53,4 +54,12 @@ void Schedule::sort(QList<ScheduledEvent>& events)
     std::ranges::stable_sort(events, [](const ScheduledEvent& a, const ScheduledEvent& b) {
         return std::tie(a.beat, a.noteOn) < std::tie(b.beat, b.noteOn);
     });
+}
+
+void Schedule::perform(const ScheduledEvent& event, SoundfontPlayer& player)
+{
+    if (event.noteOn)
+        player.noteOn(event.channel, event.pitch, event.velocity);
+    else
+        player.noteOff(event.channel, event.pitch);
 }

@@ -6,6 +6,7 @@
 
 class LoopLibrary;
 class Project;
+class SoundfontPlayer;
 
 /// One thing for the synthesiser to do at a beat of the song.
 struct ScheduledEvent {
@@ -43,5 +44,8 @@ bool appendSong(Score& score, const Project& project, const LoopLibrary* library
 /// Orders by beat; at one beat note-offs stand before note-ons, so that a note that ends where
 /// the next one starts on its pitch is released first.
 void sort(QList<ScheduledEvent>& events);
+
+/// Has a synthesiser do what an event asks for.
+void perform(const ScheduledEvent& event, SoundfontPlayer& player);
 
 } // namespace Schedule
