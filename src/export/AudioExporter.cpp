@@ -49,19 +49,11 @@ std::optional<Score> scoreOf(const Project& project, const LoopLibrary* library)
 {
     const bool soloed =
         Audibility::anySolo(project.tracks) || Audibility::anySolo(project.audioTracks);
-    Score score{.events = {}, .end = project.endBeat()};
+    Score score{.events = {}, .end = project.filledEndBeat()};
     if (!Schedule::appendSong(score, project, library, soloed))
         return std::nullopt;
     Schedule::sort(score.events);
     return score;
-}
-
-void apply(const ScheduledEvent& event, SoundfontPlayer& player)
-{
-    if (event.noteOn)
-        player.noteOn(event.channel, event.pitch, event.velocity);
-    else
-        player.noteOff(event.channel, event.pitch);
 }
 
 /// Plays the events, each exactly on its frame, into a stereo buffer. False if the progress is to
@@ -87,7 +79,7 @@ bool synthesise(const QList<ScheduledEvent>& events, double beatFrames, Soundfon
             return false;
         if (done >= total)
             break;
-        apply(event, player);
+        Schedule::perform(event, player);
     }
     return renderUntil(total);
 }

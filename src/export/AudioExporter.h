@@ -11,14 +11,14 @@ class LoopLibrary;
 class Project;
 
 /// Renders a project to sound without a sound card: interleaved stereo at kSampleRate, from beat
-/// 0 to two seconds behind the last note. Runs on the calling thread with a synthesiser of its
-/// own. `error` may be null everywhere. A file that was there before stays as it was until the new
-/// one is complete.
+/// 0 to two seconds behind the last note and the last block that holds something. Runs on the
+/// calling thread with a synthesiser of its own. `error` may be null everywhere. A file that was
+/// there before stays as it was until the new one is complete.
 class AudioExporter {
     Q_DECLARE_TR_FUNCTIONS(AudioExporter)
 
 public:
-    /// Frames behind the last note: 2 seconds.
+    /// Frames behind the end of the song: 2 seconds.
     static constexpr qint64 kTailFrames = 88200;
 
     /// The finished mix, every sample finite and within -1.0 to 1.0, or an empty list with the

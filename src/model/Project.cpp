@@ -26,6 +26,35 @@ void raiseTo(double& end, double position)
         end = std::max(end, position);
 }
 
+/// Where the last of all that holds something ends, in beats.
+double endOfFilled(const Project& project)
+{
+    double end = 0.0;
+    for (const Track& track : project.tracks) {
+        for (const MelodyBlock& block : track.melodyBlocks) {
+            if (!block.notes.isEmpty())
+                raiseTo(end, block.startBeat + block.durationBeats);
+        }
+        for (const LoopBlock& block : track.loopBlocks)
+            raiseTo(end, block.startBeat + block.durationBeats);
+    }
+    for (const AudioTrack& track : project.audioTracks) {
+        for (const AudioClip& clip : track.clips)
+            raiseTo(end, clip.offsetBeats + clip.durationBeats);
+    }
+    for (const HarmonyBlock& block : project.harmonyTrack.blocks) {
+        if (!block.events.isEmpty())
+            raiseTo(end, project.beatsPerBar() * (block.barIndex + 1.0));
+    }
+    return end;
+}
+
+/// The bar line at a beat or behind it; 0.0 where a bar has no length.
+double onWholeBar(double beat, double bar)
+{
+    return isBarLength(bar) ? std::ceil(beat / bar) * bar : 0.0;
+}
+
 } // namespace
 
 Project::Project(QObject* parent) : QObject(parent)
@@ -52,25 +81,17 @@ Project* Project::fromJson(const QJsonObject& json, QObject* parent)
 
 double Project::endBeat() const
 {
-    const double bar = beatsPerBar();
-    if (!isBarLength(bar))
-        return 0.0;
-    double end = 0.0;
+    double end = endOfFilled(*this);
     for (const Track& track : tracks) {
         for (const MelodyBlock& block : track.melodyBlocks)
             raiseTo(end, block.startBeat + block.durationBeats);
-        for (const LoopBlock& block : track.loopBlocks)
-            raiseTo(end, block.startBeat + block.durationBeats);
     }
-    for (const AudioTrack& track : audioTracks) {
-        for (const AudioClip& clip : track.clips)
-            raiseTo(end, clip.offsetBeats + clip.durationBeats);
-    }
-    for (const HarmonyBlock& block : harmonyTrack.blocks) {
-        if (!block.events.isEmpty())
-            raiseTo(end, bar * (block.barIndex + 1.0));
-    }
-    return std::ceil(end / bar) * bar;
+    return onWholeBar(end, beatsPerBar());
+}
+
+double Project::filledEndBeat() const
+{
+    return onWholeBar(endOfFilled(*this), beatsPerBar());
 }
 
 int Project::barCount(int minimum) const

@@ -33,8 +33,14 @@ public:
     /// whose bar has no length.
     double endBeat() const;
 
+    /// endBeat() without the melody blocks that hold no note.
+    double filledEndBeat() const;
+
     /// Bars up to endBeat(), at least `minimum`.
     int barCount(int minimum) const;
+
+    /// Bars that even an empty project shows and plays.
+    static constexpr int kLeastBars = 8;
 
 signals:
     /// Anything may be different. Emitted by the window after a finished edit, never from here.

@@ -196,9 +196,19 @@ private:
     int font_ = -1;
 };
 
+/// The bar line behind the last block that holds something.
+double plainEnd(const Project& song)
+{
+    Project filled;
+    filled.loadJson(song.toJson());
+    for (Track& track : filled.tracks)
+        track.melodyBlocks.removeIf([](const auto& block) { return block.notes.isEmpty(); });
+    return filled.endBeat();
+}
+
 QList<float> bareMix(const Project& song, const LoopLibrary* library, const QByteArray& bank)
 {
-    double end = song.endBeat();
+    double end = plainEnd(song);
     const QList<PlainEvent> events = plainEvents(song, library, end);
     const double beatFrames = 2646000.0 / std::max(song.bpm, 1);
     const auto total = static_cast<int>(end * beatFrames) + 88200;
@@ -423,6 +433,9 @@ void AudioExporterTest::lengthIsTheSongAndTwoSeconds_data()
     QTest::newRow("nothing") << Track() << none << kTail;
     QTest::newRow("a note inside a bar counts the bar")
         << notesTrack({note(60, 0.0, 1.0)}) << none << 4000 + kTail;
+    QTest::newRow("a block that holds nothing does not count")
+        << straight(melodyTrack({melody({note(60, 0.0, 1.0)}), melody({}, 4.0, 32.0)})) << none
+        << 4000 + kTail;
     QTest::newRow("a note that rings past the end counts itself")
         << ringing << none << 10500 + kTail;
     QTest::newRow("a muted track counts its blocks but not its ringing")
@@ -1147,9 +1160,9 @@ void AudioExporterTest::tooLongASongIsRefusedBeforeItIsRendered_data()
     QTest::newRow("repetitions past all counting")
         << straight(loopTrack({loop("r", "l", 0.0, 1e300)})) << -1 << 0.0 << 120;
     QTest::newRow("a block past all frames")
-        << straight(melodyTrack({melody({}, 1e300)})) << -1 << 0.0 << 120;
+        << straight(melodyTrack({melody({note(60, 0.0)}, 1e300)})) << -1 << 0.0 << 120;
     QTest::newRow("a block at the end of the numbers")
-        << straight(melodyTrack({melody({}, kMaxDouble)})) << -1 << 0.0 << 120;
+        << straight(melodyTrack({melody({note(60, 0.0)}, kMaxDouble)})) << -1 << 0.0 << 120;
     QTest::newRow("a note without end") << notesTrack({note(60, 0.0, 1e300)}) << -1 << 0.0 << 120;
     QTest::newRow("a note that ends past all numbers")
         << straight(melodyTrack({melody({note(60, 1.7e308, 1.7e308)}, 0.0, kMaxDouble)})) << -1
@@ -1158,9 +1171,9 @@ void AudioExporterTest::tooLongASongIsRefusedBeforeItIsRendered_data()
     QTest::newRow("a clip at the end of the numbers") << none << -1 << 1e300 << 120;
     // 408 beats at 60 seconds a beat: six hours and 48 minutes.
     QTest::newRow("the length that two thousand million samples just miss")
-        << straight(melodyTrack({melody({}, 0.0, 408.0)})) << -1 << 0.0 << 1;
+        << straight(melodyTrack({melody({note(60, 0.0)}, 0.0, 408.0)})) << -1 << 0.0 << 1;
     QTest::newRow("tempo 0 counts as 1")
-        << straight(melodyTrack({melody({}, 0.0, 408.0)})) << -1 << 0.0 << 0;
+        << straight(melodyTrack({melody({note(60, 0.0)}, 0.0, 408.0)})) << -1 << 0.0 << 0;
 }
 
 void AudioExporterTest::tooLongASongIsRefusedBeforeItIsRendered()
@@ -1189,7 +1202,8 @@ void AudioExporterTest::tooLongASongIsRefusedBeforeItIsRendered()
 void AudioExporterTest::songThatMemoryCannotHoldIsRefused()
 {
     // Two hours: within all bounds, and more than 2 GiB of samples.
-    const auto song = project({straight(melodyTrack({melody({}, 0.0, 14400.0)}))}, {}, {}, {}, 120);
+    const auto song =
+        project({straight(melodyTrack({melody({note(60, 0.0)}, 0.0, 14400.0)}))}, {}, {}, {}, 120);
     QString error;
     const ScarceMemory memory;
     QVERIFY(mixed(*song, &error).isEmpty());

@@ -60,6 +60,7 @@ private slots:
     void endOfMaterial();
     void latestMaterialOfAnyKindCounts_data();
     void latestMaterialOfAnyKindCounts();
+    void blocksThatHoldNothingAreNoEndOfWhatIsFilled();
     void barWithAChordCountsWhole();
     void barWithoutChordsCountsForNothing();
     void barsUpToTheEnd_data();
@@ -177,6 +178,21 @@ void ProjectTest::latestMaterialOfAnyKindCounts()
     song->audioTracks = {voiceTrack({}),
                          voiceTrack({clip("voz.wav", 3.0, clipEnd - 3.0), clip("voz.wav")})};
     QCOMPARE(exact(song->endBeat()), exact(expected));
+    // Of these the melody blocks alone hold nothing.
+    song->tracks[0].melodyBlocks[0].notes = {note(60, 0.0)};
+    QCOMPARE(exact(song->filledEndBeat()), exact(expected));
+}
+
+void ProjectTest::blocksThatHoldNothingAreNoEndOfWhatIsFilled()
+{
+    const auto song = project({melodyTrack({melody({note(60, 0.0)}, 1.0), melody({}, 8.0, 30.0)}),
+                               melodyTrack({melody({}, 100.0)})});
+    QCOMPARE(exact(song->filledEndBeat()), exact(8.0));
+    QCOMPARE(exact(song->endBeat()), exact(104.0));
+    song->tracks[0].melodyBlocks[0].notes.clear();
+    QCOMPARE(exact(song->filledEndBeat()), exact(0.0));
+    song->timeSignature.numerator = 0;
+    QCOMPARE(exact(song->filledEndBeat()), exact(0.0));
 }
 
 void ProjectTest::barWithAChordCountsWhole()

@@ -20,7 +20,6 @@ constexpr int kGroupHeight = 22;
 constexpr int kTrackHeight = 42;
 
 constexpr int kBottomMargin = 4;
-constexpr int kLeastBars = 8;
 constexpr double kExtraBars = 8.0;
 
 constexpr double kGripPixels = 7.0;
@@ -157,7 +156,7 @@ const LaneInfo* ArrangerLayout::laneOfTrack(const QList<LaneInfo>& lanes, LaneKi
 QSizeF ArrangerLayout::sceneSize(const Project& project, const QList<LaneInfo>& lanes)
 {
     const double bar = project.beatsPerBar();
-    const double bars = project.barCount(kLeastBars) + kExtraBars;
+    const double bars = project.barCount(Project::kLeastBars) + kExtraBars;
     const double beats = isBarLength(bar) ? std::min(bar * bars, kMostBeats) : 0.0;
     const int bottom = lanes.isEmpty() ? 0 : lanes.last().bottom();
     return {beats * kBeatPixels, static_cast<double>(bottom + kBottomMargin)};

@@ -123,7 +123,7 @@ WheelTurn PianoRollLayout::turned(int remainder, int angleDelta)
 QSizeF PianoRollLayout::sceneSize(const Project& project)
 {
     const double bar = project.beatsPerBar();
-    const double bars = project.barCount(kLeastBars) + kExtraBars;
+    const double bars = project.barCount(Project::kLeastBars) + kExtraBars;
     const double beats = isBarLength(bar) ? std::min(bar * bars, kMostBeats) : 0.0;
     return {beats * kBeatPixels, kSceneHeight};
 }

@@ -73,9 +73,6 @@ inline constexpr int kLowestPitch = 24;
 inline constexpr int kRows = kHighestPitch - kLowestPitch + 1;
 inline constexpr int kSceneHeight = kRows * kRowPixels;
 
-/// Bars that even the shortest song has room for.
-inline constexpr int kLeastBars = 8;
-
 /// What lies beyond is not drawn: six days of music, and as far as a view can scroll.
 inline constexpr double kMostBeats = 1e6;
 
