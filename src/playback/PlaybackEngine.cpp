@@ -14,11 +14,39 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 
 namespace {
 
 constexpr std::chrono::milliseconds kTickPeriod(8);
 constexpr float kMetronomeVolume = 0.9F;
+
+/// Which of the voice tracks are heard.
+QList<bool> voicesHeard(const Project& project)
+{
+    const bool soloed =
+        Audibility::anySolo(project.tracks) || Audibility::anySolo(project.audioTracks);
+    QList<bool> heard;
+    for (const AudioTrack& track : project.audioTracks)
+        heard.append(!track.clips.isEmpty() && Audibility::sounds(track, soloed));
+    return heard;
+}
+
+/// Where the last clip of the voices that are heard ends, in beats.
+double endOfVoices(const Project& project)
+{
+    const QList<bool> heard = voicesHeard(project);
+    double end = 0.0;
+    for (qsizetype i = 0; i < heard.size(); ++i) {
+        if (!heard.at(i))
+            continue;
+        for (const AudioClip& clip : project.audioTracks.at(i).clips) {
+            const double clipEnd = clip.offsetBeats + clip.durationBeats;
+            end = std::isfinite(clipEnd) ? std::max(end, clipEnd) : end;
+        }
+    }
+    return end;
+}
 
 /// Longest song whose voices are mixed before they are asked for, an hour: a damaged file may place
 /// a clip where its mix would fill the memory.
@@ -104,6 +132,7 @@ void PlaybackEngine::pause()
 
 void PlaybackEngine::stop()
 {
+    preview_->endRunning();
     if (playing_)
         ceasePlaying();
     moveIdlePlayhead(range_.enabled ? range_.start : 0.0);
@@ -136,8 +165,7 @@ void PlaybackEngine::moveIdlePlayhead(double beat)
 
 double PlaybackEngine::playheadBeat() const
 {
-    return playing_ ? Transport::beatAfter(anchorBeat_, project_->bpm, clock_.nsecsElapsed())
-                    : idleBeat_;
+    return playing_ ? Transport::beatAfter(anchorBeat_, tempo_, clock_.nsecsElapsed()) : idleBeat_;
 }
 
 void PlaybackEngine::setMetronomeEnabled(bool on)
@@ -164,10 +192,17 @@ void PlaybackEngine::rescheduleIfPlaying()
 {
     if (!playing_)
         return;
+    followProject();
     const double beat = playheadBeat();
     player_->allNotesOff(-1);
     buildSchedule();
     cursor_ = cursorForBeat(beat);
+}
+
+void PlaybackEngine::followProject()
+{
+    if (tempo_ != project_->bpm || voicesHeard_ != voicesHeard(*project_))
+        startTogether(playheadBeat());
 }
 
 void PlaybackEngine::refreshChannels()
@@ -194,6 +229,7 @@ void PlaybackEngine::buildSchedule()
     score_ = Score();
     // The solo of a voice silences other voices only, as long as the song plays live.
     Schedule::appendSong(score_, *project_, library_, Audibility::anySolo(project_->tracks));
+    setSongEnd();
     if (metronomeEnabled_) {
         const double end = std::max(project_->endBeat(), score_.end);
         Metronome::appendClicks(score_.events, project_->timeSignature,
@@ -202,12 +238,27 @@ void PlaybackEngine::buildSchedule()
     Schedule::sort(score_.events);
 }
 
+/// A song ends with the last that sounds, and a bar of silence for that to ring out. Where nothing
+/// sounds the bars of the work are played, so that notes can be played into them.
+void PlaybackEngine::setSongEnd()
+{
+    const double bar = project_->beatsPerBar();
+    score_.end = std::max(score_.end, endOfVoices(*project_));
+    tailBeats_ = bar;
+    if (score_.events.isEmpty() && !(score_.end > 0.0)) {
+        score_.end = project_->barCount(Project::kLeastBars) * bar;
+        tailBeats_ = 0.0;
+    }
+}
+
 /// The voices take their time to be mixed. It passes before the clock starts, so that notes and
 /// voices set out from one beat at one moment.
 void PlaybackEngine::startTogether(double beat)
 {
     stopVoicePlayback();
     const QList<float> voices = mixedVoices();
+    tempo_ = project_->bpm;
+    voicesHeard_ = voicesHeard(*project_);
     anchorBeat_ = beat;
     clock_.restart();
     playVoices(voices, beat);
@@ -217,8 +268,8 @@ void PlaybackEngine::onTick()
 {
     if (!playing_)
         return;
-    const TransportStep step =
-        Transport::step(score_, cursor_, playheadBeat(), range_, project_->beatsPerBar());
+    followProject();
+    const TransportStep step = Transport::step(score_, cursor_, playheadBeat(), range_, tailBeats_);
     if (step.wrapped) {
         player_->allNotesOff(-1);
         startTogether(step.beat);
@@ -232,13 +283,8 @@ void PlaybackEngine::onTick()
 
 void PlaybackEngine::dispatch(int first, int next)
 {
-    for (int i = first; i < next; ++i) {
-        const ScheduledEvent& event = score_.events.at(i);
-        if (event.noteOn)
-            player_->noteOn(event.channel, event.pitch, event.velocity);
-        else
-            player_->noteOff(event.channel, event.pitch);
-    }
+    for (int i = first; i < next; ++i)
+        Schedule::perform(score_.events.at(i), *player_);
 }
 
 void PlaybackEngine::startVoicePlayback(double fromBeat)

@@ -62,14 +62,15 @@ public:
     /// Stops and keeps the position.
     void pause();
 
-    /// Stops and goes back to the start: of the repeat range where there is one.
+    /// Stops and goes back to the start: of the repeat range where there is one. Ends a preview
+    /// that is being played, too.
     void stop();
 
     /// Moves the playhead, and goes on playing from there if it plays. A negative beat counts as 0.
     void setPlayheadBeat(double beat);
 
-    /// In beats. While playing the position follows the project's present tempo from the last
-    /// start, jump or wrap on.
+    /// In beats. A change of the tempo while playing keeps the beat and counts from there on: from
+    /// the next tick or rescheduleIfPlaying().
     double playheadBeat() const;
 
     bool isPlaying() const { return playing_; }
@@ -82,8 +83,8 @@ public:
 
     void clearLoopRange();
 
-    /// Takes the project's notes anew without losing the place. Voices are taken anew at the next
-    /// start or wrap only.
+    /// Takes the project's notes anew without losing the place. Voices are taken anew at once where
+    /// others are muted or soloed, or the tempo is another; else at the next start or wrap only.
     void rescheduleIfPlaying();
 
     /// Gives every channel the instrument and the volume of its track, and has the voices prepared.
@@ -125,7 +126,8 @@ public:
     void previewNoteOff(int pitch);
     void previewChord(const QList<int>& pitches, int velocity);
 
-    /// Plays a variant once, as it is written; `lengthBeats` has no effect.
+    /// Plays a variant once, as it is written, or ends it if it is being played; `lengthBeats` has
+    /// no effect.
     void previewVariant(const LoopVariant& variant, const QString& instrumentId, int bpm,
                         double lengthBeats);
     void stopPreview();
@@ -145,8 +147,13 @@ signals:
 private:
     void onTick();
 
+    /// Sets out anew from the present beat where what plays no longer runs with the project: in
+    /// another tempo, or with other voices muted.
+    void followProject();
+
     /// The whole project, from its first beat on; the position is a matter of the cursor.
     void buildSchedule();
+    void setSongEnd();
 
     /// Makes a beat the one from which the time that passes is counted, for notes and voices.
     void startTogether(double beat);
@@ -170,12 +177,18 @@ private:
     std::unique_ptr<LivePreview> preview_;
 
     Score score_;
+    /// Silence that the song ends with.
+    double tailBeats_ = 0.0;
     /// Index of the next event to fire.
     int cursor_ = 0;
     QTimer tickTimer_;
     /// Time since the playhead was at `anchorBeat_`.
     QElapsedTimer clock_;
     double anchorBeat_ = 0.0;
+    /// The tempo in which the time since then has passed.
+    qint32 tempo_ = 0;
+    /// Which of the voice tracks were heard then.
+    QList<bool> voicesHeard_;
     /// The playhead while nothing plays.
     double idleBeat_ = 0.0;
     bool playing_ = false;

@@ -56,7 +56,7 @@ double Transport::beatAfter(double anchorBeat, qint32 bpm, qint64 nanoseconds)
 }
 
 TransportStep Transport::step(const Score& score, int cursor, double beat, const RepeatRange& range,
-                              double beatsPerBar)
+                              double tailBeats)
 {
     TransportStep step{.beat = beat, .first = cursor};
     step.wrapped = range.enabled && beat >= range.end - kBeatEpsilon;
@@ -69,6 +69,6 @@ TransportStep Transport::step(const Score& score, int cursor, double beat, const
     }
     step.next = firstEventAfter(score.events, step.first, step.beat);
     step.ended =
-        !range.enabled && step.next >= score.events.size() && step.beat > score.end + beatsPerBar;
+        !range.enabled && step.next >= score.events.size() && step.beat > score.end + tailBeats;
     return step;
 }

@@ -22,7 +22,7 @@ struct TransportStep {
     /// wrap they begin with those that the range begins with, however late the tick came.
     int first = 0;
     int next = 0;
-    /// The song is over, its last bar of silence included.
+    /// The song is over, the silence at its end included.
     bool ended = false;
 };
 
@@ -40,8 +40,8 @@ int startCursor(const QList<ScheduledEvent>& events, double beat);
 double beatAfter(double anchorBeat, qint32 bpm, qint64 nanoseconds);
 
 /// What is due when the clock has brought the playhead to `beat`. `cursor` is where the last step
-/// ended, `beatsPerBar` the silence that a song ends with.
+/// ended, `tailBeats` the silence that a song ends with.
 TransportStep step(const Score& score, int cursor, double beat, const RepeatRange& range,
-                   double beatsPerBar);
+                   double tailBeats);
 
 } // namespace Transport

@@ -244,7 +244,8 @@ private slots:
     void playheadIsSetWhilePlaying();
     void beatThatIsNoNumberIsNoPlace();
     void everyTickTellsThePlayhead();
-    void playheadFollowsThePresentTempo();
+    void changeOfTempoKeepsTheBeat();
+    void rescheduleFollowsTheTempoAtOnce();
 
     void newProjectStartsAtItsFirstBeat();
     void newProjectStopsTheOldOne();
@@ -267,7 +268,10 @@ private slots:
     void loopsPlayThroughTheLibrary();
 
     void songStopsABarBehindItsLastNote();
-    void emptySongStopsAfterABar();
+    void songPlaysToTheEndOfItsVoices_data();
+    void songPlaysToTheEndOfItsVoices();
+    void emptySongPlaysItsEightBars();
+    void songWithNothingToHearPlaysItsBlocks();
     void clicksPlayOnInAnEmptySong();
     void repeatedSongPlaysOn();
 
@@ -311,6 +315,7 @@ private slots:
     void engineMayGoWhilePreviewsArePending();
     void previewLeavesTheSongAlone();
     void transportEndsPreviews();
+    void stopEndsARunningPreview();
     void hostileProjectsAreSurvived();
 };
 
@@ -779,20 +784,43 @@ void PlaybackEngineTest::everyTickTellsThePlayhead()
     QCOMPARE(player.told(), QStringList(5, "2.5"));
 }
 
-void PlaybackEngineTest::playheadFollowsThePresentTempo()
+void PlaybackEngineTest::changeOfTempoKeepsTheBeat()
 {
     Player player;
     player.engine().play(4.0);
     QVERIFY(player.tick());
-    player.song().bpm = 6000;
-    const double early = player.engine().playheadBeat();
-    QVERIFY(early > 4.0);
-    player.song().bpm = 12000;
-    QVERIFY(player.engine().playheadBeat() - 4.0 >= 2.0 * (early - 4.0));
-    player.song().bpm = 0;
+    // All the time since the start would be worth more than a year of it.
+    player.song().bpm = 6'000;
     QCOMPARE(player.engine().playheadBeat(), 4.0);
-    player.song().bpm = -6000;
-    QVERIFY(player.engine().playheadBeat() < 4.0);
+    QVERIFY(player.tick());
+    QCOMPARE(player.engine().playheadBeat() < 4.0, false);
+    QTRY_VERIFY(player.engine().playheadBeat() > 5.0);
+    player.song().bpm = 0;
+    QVERIFY(player.tick());
+    player.told();
+    const double kept = player.engine().playheadBeat();
+    QVERIFY(kept > 5.0);
+    for (int i = 0; i < 3; ++i)
+        QVERIFY(player.tick());
+    QCOMPARE(player.told(), QStringList(3, beatText(kept)));
+}
+
+void PlaybackEngineTest::rescheduleFollowsTheTempoAtOnce()
+{
+    Player player(stillSong({trackOf({note(60, 4.0, 1.0), note(62, 6.0, 100.0)})}));
+    player.engine().play(4.0);
+    QVERIFY(player.tick());
+    player.heard();
+    QTest::qWait(50);
+    // A beat takes ten seconds: what the note before it was worth counts for nothing.
+    player.song().bpm = 6;
+    player.engine().rescheduleIfPlaying();
+    QVERIFY(player.engine().playheadBeat() >= 4.0);
+    QVERIFY(player.tick());
+    QVERIFY(!player.heard().contains("noteon 0 62 100"));
+    player.song().bpm = 100000;
+    player.engine().rescheduleIfPlaying();
+    QTRY_VERIFY(FluidSpy::calls().contains("noteon 0 62 100"));
 }
 
 // ---- Projects and services -----------------------------------------------------------------
@@ -1041,29 +1069,75 @@ void PlaybackEngineTest::songStopsABarBehindItsLastNote()
     QCOMPARE(player.engine().playheadBeat(), 0.0);
 }
 
-void PlaybackEngineTest::emptySongStopsAfterABar()
+void PlaybackEngineTest::songPlaysToTheEndOfItsVoices_data()
+{
+    QTest::addColumn<QList<Track>>("tracks");
+    QTest::addColumn<QString>("voice");
+    QTest::addColumn<double>("end");
+    const QList<Track> notes{trackOf({note(60, 0.0, 8.0)})};
+    QList<Track> soloed = notes;
+    soloed[0].solo = true;
+    QTest::newRow("behind the notes") << notes << "." << 34.0;
+    QTest::newRow("alone") << QList<Track>() << "." << 34.0;
+    QTest::newRow("a muted voice does not count") << notes << "m" << 12.0;
+    QTest::newRow("a voice behind a soloed track does not count") << soloed << "." << 12.0;
+    QTest::newRow("a soloed voice beside a soloed track counts") << soloed << "s" << 34.0;
+    QTest::newRow("a muted voice alone is nothing to hear") << QList<Track>() << "m" << 32.0;
+}
+
+void PlaybackEngineTest::songPlaysToTheEndOfItsVoices()
+{
+    QFETCH(QList<Track>, tracks);
+    QFETCH(QString, voice);
+    QFETCH(double, end);
+    Player player(stillSong(tracks));
+    player.song().audioTracks = {
+        voiceTrack({clip("a.wav", 20.0, 10.0), clip("b.wav", 1.0, 4.0),
+                    clip("c.wav", std::numeric_limits<double>::infinity(), 1.0)})};
+    player.song().audioTracks[0].muted = voice == "m";
+    player.song().audioTracks[0].solo = voice == "s";
+    player.engine().play(end);
+    QVERIFY(player.tick());
+    QVERIFY(player.engine().isPlaying());
+    player.engine().play(end + 0.001);
+    QVERIFY(player.tick());
+    QVERIFY(!player.engine().isPlaying());
+}
+
+void PlaybackEngineTest::emptySongPlaysItsEightBars()
 {
     for (const auto& [meter, bar] :
          {std::pair(TimeSignature{4, 4, false}, 4.0), std::pair(TimeSignature{6, 8, true}, 3.0)}) {
         Player player(stillSong({}, {}, meter));
-        player.engine().play(bar);
+        player.engine().play(8.0 * bar);
         QVERIFY(player.tick());
         QVERIFY(player.engine().isPlaying());
-        player.engine().play(bar + 0.01);
+        player.engine().play(8.0 * bar + 0.01);
         QVERIFY(player.tick());
         QVERIFY(!player.engine().isPlaying());
     }
+}
+
+void PlaybackEngineTest::songWithNothingToHearPlaysItsBlocks()
+{
+    Player player(stillSong({melodyTrack({melody({}, 36.0, 4.0)})}));
+    player.engine().play(40.0);
+    QVERIFY(player.tick());
+    QVERIFY(player.engine().isPlaying());
+    player.engine().play(40.01);
+    QVERIFY(player.tick());
+    QVERIFY(!player.engine().isPlaying());
 }
 
 void PlaybackEngineTest::clicksPlayOnInAnEmptySong()
 {
     Player player;
     player.engine().setMetronomeEnabled(true);
-    QCOMPARE(player.heardFrom(16.0), QStringList{"noteon 14 76 110"});
+    QCOMPARE(player.heardFrom(32.0), QStringList{"noteon 14 76 110"});
     QVERIFY(player.engine().isPlaying());
-    QVERIFY(player.heardFrom(16.0625).isEmpty());
+    QVERIFY(player.heardFrom(32.0625).isEmpty());
     QVERIFY(player.engine().isPlaying());
-    player.engine().play(16.2);
+    player.engine().play(32.2);
     QVERIFY(player.tick());
     QVERIFY(!player.engine().isPlaying());
 }
@@ -1071,12 +1145,12 @@ void PlaybackEngineTest::clicksPlayOnInAnEmptySong()
 void PlaybackEngineTest::repeatedSongPlaysOn()
 {
     Player player;
-    player.engine().setLoopRange(8.0, 16.0);
+    player.engine().setLoopRange(40.0, 48.0);
     player.engine().play(1000.0);
     for (int i = 0; i < 3; ++i)
         QVERIFY(player.tick());
     QVERIFY(player.engine().isPlaying());
-    QCOMPARE(player.engine().playheadBeat(), 8.0);
+    QCOMPARE(player.engine().playheadBeat(), 40.0);
     player.engine().clearLoopRange();
     QVERIFY(player.tick());
     QVERIFY(!player.engine().isPlaying());
@@ -1281,16 +1355,20 @@ void PlaybackEngineTest::rescheduleTakesTheNotesAnew()
 
 void PlaybackEngineTest::rescheduleKeepsTheClock()
 {
-    Player player;
+    Player player(project({}, {}, {}, {}, 600));
+    player.engine().setLoopRange(0.0, 1e9);
     player.engine().play(2.0);
-    QVERIFY(player.tick());
-    player.song().bpm = 6000;
-    const double before = player.engine().playheadBeat();
-    player.engine().rescheduleIfPlaying();
-    QVERIFY(player.engine().playheadBeat() >= before);
-    QVERIFY(before > 2.0);
-    player.song().bpm = 0;
-    QCOMPARE(player.engine().playheadBeat(), 2.0);
+    double before = 2.0;
+    // An anchor that moved back would lose what has passed since the start.
+    for (int i = 0; i < 10; ++i) {
+        QVERIFY(player.tick());
+        const double now = player.engine().playheadBeat();
+        player.engine().rescheduleIfPlaying();
+        QVERIFY(player.engine().playheadBeat() >= now);
+        QVERIFY(now > before);
+        before = now;
+    }
+    QVERIFY(player.told().filter("playing").size() == 1);
 }
 
 void PlaybackEngineTest::rescheduleWhileIdleDoesNothing()
@@ -1605,9 +1683,9 @@ void PlaybackEngineTest::previewLeavesTheSongAlone()
     LoopVariant variant;
     variant.notes = {note(60, 0.0, 0.1)};
     player.engine().previewVariant(variant, "gm_piano", 6000, 4.0);
+    QTRY_VERIFY(FluidSpy::calls().contains("noteoff 13 60"));
     player.engine().previewNoteOff(50);
     player.engine().stopPreview();
-    QTRY_VERIFY(FluidSpy::calls().contains("noteoff 13 60"));
     for (const QString& call :
          FluidSpy::calls({"noteon", "noteoff", "all_notes_off", "program_select", "cc"}))
         QCOMPARE(call.section(' ', 1, 1), "13");
@@ -1623,6 +1701,20 @@ void PlaybackEngineTest::transportEndsPreviews()
     player.heard();
     player.engine().stop();
     QCOMPARE(player.heard(), QStringList{"silence"});
+}
+
+void PlaybackEngineTest::stopEndsARunningPreview()
+{
+    Player player;
+    LoopVariant variant;
+    variant.notes = {note(60, 0.0, 1000.0), note(62, 0.5)};
+    player.engine().previewVariant(variant, "gm_piano", 600, 4.0);
+    QTRY_VERIFY(FluidSpy::calls().contains("noteon 13 60 100"));
+    FluidSpy::reset();
+    player.engine().stop();
+    QCOMPARE(player.heard(), QStringList{"all_notes_off 13"});
+    QTest::qWait(100);
+    QVERIFY(player.heard().isEmpty());
 }
 
 void PlaybackEngineTest::hostileProjectsAreSurvived()
