@@ -172,6 +172,10 @@ QWidget* MainWindow::buildSidePanel()
     connect(headerPanel_, &TrackHeaderPanel::mixingChanged, engine_,
             &PlaybackEngine::refreshChannels);
     connect(headerPanel_, &TrackHeaderPanel::mixingChanged, this, &MainWindow::keepSoon);
+    connect(headerPanel_, &TrackHeaderPanel::audibilityChanged, this, [this] {
+        engine_->rescheduleIfPlaying();
+        arranger_->repaintHeader();
+    });
 
     auto* content = new QWidget;
     auto* layout = new QVBoxLayout(content);
@@ -320,6 +324,12 @@ void MainWindow::snapshotAndRefresh()
     pianoRoll_->hasEditableBlock();
     undoStack_->snapshot(*project_);
     keepSoon();
+    headerPanel_->refreshSwitches();
+    showAndSound();
+}
+
+void MainWindow::showAndSound()
+{
     emit project_->changed();
     engine_->refreshChannels();
     engine_->rescheduleIfPlaying();
@@ -348,7 +358,7 @@ void MainWindow::restore(const QJsonObject& state)
     project_->loadJson(state);
     project_->name = name;
     keepSoon();
-    emit project_->changed();
+    showAndSound();
     // The track that it showed may be another one now, or none.
     headerPanel_->setProject(project_);
 }

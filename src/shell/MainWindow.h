@@ -117,6 +117,9 @@ public:
     /// The one way of every finished edit: makes it undoable, visible and audible.
     void snapshotAndRefresh();
 
+    /// Makes the project as it is now visible and audible.
+    void showAndSound();
+
     void undo();
     void redo();
 

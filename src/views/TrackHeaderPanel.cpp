@@ -143,14 +143,16 @@ void TrackHeaderPanel::connectCommonRows()
         if (editEither([&](auto& track) { track.volume = levelOf(percent); }))
             emit mixingChanged();
     });
-    connect(mute_, &QToolButton::toggled, this, [this](bool on) {
-        if (editEither([&](auto& track) { track.muted = on; }))
+    const auto connectSwitch = [this](QToolButton* button, auto setOn) {
+        connect(button, &QToolButton::toggled, this, [this, setOn](bool on) {
+            if (!editEither([&](auto& track) { setOn(track, on); }))
+                return;
             emit mixingChanged();
-    });
-    connect(solo_, &QToolButton::toggled, this, [this](bool on) {
-        if (editEither([&](auto& track) { track.solo = on; }))
-            emit mixingChanged();
-    });
+            emit audibilityChanged();
+        });
+    };
+    connectSwitch(mute_, [](auto& track, bool on) { track.muted = on; });
+    connectSwitch(solo_, [](auto& track, bool on) { track.solo = on; });
 }
 
 void TrackHeaderPanel::connectNoteRows()
@@ -297,8 +299,23 @@ void TrackHeaderPanel::fillCommonRows(const AnyTrack& track)
     typedOver_.reset();
     name_->setText(track.name);
     volume_->setValue(percentOf(track.volume));
+    fillSwitches(track);
+}
+
+template <typename AnyTrack>
+void TrackHeaderPanel::fillSwitches(const AnyTrack& track)
+{
     mute_->setChecked(track.muted);
     solo_->setChecked(track.solo);
+}
+
+void TrackHeaderPanel::refreshSwitches()
+{
+    const QScopedValueRollback guard(updating_, true);
+    if (track())
+        fillSwitches(*track());
+    else if (audioTrack())
+        fillSwitches(*audioTrack());
 }
 
 void TrackHeaderPanel::fillTrack(const Track& track)

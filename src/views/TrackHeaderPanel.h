@@ -44,12 +44,19 @@ public:
     /// Shows the track as it is now. A name that is being typed is given up.
     void refresh();
 
+    /// Shows "Mute" and "Solo" as they are now, which lanes and undo change too. Nothing that is
+    /// being typed or dragged is touched.
+    void refreshSwitches();
+
 signals:
     /// A finished edit of the song.
     void trackEdited();
 
     /// A change of the mix alone, which is no step of undo.
     void mixingChanged();
+
+    /// Behind mixingChanged(): other tracks are heard now.
+    void audibilityChanged();
 
 private:
     void buildCommonRows();
@@ -78,6 +85,8 @@ private:
     void fillAudioTrack(const AudioTrack& track);
     template <typename AnyTrack>
     void fillCommonRows(const AnyTrack& track);
+    template <typename AnyTrack>
+    void fillSwitches(const AnyTrack& track);
 
     void showEither(int trackIndex, int audioTrackIndex);
     bool writeTypedName();

@@ -3,10 +3,17 @@
 #include "support/SoundFile.h"
 #include "support/Tones.h"
 #include "support/WindowStage.h"
+#include "views/TrackHeaderPanel.h"
+#include "views/arranger/ArrangerHeaderColumn.h"
+#include "views/arranger/TrackArranger.h"
 
+#include <QEvent>
 #include <QLabel>
 #include <QPointer>
+#include <QSpinBox>
 #include <QTest>
+
+#include <algorithm>
 
 using namespace ProjectBuilder;
 
@@ -17,6 +24,19 @@ std::unique_ptr<Project> longSong()
 {
     return project({melodyTrack({melody({note(60, 0.0, 60.0), note(64, 60.0)}, 0.0, 64.0)})});
 }
+
+/// Counts how often a widget is painted.
+class PaintCounter : public QObject {
+public:
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        count += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+};
 
 } // namespace
 
@@ -35,6 +55,10 @@ private slots:
     void theFormerWorkIsHeardNoMore();
     void worksAreExchangedOverAndOver();
     void everyTrackMayGoDuringPlayback();
+    void undoAndRedoAreHeard();
+    void muteAndSoloOfThePanelAreHeardAtOnce();
+    void panelAndLaneAgreeOnMute();
+    void changeOfTempoKeepsTheBeat();
     void hostileWorksAreExchangedDuringPlayback();
     void voicesOfAWorkWithoutAFolderAreLeftOut();
     void theWindowMayGoDuringPlayback();
@@ -148,6 +172,85 @@ void MainWindowPlaybackTest::everyTrackMayGoDuringPlayback()
         QCoreApplication::processEvents();
     }
     QCOMPARE(stage_->song().tracks.size(), 13);
+    QVERIFY(stage_->engine().isPlaying());
+}
+
+void MainWindowPlaybackTest::undoAndRedoAreHeard()
+{
+    openLongSong();
+    stage_->engine().play(59.9);
+    stage_->song().bpm = 1;
+    stage_->song().tracks[0].melodyBlocks[0].notes.append(note(72, 59.95));
+    stage_->song().tracks[0].instrumentId = "gm_flauta_pan";
+    stage_->window().snapshotAndRefresh();
+    const int written = stage_->engine().cursorForBeat(1000.0);
+    FluidSpy::reset();
+    stage_->window().undo();
+    QCOMPARE(stage_->engine().cursorForBeat(1000.0), written - 2);
+    QVERIFY(FluidSpy::calls().contains("program_select 0 1 0 0"));
+    FluidSpy::reset();
+    stage_->window().redo();
+    QCOMPARE(stage_->engine().cursorForBeat(1000.0), written);
+    QVERIFY(FluidSpy::calls().contains("program_select 0 1 0 75"));
+    QVERIFY(stage_->engine().isPlaying());
+}
+
+void MainWindowPlaybackTest::muteAndSoloOfThePanelAreHeardAtOnce()
+{
+    openLongSong();
+    stage_->window().addTrack();
+    auto* panel = stage_->window().findChild<TrackHeaderPanel*>();
+    panel->showTrack(0);
+    stage_->engine().play(0.0);
+    const int heard = stage_->engine().cursorForBeat(1000.0);
+    QVERIFY(heard > 0);
+    Widgets::click(Widgets::withText<QToolButton>(*panel, "Mute"));
+    QCOMPARE(stage_->engine().cursorForBeat(1000.0), 0);
+    Widgets::click(Widgets::withText<QToolButton>(*panel, "Mute"));
+    QCOMPARE(stage_->engine().cursorForBeat(1000.0), heard);
+    panel->showTrack(1);
+    Widgets::click(Widgets::withText<QToolButton>(*panel, "Solo"));
+    QCOMPARE(stage_->engine().cursorForBeat(1000.0), 0);
+    Widgets::click(Widgets::withText<QToolButton>(*panel, "Solo"));
+    QCOMPARE(stage_->engine().cursorForBeat(1000.0), heard);
+    QVERIFY(stage_->engine().isPlaying());
+}
+
+void MainWindowPlaybackTest::panelAndLaneAgreeOnMute()
+{
+    openLongSong();
+    QVERIFY(stage_->showWindow());
+    auto* panel = stage_->window().findChild<TrackHeaderPanel*>();
+    auto* arranger = stage_->window().findChild<TrackArranger*>();
+    auto* header = arranger->findChild<ArrangerHeaderColumn*>();
+    auto* mute = Widgets::withText<QToolButton>(*panel, "Mute");
+    const LaneInfo lane = *std::ranges::find_if(
+        arranger->lanes(), [](const LaneInfo& each) { return each.trackIndex == 0; });
+    const QImage sounding = header->grab().toImage();
+    arranger->toggleLaneMute(lane);
+    QVERIFY(mute->isChecked());
+    QTRY_VERIFY(header->grab().toImage() != sounding);
+    QVERIFY(stage_->canUndo());
+    PaintCounter paints;
+    header->installEventFilter(&paints);
+    Widgets::click(mute);
+    QVERIFY(!stage_->song().tracks[0].muted);
+    QTRY_VERIFY(paints.count > 0);
+    QCOMPARE(header->grab().toImage(), sounding);
+    stage_->window().undo();
+    panel->showTrack(0);
+    QCOMPARE(mute->isChecked(), stage_->song().tracks[0].muted);
+}
+
+void MainWindowPlaybackTest::changeOfTempoKeepsTheBeat()
+{
+    openLongSong();
+    stage_->song().bpm = 1;
+    stage_->engine().play(40.0);
+    QTest::qWait(60);
+    Widgets::over<QSpinBox>(stage_->ribbon(), "Velocidad")->setValue(200);
+    // In the new tempo the time since the start would be worth a fifth of a beat.
+    QVERIFY(stage_->engine().playheadBeat() < 40.1);
     QVERIFY(stage_->engine().isPlaying());
 }
 

@@ -157,6 +157,7 @@ private slots:
 
     void everyChangeHasItsDepth_data();
     void everyChangeHasItsDepth();
+    void switchesFollowWhatOthersHaveSet();
     void tuningIsWrittenToEveryClip();
     void tuningATrackWithoutClipsChangesNothing();
     void dragOfTheTuningIsOneEdit();
@@ -205,6 +206,8 @@ private:
         controls_ = std::make_unique<Controls>(*panel_);
         edited_ = std::make_unique<QSignalSpy>(panel_.get(), &TrackHeaderPanel::trackEdited);
         mixed_ = std::make_unique<QSignalSpy>(panel_.get(), &TrackHeaderPanel::mixingChanged);
+        heardOthers_ =
+            std::make_unique<QSignalSpy>(panel_.get(), &TrackHeaderPanel::audibilityChanged);
     }
 
     /// In a window where nothing has the focus yet.
@@ -245,6 +248,7 @@ private:
     std::unique_ptr<Controls> controls_;
     std::unique_ptr<QSignalSpy> edited_;
     std::unique_ptr<QSignalSpy> mixed_;
+    std::unique_ptr<QSignalSpy> heardOthers_;
 };
 
 void TrackHeaderPanelTest::init()
@@ -555,6 +559,29 @@ void TrackHeaderPanelTest::everyChangeHasItsDepth()
     compareProject(*expected);
     QTEST(int(edited_->size()), "edits");
     QTEST(int(mixed_->size()), "mixes");
+    const QString name = QTest::currentDataTag();
+    QCOMPARE(int(heardOthers_->size()), name.startsWith("mute") || name.startsWith("solo") ? 1 : 0);
+}
+
+void TrackHeaderPanelTest::switchesFollowWhatOthersHaveSet()
+{
+    for (const bool audio : {false, true}) {
+        if (audio)
+            panel_->showAudioTrack(0);
+        else
+            panel_->showTrack(0);
+        showPanel();
+        type(controls_->name, "Zam");
+        song_->tracks[0].muted = song_->audioTracks[0].muted = true;
+        song_->tracks[0].solo = song_->audioTracks[0].solo = false;
+        panel_->refreshSwitches();
+        QVERIFY(controls_->mute->isChecked());
+        QVERIFY(!controls_->solo->isChecked());
+        QCOMPARE(controls_->name->text(), "Zam");
+        QVERIFY(mixed_->isEmpty() && heardOthers_->isEmpty());
+    }
+    panel_->setProject(nullptr);
+    panel_->refreshSwitches();
 }
 
 void TrackHeaderPanelTest::tuningIsWrittenToEveryClip()

@@ -321,6 +321,11 @@ void TrackArranger::toggleLaneMute(const LaneInfo& lane)
     }
 }
 
+void TrackArranger::repaintHeader()
+{
+    header_->update();
+}
+
 void TrackArranger::deleteItem(QGraphicsItem* item)
 {
     const auto* block = qgraphicsitem_cast<BlockItem*>(item);

@@ -94,6 +94,9 @@ public:
 
     void toggleLaneMute(const LaneInfo& lane);
 
+    /// Paints the names and the mute buttons of the lanes anew, which others may have changed.
+    void repaintHeader();
+
     /// Removes the record of a block from the project; an edit even where the block is stale and
     /// nothing goes. Other items, and null, are left alone. The item is gone afterwards.
     void deleteItem(QGraphicsItem* item);
