@@ -10,9 +10,6 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-/// Bars that even the shortest song has room for.
-constexpr int kLeastBars = 8;
-
 bool hasNotes(const Track& track)
 {
     return !track.loopBlocks.isEmpty() ||
@@ -72,7 +69,7 @@ MelodyBlock ProjectEdits::blankMelody(const Project& project)
     MelodyBlock block;
     const double bar = project.beatsPerBar();
     if (isBarLength(bar))
-        block.durationBeats = bar * project.barCount(kLeastBars);
+        block.durationBeats = bar * project.barCount(Project::kLeastBars);
     return block;
 }
 
