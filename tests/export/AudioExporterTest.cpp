@@ -1052,7 +1052,8 @@ void AudioExporterTest::errorsAreTranslated()
         errors.append(error);
     };
     fail(&AudioExporter::exportWav, *project());
-    fail(&AudioExporter::exportWav, *project({straight(melodyTrack({melody({}, 0.0, 1e12)}))}));
+    fail(&AudioExporter::exportWav,
+         *project({straight(melodyTrack({melody({note(60, 0.0)}, 0.0, 1e12)}))}));
     LameSpy::refuseParameters();
     fail(&AudioExporter::exportMp3, *project());
     FluidSpy::letSynthFail();
