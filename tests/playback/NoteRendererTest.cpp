@@ -1097,14 +1097,14 @@ void NoteRendererTest::boundCountsAllBlocksOfATrack()
 
 void NoteRendererTest::variantBeyondTheBoundYieldsNothing()
 {
-    SmallLibrary content(Notes(30000, note(60, 0.0)), 1, false);
-    Track track = straight(loopTrack(QList<LoopBlock>(40, loop("r", "l", 0.0, 1.0))));
+    SmallLibrary content(Notes(3000, note(60, 0.0)), 1, false);
+    Track track = straight(loopTrack(QList<LoopBlock>(400, loop("r", "l", 0.0, 1.0))));
     track.melodyBlocks = {melody({note(80, 0.0)})};
     bool cut = false;
     const Notes notes = NoteRenderer::trackNotes(*project(), track, &content.library(), &cut);
     QVERIFY(cut);
-    // 33 passes of 30000 notes fit; the melody is not counted.
-    QCOMPARE(notes.size(), 990001);
+    // 333 passes of 3000 notes fit; the melody is not counted.
+    QCOMPARE(notes.size(), 999001);
 }
 
 void NoteRendererTest::nobodyNeedsToHearOfTheCut()
