@@ -172,6 +172,7 @@ void LoopBrowserUseTest::theLengthIsThatOfTheRhythm()
                   .meter = meter,
                   .layers = {layerOf("l", "r", "L")},
                   .variants = {variantOf("l", LoopSection::Normal, 1, bars)}});
+    project_->timeSignature = meter;
     stage().browser().setProject(project_.get());
     const Listener listener(stage().browser());
     Widgets::click(stage().variant("NORMAL", 1));
