@@ -5,13 +5,12 @@
 #include "shell/AlturasWidgets.h"
 #include "shell/IgualadorSimbolos.h"
 #include "shell/MainWindow.h"
+#include "shell/QtTexts.h"
 #include "shell/theme/ThemeManager.h"
 
 #include <QApplication>
 #include <QIcon>
-#include <QLibraryInfo>
 #include <QLoggingCategory>
-#include <QTranslator>
 
 #include <algorithm>
 #include <string_view>
@@ -62,14 +61,6 @@ void setIdentity()
     QCoreApplication::setApplicationVersion(u"0.1"_s);
 }
 
-/// Gives the buttons and dialogs that are Qt's own the language of the rest of the screen, where
-/// Qt's translations are installed.
-void speakSpanish(QTranslator* qtTexts)
-{
-    if (qtTexts->load(u"qtbase_es"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
-        QCoreApplication::installTranslator(qtTexts);
-}
-
 } // namespace
 
 int qMain(int argc, char** argv)
@@ -87,8 +78,9 @@ int qMain(int argc, char** argv)
     if (options.selfTestDir)
         return runSelfTest(*options.selfTestDir);
 
-    QTranslator qtTexts;
-    speakSpanish(&qtTexts);
+    QtTexts qtTexts;
+    qtTexts.loadSpanish();
+    QCoreApplication::installTranslator(&qtTexts);
     ThemeManager::instance()->applySavedTheme();
     MainWindow window;
     window.showMaximized();
