@@ -39,6 +39,12 @@
 
 using namespace Qt::Literals::StringLiterals;
 
+namespace {
+
+constexpr int kDeletedMs = 5000;
+
+} // namespace
+
 MainWindow::MainWindow(QWidget* parent, Prompts& prompts) : QMainWindow(parent), prompts_(prompts)
 {
     setWindowTitle(u"Velta"_s);
@@ -236,6 +242,9 @@ void MainWindow::connectPianoRoll()
 void MainWindow::connectArranger()
 {
     connect(arranger_, &TrackArranger::edited, this, &MainWindow::snapshotAndRefresh);
+    connect(arranger_, &TrackArranger::deletedByClick, this, [this] {
+        statusBar()->showMessage(tr("Bloque borrado · Ctrl+Z lo trae de vuelta."), kDeletedMs);
+    });
     connect(arranger_, &TrackArranger::openMelodyBlock, this, &MainWindow::openMelodyBlock);
     connect(arranger_, &TrackArranger::laneSelectionChanged, this,
             &MainWindow::syncSelectionToViews);

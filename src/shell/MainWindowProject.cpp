@@ -160,11 +160,17 @@ bool MainWindow::saveCurrentProject()
 
 bool MainWindow::nameForFirstSave()
 {
-    const auto answer =
-        prompts_.askText(this, tr("Guardar obra"), tr("¿Cómo se llama esta obra?"), project_->name);
-    const QString name = answer.value_or(QString()).trimmed();
-    if (name.isEmpty())
-        return false;
+    QString name;
+    while (name.isEmpty()) {
+        const auto answer = prompts_.askText(this, tr("Guardar obra"),
+                                             tr("¿Cómo se llama esta obra?"), project_->name);
+        if (!answer)
+            return false;
+        name = answer->trimmed();
+        if (name.isEmpty())
+            prompts_.inform(this, tr("Guardar obra"),
+                            tr("Para guardarla, la obra necesita un nombre."));
+    }
     project_->name = name;
     currentProjectId_ = storage_->createProjectId(name);
     showProjectName();

@@ -36,6 +36,7 @@ QComboBox* meterBox()
 QComboBox* rootBox()
 {
     auto* box = new QComboBox;
+    box->setMaxVisibleItems(kPitchClasses);
     for (int pitchClass = 0; pitchClass < kPitchClasses; ++pitchClass)
         box->addItem(u"%1 / %2"_s.arg(KeySignature::solfegeName(pitchClass),
                                       KeySignature::letterName(pitchClass)));

@@ -13,6 +13,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <optional>
 
 using namespace Qt::Literals::StringLiterals;
@@ -83,13 +84,18 @@ void OnlineSearchDialog::listenToServices()
         fillList();
     });
     connect(&catalog_, &ContentCatalog::catalogFailed, this, [this](const QString& message) {
-        tell(tr("Sin conexión al catálogo (%1). Se muestra solo lo instalado.")
-                 .arg(OnlineSearchModel::oneLine(message)));
+        // What a former catalogue offers stays in the list.
+        const QString sentence =
+            catalog_.entries().isEmpty()
+                ? tr("Sin conexión al catálogo (%1). Se muestra solo lo instalado.")
+                : tr("Sin conexión al catálogo (%1). Se muestra lo instalado y el último catálogo "
+                     "que se recibió.");
+        tell(sentence.arg(OnlineSearchModel::oneLine(message)));
     });
     connect(&downloads_, &Downloads::progress, this,
             [this](const QString& message) { tell(OnlineSearchModel::oneLine(message)); });
     connect(&downloads_, &Downloads::rhythmInstalled, this, [this](const QString& rhythmId) {
-        tell(tr("%1 instalado.").arg(OnlineSearchModel::oneLine(rhythmId)));
+        tell(tr("%1 instalado.").arg(nameOf(rhythmId)));
         fillList();
     });
     connect(&downloads_, &Downloads::installFailed, this,
@@ -122,6 +128,13 @@ std::optional<QString> OnlineSearchDialog::currentRhythm(bool installed) const
     return index.data(OnlineSearchModel::kRhythmIdRole).toString();
 }
 
+QString OnlineSearchDialog::nameOf(const QString& rhythmId) const
+{
+    const auto rows = OnlineSearchModel::rows(library_, catalog_, registry_);
+    const auto row = std::ranges::find(rows, rhythmId, &OnlineSearchRow::rhythmId);
+    return OnlineSearchModel::oneLine(row == rows.end() ? rhythmId : row->name);
+}
+
 void OnlineSearchDialog::install()
 {
     if (const auto rhythmId = currentRhythm(false))
@@ -131,9 +144,13 @@ void OnlineSearchDialog::install()
 void OnlineSearchDialog::uninstall()
 {
     const auto rhythmId = currentRhythm(true);
-    if (!rhythmId || !downloads_.uninstallRhythm(*rhythmId))
+    if (!rhythmId)
+        return;
+    // Nobody knows it by its name afterwards.
+    const QString name = nameOf(*rhythmId);
+    if (!downloads_.uninstallRhythm(*rhythmId))
         return;
     tell(tr("%1 desinstalado; se liberó el espacio de los instrumentos que ya no se usan.")
-             .arg(OnlineSearchModel::oneLine(*rhythmId)));
+             .arg(name));
     fillList();
 }

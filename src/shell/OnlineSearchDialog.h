@@ -35,6 +35,9 @@ private:
     void install();
     void uninstall();
 
+    /// What the list calls a rhythm, in one line.
+    QString nameOf(const QString& rhythmId) const;
+
     /// The current rhythm, if there is one and it is installed or not as asked for.
     std::optional<QString> currentRhythm(bool installed) const;
 

@@ -133,6 +133,7 @@ RibbonGroup* TransportControls::keyGroup()
                    tr("Velocidad de la canción, en pulsos por minuto"));
     group->addLabeledWidget(bpm_, tr("Velocidad"));
     key_ = comboBox(keyNames(), tr("Nota principal de la canción"));
+    key_->setMaxVisibleItems(kPitchClasses);
     group->addLabeledWidget(key_, tr("Tonalidad"));
     mode_ = comboBox({tr("Mayor"), tr("Menor")}, tr("Modo: Mayor suena alegre, Menor más triste"));
     group->addLabeledWidget(mode_, tr("Modo"));

@@ -152,6 +152,7 @@ void MainWindowGesturesTest::undoInADragMovesNoOtherBlock()
     openWith({melodyTrack({melody({}), melody({}, 8.0, 8.0)})});
     QTest::mouseClick(lanes(), Qt::RightButton, {}, onFirstTrack(1.0));
     QCOMPARE(startsOf(blocks()), QList{8.0});
+    QCOMPARE(stage_->message(), "Bloque borrado · Ctrl+Z lo trae de vuelta.");
     QTest::mousePress(lanes(), Qt::LeftButton, {}, onFirstTrack(9.0));
     QTest::mouseMove(lanes(), onFirstTrack(11.0));
     stage_->window().undo();

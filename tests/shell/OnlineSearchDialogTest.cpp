@@ -104,6 +104,7 @@ private slots:
     void itAsksForTheCatalogueAndListsWhatIsInstalledMeanwhile();
     void theCatalogueEmptiesTheStatusAndFillsTheList();
     void withoutAServerWhatIsInstalledIsListed();
+    void withoutAServerTheLastCatalogueIsListedAndNamed();
     void withoutAnAddressItTellsSo();
     void aBrokenCatalogueIsTold();
     void anEarlierCatalogueIsListedAtOnce();
@@ -425,6 +426,17 @@ void OnlineSearchDialogTest::withoutAServerWhatIsInstalledIsListed()
     QCOMPARE(lines(), QStringList{"otro — instalado"});
 }
 
+void OnlineSearchDialogTest::withoutAServerTheLastCatalogueIsListedAndNamed()
+{
+    loadCatalog({kHuayno});
+    const QSignalSpy failed(&stage().catalog, &ContentCatalog::catalogFailed);
+    open();
+    QTRY_COMPARE_WITH_TIMEOUT(failed.count(), 1, 20000);
+    QCOMPARE(status(), "Sin conexión al catálogo (" + failed.at(0).at(0).toString() +
+                           "). Se muestra lo instalado y el último catálogo que se recibió.");
+    QCOMPARE(lines(), QStringList{"Huayno (Andino) — 1.4 MB para descargar"});
+}
+
 void OnlineSearchDialogTest::withoutAnAddressItTellsSo()
 {
     use(QUrl());
@@ -624,13 +636,13 @@ void OnlineSearchDialogTest::aRhythmIsInstalledAndUninstalled()
     openLoaded();
     choose(0);
     clickInstall();
-    QTRY_COMPARE_WITH_TIMEOUT(status(), "huayno instalado.", 20000);
+    QTRY_COMPARE_WITH_TIMEOUT(status(), "Huayno instalado.", 20000);
     QCOMPARE(lines(), QStringList{"Huayno — instalado"});
     QVERIFY(stage().library().findRhythm("huayno"));
 
     choose(0);
     clickUninstall();
-    QCOMPARE(status(), "huayno desinstalado; se liberó el espacio de los instrumentos que ya no se "
+    QCOMPARE(status(), "Huayno desinstalado; se liberó el espacio de los instrumentos que ya no se "
                        "usan.");
     QCOMPARE(lines(), QStringList{"Huayno (Andino) — 1.4 MB para descargar"});
     QVERIFY(!stage().library().findRhythm("huayno"));
@@ -675,7 +687,7 @@ void OnlineSearchDialogTest::aMissingRhythmIsToldAndMayBeTriedAgain()
     QCOMPARE(lines(), QStringList{"Huayno (Andino) — 1.4 MB para descargar"});
     folder.addContent();
     clickInstall();
-    QTRY_COMPARE_WITH_TIMEOUT(status(), "huayno instalado.", 20000);
+    QTRY_COMPARE_WITH_TIMEOUT(status(), "Huayno instalado.", 20000);
 }
 
 void OnlineSearchDialogTest::anInstallGoesOnWhenTheDialogCloses()

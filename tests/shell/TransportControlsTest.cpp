@@ -232,6 +232,7 @@ private slots:
     void anArrowKeyIsAnEditOfTheTempo();
     void everyKeyIsAnEdit_data();
     void everyKeyIsAnEdit();
+    void allKeysAreSeenAtOnce();
     void aModeIsAnEdit();
     void aSilencedGuideIsAnEdit();
     void everyGridLevelIsAChange();
@@ -666,6 +667,12 @@ void TransportControlsTest::everyKeyIsAnEdit()
     }
     QCOMPARE(keys->currentText(), QTest::currentDataTag());
     QCOMPARE(said.take(), expected);
+}
+
+void TransportControlsTest::allKeysAreSeenAtOnce()
+{
+    const auto* keys = Widgets::over<QComboBox>(*ribbon_, "Tonalidad");
+    QVERIFY(keys->maxVisibleItems() >= keys->count());
 }
 
 void TransportControlsTest::aModeIsAnEdit()

@@ -164,10 +164,12 @@ void ArrangerGridView::selectLaneAt(double sceneY, Qt::KeyboardModifiers modifie
 
 void ArrangerGridView::pressOnBlock(BlockItem* item, const QMouseEvent& event, const QPointF& place)
 {
-    if (event.button() == Qt::RightButton)
+    if (event.button() == Qt::RightButton) {
         arranger_->deleteItem(item);
-    else
+        emit arranger_->deletedByClick();
+    } else {
         startDrag(item, place);
+    }
 }
 
 /// Whether the press has done its work.

@@ -38,6 +38,13 @@ QColor degreeColor(int degree)
     return kDegreeColors.at(static_cast<std::size_t>(index));
 }
 
+QString melodyLabel(qsizetype notes)
+{
+    if (notes == 1)
+        return QCoreApplication::translate("TrackArranger", "Melodía (1 nota)");
+    return QCoreApplication::translate("TrackArranger", "Melodía (%1 notas)").arg(notes);
+}
+
 QString textOf(const LoopBlock& block)
 {
     return u"%1 %2"_s.arg(QCoreApplication::translate("TrackArranger", sectionWord(block.section)),
@@ -97,8 +104,7 @@ void ArrangerScene::addTracks(const Project& project, const QList<LaneInfo>& lan
         for (int i = 0; i < track.melodyBlocks.size(); ++i) {
             const MelodyBlock& block = track.melodyBlocks.at(i);
             addTrackBlock({BlockKind::Melody, t, i}, *lane, {block.startBeat, block.durationBeats},
-                          QCoreApplication::translate("TrackArranger", "Melodía (%1 notas)")
-                              .arg(block.notes.size()));
+                          melodyLabel(block.notes.size()));
         }
         for (int i = 0; i < track.loopBlocks.size(); ++i) {
             const LoopBlock& block = track.loopBlocks.at(i);

@@ -119,6 +119,9 @@ public:
 signals:
     void edited();
 
+    /// A click has taken a block away, which not everybody expects of it.
+    void deletedByClick();
+
     /// A melody block is to be opened for editing.
     void openMelodyBlock(int trackIndex, int blockIndex);
 

@@ -152,7 +152,7 @@ void ArrangerSceneTest::songBecomesBlocks()
                                   "0 0/1 256,47 128x36 #4a7325 Melodía (0 notas)",
                                   "1 1/0 0,255 256x36 #00695c Introducción 2",
                                   "1 1/1 256,255 256x36 #00695c Normal 1",
-                                  "0 2/0 80,89 128x36 #4a7325 Melodía (1 notas)",
+                                  "0 2/0 80,89 128x36 #4a7325 Melodía (1 nota)",
                                   "1 3/0 128,319 128x36 #00695c Final 3",
                                   "2 0/0 40,131 96x36 #c2185b Voz",
                                   "2 1/0 512,173 128x36 #c2185b Voz",
@@ -291,7 +291,7 @@ void ArrangerSceneTest::melodiesTellTheirNotes_data()
     QTest::addColumn<QString>("label");
 
     QTest::newRow("none") << 0 << "Melodía (0 notas)";
-    QTest::newRow("one") << 1 << "Melodía (1 notas)";
+    QTest::newRow("one") << 1 << "Melodía (1 nota)";
     QTest::newRow("many") << 1500 << "Melodía (1500 notas)";
 }
 
