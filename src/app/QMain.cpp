@@ -83,7 +83,10 @@ int qMain(int argc, char** argv)
     QCoreApplication::installTranslator(&qtTexts);
     ThemeManager::instance()->applySavedTheme();
     MainWindow window;
-    window.showMaximized();
+    if (window.restoreLayout())
+        window.show();
+    else
+        window.showMaximized();
     ovelin::medirAlturasSiHaceFalta();
     if (options.projectId)
         window.openProjectById(*options.projectId);

@@ -125,6 +125,7 @@ QWidget* MainWindow::buildEditorView()
     connectTransport();
 
     auto* columns = new QSplitter(Qt::Horizontal);
+    columns->setObjectName(u"columnas"_s);
     columns->addWidget(buildEditors());
     columns->addWidget(buildSidePanel());
     editorFocus_->returnFrom(transport_);
@@ -153,6 +154,7 @@ QWidget* MainWindow::buildEditors()
     connectArranger();
 
     auto* editors = new QSplitter(Qt::Vertical);
+    editors->setObjectName(u"editores"_s);
     editors->addWidget(pianoRoll_);
     editors->addWidget(arranger_);
     editors->setStretchFactor(0, 3);

@@ -86,6 +86,9 @@ public:
     /// Exports as MP3 or as WAV.
     void exportAudio(bool mp3);
 
+    /// Takes the size and the columns of the last window that was closed. False if there was none.
+    bool restoreLayout();
+
     // ---- Edits ----
 
     void addTrack();
@@ -261,6 +264,9 @@ private:
     void markSaved();
 
     bool mayClose();
+
+    /// Has the next start look as this window does now.
+    void keepLayout() const;
 
     /// Asks what to do about a file that somebody else has changed: the work gets an id of its own,
     /// or takes the file's place. False when the user gave up.

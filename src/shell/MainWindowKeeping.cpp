@@ -75,6 +75,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
     event->setAccepted(mayClose());
     if (!event->isAccepted())
         return;
+    keepLayout();
     keepTimer_->stop();
     copy_->remove();
 }

@@ -2,6 +2,7 @@
 #include "support/WindowStage.h"
 
 #include <QScrollArea>
+#include <QSettings>
 #include <QSplitter>
 #include <QTest>
 #include <QVBoxLayout>
@@ -24,6 +25,9 @@ private slots:
     void theEditorsTakeAllSpareWidth();
     void theEditorsTakeAllSpareHeight();
     void thePanelMayBeFoldedAway();
+    void theNextWindowLooksLikeTheLast();
+    void withoutAFormerWindowNothingIsRestored();
+    void aDamagedLayoutIsNone();
     void theRibbonFitsTheWindow();
     void theTabKeyGoesThroughTheRibbon();
 
@@ -151,6 +155,39 @@ void MainWindowLayoutTest::thePanelMayBeFoldedAway()
     QCOMPARE(columns()->sizes().at(1), 0);
     columns()->setSizes({1108, 252});
     QCOMPARE(panel()->width(), 252);
+}
+
+void MainWindowLayoutTest::theNextWindowLooksLikeTheLast()
+{
+    stage_->window().resize(1200, 780);
+    columns()->setSizes({900, 300});
+    editors()->setSizes({200, 400});
+    const QList<int> columnSizes = columns()->sizes();
+    const QList<int> editorSizes = editors()->sizes();
+    QVERIFY(stage_->window().close());
+    stage_->destroyWindow();
+    QVERIFY(stage_->window().restoreLayout());
+    QVERIFY(stage_->showWindow());
+    QTRY_COMPARE(stage_->window().size(), QSize(1200, 780));
+    QCOMPARE(columns()->sizes(), columnSizes);
+    QCOMPARE(editors()->sizes(), editorSizes);
+}
+
+void MainWindowLayoutTest::withoutAFormerWindowNothingIsRestored()
+{
+    QVERIFY(!stage_->window().restoreLayout());
+    QCOMPARE(stage_->window().size(), QSize(1360, 860));
+}
+
+void MainWindowLayoutTest::aDamagedLayoutIsNone()
+{
+    const QList<int> before = columns()->sizes();
+    QSettings settings("Ovelin", "Velta");
+    for (const char* key : {"ventana/geometria", "ventana/columnas", "ventana/editores"})
+        settings.setValue(key, QByteArray("no layout"));
+    QVERIFY(!stage_->window().restoreLayout());
+    QCOMPARE(stage_->window().size(), QSize(1360, 860));
+    QCOMPARE(columns()->sizes(), before);
 }
 
 void MainWindowLayoutTest::theRibbonFitsTheWindow()
