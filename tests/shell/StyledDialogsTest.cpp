@@ -104,6 +104,7 @@ private slots:
 
     void rowsOfSavedWorksStandBelowOneAnother_data();
     void rowsOfSavedWorksStandBelowOneAnother();
+    void theOpenDialogIsWhole_data();
     void theOpenDialogIsWhole();
     void theDialogOfANewWorkIsWhole();
     void theDialogOfTheGalleryIsWhole();
@@ -157,10 +158,19 @@ void StyledDialogsTest::rowsOfSavedWorksStandBelowOneAnother()
     QCOMPARE(faultsOfRows(*view).join("; "), QString());
 }
 
+void StyledDialogsTest::theOpenDialogIsWhole_data()
+{
+    QTest::addColumn<int>("works");
+    QTest::newRow("few") << 3;
+    QTest::newRow("enough to search") << 8;
+}
+
 void StyledDialogsTest::theOpenDialogIsWhole()
 {
+    QFETCH(int, works);
     SavedWorks saved;
-    saved.saveThree();
+    for (int work = 0; work < works; ++work)
+        saved.save(QString("obra_%1").arg(work), "Tarea", QDate(2026, 11, 1));
     ScriptedPrompts prompts;
     OpenProjectDialog dialog(saved.storage().listProjects(), &saved.storage(), prompts);
     dialog.show();
