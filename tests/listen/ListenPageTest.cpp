@@ -23,10 +23,11 @@ void ListenPageTest::everyLoopIsHeardAndSeen()
                             .layers = {{.label = "Bombo",
                                         .sound = "zamba/Normal_2_1.wav",
                                         .loudness = {.lufs = -25.0, .peakDb = -9.0}}}};
-    const QString page = listenPage({{.title = "Zamba (6/8)", .loops = {loop}}});
-    for (const char* part :
-         {"<h2>Zamba (6/8)</h2>", "<h3>Normal 2</h3>", "src=\"zamba/Normal_2.wav\"",
-          "src=\"zamba/Normal_2.png\"", "12.3 s · -21.1 LUFS · pico -6.0 dB"})
+    const QString page =
+        listenPage({{.title = "Zamba (6/8)", .groove = "2: +14 ms", .loops = {loop}}});
+    for (const char* part : {"<h2>Zamba (6/8)</h2>", "<p>Groove: 2: +14 ms</p>",
+                             "<h3>Normal 2</h3>", "src=\"zamba/Normal_2.wav\"",
+                             "src=\"zamba/Normal_2.png\"", "12.3 s · -21.1 LUFS · pico -6.0 dB"})
         QVERIFY2(page.contains(QString::fromUtf8(part)), part);
 }
 

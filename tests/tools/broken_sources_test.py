@@ -76,8 +76,22 @@ FAULTS = {
     "a pitch struck twice at once": ("C5: 0/.4@71", "C5: 0/.4@71 0/.2@60", "0/.2@60", "C5 se toca dos veces a la vez"),
     "a drum struck twice at once": ("bombo: 0/.4@71", "bombo: 0/.4@71 · 36: 0/.2@60", "0/.2@60", "bombo se toca dos veces a la vez"),
     "a black key": ("C5: 0/.4@71", "C5: 0/.4@71 · 2/.4 F#5", "F#5", "F#5 no es de Do mayor"),
-    "a note too low for its instrument": ("C5: 0/.4@71", "C5: 0/.4@71 · 2/.4 C4", "2/.4 C4", "C4 queda fuera de C#4–A#6, lo que admite Violín"),
-    "a note too high for its instrument": ("C5: 0/.4@71", "C5: 0/.4@71 · 2/.4 C7", "2/.4 C7", "queda fuera"),
+    "a note too low for its instrument": ("C5: 0/.4@71", "C5: 0/.4@71 · 2/.4 B3", "2/.4 B3", "B3 llega a F#3 en otro tono o acorde, y Violín va de G3 a E7"),
+    "a note too high for its instrument": ("C5: 0/.4@71", "C5: 0/.4@71 · 2/.4 C7", "2/.4 C7", "C7 llega a F8 en otro tono o acorde"),
+    "a note that only the highest keys drive out": ("C5: 0/.4@71", "C5: 0/.4@71 · 2/.4 C6", "2/.4 C6", "C6 llega a F7"),
+    "a layer without a role": ("gm_violin\nfuente: las pruebas\npapel: respuesta\n", "gm_violin\nfuente: las pruebas\n", "capa violin", "le falta «papel:»"),
+    "a role that does not exist": ("papel: respuesta", "papel: solo", "papel: solo", "no conozco el papel «solo»"),
+    "two roles": ("papel: respuesta", "papel: respuesta\npapel: canto", "papel: canto", "ya tiene su papel"),
+    "a role of drums for a violin": ("papel: respuesta", "papel: tambor", "capa violin", "«tambor» no es papel de una capa con altura"),
+    "a role of strings for drums": ("papel: tambor", "papel: acordes", "capa perc", "«acordes» no es papel de una capa de percusión"),
+    "a rhythm of two basses": ("papel: acordes", "papel: bajo", "", "una capa de papel «bajo», y acá hay 2"),
+    "a bass with a third": ("C2: 0/.4@71 1/.4@65", "0/.4 E2@71 · 1/.4 C2@65", "0/.4 E2", "de C2 a E2 salta 15 semitonos en el grado 5 de menor"),
+    "a bass that ends high": ("C2: 0/.4@71 1/.4@65", "0/.4 C2@71 · 1/.4 G2@65", "1/.4 G2", "el bajo termina en G2"),
+    "a melody that leaps over other chords": ("C5: 0/.4@71 1/.4@65", "0/.4 E5@71 · 1/.4 C5@65", "capa violin", "1 de los 12 intervalos de la melodía saltan más de una octava"),
+    "a leap that the layer admits, and is wider": ("papel: bajo\n", "papel: bajo\nsalto: 30\n", "salto", "no está entre 12 y 24"),
+    "a mix without its sign": ("papel: bajo\n", "papel: bajo\nmezcla: 0.9\n", "mezcla", "la mezcla se escribe x0.9"),
+    "a mix that drowns all": ("papel: bajo\n", "papel: bajo\nmezcla: x9\n", "mezcla", "la mezcla va de x0.2 a x3"),
+    "a mix of a role that is none": ("papel: bajo\n", "papel: bajo\nmezcla: x0.9 caja=x1.1\n", "mezcla", "no conozco el papel «caja»"),
     "a note that is hardly heard": ("C5: 0/.4@71", "C5: 0/.4@12", "@12", "la fuerza 12 no llega a 20"),
     "a note that is too loud": ("C5: 0/.4@71", "C5: 0/.4@126", "@126", "la fuerza 126 pasa de 120"),
     "velocities that do not breathe": ("C5: 0/.4@71 1/.4@65", "C5: 0/.4@70 1/.4@70 2/.4@70", "70 2/.4@70", "hacen falta acentos"),
@@ -160,8 +174,23 @@ class AllAtOnce(TestCase):
                           "Intermedio necesita 2 variantes y tiene 0; Final necesita 2 variantes y tiene 0"])
 
     def test_a_held_chord_needs_no_accents(self):
-        text = whole_source().replace("C4: 0/.4@71 1/.4@65", "0/3.8 PN@70")
+        text = whole_source().replace("C4: 0/.4@71 1/.4@65", "0/3.8 G-high@70")
         self.assertEqual(problems_of(text), [])
+
+    def test_a_layer_may_admit_a_wider_leap(self):
+        text = whole_source().replace("C2: 0/.4@71 1/.4@65", "0/.4 A2@71 · 1/.4 G2@66 · 2/.4 C2@62")
+        leaps = [message for _, message in problems_of(text) if "salta" in message]
+        self.assertEqual(leaps, ["Intro 1, compás 1, 0: de C2 a A2 salta 20 semitonos en el grado 5 de menor",
+                                 "Intro 1, compás 1, 1: de A2 a G2 salta 13 semitonos en el grado 5 de menor"])
+        wider = problems_of(text.replace("papel: bajo", "papel: bajo\nsalto: 20"))
+        self.assertEqual([message for _, message in wider if "salta" in message], [])
+
+    def test_some_leap_in_a_long_melody_is_advice(self):
+        long_line = " ".join(f"{beat / 8}/.1@{66 + beat % 7}" for beat in range(31)) + " 3.875/.1 E5@60"
+        text = whole_source().replace("C5: 0/.4@71 1/.4@65", "C5: " + long_line)
+        self.assertEqual(problems_of(text), [])
+        advice = [problem.message for problem in rhythm_of(text).problems.found if problem.warning]
+        self.assertEqual(advice, ["Intro 1, compás 1, 3.875: de C5 a E5 salta 15 semitonos en el grado 5 de menor"])
 
     def test_lengths_that_never_meet_are_told_as_advice(self):
         text = whole_source()

@@ -22,15 +22,15 @@ fuente: las pruebas
 groove 0: 0 +6
 groove 1: -.02 -4
 """
-DRUMS = 'capa percusion: "Percusión" gm_bateria percusión\nfuente: las pruebas\n'
-GUITAR = 'capa guitarra: "Guitarra" gm_guitarra_nylon\nfuente: las pruebas\n'
+DRUMS = 'capa percusion: "Percusión" gm_bateria percusión\nfuente: las pruebas\npapel: tambor\n'
+GUITAR = 'capa guitarra: "Guitarra" gm_guitarra_nylon\nfuente: las pruebas\npapel: acordes\n'
 
 _SECTIONS = {"Intro": 2, "Normal": 4, "Intermedio": 2, "Final": 2}
 _LAYERS = {
     DRUMS: "bombo: {}",
-    'capa bajo: "Bajo" gm_bajo\nfuente: las pruebas\n': "C2: {}",
+    'capa bajo: "Bajo" gm_bajo\nfuente: las pruebas\npapel: bajo\n': "C2: {}",
     GUITAR: "C4: {}",
-    'capa violin: "Violín" gm_violin\nfuente: las pruebas\n': "C5: {}",
+    'capa violin: "Violín" gm_violin\nfuente: las pruebas\npapel: respuesta\n': "C5: {}",
 }
 
 

@@ -90,6 +90,8 @@ QString listenPage(const QList<RenderedRhythm>& rhythms)
     QString page = kHead;
     for (const RenderedRhythm& rhythm : rhythms) {
         page += u"<h2>%1</h2>\n"_s.arg(rhythm.title.toHtmlEscaped());
+        if (!rhythm.groove.isEmpty())
+            page += u"<p>Groove: %1</p>\n"_s.arg(rhythm.groove.toHtmlEscaped());
         page += levelsHtml(rhythm.levels);
         if (rhythm.song)
             page += songHtml(*rhythm.song);

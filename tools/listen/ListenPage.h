@@ -54,6 +54,8 @@ struct LevelInMix {
 struct RenderedRhythm {
     /// Name, meter and tempo.
     QString title;
+    /// What its groove comes to; see heardGroove(). Empty where it has none.
+    QString groove = {};
     /// None where only some loops were asked for.
     std::optional<RenderedSong> song = std::nullopt;
     QList<RenderedLoop> loops;

@@ -5,6 +5,7 @@
 #include "content/LoopLibrary.h"
 #include "export/AudioExporter.h"
 #include "listen/DemoSong.h"
+#include "listen/HeardGroove.h"
 #include "listen/ListenOptions.h"
 #include "listen/ListenPage.h"
 #include "listen/NotePicture.h"
@@ -194,6 +195,8 @@ bool renderRhythm(Studio& studio, const Rhythm& rhythm, QList<RenderedRhythm>& p
     if (!studio.folder.mkpath(rhythm.id))
         return fail(u"No pude crear la carpeta %1"_s.arg(studio.folder.filePath(rhythm.id)));
     RenderedRhythm rendered{.title = titleOf(rhythm), .loops = {}};
+    if (const GrooveTemplate* groove = studio.library.grooveForRhythm(rhythm.id))
+        rendered.groove = heardGroove(*groove, rhythm.referenceBpm);
     const auto song = DemoSong::of(studio.library, rhythm, studio.options.setting);
     if (song && studio.options.whole() && !(rendered.song = renderSong(studio, rhythm, *song)))
         return false;

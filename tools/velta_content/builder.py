@@ -10,6 +10,7 @@ from . import music
 from .figures import FigureReader
 from .model import MAX_DEPTH, MAX_NOTES, MAX_NOTES_OF_A_RHYTHM, SECTIONS, Layer, Line, Note, Rhythm, Variant
 from .problems import SourceError
+from .roles import role_of
 from .voices import bars_of, voice_of
 from .words import number, plain, whole
 
@@ -32,7 +33,15 @@ def build(rhythm: Rhythm) -> None:
     builder = _Builder(rhythm)
     for layer in rhythm.layers.values():
         for variant in layer.variants.values():
-            variant.notes = finished(builder.notes(layer, variant), variant.bars * rhythm.bar)
+            factor = rhythm.section_mix.get(variant.section, 1.0)
+            mixed = [_mixed(layer, note, factor) for note in builder.notes(layer, variant)]
+            variant.notes = finished(mixed, variant.bars * rhythm.bar)
+
+
+def _mixed(layer: Layer, note: Note, section_mix: float) -> Note:
+    playing = layer.playing
+    factor = section_mix * playing.mix * playing.role_mix.get(role_of(layer, note), 1.0)
+    return replace(note, velocity=_held(note.velocity * factor))
 
 
 def finished(notes: list[Note], beats: float) -> list[Note]:

@@ -3,15 +3,15 @@
 from __future__ import annotations
 
 from . import music
+from .lines import check_lines, check_range, check_roles
 from .model import Layer, Note, Rhythm, Variant
 from .problems import Problems
+from .speaker import Speaker
 from .words import shown
 
 LEAST_VARIANTS = {"Intro": 2, "Normal": 4, "Intermedio": 2, "Final": 2}
 LEAST_LAYERS, LEAST_PITCHED, LEAST_OFFSETS = 4, 3, 2
 
-# A chord may move a note by a tritone, besides the song's own key.
-TRITONE = 6
 SOFTEST, LOUDEST, LEAST_CONTRAST = 20, 120, 5
 RING_BEYOND_LOOP = 0.1
 _EPSILON = 1e-6
@@ -22,6 +22,7 @@ def check(rhythm: Rhythm) -> None:
     _check_header(rhythm)
     _check_groove(rhythm)
     _check_band(rhythm)
+    check_roles(rhythm)
     for layer in rhythm.layers.values():
         _check_layer(rhythm, layer)
     _check_lengths(rhythm)
@@ -120,6 +121,7 @@ def _check_layer(rhythm: Rhythm, layer: Layer) -> None:
     _check_sections(problems, layer)
     _check_rising(problems, layer)
     _check_twins(problems, layer)
+    check_lines(rhythm, layer)
     for variant in layer.loops():
         _check_variant(rhythm, layer, variant, instrument)
 
@@ -167,7 +169,7 @@ def _check_variant(rhythm: Rhythm, layer: Layer, variant: Variant,
     if not variant.notes:
         rhythm.problems.missing(variant.line, f"{variant.name} no tiene notas")
         return
-    said = _Speaker(rhythm, layer, variant)
+    said = Speaker(rhythm, layer, variant)
     _check_times(said, variant, rhythm.bar * variant.bars)
     _check_strikes(said, variant)
     _check_velocities(said, variant)
@@ -175,35 +177,7 @@ def _check_variant(rhythm: Rhythm, layer: Layer, variant: Variant,
         _check_pitches(said, layer, variant, instrument)
 
 
-class _Speaker:
-    """Speaks of a note at the line that it was written in, and names variant, bar and position."""
-
-    def __init__(self, rhythm: Rhythm, layer: Layer, variant: Variant) -> None:
-        self.rhythm = rhythm
-        self.layer = layer
-        self.variant = variant
-
-    def sound(self, note: Note) -> str:
-        """The name of the note or of the drum."""
-        if self.layer.percussion:
-            return music.drum_name(note.pitch)
-        return music.noise_name(note.pitch, self.layer.instrument) or music.note_name(note.pitch)
-
-    def where(self, note: Note) -> str:
-        """The note as the author finds it."""
-        bar = int((note.home + _EPSILON) // self.rhythm.bar)
-        return f"{self.variant.name}, compás {bar + 1}, {shown(note.home - bar * self.rhythm.bar)}"
-
-    def error(self, note: Note, message: str) -> None:
-        """A fault of this note."""
-        self.rhythm.problems.error(note.line, f"{self.where(note)}: {message}")
-
-    def warning(self, note: Note, message: str) -> None:
-        """Advice about this note."""
-        self.rhythm.problems.warning(note.line, f"{self.where(note)}: {message}")
-
-
-def _check_times(said: _Speaker, variant: Variant, beats: float) -> None:
+def _check_times(said: Speaker, variant: Variant, beats: float) -> None:
     for note in variant.notes:
         if note.start < 0 or note.start >= beats:
             said.error(note, "empieza fuera de la vuelta")
@@ -213,7 +187,7 @@ def _check_times(said: _Speaker, variant: Variant, beats: float) -> None:
             said.error(note, "dura cero")
 
 
-def _check_strikes(said: _Speaker, variant: Variant) -> None:
+def _check_strikes(said: Speaker, variant: Variant) -> None:
     sounding: dict[int, Note] = {}
     for note in variant.notes:
         former = sounding.get(note.pitch)
@@ -222,7 +196,7 @@ def _check_strikes(said: _Speaker, variant: Variant) -> None:
         sounding[note.pitch] = note
 
 
-def _check_velocities(said: _Speaker, variant: Variant) -> None:
+def _check_velocities(said: Speaker, variant: Variant) -> None:
     softest = min(variant.notes, key=lambda note: note.velocity)
     loudest = max(variant.notes, key=lambda note: note.velocity)
     if softest.velocity < SOFTEST:
@@ -238,21 +212,20 @@ def _strokes_a_bar(variant: Variant) -> float:
     return len({note.home for note in variant.notes}) / variant.bars
 
 
-def _check_pitches(said: _Speaker, layer: Layer, variant: Variant,
+def _check_pitches(said: Speaker, layer: Layer, variant: Variant,
                    instrument: music.Instrument | None) -> None:
     compass = music.compass(instrument) if instrument else None
     if instrument and not compass:
         said.rhythm.problems.error(
             layer.line,
             f"no conozco la extensión del programa {instrument.program}: va en tools/velta_content/music.py")
+    if instrument and compass:
+        check_range(said, variant, instrument, compass)
     for note in variant.notes:
         if music.noise_name(note.pitch, layer.instrument):
             continue
         name = music.note_name(note.pitch)
         if not layer.chromatic and not music.is_diatonic(note.pitch):
             said.error(note, f"{name} no es de Do mayor (si es a propósito, la capa lleva «cromática»)")
-        if compass and not compass[0] + TRITONE <= note.pitch <= compass[1] - TRITONE:
-            low, high = music.note_name(compass[0] + TRITONE), music.note_name(compass[1] - TRITONE)
-            said.error(note, f"{name} queda fuera de {low}–{high}, lo que admite {instrument.name}")
         if note.pitch % 12 in (5, 11) and note.length > 0.3:
             said.warning(note, f"{name} es nota de paso: sobre otros acordes salta de octava; mejor corta")

@@ -248,7 +248,7 @@ class FigureReader:
             length=self._usual_length(event) if event.length is None else event.length,
             velocity=playing.levels[usual] if event.velocity is None else event.velocity)
         return [note.moved(bar * self.rhythm.bar)
-                for note in notes_of(complete, playing, self.rhythm.tempo[1])]
+                for note in notes_of(complete, playing, self.rhythm.tempo[1], self.rhythm.pulse)]
 
 
 def _is_even(rhythm: Rhythm, cells: int) -> bool:

@@ -16,6 +16,8 @@ MAX_NOTES = 2000
 MAX_NOTES_OF_A_RHYTHM = 100_000
 MAX_DEPTH = 24
 
+OCTAVE = 12
+
 
 @dataclass(frozen=True)
 class Line:
@@ -55,6 +57,9 @@ class Playing:
     strum_ms: tuple[float, float, float] = (11.0, 7.0, 6.0)
     gate: float = 0.95
     voice_step: int = 0
+    # What all velocities of the finished loops are multiplied with, and those of one role in a kit.
+    mix: float = 1.0
+    role_mix: dict[str, float] = field(default_factory=dict)
 
 
 @dataclass
@@ -86,6 +91,9 @@ class Layer:
     line: int
     playing: Playing
     source: str = ""
+    role: str = ""
+    # The widest leap, in semitones, that its lines may come to over any chord.
+    widest_leap: int = OCTAVE
     variants: dict[str, Variant] = field(default_factory=dict)
 
     def section(self, section: str) -> list[Variant]:
@@ -127,6 +135,8 @@ class Rhythm:
     levels: dict[str, int] = field(default_factory=dict)
     chords: dict[str, tuple[int, ...]] = field(default_factory=dict)
     instruments: dict[str, Instrument] = field(default_factory=dict)
+    # What the velocities of all layers are multiplied with in a section.
+    section_mix: dict[str, float] = field(default_factory=dict)
     groove: list[GrooveOffset] = field(default_factory=list)
     layers: dict[str, Layer] = field(default_factory=dict)
 
@@ -139,6 +149,11 @@ class Rhythm:
     def compound(self) -> bool:
         """Whether the pulse is a dotted quarter."""
         return self.denominator == 8 and self.numerator > 3 and self.numerator % 3 == 0
+
+    @property
+    def pulse(self) -> float:
+        """Beats of a pulse, on which a chord may begin."""
+        return 1.5 if self.compound else 1.0
 
     @property
     def bar(self) -> float:

@@ -6,8 +6,9 @@ import re
 from pathlib import Path
 
 from . import music, own_banks
-from .model import MAX_BARS, SECTIONS, GrooveOffset, Layer, Line, Playing, Rhythm, Variant
+from .model import MAX_BARS, OCTAVE, SECTIONS, GrooveOffset, Layer, Line, Playing, Rhythm, Variant
 from .problems import Problems, SourceError
+from .roles import ROLES
 from .voices import unknown_drum
 from .words import number, plain, whole
 
@@ -15,8 +16,10 @@ MAX_FILE_BYTES = 1 << 18
 MAX_LINES = 5000
 MAX_LINE_CHARACTERS = 1000
 
-# What comes along when patterns are pasted from text: a minus of its own, code marks, tabs.
-_PASTED = str.maketrans({"\u2212": "-", "`": " ", "\t": " ", "\r": " ", "\ufeff": None})
+# What comes along when patterns are pasted from text: a minus of its own, code marks, tabs and other
+# controls, which no picture may hold.
+_CONTROLS = {code: " " for code in (*range(0x20), *range(0x7F, 0xA0), 0xFFFE, 0xFFFF)}
+_PASTED = str.maketrans(_CONTROLS | {"\u2212": "-", "`": " ", "\ufeff": None})
 
 _ID = re.compile(r"[a-z][a-z0-9_]{0,60}")
 _KEY = re.compile(r"([^\W\d_]+)(?:\s+([^:|\"]+?))?\s*:\s*(.*)")
@@ -295,10 +298,50 @@ class _Reader:
     def _read_voces(self, line: Line, _: str, value: str) -> None:
         self._playing().voice_step = whole(value, "las voces", -12, 12)
 
-    def _playing(self) -> Playing:
+    def _read_papel(self, _: Line, __: str, value: str) -> None:
+        if value not in ROLES:
+            raise SourceError(f"no conozco el papel «{value}»: {', '.join(ROLES)}")
+        if self._layer().role:
+            raise SourceError("la capa ya tiene su papel")
+        self._layer().role = value
+
+    def _read_salto(self, _: Line, __: str, value: str) -> None:
+        self._layer().widest_leap = whole(value, "el salto", OCTAVE, 2 * OCTAVE)
+
+    def _read_mezcla(self, _: Line, section: str, value: str) -> None:
+        if not self.layer:
+            self._read_section_mix(section, value)
+            return
+        playing = self._playing()
+        first, *roles = value.split() or [""]
+        playing.mix = self._factor(first)
+        for role, factor in self._pairs(" ".join(roles)) if roles else []:
+            if role not in ROLES:
+                raise SourceError(f"no conozco el papel «{role}»: {', '.join(ROLES)}")
+            playing.role_mix[role] = self._factor(factor)
+
+    def _read_section_mix(self, word: str, value: str) -> None:
+        section = self._section(word)
+        if section not in SECTIONS:
+            raise SourceError(f"en el encabezado se escribe mezcla Intro: x0.9; secciones: {', '.join(SECTIONS)}")
+        self.rhythm.section_mix[section] = self._factor(value)
+
+    @staticmethod
+    def _factor(text: str) -> float:
+        if not text.startswith("x"):
+            raise SourceError("la mezcla se escribe x0.9, y si hace falta: x0.9 platillo=x1.3")
+        factor = number(text[1:], "la mezcla")
+        if not 0.2 <= factor <= 3:
+            raise SourceError("la mezcla va de x0.2 a x3")
+        return factor
+
+    def _layer(self) -> Layer:
         if not self.layer:
             raise SourceError("esto va dentro de una capa")
-        return self.layer.playing
+        return self.layer
+
+    def _playing(self) -> Playing:
+        return self._layer().playing
 
     @staticmethod
     def _pairs(value: str) -> list[tuple[str, str]]:

@@ -24,6 +24,7 @@ groove {weak}: .02 -3
 _DRUMS = """
 # Percusión: no cambia con los acordes. En una grilla hay un carácter por golpe: X x o g, de fuerte a
 # suave; el punto es silencio. Lo que se cita con «=» se suma a lo que sigue.
+# El papel dice qué tan fuerte suena contra el bajo: tambor o toque, acordes, respuesta, canto…
 capa percusion: "Percusión" gm_bateria percusión
 fuente: escribí acá de dónde viene esta parte
 {drums_role}
@@ -66,15 +67,15 @@ fuente: escribí acá de dónde viene esta parte
   Normal 2, 2 compases:
     b1 0/{long} C2@84 · {half}/{short} G2@72
     b2 0/{long} C2@82
-  Normal 3, 1 compás:
+  Normal 3, 2 compases:
     0/{short} C2@86 · {half}/{short} G2@74
+    b2 {last}/{short} C2@66
   Normal 4, 1 compás:
-    = Normal 3
-    {last}/{short} C2@66
+    0/{short} C2@88 · {half}/{short} G2@76 · {last}/{short} C2@68
   Intro 1, 1 compás:
     0/{whole} C2@80
   Intro 2, 1 compás:
-    0/{short} C2@82 · {half}/{short} G2@70
+    0/{short} G2@74 · {half}/{short} C2@80
   Intermedio 1, 1 compás:
     0/{short} G2@78 · {half}/{short} C2@74
   Intermedio 2, 1 compás:
@@ -142,7 +143,8 @@ fuente: escribí acá de dónde viene esta parte
     0/{short} G4@74 · {half}/{short} C5@82
 """
 
-_NO_ROLES = {"drums_role": "", "bass_role": "", "guitar_role": "", "answer_role": ""}
+_ROLES = {"drums_role": "papel: toque", "bass_role": "papel: bajo", "guitar_role": "papel: acordes",
+          "answer_role": "papel: respuesta"}
 
 
 def _cells(pulses: int, parts: int, strong: str, weak: str, within: str) -> str:
@@ -162,7 +164,7 @@ def template(identifier: str, meter: str) -> str:
              "pulses": _cells(pulses, parts, "x", "o", "."), "cells": _cells(pulses, parts, "x", "o", "g"),
              "strum_pulses": _cells(pulses, parts, "D@74", "D@66", "."),
              "strum_cells": _cells(pulses, parts, "D@76", "D@68", "U@54")}
-    words = {key: f"{value:g}" for key, value in lengths.items()} | grids | _NO_ROLES
+    words = {key: f"{value:g}" for key, value in lengths.items()} | grids | _ROLES
     words |= {"id": identifier, "name": identifier.replace("_", " ").capitalize(), "meter": meter,
               "tempo": "80 100 120"}
     text = "".join([_HEAD, _DRUMS, _BASS, _GUITAR, _ANSWER]).format(**words)
