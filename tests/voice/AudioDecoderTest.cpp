@@ -775,8 +775,7 @@ void AudioDecoderTest::samplesBeyondFullScaleAreHeldThere()
 void AudioDecoderTest::loudMusicIsNotTorn()
 {
     constexpr int kOgg = SF_FORMAT_OGG | SF_FORMAT_VORBIS;
-    if (!SoundFile::canWrite(kOgg))
-        QSKIP("This libsndfile writes no Ogg.");
+    QVERIFY(SoundFile::canWrite(kOgg));
     // Music mastered to full scale: its peaks are cut flat, and coding throws them beyond.
     QList<float> music = Tones::sine(440.0, 44100, 44100, 3.0);
     for (float& sample : music)
