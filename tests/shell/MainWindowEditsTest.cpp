@@ -90,7 +90,7 @@ private slots:
     void atTheEndsOfTheRoadNothingHappens();
     void ninetyNineStepsAreKept();
     void theMixGoesAlongWithTheEditBeforeIt();
-    void undoAndRedoLeaveTheEngineAlone();
+    void undoAndRedoAreHeardWherePlaybackStands();
     void undoAndRedoTellTheViews();
     void theKeysUndoAndRedo();
     void randomEditsAllComeBack();
@@ -502,18 +502,18 @@ void MainWindowEditsTest::theMixGoesAlongWithTheEditBeforeIt()
     QCOMPARE(stage_->song().tracks.size(), 2);
 }
 
-void MainWindowEditsTest::undoAndRedoLeaveTheEngineAlone()
+void MainWindowEditsTest::undoAndRedoAreHeardWherePlaybackStands()
 {
     stage_->song().tracks[0].melodyBlocks = {melody({note(60, 60.0)}, 0.0, 64.0)};
     stage_->window().snapshotAndRefresh();
     stage_->window().addTrack();
     stage_->engine().play(8.0);
     const double before = stage_->engine().playheadBeat();
-    FluidSpy::reset();
-    stage_->window().undo();
-    stage_->window().redo();
-    stage_->window().undo();
-    QCOMPARE(FluidSpy::calls(), QStringList());
+    for (void (MainWindow::*step)() : {&MainWindow::undo, &MainWindow::redo, &MainWindow::undo}) {
+        FluidSpy::reset();
+        (stage_->window().*step)();
+        QVERIFY(!FluidSpy::calls().isEmpty());
+    }
     QVERIFY(stage_->engine().isPlaying());
     QVERIFY(stage_->engine().playheadBeat() >= before);
 }
