@@ -2,6 +2,7 @@
 
 import json
 import os
+import re
 import subprocess
 import tempfile
 from pathlib import Path
@@ -21,16 +22,21 @@ class Program(TestCase):
     @classmethod
     def setUpClass(cls):
         cls.folder = Path(cls.enterClassContext(tempfile.TemporaryDirectory()))
-        source = cls.folder / "mi_ritmo.ritmo"
-        source.write_text(template("mi_ritmo", "2/4"), encoding="utf-8")
-        build_draft(load(source), cls.folder / "resources", cls.folder)
-        (cls.folder / "resources/soundfonts/velta_bank_gm.sf2").symlink_to(GM_BANK)
+        cls.draft(template("mi_ritmo", "2/4"), "mi_ritmo", resources="resources")
         cls.whole = cls.listen("todo")
 
     @classmethod
-    def listen(cls, out, *options):
+    def draft(cls, text, name, resources):
+        """Makes the folder `resources` of the source `text`."""
+        source = cls.folder / f"{name}.ritmo"
+        source.write_text(text, encoding="utf-8")
+        build_draft(load(source), cls.folder / resources, cls.folder)
+        (cls.folder / resources / "soundfonts/velta_bank_gm.sf2").symlink_to(GM_BANK)
+
+    @classmethod
+    def listen(cls, out, *options, resources="resources"):
         """The finished program; what it wrote lies in `out`."""
-        return subprocess.run([str(PROGRAM), "--resources", str(cls.folder / "resources"), *options, str(cls.folder / out)],
+        return subprocess.run([str(PROGRAM), "--resources", str(cls.folder / resources), *options, str(cls.folder / out)],
                               capture_output=True, encoding="utf-8", check=False)
 
     def written(self, out):
@@ -52,6 +58,28 @@ class Program(TestCase):
         names = {path for path in self.written("todo") if "cancion" not in path}
         self.assertEqual(len(names), 1 + 2 * 10)
         self.assertLessEqual({"index.html", "mi_ritmo/Normal_2.wav", "mi_ritmo/Normal_2.png"}, names)
+
+    def levels(self, out):
+        """Of the table on the page: layer, role, decibels above the bass, target, difference."""
+        page = (self.folder / out / "index.html").read_text(encoding="utf-8")
+        rows = re.findall(r"<tr[^>]*>(<td>.*?)</tr>", page)
+        return [re.findall(r"<td>(.*?)</td>", row) for row in rows]
+
+    def test_the_page_shows_every_layer_beside_what_its_role_asks_for(self):
+        rows = self.levels("todo")
+        self.assertEqual([(layer, role, float(target)) for layer, role, _, target, _ in rows], [
+            ("Percusión", "toque", -3), ("Bajo", "bajo", 0), ("Guitarra (rasgueo)", "acordes", -3),
+            ("Violín (respuestas)", "respuesta", -2.5)])
+        for layer, _, above, target, difference in rows:
+            self.assertAlmostEqual(float(above) - float(target), float(difference), delta=0.11, msg=layer)
+        self.assertEqual(rows[1][2:], ["0.0", "0.0", "0.0"])
+        self.assertGreater(len({above for _, _, above, _, _ in rows}), 2)
+
+    def test_without_a_bass_there_is_nothing_to_compare_levels_with(self):
+        text = template("sin_bajo", "2/4").replace("papel: bajo", "papel: acordes")
+        self.draft(text, "sin_bajo", resources="recursos")
+        self.assertEqual(self.listen("sin_bajo", "--seccion", "Normal 2", resources="recursos").returncode, 0)
+        self.assertNotIn("<table>", (self.folder / "sin_bajo/index.html").read_text(encoding="utf-8"))
 
     def test_sections_and_layers_are_chosen_and_then_there_is_no_song(self):
         done = self.listen("parte", "--seccion", "Normal 2", "--seccion", "Intro", "--capa", "bajo", "--layers")

@@ -197,6 +197,12 @@ class Commands(TestCase):
         self.assertEqual(package["rhythm"]["displayName"], "prueba")
         self.assertEqual([note["pitch"] for note in package["loopVariants"][0]["notes"]], [36, 36])
 
+    def test_a_draft_is_taken_apart_for_the_balance_as_far_as_it_has_roles(self):
+        self.source.write_text(whole_source().replace("papel: acordes\n", "", 1), encoding="utf-8")
+        self.assertEqual(run("borrador", self.folder / "b", self.source).returncode, 0)
+        listed = json.loads((self.folder / "b/stems/stems.json").read_text(encoding="utf-8"))
+        self.assertEqual([stem["role"] for stem in listed["stems"]], ["tambor", "bajo", "respuesta"])
+
     def test_a_draft_without_a_note_is_told(self):
         self.source.write_text("compás: 4/4\ntempo: 80 100 120\n", encoding="utf-8")
         done = run("borrador", self.folder / "b", self.source)
@@ -235,9 +241,15 @@ class OneBroken(TestCase):
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(change(whole_source().replace("ritmo: prueba", f"ritmo: {name}")), encoding="utf-8")
 
-    def run_tool(self, *words):
-        return subprocess.run([sys.executable, str(self.root / "tools" / "velta-content"), *map(str, words)],
+    def run_tool(self, *words, tool="velta-content"):
+        return subprocess.run([sys.executable, str(self.root / "tools" / tool), *map(str, words)],
                               capture_output=True, encoding="utf-8", check=False)
+
+    def test_only_what_is_finished_is_taken_apart_for_the_balance(self):
+        done = self.run_tool(self.root / "apart", tool="velta-stems")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        listed = json.loads((self.root / "apart/stems.json").read_text(encoding="utf-8"))
+        self.assertEqual({stem["rhythmId"] for stem in listed["stems"]}, {"buena"})
 
     def test_the_others_are_compiled(self):
         done = self.run_tool("compile")

@@ -101,17 +101,18 @@ qsizetype trackOf(const Project& song, const QString& layerId)
     return track == song.tracks.end() ? -1 : std::distance(song.tracks.begin(), track);
 }
 
-void compareWithBass(QList<Balance::Measured>& measured)
+QList<Balance::Measured> comparedWithBass(QList<Balance::Measured> measured)
 {
     const auto bass = std::ranges::find_if(
         measured, [](const Balance::Measured& one) { return one.stem.role == "bajo"_L1; });
     if (bass == measured.end())
-        return;
+        return {};
     const Balance::Level reference = bass->level;
     for (Balance::Measured& one : measured) {
         one.aboveBassDb = one.stem.byStrokes ? one.level.strokes - reference.strokes
                                              : one.level.loudness - reference.loudness;
     }
+    return measured;
 }
 
 } // namespace
@@ -162,6 +163,5 @@ QList<Balance::Measured> Balance::measure(const QList<Stem>& stems, const Rhythm
         if (const Level level = levelOf(mix); level.strokes > kSilentDb)
             measured.append({.stem = stem, .level = level});
     }
-    compareWithBass(measured);
-    return measured;
+    return comparedWithBass(std::move(measured));
 }

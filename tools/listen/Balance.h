@@ -61,7 +61,8 @@ Level levelOf(const QList<float>& mix);
 /// The song that a stem is measured in: its second Normal loop over I IV V I in C Major.
 std::unique_ptr<Project> song(const LoopLibrary& library, const Rhythm& rhythm);
 
-/// Renders all stems of a rhythm, each alone. Stems that the song does not hold are left out.
+/// Renders all stems of a rhythm, each alone. Stems that the song does not hold are left out; where
+/// no bass sounds there is nothing to measure against, and the list is empty.
 QList<Measured> measure(const QList<Stem>& stems, const Rhythm& rhythm, const LoopLibrary& library,
                         InstrumentLibrary& instruments, const QString& gmBank);
 

@@ -4,6 +4,7 @@
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
 #include "export/AudioExporter.h"
+#include "listen/Balance.h"
 #include "listen/DemoSong.h"
 #include "listen/HeardGroove.h"
 #include "listen/ListenOptions.h"
@@ -23,6 +24,7 @@
 #include <QJsonObject>
 #include <QSaveFile>
 
+#include <cmath>
 #include <cstdio>
 
 using namespace Qt::Literals::StringLiterals;
@@ -50,14 +52,20 @@ struct Studio {
     QDir folder;
     ListenOptions options;
     QHash<int, QString> drums;
+    /// The layers as they are measured, and what each shall come to; null where nobody wrote them.
+    LoopLibrary stemLibrary;
+    std::optional<Balance::Stems> stems;
 
     Studio(const QString& resources, const QString& out, ListenOptions wanted)
         : instruments(resources + "/soundfonts"_L1), library(resources + "/loops"_L1, &instruments),
           gmBank(resources + "/soundfonts/velta_bank_gm.sf2"_L1), folder(out),
-          options(std::move(wanted)), drums(drumNames(resources + "/sonidos.json"_L1))
+          options(std::move(wanted)), drums(drumNames(resources + "/sonidos.json"_L1)),
+          stemLibrary(resources + "/stems/loops"_L1, &instruments),
+          stems(Balance::readStems(resources + "/stems/stems.json"_L1))
     {
         instruments.loadBuiltinGmInstruments();
         library.reload();
+        stemLibrary.reload();
     }
 };
 
@@ -180,6 +188,25 @@ std::optional<RenderedSong> renderSong(Studio& studio, const Rhythm& rhythm, con
     return rendered;
 }
 
+/// How loud the layers of a rhythm are beside what their roles ask for.
+QList<LevelInMix> levelsOf(Studio& studio, const Rhythm& rhythm)
+{
+    const Rhythm* split = studio.stemLibrary.findRhythm(rhythm.id);
+    if (!studio.stems || !split)
+        return {};
+    QList<LevelInMix> levels;
+    for (const Balance::Measured& one : Balance::measure(
+             studio.stems->stems, *split, studio.stemLibrary, studio.instruments, studio.gmBank)) {
+        const LoopLayer* layer = studio.library.findLayer(one.stem.layerId.section(u':', 0, 0));
+        levels.append({.layer = layer ? layer->label : one.stem.layerId,
+                       .role = one.stem.role,
+                       .aboveBassDb = one.aboveBassDb,
+                       .targetDb = one.stem.targetDb,
+                       .off = std::abs(one.missesTargetBy()) > studio.stems->toleranceDb});
+    }
+    return levels;
+}
+
 bool renderLoops(Studio& studio, const Rhythm& rhythm, RenderedRhythm& rendered)
 {
     for (const RhythmDemo::Loop& loop : RhythmDemo::loopsOf(studio.library, rhythm.id)) {
@@ -200,6 +227,8 @@ bool renderRhythm(Studio& studio, const Rhythm& rhythm, QList<RenderedRhythm>& p
     const auto song = DemoSong::of(studio.library, rhythm, studio.options.setting);
     if (song && studio.options.whole() && !(rendered.song = renderSong(studio, rhythm, *song)))
         return false;
+    if (studio.options.layers.isEmpty())
+        rendered.levels = levelsOf(studio, rhythm);
     if (!renderLoops(studio, rhythm, rendered))
         return false;
     page.append(rendered);

@@ -11,6 +11,7 @@ from pathlib import Path
 from .model import Rhythm
 from .package import files_of
 from .problems import SourceError
+from .stems import write_stems
 
 _BANK_TOOL = "velta-banks"
 
@@ -45,6 +46,8 @@ def build_draft(rhythm: Rhythm, folder: Path, tools: Path) -> str:
     for path, text in files_of(heard, packages, grooves).items():
         path.write_text(text, encoding="utf-8")
     provide_banks([heard], banks, tools)
+    measured = {name: layer for name, layer in heard.layers.items() if layer.role}
+    write_stems([replace(heard, layers=measured)], folder / "stems")
     return heard.id
 
 
