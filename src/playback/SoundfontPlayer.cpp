@@ -3,6 +3,7 @@
 #include "music/Beats.h"
 #include "playback/AlsaSilence.h"
 #include "playback/GlibSilence.h"
+#include "voice/SoundServer.h"
 
 #include <QFileInfo>
 
@@ -47,11 +48,21 @@ SoundfontPlayer::SoundfontPlayer(Mode mode, QObject* parent) : QObject(parent), 
     fluid_settings_setint(settings_.get(), "synth.midi-channels", kChannels);
     fluid_settings_setnum(settings_.get(), "synth.gain", kGain);
     synth_.reset(new_fluid_synth(settings_.get()));
-    if (synth_ && mode_ == Mode::Realtime)
+    // A server that hangs would hang whoever asks for its devices.
+    if (synth_ && mode_ == Mode::Realtime && SoundServer::answers())
         driver_.reset(new_fluid_audio_driver(settings_.get(), synth_.get()));
 }
 
-SoundfontPlayer::~SoundfontPlayer() = default;
+SoundfontPlayer::~SoundfontPlayer()
+{
+    if (!driver_ || SoundServer::answers())
+        return;
+    // Its thread waits for a server that hangs, and so would who waits for its end. What it plays
+    // with stays where it is as long as the process.
+    static_cast<void>(driver_.release());
+    static_cast<void>(synth_.release());
+    static_cast<void>(settings_.release());
+}
 
 int SoundfontPlayer::loadBank(const QString& path)
 {

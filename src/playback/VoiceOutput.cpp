@@ -1,6 +1,7 @@
 #include "playback/VoiceOutput.h"
 
 #include "music/Beats.h"
+#include "voice/SoundServer.h"
 
 #include <QAudioDevice>
 #include <QAudioFormat>
@@ -54,6 +55,9 @@ VoiceOutput::~VoiceOutput()
 void VoiceOutput::play(const QList<float>& mix, qint64 fromFrame)
 {
     stop();
+    // A server that hangs would hang whoever asks for its devices.
+    if (!SoundServer::answers())
+        return;
     // Asked right before it is used: starting a device that has vanished since would hang.
     const QAudioDevice device = QMediaDevices::defaultAudioOutput();
     if (device.isNull() || !device.isFormatSupported(voiceFormat()))

@@ -2,6 +2,7 @@
 
 #include "music/Beats.h"
 #include "voice/AudioDecoder.h"
+#include "voice/SoundServer.h"
 
 #include <QAudioDevice>
 #include <QAudioFormat>
@@ -11,11 +12,18 @@
 #include <QSaveFile>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <optional>
 #include <utility>
 
 namespace {
+
+constexpr std::chrono::milliseconds kLookPeriod(500);
+
+/// Looks at a microphone without a sample from it, for five seconds, before it counts as gone. A
+/// silent one gives zeros.
+constexpr int kMostSilentLooks = 10;
 
 QAudioFormat wantedFormat()
 {
@@ -62,7 +70,10 @@ QList<float> monoOf(const QByteArray& pcm, int channels)
 } // namespace
 
 AudioRecorder::AudioRecorder(QObject* parent) : QObject(parent)
-{}
+{
+    watch_.setInterval(kLookPeriod);
+    connect(&watch_, &QTimer::timeout, this, &AudioRecorder::watch);
+}
 
 AudioRecorder::~AudioRecorder()
 {
@@ -76,6 +87,11 @@ bool AudioRecorder::startRecording()
 {
     if (recording_)
         return false;
+    // A server that hangs would hang whoever asks for its devices.
+    if (!SoundServer::answers()) {
+        emit recordingFailed(tr("No pude abrir el micrófono."));
+        return false;
+    }
     // Asked right before it is used: starting a device that has vanished since would hang.
     const QAudioDevice device = QMediaDevices::defaultAudioInput();
     if (device.isNull()) {
@@ -98,8 +114,23 @@ bool AudioRecorder::startRecording()
     }
     connect(inputDevice_, &QIODevice::readyRead, this,
             [this] { pcm_.append(inputDevice_->readAll()); });
+    seenBytes_ = 0;
+    silentLooks_ = 0;
+    watch_.start();
     recording_ = true;
     return true;
+}
+
+/// A server that dies ends the source. One that hangs, or loses its last microphone, says nothing.
+void AudioRecorder::watch()
+{
+    silentLooks_ = pcm_.size() > seenBytes_ ? 0 : silentLooks_ + 1;
+    seenBytes_ = pcm_.size();
+    if (source_->state() != QAudio::StoppedState && silentLooks_ < kMostSilentLooks &&
+        !QMediaDevices::defaultAudioInput().isNull())
+        return;
+    watch_.stop();
+    emit recordingFailed(tr("No hay micrófono disponible."));
 }
 
 double AudioRecorder::stopRecording(const QString& path)
@@ -132,6 +163,7 @@ void AudioRecorder::cancelRecording()
 
 void AudioRecorder::endSource()
 {
+    watch_.stop();
     if (inputDevice_)
         disconnect(inputDevice_, nullptr, this, nullptr);
     source_->stop();

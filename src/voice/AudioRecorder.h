@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QPointer>
 #include <QString>
+#include <QTimer>
 
 class QAudioSource;
 class QIODevice;
@@ -40,10 +41,13 @@ public:
     bool isRecording() const { return recording_; }
 
 signals:
-    /// `message` is for the user.
+    /// `message` is for the user. During a take: the microphone is gone. The take goes on without
+    /// it, and what had come by then is there for stopRecording().
     void recordingFailed(const QString& message);
 
 private:
+    /// Looks whether the take still has a microphone, and tells once when it has not.
+    void watch();
     void endSource();
 
     QAudioSource* source_ = nullptr;
@@ -51,6 +55,11 @@ private:
     QPointer<QIODevice> inputDevice_;
     /// 16-bit samples, interleaved.
     QByteArray pcm_;
+    /// Runs with a take that has a microphone.
+    QTimer watch_;
+    /// Size of the take at the last look, and how often it had not grown.
+    qsizetype seenBytes_ = 0;
+    int silentLooks_ = 0;
     /// An ended take, in mono, until it is whole on the disk.
     QList<float> held_;
     int heldRate_ = 0;

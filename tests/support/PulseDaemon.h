@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include <csignal>
 #include <cstring>
 
 /// A PulseAudio server of the test's own, which nobody hears: what is played goes to a sink
@@ -80,6 +81,32 @@ public:
         server_.waitForFinished();
     }
 
+    /// As if the server hung: it keeps its clients and answers none of them.
+    void freeze() { ::kill(static_cast<pid_t>(server_.processId()), SIGSTOP); }
+
+    void thaw() { ::kill(static_cast<pid_t>(server_.processId()), SIGCONT); }
+
+    /// A server that was killed comes back, as the system sees to.
+    void restart()
+    {
+        QFile::remove(socket());
+        start();
+        loadSink();
+        loadMicrophone();
+    }
+
+    /// Gives the server a microphone that hears a steady tone of 450 Hz.
+    void loadMicrophone()
+    {
+        microphoneModule_ = control({"load-module", "module-sine-source", "source_name=mic",
+                                     "rate=" + QString::number(kSampleRate), "frequency=450"})
+                                .trimmed();
+        control({"set-default-source", "mic"});
+    }
+
+    /// As if the microphone were pulled out.
+    void unloadMicrophone() { control({"unload-module", microphoneModule_}); }
+
     /// Where what is played can be recorded.
     static QString monitor() { return QStringLiteral("ear.monitor"); }
 
@@ -127,6 +154,7 @@ private:
     QProcess server_;
     QProcess silence_;
     QString sinkModule_;
+    QString microphoneModule_;
     QString problem_;
 };
 
