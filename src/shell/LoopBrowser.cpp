@@ -4,18 +4,18 @@
 #include "content/LoopLibrary.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/ChoiceBox.h"
+#include "shell/FittingArea.h"
 #include "shell/IgualadorSimbolos.h"
 #include "shell/OnlineSearchDialog.h"
 #include "shell/VariationButton.h"
 #include "shell/WrappingRow.h"
-#include "shell/controls/PlainText.h"
 #include "shell/controls/WheelGuard.h"
+#include "shell/controls/WrappedLabel.h"
 #include "views/SectionWords.h"
 
 #include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
-#include <QScrollArea>
 #include <QSignalBlocker>
 #include <QVBoxLayout>
 
@@ -31,6 +31,11 @@ constexpr double kAtThePlayhead = -1.0;
 
 constexpr int kShades = 3;
 constexpr int kPreviewButtonHeight = 18;
+
+/// Of the cards, in pixels: about one, and two of one line each.
+constexpr int kLeastInSight = 74;
+constexpr int kMostInSight = 166;
+
 constexpr double kDefaultBarBeats = 4.0;
 
 /// Far above any real section. A damaged package may list more variants than there is room for
@@ -97,9 +102,8 @@ LoopBrowser::LoopBrowser(LoopLibrary* library, InstrumentLibrary* instruments,
     : QWidget(parent), library_(library), instruments_(instruments), catalog_(catalog),
       downloads_(downloads), registry_(registry), engine_(engine)
 {
-    auto* help = new QLabel(tr("Click coloca la variación donde está el cabezal.\n"
-                               "Arrastrala para elegir el compás exacto."));
-    help->setWordWrap(true);
+    auto* help = new WrappedLabel(tr("Click coloca la variación donde está el cabezal.\n"
+                                     "Arrastrala para elegir el compás exacto."));
     auto* search = new QPushButton(tr("Buscar más ritmos…"));
     search->setToolTip(tr("Buscar ritmos que no estén instalados, en línea"));
     search->setFocusPolicy(Qt::TabFocus);
@@ -149,13 +153,16 @@ QWidget* LoopBrowser::buildCards()
     sectionsLayout_->setSpacing(6);
     sectionsLayout_->addStretch();
 
-    auto* area = new QScrollArea;
-    area->setWidgetResizable(true);
-    area->setFrameShape(QFrame::NoFrame);
-    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    area->setFocusPolicy(Qt::NoFocus);
-    area->setWidget(cards);
-    return area;
+    return new FittingArea(cards, FittingArea::Wish::Least, [this] { return heightInSight(); });
+}
+
+int LoopBrowser::heightInSight() const
+{
+    const int width = sectionsLayout_->parentWidget()->width();
+    int height = 0;
+    for (int card = 0; card < cardsInSight_; ++card)
+        height += sectionsLayout_->itemAt(card)->heightForWidth(width) + sectionsLayout_->spacing();
+    return std::clamp(height - sectionsLayout_->spacing(), kLeastInSight, kMostInSight);
 }
 
 void LoopBrowser::setProject(Project* project)
@@ -234,12 +241,15 @@ void LoopBrowser::rebuildSectionCards()
         deleteCard(item->widget());
     }
     int card = 0;
+    cardsInSight_ = 0;
     for (const LoopSection section : kSectionOrder) {
         const QList<LoopVariant> variants = variantsOf(section);
         if (variants.isEmpty())
             continue;
         sectionsLayout_->insertWidget(card, buildCard(section, variants, card % kShades));
         ++card;
+        if (section == LoopSection::Normal)
+            cardsInSight_ = card;
     }
     if (project_ && rhythmCombo_->count() > 0 && rhythmCombo_->currentIndex() < 0)
         sectionsLayout_->insertWidget(0, buildNoRhythms());
@@ -274,9 +284,8 @@ void LoopBrowser::evenOutFaces()
 
 QWidget* LoopBrowser::buildNoRhythms()
 {
-    QLabel* sentence = plainLabel(
+    auto* sentence = new WrappedLabel(
         tr("No hay ritmos de %1 en este estilo.").arg(meterText(project_->timeSignature)));
-    sentence->setWordWrap(true);
     QWidget* row = transparentRow();
     auto* layout = new QVBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);

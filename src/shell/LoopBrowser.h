@@ -69,6 +69,9 @@ private:
     QWidget* buildCard(LoopSection section, const QList<LoopVariant>& variants, int shade);
     QWidget* buildColumn(LoopSection section, int variantIndex);
 
+    /// The least height of the place of the cards.
+    int heightInSight() const;
+
     void previewVariant(LoopSection section, int variantIndex);
     void placeVariant(LoopSection section, int variantIndex);
     void openOnlineSearch();
@@ -86,6 +89,8 @@ private:
     ChoiceBox* layerCombo_;
     /// The cards, and behind them the stretch that holds them together.
     QVBoxLayout* sectionsLayout_;
+    /// Those up to "Normal", which is used most; none where it is missing.
+    int cardsInSight_ = 0;
     /// The style sheets of the variants' numbers, as far as they have been evened out.
     QHash<QString, QString> faceSheets_;
 };

@@ -11,6 +11,7 @@
 #include "playback/PlaybackEngine.h"
 #include "playback/SoundfontPlayer.h"
 #include "shell/EditorFocus.h"
+#include "shell/FittingArea.h"
 #include "shell/FocusRing.h"
 #include "shell/FocusedControl.h"
 #include "shell/LoopBrowser.h"
@@ -42,6 +43,9 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr int kDeletedMs = 5000;
+
+/// So much of the panel of the track is seen always: its name, its instrument and its volume.
+constexpr int kHeaderPercentInSight = 45;
 
 } // namespace
 
@@ -174,8 +178,12 @@ QWidget* MainWindow::buildSidePanel()
         new LoopBrowser(loopLibrary_, instruments_, catalog_, downloads_, registry_, engine_);
     connect(loopBrowser_, &LoopBrowser::loopChosen, this, &MainWindow::handleLoopChosen);
     headerPanel_ = new TrackHeaderPanel(instruments_);
+    // On a low screen it scrolls, so that the loops that are used most stay in sight.
+    auto* headerArea = new FittingArea(headerPanel_, FittingArea::Wish::All, [this] {
+        return headerPanel_->sizeHint().height() * kHeaderPercentInSight / 100;
+    });
     // Height that its rows do not need is better spent on loops.
-    headerPanel_->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+    headerArea->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
     connect(headerPanel_, &TrackHeaderPanel::trackEdited, this, &MainWindow::snapshotAndRefresh);
     connect(headerPanel_, &TrackHeaderPanel::mixingChanged, engine_,
             &PlaybackEngine::refreshChannels);
@@ -190,7 +198,7 @@ QWidget* MainWindow::buildSidePanel()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(loopBrowser_, 3);
-    layout->addWidget(headerPanel_, 2);
+    layout->addWidget(headerArea, 2);
 
     auto* panel = new QScrollArea;
     panel->setWidgetResizable(true);

@@ -3,6 +3,7 @@
 #include "shell/ProjectGallery.h"
 #include "shell/theme/ThemeManager.h"
 #include "support/Contrast.h"
+#include "support/LayoutFaults.h"
 #include "support/SavedWorks.h"
 #include "support/ScriptedPrompts.h"
 #include "support/Widgets.h"
@@ -20,77 +21,6 @@
 
 #include <functional>
 #include <memory>
-
-namespace {
-
-QString nameOf(const QWidget& widget)
-{
-    return QString("%1 '%2'").arg(widget.metaObject()->className(),
-                                  widget.property("text").toString());
-}
-
-/// What a user reads or presses in a dialog. Parts of other controls are theirs to lay out.
-QList<QWidget*> controlsOf(const QDialog& dialog)
-{
-    QList<QWidget*> found;
-    for (QWidget* widget : dialog.findChildren<QWidget*>()) {
-        const bool isControl =
-            qobject_cast<QLabel*>(widget) || qobject_cast<QAbstractButton*>(widget) ||
-            qobject_cast<QComboBox*>(widget) || qobject_cast<QAbstractSpinBox*>(widget) ||
-            qobject_cast<QLineEdit*>(widget) || qobject_cast<QAbstractItemView*>(widget);
-        if (isControl && widget->isVisible() &&
-            !qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) && widget->window() == &dialog)
-            found.append(widget);
-    }
-    return found;
-}
-
-QRect placeOf(const QWidget& widget)
-{
-    return {widget.mapTo(widget.window(), QPoint()), widget.size()};
-}
-
-/// What the picture of a dialog shows to be wrong; empty where nothing is.
-QStringList faultsOf(const QDialog& dialog)
-{
-    QStringList faults;
-    const QList<QWidget*> controls = controlsOf(dialog);
-    for (qsizetype i = 0; i < controls.size(); ++i) {
-        const QWidget& control = *controls[i];
-        if (!dialog.rect().contains(placeOf(control)))
-            faults.append(nameOf(control) + " sticks out");
-        for (qsizetype j = i + 1; j < controls.size(); ++j) {
-            if (placeOf(control).intersects(placeOf(*controls[j])) &&
-                !control.isAncestorOf(controls[j]) && !controls[j]->isAncestorOf(&control))
-                faults.append(nameOf(control) + " lies over " + nameOf(*controls[j]));
-        }
-        if (qobject_cast<const QAbstractItemView*>(&control))
-            continue;
-        const QSize needed = control.minimumSizeHint();
-        if (control.width() < needed.width() || control.height() < needed.height())
-            faults.append(nameOf(control) + " is cut");
-    }
-    return faults;
-}
-
-/// As faultsOf(), for the rows of a list that stand below one another.
-QStringList faultsOfRows(const QAbstractItemView& view)
-{
-    QStringList faults;
-    int bottom = -1;
-    for (int row = 0; row < view.model()->rowCount(); ++row) {
-        const QRect rect = view.visualRect(view.model()->index(row, 0));
-        if (rect.top() <= bottom)
-            faults.append(
-                QString("row %1 begins at %2, over %3").arg(row).arg(rect.top()).arg(bottom));
-        if (rect.height() < view.fontMetrics().height())
-            faults.append(QString("row %1 is %2 high").arg(row).arg(rect.height()));
-        bottom = rect.bottom();
-    }
-    return faults;
-}
-
-} // namespace
 
 /// Every dialog in the program's own style sheet, which decides how large its parts are: in both
 /// looks.
@@ -153,9 +83,9 @@ void StyledDialogsTest::rowsOfSavedWorksStandBelowOneAnother()
     QVERIFY(QTest::qWaitForWindowExposed(&dialog));
     auto* view = dialog.findChild<QAbstractItemView*>();
     QCOMPARE(view->model()->rowCount(), works);
-    QCOMPARE(faultsOfRows(*view).join("; "), QString());
+    QCOMPARE(LayoutFaults::ofRows(*view).join("; "), QString());
     QTest::keyClick(view, Qt::Key_Down);
-    QCOMPARE(faultsOfRows(*view).join("; "), QString());
+    QCOMPARE(LayoutFaults::ofRows(*view).join("; "), QString());
 }
 
 void StyledDialogsTest::theOpenDialogIsWhole_data()
@@ -175,8 +105,8 @@ void StyledDialogsTest::theOpenDialogIsWhole()
     OpenProjectDialog dialog(saved.storage().listProjects(), &saved.storage(), prompts);
     dialog.show();
     QVERIFY(QTest::qWaitForWindowExposed(&dialog));
-    QVERIFY(controlsOf(dialog).size() >= 4);
-    QCOMPARE(faultsOf(dialog).join("; "), QString());
+    QVERIFY(LayoutFaults::controlsOf(dialog).size() >= 4);
+    QCOMPARE(LayoutFaults::of(dialog).join("; "), QString());
 }
 
 void StyledDialogsTest::theDialogOfANewWorkIsWhole()
@@ -184,10 +114,10 @@ void StyledDialogsTest::theDialogOfANewWorkIsWhole()
     NewProjectDialog dialog;
     dialog.show();
     QVERIFY(QTest::qWaitForWindowExposed(&dialog));
-    QVERIFY(controlsOf(dialog).size() >= 10);
-    QCOMPARE(faultsOf(dialog).join("; "), QString());
+    QVERIFY(LayoutFaults::controlsOf(dialog).size() >= 10);
+    QCOMPARE(LayoutFaults::of(dialog).join("; "), QString());
     for (const auto* box : dialog.findChildren<QComboBox*>())
-        QCOMPARE(faultsOfRows(*box->view()).join("; "), QString());
+        QCOMPARE(LayoutFaults::ofRows(*box->view()).join("; "), QString());
 }
 
 void StyledDialogsTest::theDialogOfTheGalleryIsWhole()
@@ -201,7 +131,7 @@ void StyledDialogsTest::theDialogOfTheGalleryIsWhole()
     QVERIFY(QTest::qWaitForWindowExposed(&gallery));
     for (const QWidget* control : gallery.findChildren<QAbstractButton*>())
         QVERIFY2(control->width() >= control->minimumSizeHint().width(),
-                 qPrintable(nameOf(*control)));
+                 qPrintable(LayoutFaults::nameOf(*control)));
 }
 
 void StyledDialogsTest::questionsAreWhole()
@@ -211,8 +141,8 @@ void StyledDialogsTest::questionsAreWhole()
                     QMessageBox::Save | QMessageBox::Discard | QMessageBox::Cancel);
     box.show();
     QVERIFY(QTest::qWaitForWindowExposed(&box));
-    QVERIFY(controlsOf(box).size() >= 4);
-    QCOMPARE(faultsOf(box).join("; "), QString());
+    QVERIFY(LayoutFaults::controlsOf(box).size() >= 4);
+    QCOMPARE(LayoutFaults::of(box).join("; "), QString());
 }
 
 void StyledDialogsTest::theDefaultButtonIsToldFromTheOthers()

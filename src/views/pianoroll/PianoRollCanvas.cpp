@@ -3,7 +3,7 @@
 #include "model/Project.h"
 #include "model/ProjectEdits.h"
 #include "playback/PlaybackEngine.h"
-#include "shell/controls/PlainText.h"
+#include "shell/controls/ElidedLabel.h"
 #include "views/TimelineRuler.h"
 #include "views/WheelForwarder.h"
 #include "views/pianoroll/PianoKeyboardWidget.h"
@@ -60,7 +60,7 @@ QToolButton* arrowButton(const QString& face, const QString& toolTip)
 } // namespace
 
 PianoRollCanvas::PianoRollCanvas(QWidget* parent)
-    : QWidget(parent), scene_(new PianoRollScene(this)), caption_(plainLabel()),
+    : QWidget(parent), scene_(new PianoRollScene(this)), caption_(new ElidedLabel),
       ruler_(new TimelineRuler), view_(new PianoRollGridView(this)),
       keyboard_(new PianoKeyboardWidget(this))
 {
