@@ -1,6 +1,7 @@
 #include "app/SelfTest.h"
 
 #include "app/Console.h"
+#include "content/ContentRoots.h"
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
 #include "export/AudioExporter.h"
@@ -211,10 +212,11 @@ bool exported(const char* format, const QString& path,
 /// The whole run, up to the first failure.
 bool allPasses(const QString& outputDir)
 {
-    const QString resources = QCoreApplication::applicationDirPath() + "/resources"_L1;
-    InstrumentLibrary instruments(resources + "/soundfonts"_L1);
+    // What this user has downloaded says nothing about the installation.
+    const ContentRoots roots(QCoreApplication::applicationDirPath() + "/resources"_L1);
+    InstrumentLibrary instruments(roots.soundfonts());
     instruments.loadBuiltinGmInstruments();
-    LoopLibrary library(resources + "/loops"_L1, &instruments);
+    LoopLibrary library(roots.loops(), &instruments);
     library.reload();
 
     std::printf("estilos: %d, ritmos: %d\n", static_cast<int>(library.styles().size()),
@@ -241,7 +243,7 @@ bool allPasses(const QString& outputDir)
     std::printf("acordes silenciados sin tocar el arreglo: OK\n");
 
     QDir().mkpath(outputDir);
-    const QString bank = resources + "/soundfonts/velta_bank_gm.sf2"_L1;
+    const QString bank = roots.gmBank();
     const bool written =
         exported("MIDI", outputDir + "/selftest.mid"_L1,
                  [&](const QString& path, QString* error) {

@@ -4,7 +4,6 @@
 #include "content/ContentFiles.h"
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
-#include "content/ShippedRhythms.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -69,7 +68,7 @@ bool InstallPlan::readRecorded(const QByteArray& package, QList<Instrument>* rec
 bool InstallPlan::isProgramsOwn(const QString& rhythmId, const LoopLibrary& library,
                                 const InstalledContentRegistry& registry)
 {
-    return ShippedRhythms::contains(rhythmId) ||
+    return library.cameWithProgram(rhythmId) ||
            (library.hasPackageFile(rhythmId) && !registry.isRhythmInstalled(rhythmId));
 }
 

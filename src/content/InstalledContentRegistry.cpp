@@ -54,6 +54,11 @@ InstalledContentRegistry::InstalledContentRegistry(const QString& filePath,
     : QObject(parent), filePath_(filePath), soundfontsDir_(soundfontsDir)
 {}
 
+InstalledContentRegistry::InstalledContentRegistry(const ContentRoots& roots, QObject* parent)
+    : QObject(parent), filePath_(roots.registryFile()),
+      soundfontsDir_(roots.soundfonts().written()), ownRhythms_(roots.ownPackages())
+{}
+
 void InstalledContentRegistry::load()
 {
     installedRhythms_.clear();
@@ -63,7 +68,8 @@ void InstalledContentRegistry::load()
     const QJsonObject json = JsonFile::readObject(filePath_, kMaxFileBytes).value_or(QJsonObject());
     const QJsonArray rhythms = json["installedRhythms"_L1].toArray();
     for (const QJsonValue& rhythm : rhythms) {
-        if (const QString id = rhythm.toString(); !ShippedRhythms::contains(id))
+        const QString id = rhythm.toString();
+        if (!ShippedRhythms::contains(id) && !ownRhythms_.contains(id.toCaseFolded()))
             installedRhythms_.append(id);
     }
     const QJsonArray records = json["installedInstruments"_L1].toArray();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "content/ContentRoots.h"
+
 #include <QList>
 #include <QObject>
 #include <QStringList>
@@ -30,6 +32,9 @@ public:
     /// Starts empty and reads nothing.
     InstalledContentRegistry(const QString& filePath, const QString& soundfontsDir,
                              QObject* parent = nullptr);
+
+    /// The registry of these roots.
+    explicit InstalledContentRegistry(const ContentRoots& roots, QObject* parent = nullptr);
 
     /// Replaces everything by what the file holds; nothing, and without a signal, if there is none.
     /// Whatever the file says, rhythms that came with the program and banks that do not stand where
@@ -71,6 +76,7 @@ private:
 
     QString filePath_;
     QString soundfontsDir_;
+    QSet<QString> ownRhythms_;
     QStringList installedRhythms_;
     QList<InstalledInstrumentRecord> installedInstruments_;
 };

@@ -56,7 +56,11 @@ int gmFallbackProgramFor(const Instrument& instrument)
 } // namespace
 
 InstrumentLibrary::InstrumentLibrary(const QString& bankRoot, QObject* parent)
-    : QObject(parent), bankRoot_(bankRoot)
+    : InstrumentLibrary(ContentFolder(bankRoot), parent)
+{}
+
+InstrumentLibrary::InstrumentLibrary(const ContentFolder& banks, QObject* parent)
+    : QObject(parent), banks_(banks)
 {}
 
 void InstrumentLibrary::loadBuiltinGmInstruments()
@@ -102,7 +106,7 @@ QString InstrumentLibrary::customBankAbsolutePath(const Instrument& instrument) 
 {
     if (instrument.soundfontBankPath.isEmpty())
         return {};
-    return bankRoot_ + u'/' + instrument.soundfontBankPath;
+    return banks_.find(instrument.soundfontBankPath);
 }
 
 bool InstrumentLibrary::customBankAvailable(const Instrument& instrument) const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "content/ContentRoots.h"
 #include "content/Instrument.h"
 
 #include <QList>
@@ -13,6 +14,8 @@ class InstrumentLibrary : public QObject {
 public:
     /// Starts empty. Recorded banks are looked up under `bankRoot`.
     explicit InstrumentLibrary(const QString& bankRoot, QObject* parent = nullptr);
+
+    explicit InstrumentLibrary(const ContentFolder& banks, QObject* parent = nullptr);
 
     /// Registers the sixteen built-in instruments.
     void loadBuiltinGmInstruments();
@@ -30,10 +33,10 @@ public:
     /// In order of first registration.
     const QList<Instrument>& instruments() const { return instruments_; }
 
-    /// The folder of all banks.
-    const QString& bankRoot() const { return bankRoot_; }
+    /// The folder that banks are written to.
+    const QString& bankRoot() const { return banks_.written(); }
 
-    /// Full path of the instrument's own bank; empty if it names none.
+    /// Full path of the instrument's own bank, whether it is there or not; empty if it names none.
     QString customBankAbsolutePath(const Instrument& instrument) const;
 
     /// Whether the bank of a recorded instrument is on disk at this moment.
@@ -47,6 +50,6 @@ signals:
     void instrumentsChanged();
 
 private:
-    QString bankRoot_;
+    ContentFolder banks_;
     QList<Instrument> instruments_;
 };

@@ -16,6 +16,8 @@ namespace {
 /// Far above any package within the bounds.
 constexpr qint64 kMaxFileBytes = 16 * 1024 * 1024;
 
+const QString kInstalled = u"installed"_s;
+const QString kGrooves = u"grooves"_s;
 const QString kPackageSuffix = u".content.json"_s;
 const QString kGrooveSuffix = u".groove.json"_s;
 
@@ -32,6 +34,13 @@ QStringList sortedFiles(const QString& dirPath, const QString& nameFilter)
     for (const QString& name : dir.entryList({nameFilter}, QDir::Files, QDir::Name))
         paths.append(dir.filePath(name));
     return paths;
+}
+
+template <typename Record>
+void addIds(const QList<Record>& records, QString Record::*id, QSet<QString>* ids)
+{
+    for (const Record& record : records)
+        ids->insert(record.*id);
 }
 
 template <typename Record, typename Matches>
@@ -52,17 +61,21 @@ QList<Record> allMatches(const QList<Record>& records, Matches matches)
 } // namespace
 
 LoopLibrary::LoopLibrary(const QString& rootDir, InstrumentLibrary* instruments, QObject* parent)
-    : QObject(parent), rootDir_(rootDir), instrumentLibrary_(instruments)
+    : LoopLibrary(ContentFolder(rootDir), instruments, parent)
+{}
+
+LoopLibrary::LoopLibrary(const ContentFolder& root, InstrumentLibrary* instruments, QObject* parent)
+    : QObject(parent), root_(root), instrumentLibrary_(instruments)
 {}
 
 QString LoopLibrary::installedDir() const
 {
-    return rootDir_ + "/installed"_L1;
+    return root_.subfolder(kInstalled).written();
 }
 
 QString LoopLibrary::groovesDir() const
 {
-    return rootDir_ + "/grooves"_L1;
+    return root_.subfolder(kGrooves).written();
 }
 
 const Rhythm* LoopLibrary::findRhythm(const QString& id) const
@@ -114,15 +127,18 @@ bool LoopLibrary::hasPackageFile(const QString& rhythmId) const
     return foldedFileNames_.contains(rhythmId.toCaseFolded());
 }
 
+bool LoopLibrary::cameWithProgram(const QString& rhythmId) const
+{
+    return ShippedRhythms::contains(rhythmId) || ownRhythms_.contains(rhythmId.toCaseFolded());
+}
+
 void LoopLibrary::reload()
 {
     clear();
     const QList<Package> packages = readPackages();
     for (const Package& package : packages) {
-        if (ShippedRhythms::contains(package.rhythm.id)) {
-            for (const LoopLayer& layer : package.layers)
-                shippedLayers_.insert(layer.id);
-        }
+        if (ShippedRhythms::contains(package.rhythm.id) && !isImpostor(package))
+            addIds(package.layers, &LoopLayer::id, &shippedLayers_);
     }
     QList<Instrument> instruments;
     for (const Package& package : packages) {
@@ -131,10 +147,13 @@ void LoopLibrary::reload()
             continue;
         }
         add(package);
-        instruments.append(package.instruments);
+        std::ranges::copy_if(package.instruments, std::back_inserter(instruments),
+                             [&](const Instrument& instrument) {
+                                 return package.own || !ownInstruments_.contains(instrument.id);
+                             });
     }
-    for (const QString& path : sortedFiles(groovesDir(), u'*' + kGrooveSuffix))
-        loadGrooveFile(path);
+    for (const QString& folder : root_.subfolder(kGrooves).inReadingOrder())
+        loadGrooves(folder);
     if (instrumentLibrary_)
         instrumentLibrary_->registerInstruments(instruments);
     writeManifest();
@@ -150,35 +169,51 @@ void LoopLibrary::clear()
     grooves_.clear();
     refused_.clear();
     foldedFileNames_.clear();
+    ownRhythms_.clear();
+    ownInstruments_.clear();
     shippedLayers_.clear();
 }
 
 QList<LoopLibrary::Package> LoopLibrary::readPackages()
 {
     QList<Package> packages;
-    for (const QString& path : sortedFiles(installedDir(), u'*' + kPackageSuffix)) {
-        Package package;
-        package.fileName = baseName(path, kPackageSuffix);
-        foldedFileNames_.insert(package.fileName.toCaseFolded());
-        const auto json = JsonFile::readObject(path, kMaxFileBytes);
-        if (!json)
-            continue;
-        const bool kept =
-            parseContentPackage(*json, &package.style, &package.rhythm, &package.instruments,
-                                &package.layers, &package.variants, nullptr) &&
-            !ShippedRhythms::isImpostor(package.fileName, package.rhythm.id);
-        if (kept)
-            packages.append(package);
-        else
-            refused_.append(package.fileName);
+    const ContentFolder installed = root_.subfolder(kInstalled);
+    for (const QString& folder : installed.inReadingOrder()) {
+        const bool own = installed.isSplit() && folder == installed.own();
+        for (const QString& path : sortedFiles(folder, u'*' + kPackageSuffix))
+            readPackage(path, own, &packages);
     }
     return packages;
 }
 
+void LoopLibrary::readPackage(const QString& path, bool own, QList<Package>* packages)
+{
+    Package package;
+    package.fileName = baseName(path, kPackageSuffix);
+    package.own = own;
+    foldedFileNames_.insert(package.fileName.toCaseFolded());
+    if (own)
+        ownRhythms_.insert(package.fileName.toCaseFolded());
+    const auto json = JsonFile::readObject(path, kMaxFileBytes);
+    if (!json)
+        return;
+    const bool kept =
+        parseContentPackage(*json, &package.style, &package.rhythm, &package.instruments,
+                            &package.layers, &package.variants, nullptr) &&
+        !ShippedRhythms::isImpostor(package.fileName, package.rhythm.id);
+    if (kept)
+        packages->append(package);
+    else
+        refused_.append(package.fileName);
+}
+
 bool LoopLibrary::isImpostor(const Package& package) const
 {
-    return !ShippedRhythms::contains(package.rhythm.id) &&
-           claimsShippedLayer(package.layers, package.variants);
+    if (ShippedRhythms::contains(package.rhythm.id))
+        return !package.own && ownRhythms_.contains(package.rhythm.id.toCaseFolded());
+    return claimsShippedLayer(package.layers, package.variants) ||
+           (!package.own && (ownRhythms_.contains(package.fileName.toCaseFolded()) ||
+                             ownRhythms_.contains(package.rhythm.id.toCaseFolded())));
 }
 
 bool LoopLibrary::claimsShippedLayer(const QList<LoopLayer>& layers,
@@ -199,20 +234,28 @@ void LoopLibrary::add(const Package& package)
     rhythms_.append(package.rhythm);
     layers_.append(package.layers);
     variants_.append(package.variants);
+    if (!package.own)
+        return;
+    ownRhythms_.insert(package.rhythm.id.toCaseFolded());
+    addIds(package.layers, &LoopLayer::id, &shippedLayers_);
+    addIds(package.instruments, &Instrument::id, &ownInstruments_);
 }
 
-void LoopLibrary::loadGrooveFile(const QString& path)
+void LoopLibrary::loadGrooves(const QString& folder)
 {
-    const auto json = JsonFile::readObject(path, kMaxFileBytes);
-    if (!json)
-        return;
-    const QString fileName = baseName(path, kGrooveSuffix);
-    const GrooveTemplate groove = ContentPackage::parseGroove(*json);
-    if (!ContentPackage::isGrooveWithinBounds(*json) ||
-        ShippedRhythms::isImpostor(fileName, groove.rhythmId))
-        refused_.append(fileName);
-    else if (!groove.rhythmId.isEmpty())
-        grooves_.insert(groove.rhythmId, groove);
+    const QSet<QString> loaded(grooves_.keyBegin(), grooves_.keyEnd());
+    for (const QString& path : sortedFiles(folder, u'*' + kGrooveSuffix)) {
+        const auto json = JsonFile::readObject(path, kMaxFileBytes);
+        if (!json)
+            continue;
+        const QString fileName = baseName(path, kGrooveSuffix);
+        const GrooveTemplate groove = ContentPackage::parseGroove(*json);
+        if (!ContentPackage::isGrooveWithinBounds(*json) ||
+            ShippedRhythms::isImpostor(fileName, groove.rhythmId))
+            refused_.append(fileName);
+        else if (!groove.rhythmId.isEmpty() && !loaded.contains(groove.rhythmId))
+            grooves_.insert(groove.rhythmId, groove);
+    }
 }
 
 bool LoopLibrary::writeManifest() const
@@ -220,7 +263,9 @@ bool LoopLibrary::writeManifest() const
     const QByteArray text =
         QJsonDocument(ContentPackage::writeManifest(styles_, rhythms_, layers_, variants_))
             .toJson();
-    const QString path = rootDir_ + "/manifest.json"_L1;
+    const QString path = root_.written() + "/manifest.json"_L1;
+    if (root_.isSplit())
+        QDir().mkpath(root_.written());
     // The disk is not made to wait for what it already holds.
     return WholeFile::read(path, text.size()) == text || WholeFile::rewrite(path, text);
 }

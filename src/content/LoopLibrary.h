@@ -1,6 +1,7 @@
 #pragma once
 
 #include "content/ContentPackage.h"
+#include "content/ContentRoots.h"
 
 #include <QMap>
 #include <QObject>
@@ -10,6 +11,8 @@
 class InstrumentLibrary;
 
 /// Everything that the content files on disk describe, in the order of the sorted package names.
+/// Where the program's own files are apart from those it writes, its own come first, and none of
+/// the others takes the place of one of their rhythms, layers, instruments or grooves.
 ///
 /// Look-ups are linear, case-sensitive and take the first match. Pointers that they return live
 /// until the next reload(), which libraryChanged() announces.
@@ -21,10 +24,13 @@ public:
     /// unregistered.
     LoopLibrary(const QString& rootDir, InstrumentLibrary* instruments, QObject* parent = nullptr);
 
-    /// Folder of the content packages.
+    LoopLibrary(const ContentFolder& root, InstrumentLibrary* instruments,
+                QObject* parent = nullptr);
+
+    /// Folder that content packages are written to.
     QString installedDir() const;
 
-    /// Folder of the groove files.
+    /// Folder that groove files are written to.
     QString groovesDir() const;
 
     const QList<MusicalStyle>& styles() const { return styles_; }
@@ -61,12 +67,17 @@ public:
     /// Whether the last reload() met a package file of this name, in whatever case.
     bool hasPackageFile(const QString& rhythmId) const;
 
+    /// Whether a rhythm of this id, in whatever case, came with the program, as far as the build
+    /// and the folders tell.
+    bool cameWithProgram(const QString& rhythmId) const;
+
     /// Whether a package with these parts would change what a rhythm that came with the program
     /// sounds like: look-ups take the first match.
     bool claimsShippedLayer(const QList<LoopLayer>& layers,
                             const QList<LoopVariant>& variants) const;
 
-    /// Writes manifest.json into the root folder; false if not every byte reached the disk.
+    /// Writes manifest.json into the folder for what is written; false if not every byte reached
+    /// the disk.
     bool writeManifest() const;
 
     /// See ContentPackage::parse().
@@ -81,6 +92,8 @@ private:
     /// What a package file holds.
     struct Package {
         QString fileName;
+        /// Whether it stands among the program's own, apart from what the program writes.
+        bool own = false;
         MusicalStyle style;
         Rhythm rhythm;
         QList<Instrument> instruments;
@@ -90,11 +103,12 @@ private:
 
     void clear();
     QList<Package> readPackages();
+    void readPackage(const QString& path, bool own, QList<Package>* packages);
     void add(const Package& package);
-    void loadGrooveFile(const QString& path);
+    void loadGrooves(const QString& folder);
     bool isImpostor(const Package& package) const;
 
-    QString rootDir_;
+    ContentFolder root_;
     InstrumentLibrary* instrumentLibrary_;
     QList<MusicalStyle> styles_;
     QList<Rhythm> rhythms_;
@@ -103,5 +117,8 @@ private:
     QMap<QString, GrooveTemplate> grooves_;
     QStringList refused_;
     QSet<QString> foldedFileNames_;
+    /// Case-folded ids of the rhythms of own packages, and the names of their files.
+    QSet<QString> ownRhythms_;
+    QSet<QString> ownInstruments_;
     QSet<QString> shippedLayers_;
 };

@@ -2,6 +2,7 @@
 
 #include "content/ContentCatalog.h"
 #include "content/ContentDownloadManager.h"
+#include "content/ContentRoots.h"
 #include "content/InstalledContentRegistry.h"
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
@@ -95,19 +96,17 @@ QString MainWindow::resourcesDir()
 
 QString MainWindow::bankPath()
 {
-    return resourcesDir() + "/soundfonts/velta_bank_gm.sf2"_L1;
+    return ContentRoots::of(resourcesDir()).gmBank();
 }
 
 void MainWindow::createServices()
 {
-    const QString soundfontsDir = resourcesDir() + "/soundfonts"_L1;
-    const QString loopsDir = resourcesDir() + "/loops"_L1;
+    const ContentRoots roots = ContentRoots::of(resourcesDir());
     storage_ = std::make_unique<LocalStorageProvider>(QString());
-    instruments_ = new InstrumentLibrary(soundfontsDir, this);
+    instruments_ = new InstrumentLibrary(roots.soundfonts(), this);
     instruments_->loadBuiltinGmInstruments();
-    loopLibrary_ = new LoopLibrary(loopsDir, instruments_, this);
-    registry_ =
-        new InstalledContentRegistry(loopsDir + "/installed_registry.json"_L1, soundfontsDir, this);
+    loopLibrary_ = new LoopLibrary(roots.loops(), instruments_, this);
+    registry_ = new InstalledContentRegistry(roots, this);
     registry_->load();
     catalog_ = new ContentCatalog(ContentCatalog::urlFromEnvironment(), this);
     downloads_ = new ContentDownloadManager(catalog_, registry_, loopLibrary_, instruments_, this);

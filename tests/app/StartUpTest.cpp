@@ -1,4 +1,5 @@
 #include "support/Installation.h"
+#include "support/Nobody.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -9,9 +10,14 @@ namespace {
 /// The program with its window, on Qt's offscreen platform.
 class WindowedRun {
 public:
+    enum class User { Own, Nobody };
+
     WindowedRun(const Installation& velta, const QString& workingDir,
-                const QStringList& arguments = {}, const QMap<QString, QString>& variables = {})
+                const QStringList& arguments = {}, const QMap<QString, QString>& variables = {},
+                User user = User::Own)
     {
+        if (user == User::Nobody)
+            process_.setChildProcessModifier([] { Nobody::become(); });
         QProcessEnvironment environment = velta.bareEnvironment();
         environment.insert("QT_QPA_PLATFORM", "offscreen");
         for (auto variable = variables.cbegin(); variable != variables.cend(); ++variable)
@@ -117,6 +123,8 @@ private slots:
     void resourcesOfTheCurrentFolderServeWhereThereAreNoOthers();
     void withoutAnyResourcesTheWindowOpensAllTheSame();
     void whereNoWindowCanOpenTheReasonIsTold();
+    void helpAndVersionArePrintedWithoutADisplay();
+    void whatIsWrittenForManyUsersIsTheUsersOwn();
     void unknownArgumentsAreIgnored();
     void theWorkOfTheCommandLineIsOpened_data();
     void theWorkOfTheCommandLineIsOpened();
@@ -175,10 +183,46 @@ void StartUpTest::whereNoWindowCanOpenTheReasonIsTold()
     QVERIFY2(run.errors.contains("could not connect to display :9999"), qPrintable(run.errors));
 }
 
+void StartUpTest::helpAndVersionArePrintedWithoutADisplay()
+{
+    const Installation velta;
+    const QStringList before = QDir(velta.filePath("")).entryList(QDir::AllEntries | QDir::Hidden);
+    const Installation::Run help = velta.run({"obra", "--help"}, {{"QT_QPA_PLATFORM", "xcb"}});
+    QCOMPARE(help.exitCode, 0);
+    QCOMPARE(help.errors, QString());
+    QVERIFY(help.output.startsWith("Velta: para componer canciones en la escuela.\n"));
+    for (const char* option : {"--open", "--proyecto", "--selftest", "--help", "--version"})
+        QVERIFY2(help.output.contains(option), option);
+
+    const Installation::Run version = velta.run({"--version"}, {{"QT_QPA_PLATFORM", "xcb"}});
+    QCOMPARE(version.exitCode, 0);
+    QCOMPARE(version.errors, QString());
+    QCOMPARE(version.output, "Velta " VELTA_VERSION "\n");
+    const auto after = QDir(velta.filePath("")).entryList(QDir::AllEntries | QDir::Hidden);
+    QCOMPARE(after, before);
+}
+
+void StartUpTest::whatIsWrittenForManyUsersIsTheUsersOwn()
+{
+    const Installation velta;
+    QFile::remove(manifestIn(velta.filePath("")));
+    QVERIFY(velta.closeResources());
+    QVERIFY(Nobody::open(velta.filePath("")));
+    WindowedRun run(velta, velta.filePath(""), {}, {{"LANG", "C.UTF-8"}},
+                    WindowedRun::User::Nobody);
+    const QString content = velta.filePath(".local/share/Ovelin/Velta/contenido");
+    QTRY_VERIFY_WITH_TIMEOUT(
+        contentOf(content + "/loops/manifest.json").contains("folklore_carnavalito"), 20000);
+    QVERIFY(run.staysUp());
+    QCOMPARE(run.streams(), QByteArray());
+    QVERIFY(!QFile::exists(manifestIn(velta.filePath(""))));
+    QVERIFY(velta.openResources());
+}
+
 void StartUpTest::unknownArgumentsAreIgnored()
 {
     const Installation velta;
-    WindowedRun run(velta, velta.filePath(""), {"--help", "--version", "obra"});
+    WindowedRun run(velta, velta.filePath(""), {"--ayuda", "-v", "obra"});
     QVERIFY(run.staysUp());
     QCOMPARE(run.streams(), QByteArray());
 }

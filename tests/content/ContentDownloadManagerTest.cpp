@@ -1,21 +1,10 @@
 #include "content/ContentDownloadManager.h"
 
-#include "content/ContentHost.h"
 #include "content/DownloadStage.h"
 
 #include <QRegularExpression>
 
 namespace {
-
-/// Offers a rhythm with its groove and banks.
-void offer(ContentHost& host, const QString& id, const QStringList& recordedIds,
-           const QString& base = {})
-{
-    host.put(base + "/content/" + id + ".content.json", packageWith(id, recordedIds));
-    host.put(base + "/grooves/" + id + ".groove.json", grooveOf(id));
-    for (const QString& instrument : recordedIds)
-        host.put(base + "/instruments/" + instrument + ".sf2", someBank());
-}
 
 InstalledInstrumentRecord recordOf(const QString& id, int count)
 {

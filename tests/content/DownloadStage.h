@@ -2,6 +2,7 @@
 
 #include "content/ContentCatalog.h"
 #include "content/ContentDownloadManager.h"
+#include "content/ContentHost.h"
 #include "content/InstalledContentRegistry.h"
 #include "support/Await.h"
 #include "support/ContentFixture.h"
@@ -111,4 +112,17 @@ inline QByteArray grooveOf(const QString& rhythmId)
 inline QByteArray someBank()
 {
     return TinyBank::bytes({{0, 0, 100}});
+}
+
+/// Offers a rhythm with its groove and banks.
+inline void offer(ContentHost& host, const QString& id, const QStringList& recordedIds,
+                  const QString& base = {})
+{
+    host.put(base + QStringLiteral("/content/") + id + QStringLiteral(".content.json"),
+             packageWith(id, recordedIds));
+    host.put(base + QStringLiteral("/grooves/") + id + QStringLiteral(".groove.json"),
+             grooveOf(id));
+    for (const QString& instrument : recordedIds)
+        host.put(base + QStringLiteral("/instruments/") + instrument + QStringLiteral(".sf2"),
+                 someBank());
 }

@@ -57,6 +57,12 @@ public:
         }
     }
 
+    /// Has nobody but root write into the resources, as where a program is installed for all.
+    bool closeResources() const { return allowWriting(false); }
+
+    /// Undoes that, so that the folder can go.
+    bool openResources() const { return allowWriting(true); }
+
     struct Run {
         int exitCode = -1;
         QString output;
@@ -96,5 +102,16 @@ public:
     }
 
 private:
+    bool allowWriting(bool allowed) const
+    {
+        const auto rights = QFile::Permissions(allowed ? 0x7755 : 0x5555);
+        QDirIterator all(filePath("resources"), QDir::Dirs | QDir::NoDotAndDotDot,
+                         QDirIterator::Subdirectories);
+        bool done = QFile::setPermissions(filePath("resources"), rights);
+        while (all.hasNext())
+            done = QFile::setPermissions(all.next(), rights) && done;
+        return done;
+    }
+
     QTemporaryDir dir_;
 };

@@ -1,6 +1,7 @@
 // Renders every loop of every rhythm over some chords, and a song of each, to be heard and seen by
 // those who write them.
 
+#include "content/ContentRoots.h"
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
 #include "export/AudioExporter.h"
@@ -57,10 +58,11 @@ struct Studio {
     std::optional<Balance::Stems> stems;
 
     Studio(const QString& resources, const QString& out, ListenOptions wanted)
-        : instruments(resources + "/soundfonts"_L1), library(resources + "/loops"_L1, &instruments),
-          gmBank(resources + "/soundfonts/velta_bank_gm.sf2"_L1), folder(out),
-          options(std::move(wanted)), drums(drumNames(resources + "/sonidos.json"_L1)),
-          stemLibrary(resources + "/stems/loops"_L1, &instruments),
+        : instruments(ContentRoots(resources).soundfonts()),
+          library(ContentRoots(resources).loops(), &instruments),
+          gmBank(ContentRoots(resources).gmBank()), folder(out), options(std::move(wanted)),
+          drums(drumNames(resources + "/sonidos.json"_L1)),
+          stemLibrary(ContentRoots(resources + "/stems"_L1).loops(), &instruments),
           stems(Balance::readStems(resources + "/stems/stems.json"_L1))
     {
         instruments.loadBuiltinGmInstruments();
