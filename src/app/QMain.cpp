@@ -1,5 +1,6 @@
 #include "app/QMain.h"
 
+#include "app/AboutVelta.h"
 #include "app/SelfTest.h"
 #include "app/StartOptions.h"
 #include "shell/AlturasWidgets.h"
@@ -19,6 +20,15 @@ using namespace Qt::Literals::StringLiterals;
 using namespace std::string_view_literals;
 
 namespace {
+
+/// The arguments as they are before there is an application, which may open a display.
+QStringList argumentsOf(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    return arguments;
+}
 
 bool isSet(const char* variable)
 {
@@ -58,13 +68,15 @@ void setIdentity()
 {
     QCoreApplication::setApplicationName(u"Velta"_s);
     QCoreApplication::setOrganizationName(u"Ovelin"_s);
-    QCoreApplication::setApplicationVersion(u"0.1"_s);
+    QCoreApplication::setApplicationVersion(AboutVelta::version());
 }
 
 } // namespace
 
 int qMain(int argc, char** argv)
 {
+    if (AboutVelta::print(StartOptions::read(argumentsOf(argc, argv)).about))
+        return 0;
     keepStreamsQuietButForThePlatform();
     chooseOffscreenForSelfTest(argc, argv);
     QApplication application(argc, argv);

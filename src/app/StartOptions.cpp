@@ -14,11 +14,30 @@ std::optional<QString> valueBehind(const QStringList& arguments, qsizetype index
     return arguments[index + 1];
 }
 
+bool takesValue(const QString& argument)
+{
+    return argument == "--selftest"_L1 || argument == "--open"_L1 || argument == "--proyecto"_L1;
+}
+
+StartOptions::About aboutOf(const QStringList& arguments)
+{
+    for (qsizetype i = 1; i < arguments.size(); ++i) {
+        if (arguments[i] == "--help"_L1)
+            return StartOptions::About::Help;
+        if (arguments[i] == "--version"_L1)
+            return StartOptions::About::Version;
+        if (takesValue(arguments[i]))
+            ++i;
+    }
+    return StartOptions::About::Nothing;
+}
+
 } // namespace
 
 StartOptions StartOptions::read(const QStringList& arguments)
 {
     StartOptions options;
+    options.about = aboutOf(arguments);
     if (const qsizetype selfTest = arguments.indexOf("--selftest"_L1); selfTest >= 0)
         options.selfTestDir =
             valueBehind(arguments, selfTest).value_or(QDir::tempPath() + "/velta_selftest"_L1);

@@ -20,6 +20,8 @@ class StartOptionsTest : public QObject {
 private slots:
     void argumentsAreRead_data();
     void argumentsAreRead();
+    void whatTheProgramTellsOfItselfIsAskedFor_data();
+    void whatTheProgramTellsOfItselfIsAskedFor();
 };
 
 void StartOptionsTest::argumentsAreRead_data()
@@ -33,7 +35,7 @@ void StartOptionsTest::argumentsAreRead_data()
     using Args = QStringList;
 
     QTest::newRow("no arguments ask for nothing") << Args{} << nothing << nothing;
-    QTest::newRow("unknown arguments are ignored") << Args{"--help", "x"} << nothing << nothing;
+    QTest::newRow("unknown arguments are ignored") << Args{"--ayuda", "x"} << nothing << nothing;
     QTest::newRow("an option in other letters is unknown")
         << Args{"--SelfTest"} << nothing << nothing;
     QTest::newRow("an option with its value attached is unknown")
@@ -74,6 +76,30 @@ void StartOptionsTest::argumentsAreRead()
     const StartOptions options = StartOptions::read(QStringList{"velta"} + arguments);
     QTEST(told(options.selfTestDir), "selfTestDir");
     QTEST(told(options.projectId), "projectId");
+}
+
+void StartOptionsTest::whatTheProgramTellsOfItselfIsAskedFor_data()
+{
+    using Args = QStringList;
+    using About = StartOptions::About;
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<About>("about");
+    QTest::newRow("nothing") << Args{"x", "--Help", "-h", "--open", "a"} << About::Nothing;
+    QTest::newRow("help") << Args{"x", "--help"} << About::Help;
+    QTest::newRow("version") << Args{"--version", "x"} << About::Version;
+    QTest::newRow("the first counts") << Args{"--version", "--help"} << About::Version;
+    QTest::newRow("behind a work") << Args{"--open", "a", "--help"} << About::Help;
+    QTest::newRow("a work of this name") << Args{"--open", "--help"} << About::Nothing;
+    QTest::newRow("another of this name") << Args{"--proyecto", "--version"} << About::Nothing;
+    QTest::newRow("a folder of this name") << Args{"--selftest", "--help"} << About::Nothing;
+    QTest::newRow("behind a folder of this name")
+        << Args{"--selftest", "--help", "--version"} << About::Version;
+}
+
+void StartOptionsTest::whatTheProgramTellsOfItselfIsAskedFor()
+{
+    QFETCH(QStringList, arguments);
+    QTEST(StartOptions::read(QStringList{"velta"} + arguments).about, "about");
 }
 
 QTEST_GUILESS_MAIN(StartOptionsTest)
