@@ -17,6 +17,7 @@
 #include "shell/FocusedControl.h"
 #include "shell/LoopBrowser.h"
 #include "shell/RecoveryBar.h"
+#include "shell/StaleHover.h"
 #include "shell/TransportControls.h"
 #include "shell/VoiceTake.h"
 #include "shell/controls/PlainText.h"
@@ -72,6 +73,7 @@ MainWindow::MainWindow(QWidget* parent, Prompts& prompts) : QMainWindow(parent),
     // A message makes room for itself only among what is seen already.
     QTimer::singleShot(0, this, &MainWindow::nameRefusedContent);
     findAbandoned();
+    new StaleHover(this);
 }
 
 MainWindow::~MainWindow()
