@@ -1,12 +1,15 @@
 #include "views/arranger/ArrangerHeaderColumn.h"
 
 #include "model/Project.h"
+#include "shell/controls/PlainText.h"
 #include "shell/theme/CanvasColors.h"
 #include "views/arranger/ArrangerLayout.h"
 #include "views/arranger/TrackArranger.h"
 
+#include <QHelpEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QToolTip>
 
 #include <algorithm>
 #include <optional>
@@ -120,6 +123,40 @@ const LaneInfo* ArrangerHeaderColumn::laneAt(int y) const
     return arranger_->laneAtY(y + arranger_->verticalScroll());
 }
 
+QString ArrangerHeaderColumn::toolTipAt(const QPoint& place) const
+{
+    const LaneInfo* lane = arranger_->project() ? laneAt(place.y()) : nullptr;
+    if (!lane)
+        return toolTip();
+    const std::optional<bool> muted = lookOf(*lane, *arranger_).muted;
+    if (muted && ArrangerLayout::muteSquare(rowOf(*lane)).contains(place))
+        return *muted ? tr("Este carril está en silencio. Click para volver a oírlo.")
+                      : tr("Click para silenciar este carril.");
+    return isCut(*lane) ? plainToolTip(lane->label) : toolTip();
+}
+
+bool ArrangerHeaderColumn::isCut(const LaneInfo& lane) const
+{
+    return lane.kind != LaneKind::Section && lane.kind != LaneKind::Group &&
+           shownText(lane) != textOf(lane);
+}
+
+QString ArrangerHeaderColumn::shownText(const LaneInfo& lane) const
+{
+    // Its middle is left out, since lanes of one rhythm begin alike.
+    return fontMetrics().elidedText(textOf(lane), Qt::ElideMiddle,
+                                    width() - kTextLeft - kTextRightOfTracks);
+}
+
+bool ArrangerHeaderColumn::event(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QWidget::event(event);
+    const auto* help = static_cast<QHelpEvent*>(event);
+    QToolTip::showText(help->globalPos(), toolTipAt(help->pos()), this);
+    return true;
+}
+
 void ArrangerHeaderColumn::mousePressEvent(QMouseEvent* event)
 {
     const QPoint place = event->position().toPoint();
@@ -162,10 +199,8 @@ void ArrangerHeaderColumn::paintRow(QPainter& painter, const LaneInfo& lane) con
     painter.setFont(look.isHeading ? boldFont(font(), 1.5, 6.5) : font());
     const int right = look.isHeading ? kTextRightOfHeadings : kTextRightOfTracks;
     const QRect textRect = row.adjusted(kTextLeft, 0, -right, 0);
-    const QString text =
-        look.isHeading ? textOf(lane)
-                       : fontMetrics().elidedText(textOf(lane), Qt::ElideRight, textRect.width());
-    painter.drawText(textRect, Qt::AlignLeft | Qt::AlignVCenter, text);
+    painter.drawText(textRect, Qt::AlignLeft | Qt::AlignVCenter,
+                     look.isHeading ? textOf(lane) : shownText(lane));
     if (look.muted)
         paintMuteButton(painter, row, *look.muted, look.text);
     painter.setPen(canvasColors().laneSeparator);

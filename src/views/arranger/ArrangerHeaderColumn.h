@@ -12,7 +12,11 @@ class ArrangerHeaderColumn : public QWidget {
 public:
     explicit ArrangerHeaderColumn(TrackArranger* arranger, QWidget* parent = nullptr);
 
+    /// What a place of it is for: a mute button in its present state, or a name that is cut.
+    QString toolTipAt(const QPoint& place) const;
+
 protected:
+    bool event(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
@@ -21,6 +25,10 @@ private:
     QRect rowOf(const LaneInfo& lane) const;
 
     const LaneInfo* laneAt(int y) const;
+
+    /// The name of a lane as far as there is room for it, and whether that is not all.
+    QString shownText(const LaneInfo& lane) const;
+    bool isCut(const LaneInfo& lane) const;
     void paintRow(QPainter& painter, const LaneInfo& lane) const;
     void paintMuteButton(QPainter& painter, const QRect& row, bool muted,
                          const QColor& textColor) const;

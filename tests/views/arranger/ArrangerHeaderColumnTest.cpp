@@ -5,7 +5,10 @@
 #include "support/UserHome.h"
 #include "views/Painted.h"
 
+#include <QHelpEvent>
 #include <QPainter>
+#include <QTextDocumentFragment>
+#include <QToolTip>
 
 using namespace ProjectBuilder;
 
@@ -86,6 +89,9 @@ private slots:
     void labelsAreWritten_data();
     void labelsAreWritten();
     void longNamesAreElided();
+    void aNameThatIsCutIsTold();
+    void muteButtonsTellTheirState();
+    void tipsComeWhereTheMouseRests();
     void groupsTellWhetherTheyAreFolded();
     void rowsEndWithASeparator();
     void muteButtonsArePainted();
@@ -497,18 +503,55 @@ void ArrangerHeaderColumnTest::longNamesAreElided()
     stage_->song.collapsedGroups.clear();
     emit stage_->song.changed();
     const QImage row = image().copy(0, 86, 170, 41);
-    // The text ends 28 pixels before the right edge, and the name is told by its start.
+    // The text ends 28 pixels before the right edge, and the name is told by start and end.
     for (int x = 142; x < 146; ++x) {
         for (int y = 0; y < 41; ++y)
             QCOMPARE(row.pixelColor(x, y), kPaper);
     }
     bool matched = false;
     const QString whole = "🎹 Flauta traversa de la segunda voz";
-    for (qsizetype kept = 5; kept < 28; ++kept)
-        matched = matched || row.copy(0, 0, 142, 41) == textRow(QRect(0, 86, 170, 42), 28,
-                                                                whole.left(kept) + "…",
-                                                                column()->font(), kText, kPaper);
+    for (qsizetype left = 5; left < 28; ++left) {
+        for (qsizetype right = 3; right < 28; ++right)
+            matched = matched || row.copy(0, 0, 142, 41) ==
+                                     textRow(QRect(0, 86, 170, 42), 28,
+                                             whole.left(left) + "…" + whole.right(right),
+                                             column()->font(), kText, kPaper);
+    }
     QVERIFY(matched);
+}
+
+void ArrangerHeaderColumnTest::aNameThatIsCutIsTold()
+{
+    QCOMPARE(column()->toolTipAt(QPoint(20, kFlautaY)), column()->toolTip());
+    stage_->song.tracks[2].name = "Flauta traversa de la <b>segunda</b> voz";
+    emit stage_->song.changed();
+    // As it stands, and not as markup.
+    QCOMPARE(
+        QTextDocumentFragment::fromHtml(column()->toolTipAt(QPoint(20, kFlautaY))).toPlainText(),
+        QString("🎹 Flauta traversa de la <b>segunda</b> voz"));
+    QCOMPARE(column()->toolTipAt(QPoint(20, kQuenaY)), column()->toolTip());
+    QCOMPARE(column()->toolTipAt(QPoint(20, kPercussionY)), column()->toolTip());
+}
+
+void ArrangerHeaderColumnTest::muteButtonsTellTheirState()
+{
+    for (const int y : {kChordsY, kQuenaY, kBetoY, kBomboY}) {
+        QCOMPARE(column()->toolTipAt(QPoint(155, y)), QString("Click para silenciar este carril."));
+        press(155, y);
+        QCOMPARE(column()->toolTipAt(QPoint(155, y)),
+                 QString("Este carril está en silencio. Click para volver a oírlo."));
+    }
+    QCOMPARE(column()->toolTipAt(QPoint(155, kVeltasY)), column()->toolTip());
+    QCOMPARE(column()->toolTipAt(QPoint(155, 440)), column()->toolTip());
+}
+
+void ArrangerHeaderColumnTest::tipsComeWhereTheMouseRests()
+{
+    QHelpEvent help(QEvent::ToolTip, QPoint(155, kQuenaY),
+                    column()->mapToGlobal(QPoint(155, kQuenaY)));
+    QApplication::sendEvent(column(), &help);
+    QTRY_COMPARE(QToolTip::text(), QString("Click para silenciar este carril."));
+    QToolTip::hideText();
 }
 
 void ArrangerHeaderColumnTest::groupsTellWhetherTheyAreFolded()
