@@ -64,14 +64,17 @@ SoundfontPlayer::~SoundfontPlayer()
     static_cast<void>(settings_.release());
 }
 
-int SoundfontPlayer::loadBank(const QString& path)
+int SoundfontPlayer::loadBank(const QString& path, Samples samples)
 {
     // Presets of the channels stay as they are: banks may arrive while others sound.
     constexpr int kKeepPresets = 0;
     int id = FLUID_FAILED;
     // Opening a pipe may block for ever.
-    if (synth_ && QFileInfo(path).isFile())
+    if (synth_ && QFileInfo(path).isFile()) {
+        fluid_settings_setint(settings_.get(), "synth.dynamic-sample-loading",
+                              static_cast<int>(samples));
         id = fluid_synth_sfload(synth_.get(), path.toUtf8().constData(), kKeepPresets);
+    }
     if (id < 0)
         emit bankLoadFailed(path);
     return id;
@@ -79,7 +82,8 @@ int SoundfontPlayer::loadBank(const QString& path)
 
 bool SoundfontPlayer::loadGmBank(const QString& path)
 {
-    const int id = loadBank(path);
+    // An export is over soon; what plays live stands as long as the program runs.
+    const int id = loadBank(path, mode_ == Mode::Realtime ? Samples::OnSelection : Samples::AtOnce);
     if (id < 0)
         return false;
     gmBankId_ = id;
@@ -92,7 +96,8 @@ bool SoundfontPlayer::loadInstrumentBank(const QString& instrumentId, const QStr
         return false;
     if (instrumentBankLoaded(instrumentId))
         return true;
-    const int id = loadBank(path);
+    // It is small, and goes or is replaced when its rhythm does: nothing is read from it later.
+    const int id = loadBank(path, Samples::AtOnce);
     if (id < 0)
         return false;
     instrumentBanks_.insert(instrumentId, id);

@@ -28,7 +28,8 @@ public:
     bool hasSynth() const { return synth_ != nullptr; }
 
     /// Loads the bank that all ordinary instruments share. On failure the former bank stays and
-    /// bankLoadFailed() is emitted.
+    /// bankLoadFailed() is emitted. In real time the samples of a program are read when a channel
+    /// is given it, and given back when no channel has it any more: the file has to stay.
     bool loadGmBank(const QString& path);
 
     /// Loads the bank of one instrument; true at once if that instrument has one already.
@@ -74,8 +75,16 @@ private:
         void operator()(fluid_audio_driver_t* driver) const { delete_fluid_audio_driver(driver); }
     };
 
+    /// When the samples of a bank are read.
+    enum class Samples {
+        /// All of them as it is loaded; the file may then change or go.
+        AtOnce = 0,
+        /// Those of a program as it is selected.
+        OnSelection = 1
+    };
+
     /// Loads a bank and returns its id, or a negative number, told by bankLoadFailed().
-    int loadBank(const QString& path);
+    int loadBank(const QString& path, Samples samples);
 
     void drainWithoutDriver();
 

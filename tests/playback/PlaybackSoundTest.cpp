@@ -8,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <QTest>
+#include <QTimer>
 
 #include <algorithm>
 #include <cmath>
@@ -90,6 +91,27 @@ float peak(const QList<float>& samples)
     for (const float sample : samples)
         most = std::max(most, std::abs(sample));
     return most;
+}
+
+/// In seconds; the end where there is none.
+double firstSound(const QList<float>& samples)
+{
+    const auto first = std::find_if(samples.cbegin(), samples.cend(),
+                                    [](float sample) { return std::abs(sample) > 0.02F; });
+    return static_cast<double>(first - samples.cbegin()) / kRate;
+}
+
+/// Peak of the quietest stretch of this length beside that of the loudest; 0 where there is none.
+double quietestPart(const QList<float>& samples, double length)
+{
+    QList<float> peaks;
+    const auto size = static_cast<qsizetype>(length * kRate);
+    for (qsizetype i = 0; i + size <= samples.size(); i += size)
+        peaks.append(peak(samples.mid(i, size)));
+    if (peaks.isEmpty())
+        return 0.0;
+    const auto [least, most] = std::ranges::minmax(peaks);
+    return static_cast<double>(least / most);
 }
 
 /// Where sounds set in, in seconds: each rises out of what was heard just before it.
@@ -222,6 +244,7 @@ private slots:
     void strokesSoundAtTheirTimes();
     void notesSoundAtTheirPitches();
     void mutedTrackIsSilent();
+    void choosingInstrumentsLeavesNoHole();
     void metronomeClicksOnThePulse_data();
     void metronomeClicksOnThePulse();
     void voiceSoundsBesideTheNotes();
@@ -288,10 +311,8 @@ void PlaybackSoundTest::notesSoundAtTheirPitches()
     const Track piano = straight(melodyTrack({melody(notesInARow(pitches), 0.0, 8.0)}, "gm_piano"));
     const auto song = songAt(150, {piano});
     const QList<float> samples = recorded(*song, 2.3);
-    const auto first = std::find_if(samples.cbegin(), samples.cend(),
-                                    [](float sample) { return std::abs(sample) > 0.02F; });
-    QVERIFY(first != samples.cend());
-    const double start = static_cast<double>(first - samples.cbegin()) / kRate;
+    const double start = firstSound(samples);
+    QVERIFY(start < 2.0);
     for (qsizetype i = 0; i < pitches.size(); ++i) {
         const QList<float> note = slice(samples, start + 0.4 * static_cast<double>(i) + 0.1, 0.25);
         QList<double> strengths;
@@ -317,6 +338,25 @@ void PlaybackSoundTest::mutedTrackIsSilent()
     const QList<float> two = sounding();
     QVERIFY(Tones::strengthAt(two, kRate, hzOf(74)) >
             0.2 * Tones::strengthAt(two, kRate, hzOf(69)));
+}
+
+void PlaybackSoundTest::choosingInstrumentsLeavesNoHole()
+{
+    const auto song = songAt(120, {flute(69)});
+    QVERIFY(once([&] {
+        int chosen = 0;
+        QTimer chooser;
+        connect(&chooser, &QTimer::timeout, this, [&] {
+            player_->selectGmProgram(1 + chosen % 12, chosen % 128);
+            ++chosen;
+        });
+        chooser.start(20);
+        const QList<float> samples = recorded(*song, 1.8);
+        const QList<float> held = slice(samples, firstSound(samples) + 0.3, 1.0);
+        qInfo("%d programs were chosen; the quietest hundredth of a second has %.2f of the loudest",
+              chosen, quietestPart(held, 0.01));
+        return chosen > 50 && quietestPart(held, 0.01) > 0.5;
+    }));
 }
 
 void PlaybackSoundTest::metronomeClicksOnThePulse_data()

@@ -9,6 +9,7 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <limits>
@@ -35,6 +36,16 @@ QList<float> rendered(SoundfontPlayer& player, int frames)
     QList<float> samples(2 * frames);
     if (!player.renderFloat(samples.data(), frames))
         samples.clear();
+    return samples;
+}
+
+/// What a sound may lie beside another and be taken for the same: 60 dB below it. The last samples
+/// of a recording are read on into what lies behind it in memory.
+constexpr double kInaudible = 0.001;
+
+QList<float> difference(QList<float> samples, const QList<float>& subtracted)
+{
+    std::ranges::transform(samples, subtracted, samples.begin(), std::minus());
     return samples;
 }
 
@@ -117,6 +128,10 @@ private slots:
     void instrumentBankIsLoadedOnce();
     void instrumentBankThatCannotBeLoadedIsTold();
     void everyInstrumentHasItsOwnBank();
+    void liveSamplesAreReadAsTheyAreChosen();
+    void everyProgramSoundsLiveAsInTheWholeBank();
+    void soundingNoteOutlivesItsProgram();
+    void instrumentBankOutlivesItsFile();
 
     void withoutABankNoProgramIsSelected();
     void programIsHeldInRange_data();
@@ -382,6 +397,82 @@ void SoundfontPlayerTest::everyInstrumentHasItsOwnBank()
     QVERIFY(player.selectInstrumentBank(1, "erke"));
     QCOMPARE(FluidSpy::calls({"program_select"}),
              QStringList({"program_select 0 2 0 0", "program_select 1 1 0 0"}));
+}
+
+void SoundfontPlayerTest::liveSamplesAreReadAsTheyAreChosen()
+{
+    for (const Mode mode : {Mode::Realtime, Mode::Offline}) {
+        FluidSpy::reset();
+        SoundfontPlayer player(mode);
+        QVERIFY(player.loadGmBank(gm()));
+        QVERIFY(player.loadInstrumentBank("erke", noDrums()));
+        const QString chosen = QString::number(mode == Mode::Realtime ? 1 : 0);
+        QCOMPARE(
+            FluidSpy::calls({"setint", "sfload"}).mid(1),
+            QStringList({"setint synth.dynamic-sample-loading " + chosen, "sfload " + gm() + " 0",
+                         "setint synth.dynamic-sample-loading 0", "sfload " + noDrums() + " 0"}));
+    }
+}
+
+void SoundfontPlayerTest::everyProgramSoundsLiveAsInTheWholeBank()
+{
+    SoundfontPlayer live(Mode::Realtime);
+    SoundfontPlayer whole(Mode::Offline);
+    QVERIFY(live.loadGmBank(realBank()) && whole.loadGmBank(realBank()));
+    constexpr int kDrums = 128;
+    for (int program = 0; program <= kDrums; ++program) {
+        for (SoundfontPlayer* player : {&live, &whole}) {
+            if (program == kDrums)
+                player->selectGmDrums(3);
+            else
+                player->selectGmProgram(3, program);
+        }
+        for (const int pitch : {38, 50, 62, 74}) {
+            live.noteOn(3, pitch, 40 + pitch);
+            whole.noteOn(3, pitch, 40 + pitch);
+            // The note itself lets so much pass by where no driver asks for sound.
+            rendered(whole, 64);
+            const QList<float> expected = rendered(whole, 4410);
+            const double off = Tones::rms(difference(rendered(live, 4410), expected));
+            QVERIFY2(Tones::rms(expected) > 0.0002, qPrintable(QString::number(program)));
+            QVERIFY2(off < kInaudible * Tones::rms(expected), qPrintable(QString::number(program)));
+        }
+        live.allSoundOff();
+        whole.allSoundOff();
+        rendered(whole, 64);
+    }
+}
+
+void SoundfontPlayerTest::soundingNoteOutlivesItsProgram()
+{
+    SoundfontPlayer live(Mode::Realtime);
+    SoundfontPlayer whole(Mode::Offline);
+    QVERIFY(live.loadGmBank(gm()) && whole.loadGmBank(gm()));
+    for (SoundfontPlayer* player : {&live, &whole}) {
+        player->selectGmProgram(0, 5);
+        player->noteOn(0, 60, 100);
+    }
+    rendered(whole, 64);
+    for (const int program : {127, 5, 0, 127}) {
+        live.selectGmProgram(0, program);
+        whole.selectGmProgram(0, program);
+        const QList<float> expected = rendered(whole, 4410);
+        QVERIFY(Tones::strengthAt(left(expected), 44100, 882.0) > 0.01);
+        QVERIFY(rendered(live, 4410) == expected);
+    }
+}
+
+void SoundfontPlayerTest::instrumentBankOutlivesItsFile()
+{
+    const QString path = files_.filePath("erke.sf2");
+    ContentFixture::write(path, TinyBank::bytes({{0, 0, 100}}));
+    SoundfontPlayer player(Mode::Realtime);
+    QVERIFY(player.loadGmBank(gm()));
+    QVERIFY(player.loadInstrumentBank("erke", path));
+    QVERIFY(QFile::remove(path));
+    QVERIFY(player.selectInstrumentBank(0, "erke"));
+    player.noteOn(0, 60, 100);
+    QVERIFY(Tones::strengthAt(left(rendered(player, 4410)), 44100, 441.0) > 0.01);
 }
 
 // ---- Programs ------------------------------------------------------------------------------
