@@ -183,6 +183,7 @@ bool MainWindow::bringClipsHome()
     const QString& former = engine_->projectDir;
     if (!former.isEmpty() && former != folder && !ClipFiles::copyInto(*project_, former, folder))
         return false;
+    ClipFiles::gather(*project_, folder);
     engine_->projectDir = folder;
     engine_->prepareVoices();
     if (take_)

@@ -11,7 +11,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-/// Names of files in the former folder, with those of their copies.
+/// Files as clips name them, with the names of their copies.
 using Copies = QHash<QString, QString>;
 
 /// On a disk that is full, what was copied may be shorter.
@@ -21,6 +21,14 @@ bool copyWhole(const QString& from, const QString& to)
         return true;
     QFile::remove(to);
     return false;
+}
+
+/// Name of a whole copy in a folder, which is made; empty if there is none to be had.
+QString copyOf(const QFileInfo& file, const QString& folder)
+{
+    const QString copy = ClipFiles::freePath(folder, file.completeBaseName(), file.suffix());
+    const bool whole = QDir().mkpath(folder) && copyWhole(file.filePath(), copy);
+    return whole ? QFileInfo(copy).fileName() : QString();
 }
 
 bool liesIn(const QString& folder, const QString& name)
@@ -60,15 +68,31 @@ bool ClipFiles::copyInto(Project& project, const QString& from, const QString& t
             const QString& name = clip.audioFilePath;
             if (copies.contains(name) || !liesIn(from, name))
                 continue;
-            const QFileInfo file(from + u'/' + name);
-            const QString copy = freePath(to, file.completeBaseName(), file.suffix());
-            if (!QDir().mkpath(to) || !copyWhole(file.filePath(), copy)) {
+            const QString copy = copyOf(QFileInfo(from + u'/' + name), to);
+            if (copy.isEmpty()) {
                 removeAll(to, copies);
                 return false;
             }
-            copies.insert(name, QFileInfo(copy).fileName());
+            copies.insert(name, copy);
         }
     }
     rename(project, copies);
     return true;
+}
+
+void ClipFiles::gather(Project& project, const QString& folder)
+{
+    Copies names;
+    for (const AudioTrack& track : std::as_const(project.audioTracks)) {
+        for (const AudioClip& clip : track.clips) {
+            const QFileInfo file(clip.audioFilePath);
+            if (names.contains(clip.audioFilePath) || !file.isAbsolute() || !file.isFile())
+                continue;
+            const bool home = file.dir() == QDir(folder);
+            const QString name = home ? file.fileName() : copyOf(file, folder);
+            if (!name.isEmpty())
+                names.insert(clip.audioFilePath, name);
+        }
+    }
+    rename(project, names);
 }

@@ -17,4 +17,10 @@ QString freePath(const QString& folder, const QString& baseName, const QString& 
 /// copied: the work is then as it was, and no copy is left.
 bool copyInto(Project& project, const QString& from, const QString& to);
 
+/// Copies the files that the clips of a work name by a whole path, since its own place had no room
+/// for them, into its folder, and has the clips name them there as they name all others: only what
+/// lies in the folder goes with the work to another computer. A clip whose file cannot be copied,
+/// or is not there, keeps its path.
+void gather(Project& project, const QString& folder);
+
 } // namespace ClipFiles

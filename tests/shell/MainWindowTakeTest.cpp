@@ -78,6 +78,8 @@ private:
     /// The one clip of a work on the disk, with its file there.
     AudioClip savedClip(const QString& id);
 
+    QStringList voicesIn(const QString& id);
+
     void beginTake(int ms);
 
     /// Whether the status bar says that a voice is recorded.
@@ -162,6 +164,11 @@ AudioClip MainWindowTakeTest::savedClip(const QString& id)
     return clips.size() == 1 && WavFile::read(bytesOf(file)).ok ? clip : AudioClip();
 }
 
+QStringList MainWindowTakeTest::voicesIn(const QString& id)
+{
+    return QDir(stage_->home().works() + '/' + id).entryList({"*.wav"}, QDir::Files);
+}
+
 void MainWindowTakeTest::aTakeBecomesANumberedClipThatEndsAtThePlayhead()
 {
     // The song is long enough for playback to go on.
@@ -225,6 +232,21 @@ void MainWindowTakeTest::aTakeThatFindsNoRoomIsKeptElsewhere()
     QCOMPARE(stage_->song().audioTracks.value(0).clips.value(0).audioFilePath, place);
     QVERIFY(stage_->message().startsWith("Voz grabada"));
     stage_->unblockWorks();
+
+    // The work is saved as soon as there is room for it, and the voice joins it as soon as there is
+    // room for that too.
+    {
+        const FullDisk disk(20000);
+        QVERIFY(stage_->window().saveCurrentProject());
+    }
+    const std::unique_ptr<Project> saved(Project::fromJson(stage_->savedWork("coplas"), nullptr));
+    QCOMPARE(saved->audioTracks.value(0).clips.value(0).audioFilePath, place);
+    QCOMPARE(voicesIn("coplas"), QStringList());
+    QVERIFY(stage_->window().saveCurrentProject());
+    QCOMPARE(savedClip("coplas").audioFilePath, "mi voz.wav");
+    QVERIFY(stage_->window().saveCurrentProject());
+    QCOMPARE(voicesIn("coplas"), QStringList{"mi voz.wav"});
+    QCOMPARE(bytesOf(stage_->home().works() + "/coplas/mi voz.wav"), bytesOf(place));
 }
 
 void MainWindowTakeTest::aTakeThatIsGivenUpLeavesNothing()
