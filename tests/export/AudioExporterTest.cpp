@@ -304,6 +304,8 @@ private slots:
     void emptySongIsTwoSecondsOfSilence();
     void missingBankGivesSilenceOfTheRightLength();
     void loneNoteIsNotScaled();
+    void repeatedNotesAreAllHeard_data();
+    void repeatedNotesAreAllHeard();
     void sumAboveFullScaleIsClipped();
     void equalSongsGiveEqualMixes();
     void synthesiserEndsWithTheExport();
@@ -728,6 +730,40 @@ void AudioExporterTest::loneNoteIsNotScaled()
     const QList<float> mix = mixed(*song);
     QVERIFY(peak(mix) > 0.01F && peak(mix) < 0.5F);
     QVERIFY(mix == bareMix(*song, nullptr, bank().toUtf8()));
+}
+
+void AudioExporterTest::repeatedNotesAreAllHeard_data()
+{
+    QTest::addColumn<QString>("instrument");
+    for (const char* instrument : {"gm_flauta", "gm_violin", "gm_piano", "gm_guitarra_nylon"})
+        QTest::newRow(instrument) << instrument;
+}
+
+void AudioExporterTest::repeatedNotesAreAllHeard()
+{
+    QFETCH(QString, instrument);
+    constexpr int kNotes = 16;
+    const QString real =
+        QCoreApplication::applicationDirPath() + "/resources/soundfonts/velta_bank_gm.sf2";
+    // As loose as every new track is.
+    const auto song = project(
+        {melodyTrack({melody(notesInARow(QList<int>(kNotes, 60)), 0.0, kNotes)}, instrument)}, {},
+        {}, {}, 120);
+    const QList<float> mix = left(
+        AudioExporter::renderFullMix(*song, {}, nullptr, &files_.instruments(), real, nullptr));
+    QList<double> levels;
+    for (const NoteEvent& note :
+         PlaybackEngine::renderTrackNotes(*song, song->tracks.first(), nullptr)) {
+        const auto frame = static_cast<qsizetype>(22050 * note.startBeat);
+        const double level = Tones::rms(mix.mid(frame + 4410, 13230));
+        // A SoundFont takes the velocity, which differs as well, by its square.
+        levels.append(20.0 * std::log10(level) - 40.0 * std::log10(note.velocity));
+    }
+    QCOMPARE(levels.size(), kNotes);
+    const auto [softest, loudest] = std::ranges::minmax(levels);
+    qInfo("%.2f dB lie between the softest and the loudest", loudest - softest);
+    // A plucked string rings on into the next note, with it or against it.
+    QVERIFY(loudest - softest < 1.5);
 }
 
 void AudioExporterTest::sumAboveFullScaleIsClipped()
