@@ -10,6 +10,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -19,16 +20,6 @@ constexpr int kVelocity = 100;
 bool holds(const MelodyBlock& block, int index)
 {
     return index >= 0 && index < block.notes.size();
-}
-
-QList<NoteEvent> notesAt(const MelodyBlock& block, const QList<int>& indices)
-{
-    QList<NoteEvent> notes;
-    for (const int index : indices) {
-        if (holds(block, index))
-            notes.append(block.notes.at(index));
-    }
-    return notes;
 }
 
 double earliestStart(const QList<NoteEvent>& notes)
@@ -45,6 +36,28 @@ double latestEnd(const QList<NoteEvent>& notes)
     for (const NoteEvent& note : notes)
         latest = std::max(latest, note.startBeat + note.durationBeats);
     return latest;
+}
+
+/// The drawable notes of a block, by start and then by pitch.
+QList<int> inTime(const MelodyBlock& block)
+{
+    QList<int> order;
+    for (int i = 0; i < block.notes.size(); ++i) {
+        if (PianoRollLayout::noteRect(block, block.notes.at(i)))
+            order.append(i);
+    }
+    std::ranges::stable_sort(order, {}, [&](int i) {
+        const NoteEvent& note = block.notes.at(i);
+        return std::pair(note.startBeat, note.pitch);
+    });
+    return order;
+}
+
+int nearestTo(const MelodyBlock& block, const QList<int>& order, double beat)
+{
+    const auto far = [&](int i) { return std::abs(block.notes.at(i).startBeat - beat); };
+    const auto nearest = std::ranges::min_element(order, {}, far);
+    return nearest == order.end() ? -1 : *nearest;
 }
 
 /// A length in whole steps, at least one.
@@ -123,6 +136,63 @@ void NoteEdits::resize(MelodyBlock& block, const QList<DraggedNote>& notes, doub
         if (holds(block, taken.index))
             block.notes[taken.index].durationBeats = wholeSteps(taken.durationBeats + beats, step);
     }
+}
+
+void NoteEdits::nudge(MelodyBlock& block, const QList<int>& indices, double beats, int pitches)
+{
+    int down = PianoRollLayout::kLowestPitch - PianoRollLayout::kHighestPitch;
+    int up = -down;
+    const QList<DraggedNote> notes = dragged(block, indices);
+    for (const DraggedNote& note : notes) {
+        beats = std::max(beats, -std::max(0.0, note.startBeat));
+        const int pitch =
+            std::clamp(note.pitch, PianoRollLayout::kLowestPitch, PianoRollLayout::kHighestPitch);
+        down = std::max(down, PianoRollLayout::kLowestPitch - pitch);
+        up = std::min(up, PianoRollLayout::kHighestPitch - pitch);
+    }
+    move(block, notes, beats, std::clamp(pitches, down, up));
+}
+
+int NoteEdits::neighbour(const MelodyBlock& block, const QList<int>& indices, int direction,
+                         double beat)
+{
+    const QList<int> order = inTime(block);
+    QList<qsizetype> places;
+    for (const int index : indices) {
+        if (const qsizetype place = order.indexOf(index); place >= 0)
+            places.append(place);
+    }
+    if (places.isEmpty())
+        return nearestTo(block, order, beat);
+    const qsizetype next =
+        direction > 0 ? std::ranges::max(places) + 1 : std::ranges::min(places) - 1;
+    return order.at(std::clamp<qsizetype>(next, 0, order.size() - 1));
+}
+
+std::optional<double> NoteEdits::endOf(const MelodyBlock& block, const QList<int>& indices)
+{
+    const QList<NoteEvent> notes = notesAt(block, indices);
+    return notes.isEmpty() ? std::nullopt : std::optional(block.startBeat + latestEnd(notes));
+}
+
+QList<int> NoteEdits::placesOf(const MelodyBlock& block, QList<NoteEvent> notes)
+{
+    QList<int> places;
+    for (int i = 0; i < block.notes.size() && !notes.isEmpty(); ++i) {
+        if (notes.removeOne(block.notes.at(i)))
+            places.append(i);
+    }
+    return places;
+}
+
+QList<NoteEvent> NoteEdits::notesAt(const MelodyBlock& block, const QList<int>& indices)
+{
+    QList<NoteEvent> notes;
+    for (const int index : indices) {
+        if (holds(block, index))
+            notes.append(block.notes.at(index));
+    }
+    return notes;
 }
 
 void NoteEdits::remove(MelodyBlock& block, QList<int> indices)

@@ -4,6 +4,8 @@
 
 #include <QList>
 
+#include <optional>
+
 struct MelodyBlock;
 
 /// A note of a block as it was when the mouse took it.
@@ -46,6 +48,25 @@ void move(MelodyBlock& block, const QList<DraggedNote>& notes, double beats, int
 
 /// Makes notes longer than they were when the mouse took them, to whole steps, at least one.
 void resize(MelodyBlock& block, const QList<DraggedNote>& notes, double beats, double step);
+
+/// Moves notes together, no further than the first of them that comes to the start of the block or
+/// to the edge of the rows. What lies beyond already moves only back.
+void nudge(MelodyBlock& block, const QList<int>& indices, double beats, int pitches);
+
+/// The place in the block of the note that comes next in time, at one start the higher, behind the
+/// last of some notes, or before the first of them for a direction of -1; at the end, that one
+/// itself. For no notes, the one nearest to a beat of the block; -1 in a block of none. Notes that
+/// cannot be drawn are passed over.
+int neighbour(const MelodyBlock& block, const QList<int>& indices, int direction, double beat);
+
+/// The end of the last of some notes, in absolute beats; nothing for none.
+std::optional<double> endOf(const MelodyBlock& block, const QList<int>& indices);
+
+/// The places of notes that have some values, ascending: as many of one value as there are.
+QList<int> placesOf(const MelodyBlock& block, QList<NoteEvent> notes);
+
+/// The notes at some places, in their order.
+QList<NoteEvent> notesAt(const MelodyBlock& block, const QList<int>& indices);
 
 /// Removes notes and ends the edit. The block keeps its length.
 void remove(MelodyBlock& block, QList<int> indices);

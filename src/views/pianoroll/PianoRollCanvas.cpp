@@ -4,6 +4,7 @@
 #include "model/ProjectEdits.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/controls/ElidedLabel.h"
+#include "views/ScrollIntoView.h"
 #include "views/TimelineRuler.h"
 #include "views/WheelForwarder.h"
 #include "views/pianoroll/PianoKeyboardWidget.h"
@@ -179,7 +180,7 @@ void PianoRollCanvas::setActiveBlock(int track, int block)
 
 void PianoRollCanvas::showTrack(int track, int block)
 {
-    view_->endDrag();
+    endDrag();
     activeTrack_ = track;
     activeBlockIndex_ = block;
     rebuildScene();
@@ -256,6 +257,7 @@ void PianoRollCanvas::fitScene()
 void PianoRollCanvas::endDrag()
 {
     view_->endDrag();
+    endKeyRun();
 }
 
 // ---- Caption -------------------------------------------------------------------------------
@@ -370,6 +372,16 @@ void PianoRollCanvas::updatePlayhead(double beat)
 {
     scene_->setPlayheadBeat(beat);
     ruler_->setPlayheadBeat(beat);
+}
+
+void PianoRollCanvas::placePlayhead(double beat)
+{
+    if (!playback_ || !project_)
+        return;
+    const double last = scene_->width() / PianoRollLayout::kBeatPixels;
+    playback_->setPlayheadBeat(std::clamp(beat, 0.0, last));
+    const double x = playback_->playheadBeat() * PianoRollLayout::kBeatPixels;
+    ScrollIntoView::horizontally(*view_, x, x);
 }
 
 void PianoRollCanvas::setRecording(bool recording)

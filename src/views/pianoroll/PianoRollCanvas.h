@@ -1,6 +1,8 @@
 #pragma once
 
 #include "model/GridSubdivision.h"
+#include "music/NoteEvent.h"
+#include "views/RecordDrag.h"
 #include "views/Zoom.h"
 #include "views/pianoroll/PianoRollLayout.h"
 
@@ -9,6 +11,8 @@
 #include <QVariantAnimation>
 #include <QWidget>
 
+#include <optional>
+
 class PianoKeyboardWidget;
 class PianoRollGridView;
 class PianoRollScene;
@@ -16,6 +20,7 @@ class PlaybackEngine;
 class Project;
 class QLabel;
 class TimelineRuler;
+struct ArrowKey;
 struct Track;
 
 /// Where the notes of one melody block are written, pitch against time. It holds nothing of the
@@ -71,15 +76,23 @@ public:
     /// Gives the scene the size of the song again, which a drag keeps it from getting.
     void fitScene();
 
-    /// Ends a drag of notes that is under way as if the mouse let go: whoever puts other records
-    /// into the project, or reads it as a whole, does so first.
+    /// Ends a drag of notes that is under way as if the mouse let go, and a run of arrows as if the
+    /// key came up: whoever puts other records into the project, or reads it as a whole, does so
+    /// first.
     void endDrag();
+
+    /// Makes one edit of what an arrow that is held down has done to the notes.
+    void endKeyRun();
 
     /// Writes the track, the key and the length of the block over the grid.
     void updateCaption();
 
     /// In beats. The view does not follow.
     void updatePlayhead(double beat);
+
+    /// Moves the playhead to a beat of the song as shown, and the view to where it is. Starts
+    /// nothing.
+    void placePlayhead(double beat);
 
     /// Shows the playhead in red while a voice is recorded.
     void setRecording(bool recording);
@@ -95,7 +108,18 @@ public:
     /// Puts the notes of the block in order, and says that the project has been edited.
     void commitEdit();
 
+    /// As commitEdit(), and selects some notes of the block, by their values.
+    void commitSelecting(const QList<NoteEvent>& notes);
+
     void deleteSelectedNotes();
+
+    /// Writes a note of a step at the playhead, at the pitch that was played last, and selects it.
+    /// While nothing plays the playhead goes on to its end. The pitch; nothing where there is no
+    /// block to write in.
+    std::optional<int> writeNote();
+
+    /// Selects one note and shows it.
+    void goToNote(int index);
 
     /// What was copied before is gone, even if nothing is selected. Copies outlive their block.
     void copySelection();
@@ -109,6 +133,9 @@ public:
 
     /// The octave that the letters play, 1 to 7; 4 is that of middle C.
     int keyboardOctave() const { return keyboardOctave_; }
+
+    /// That of the next note that is written by key: the one that was played last.
+    int writtenPitch() const { return writtenPitch_; }
 
     /// -1 for keys other than the letters A to G.
     int keyLetterToPitch(int key, bool sharp) const;
@@ -163,7 +190,23 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
-    bool scrollByKey(const QKeyEvent& event);
+    /// An arrow that is held down over notes.
+    struct KeyRun {
+        int key;
+        /// All notes of the block; nothing where the block is gone.
+        RecordDrag<std::optional<QList<NoteEvent>>> block;
+    };
+
+    bool stepByKey(const QKeyEvent& event);
+    bool changeByArrow(const QKeyEvent& event, const ArrowKey& arrow);
+    void changeSelected(const ArrowKey& arrow);
+    bool goByArrow(const ArrowKey& arrow);
+    bool movePlayhead(double step, int direction);
+    bool isPlayheadAtEndOf(const QList<int>& notes);
+    void takePlayheadAlong(const QList<int>& notes);
+    void showNotes(const QList<int>& indices);
+    bool writeByKey(const QKeyEvent& event);
+    bool deselectByKey(const QKeyEvent& event);
     bool editByKey(const QKeyEvent& event);
     bool playByKey(const QKeyEvent& event);
     void endHeldKeys();
@@ -197,6 +240,8 @@ private:
     /// The pitches of the letters that are held down, by key.
     QHash<int, int> heldKeys_;
     int keyboardOctave_ = 4;
+    int writtenPitch_ = 60;
+    std::optional<KeyRun> keyRun_;
 
     PianoRollScene* scene_;
     QLabel* caption_;

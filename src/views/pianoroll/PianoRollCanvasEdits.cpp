@@ -1,24 +1,19 @@
-// What the commands and the keys of the piano roll do to the notes.
+// What the commands of the piano roll do to the notes.
 
 #include "model/Project.h"
 #include "playback/PlaybackEngine.h"
 #include "views/pianoroll/NoteEdits.h"
-#include "views/pianoroll/PianoKeyboardWidget.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 #include "views/pianoroll/PianoRollGridView.h"
 #include "views/pianoroll/PianoRollScene.h"
 
-#include <QKeyEvent>
 #include <QMetaMethod>
 
 #include <algorithm>
-#include <utility>
 
 namespace {
 
 constexpr int kPreviewVelocity = 100;
-constexpr int kLowestOctave = 1;
-constexpr int kHighestOctave = 7;
 
 } // namespace
 
@@ -35,6 +30,8 @@ void PianoRollCanvas::addNoteAt(double beat, int pitch, double duration)
 
 void PianoRollCanvas::commitEdit()
 {
+    // What an arrow has done so far belongs to this edit.
+    keyRun_.reset();
     if (MelodyBlock* block = activeBlock())
         NoteEdits::finish(*block);
     // Who listens announces the change, and the scene is made anew; without anybody the items would
@@ -43,6 +40,13 @@ void PianoRollCanvas::commitEdit()
         emit edited();
     else
         rebuildScene();
+}
+
+void PianoRollCanvas::commitSelecting(const QList<NoteEvent>& notes)
+{
+    commitEdit();
+    const MelodyBlock* block = activeBlock();
+    scene_->selectNotes(block ? NoteEdits::placesOf(*block, notes) : QList<int>());
 }
 
 void PianoRollCanvas::deleteSelectedNotes()
@@ -81,6 +85,25 @@ void PianoRollCanvas::duplicateSelection()
     commitEdit();
 }
 
+std::optional<int> PianoRollCanvas::writeNote()
+{
+    endDrag();
+    MelodyBlock* block = activeBlock();
+    if (!block || !playback_)
+        return std::nullopt;
+    const double step = snapBeats();
+    const int pitch =
+        std::clamp(writtenPitch_, PianoRollLayout::kLowestPitch, PianoRollLayout::kHighestPitch);
+    NoteEdits::add(*block, NoteEdits::snapped(playback_->playheadBeat(), step), pitch, step);
+    const NoteEvent written = block->notes.last();
+    const double end = block->startBeat + written.startBeat + written.durationBeats;
+    commitSelecting({written});
+    showNotes(scene_->selectedNotes());
+    if (!playback_->isPlaying())
+        placePlayhead(end);
+    return pitch;
+}
+
 // ---- Live notes ----------------------------------------------------------------------------
 
 int PianoRollCanvas::keyLetterToPitch(int key, bool sharp) const
@@ -104,6 +127,7 @@ void PianoRollCanvas::liveNoteOn(int pitch)
 {
     if (!playback_ || !track())
         return;
+    writtenPitch_ = pitch;
     startPreview(pitch);
     if (playback_->isPlaying() && !liveStarts_.contains(pitch))
         liveStarts_.insert(pitch, NoteEdits::snapped(playback_->playheadBeat(), snapBeats()));
@@ -122,89 +146,4 @@ void PianoRollCanvas::liveNoteOff(int pitch)
     if (MelodyBlock* block = activeBlock())
         NoteEdits::record(*block, pitch, startBeat, playback_->playheadBeat(), snapBeats());
     commitEdit();
-}
-
-/// Ends what the mouse and the keys hold, without writing to a project that is being left.
-void PianoRollCanvas::forgetGestures()
-{
-    view_->cancelDrag();
-    liveStarts_.clear();
-    keyboard_->release();
-    endHeldKeys();
-}
-
-void PianoRollCanvas::endHeldKeys()
-{
-    for (const int pitch : std::exchange(heldKeys_, {}))
-        liveNoteOff(pitch);
-}
-
-// ---- Keys ----------------------------------------------------------------------------------
-
-void PianoRollCanvas::keyPressEvent(QKeyEvent* event)
-{
-    if (scrollByKey(*event))
-        return;
-    if (event->isAutoRepeat())
-        event->accept();
-    else if (!editByKey(*event) && !playByKey(*event))
-        QWidget::keyPressEvent(event);
-}
-
-bool PianoRollCanvas::scrollByKey(const QKeyEvent& event)
-{
-    if (event.key() != Qt::Key_Up && event.key() != Qt::Key_Down)
-        return false;
-    scrollNotes(event.key() == Qt::Key_Up ? 1 : -1);
-    return true;
-}
-
-bool PianoRollCanvas::editByKey(const QKeyEvent& event)
-{
-    const bool ctrl = event.modifiers() & Qt::ControlModifier;
-    const int key = event.key();
-    if (key == Qt::Key_Backspace || key == Qt::Key_Delete)
-        deleteSelectedNotes();
-    else if (key == Qt::Key_X && !ctrl)
-        keyboardOctave_ = std::min(keyboardOctave_ + 1, kHighestOctave);
-    else if (key == Qt::Key_Z && !ctrl)
-        keyboardOctave_ = std::max(keyboardOctave_ - 1, kLowestOctave);
-    else if (key == Qt::Key_C && ctrl)
-        copySelection();
-    else if (key == Qt::Key_V && ctrl)
-        pasteAtPlayhead();
-    else if (key == Qt::Key_D && ctrl)
-        duplicateSelection();
-    else
-        return false;
-    return true;
-}
-
-bool PianoRollCanvas::playByKey(const QKeyEvent& event)
-{
-    if (event.modifiers() & (Qt::ControlModifier | Qt::AltModifier))
-        return false;
-    const int pitch = keyLetterToPitch(event.key(), event.modifiers() & Qt::ShiftModifier);
-    if (pitch == -1 || heldKeys_.contains(event.key()))
-        return false;
-    heldKeys_.insert(event.key(), pitch);
-    liveNoteOn(pitch);
-    return true;
-}
-
-void PianoRollCanvas::keyReleaseEvent(QKeyEvent* event)
-{
-    if (event->isAutoRepeat())
-        event->accept();
-    else if (heldKeys_.contains(event->key()))
-        liveNoteOff(heldKeys_.take(event->key()));
-    else
-        QWidget::keyReleaseEvent(event);
-}
-
-void PianoRollCanvas::focusOutEvent(QFocusEvent* event)
-{
-    // The release of a held key goes to who has the focus now.
-    endHeldKeys();
-    QWidget::focusOutEvent(event);
 }

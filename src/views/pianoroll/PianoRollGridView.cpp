@@ -140,6 +140,7 @@ void PianoRollGridView::mousePressEvent(QMouseEvent* event)
         QGraphicsView::mousePressEvent(event);
         return;
     }
+    canvas_->endKeyRun();
     const QPointF place = mapToScene(event->position().toPoint());
     if (right) {
         deleteAt(place);

@@ -31,6 +31,9 @@ public:
     /// Whether the mouse holds notes.
     bool isDragging() const { return drag_.has_value(); }
 
+    /// The notes that edits act on; nothing where there is no block to edit.
+    std::optional<QList<NoteEvent>> notesOfBlock() const;
+
     /// The height in the viewport of a height of the scene, in pixels and parts of them.
     double viewportY(double sceneY) const;
 
@@ -63,7 +66,6 @@ private:
         RecordDrag<std::optional<QList<NoteEvent>>> block;
     };
 
-    std::optional<QList<NoteEvent>> notesOfBlock() const;
     void startRubberBand(QMouseEvent* event);
     void pressOnNote(NoteItem* note, const QPointF& place, Qt::KeyboardModifiers modifiers);
     void drawNote(const QPointF& place);

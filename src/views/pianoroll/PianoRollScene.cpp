@@ -7,6 +7,7 @@
 #include <QGraphicsTextItem>
 #include <QGraphicsView>
 #include <QPen>
+#include <QSet>
 
 #include <algorithm>
 #include <cmath>
@@ -162,4 +163,13 @@ QList<int> PianoRollScene::selectedNotes() const
     }
     std::ranges::sort(indices);
     return indices;
+}
+
+void PianoRollScene::selectNotes(const QList<int>& indices)
+{
+    const QSet<int> wanted(indices.begin(), indices.end());
+    for (QGraphicsItem* item : items()) {
+        if (auto* note = qgraphicsitem_cast<NoteItem*>(item))
+            note->setSelected(wanted.contains(note->index()));
+    }
 }

@@ -42,11 +42,16 @@ public:
     /// Shows the playhead in red while a voice is recorded.
     void setRecording(bool recording);
 
+    bool isRecording() const { return recording_; }
+
     /// The topmost note at a place, or null. Notes that only show through are none.
     NoteItem* noteAt(const QPointF& place) const;
 
     /// Indices of the selected notes, ascending.
     QList<int> selectedNotes() const;
+
+    /// Selects the notes of some indices and no other.
+    void selectNotes(const QList<int>& indices);
 
 private:
     void addGhosts(const Project& project, const QList<int>& tracks);
