@@ -138,6 +138,7 @@ void ArrangerGridView::mousePressEvent(QMouseEvent* event)
 {
     if (!arranger_->project())
         return;
+    arranger_->endKeyRun();
     const QPointF place = mapToScene(event->position().toPoint());
     // The release of the press before this one may have gone elsewhere.
     if (drag_ && drag_->span.isEndedBy(event->button()))
@@ -160,6 +161,8 @@ void ArrangerGridView::selectLaneAt(double sceneY, Qt::KeyboardModifiers modifie
         arranger_->selectNoteTrack(lane->trackIndex, modifiers & Qt::ControlModifier);
     else if (lane && lane->kind == LaneKind::AudioTrack)
         arranger_->selectAudioTrack(lane->trackIndex);
+    else if (lane && lane->kind == LaneKind::Harmony)
+        arranger_->setKeyLane(BlockOrder::refOf(*lane));
 }
 
 void ArrangerGridView::pressOnBlock(BlockItem* item, const QMouseEvent& event, const QPointF& place)

@@ -23,6 +23,7 @@ constexpr int kTextRightOfTracks = 28;
 constexpr int kTextRightOfHeadings = 4;
 constexpr qreal kMuteRadius = 3.0;
 constexpr int kMuteOutlineAlpha = 110;
+constexpr int kKeyMarkWidth = 2;
 
 /// How a row looks. Without a colour the background of the column shows.
 struct RowLook {
@@ -205,6 +206,25 @@ void ArrangerHeaderColumn::paintRow(QPainter& painter, const LaneInfo& lane) con
         paintMuteButton(painter, row, *look.muted, look.text);
     painter.setPen(canvasColors().laneSeparator);
     painter.drawLine(row.bottomLeft(), row.bottomRight());
+    if (showsKeys(lane))
+        paintKeyMark(painter, row);
+}
+
+/// A track on which the keys are is the active one, and shows that already.
+bool ArrangerHeaderColumn::showsKeys(const LaneInfo& lane) const
+{
+    return (lane.kind == LaneKind::Harmony || lane.kind == LaneKind::Group) &&
+           arranger_->hasFocus() && arranger_->keyLaneShows() &&
+           BlockOrder::refOf(lane) == arranger_->keyLane();
+}
+
+void ArrangerHeaderColumn::paintKeyMark(QPainter& painter, const QRect& row)
+{
+    const bool dark = ThemeManager::instance()->isDark();
+    const QColor color = dark ? ThemeManager::kAccentHover : ThemeManager::kAccentDeep;
+    const QRect inner = row.adjusted(kKeyMarkWidth, kKeyMarkWidth, -kKeyMarkWidth, -kKeyMarkWidth);
+    for (const QRect& edge : QRegion(row) - inner)
+        painter.fillRect(edge, color);
 }
 
 void ArrangerHeaderColumn::paintMuteButton(QPainter& painter, const QRect& row, bool muted,

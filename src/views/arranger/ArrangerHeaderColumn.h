@@ -30,6 +30,8 @@ private:
     QString shownText(const LaneInfo& lane) const;
     bool isCut(const LaneInfo& lane) const;
     void paintRow(QPainter& painter, const LaneInfo& lane) const;
+    bool showsKeys(const LaneInfo& lane) const;
+    static void paintKeyMark(QPainter& painter, const QRect& row);
     void paintMuteButton(QPainter& painter, const QRect& row, bool muted,
                          const QColor& textColor) const;
 

@@ -30,6 +30,8 @@ public:
     /// Shows the playhead in red while a voice is recorded.
     void setRecording(bool recording);
 
+    bool isRecording() const { return recording_; }
+
     /// The item of a record, or null.
     BlockItem* itemOf(const BlockRef& block) const;
 

@@ -3,6 +3,7 @@
 #include "model/Project.h"
 #include "music/Beats.h"
 #include "playback/PlaybackEngine.h"
+#include "views/ScrollIntoView.h"
 #include "views/TimelineRuler.h"
 #include "views/WheelForwarder.h"
 #include "views/arranger/ArrangerGridView.h"
@@ -10,7 +11,6 @@
 #include "views/arranger/ArrangerScene.h"
 
 #include <QGridLayout>
-#include <QKeyEvent>
 #include <QMenu>
 #include <QScrollBar>
 
@@ -27,6 +27,8 @@ constexpr double kLeastZoom = 0.2;
 constexpr double kMostZoom = 6.0;
 
 constexpr int kDegrees = 7;
+/// Of the menu of chords, above its triads.
+constexpr int kSubmenus = 2;
 constexpr int kPreviewOctave = 4;
 constexpr int kPreviewVelocity = 80;
 
@@ -34,22 +36,6 @@ struct Chord {
     int degree = 0;
     ChordExtension extension = ChordExtension::Triad;
 };
-
-/// The pitch class that a letter key names; nothing for other keys.
-std::optional<int> pitchClassOfKey(int key)
-{
-    static constexpr std::array<int, 7> kFromA{9, 11, 0, 2, 4, 5, 7};
-    if (key < Qt::Key_A || key > Qt::Key_G)
-        return std::nullopt;
-    return kFromA.at(static_cast<std::size_t>(key - Qt::Key_A));
-}
-
-ChordExtension extensionOf(Qt::KeyboardModifiers modifiers)
-{
-    if (modifiers & Qt::AltModifier)
-        return ChordExtension::Ninth;
-    return modifiers & Qt::ControlModifier ? ChordExtension::Seventh : ChordExtension::Triad;
-}
 
 void addChords(QMenu* menu, const KeySignature& key, ChordExtension extension,
                const QString& suffix)
@@ -60,12 +46,15 @@ void addChords(QMenu* menu, const KeySignature& key, ChordExtension extension,
 }
 
 /// Lets the user choose a chord.
-std::optional<Chord> askChord(QWidget* parent, const KeySignature& key, const QPoint& globalPos)
+std::optional<Chord> askChord(QWidget* parent, const KeySignature& key, const QPoint& globalPos,
+                              TrackArranger::OpenedBy by)
 {
     QMenu menu(parent);
     addChords(menu.addMenu(TrackArranger::tr("Con séptima")), key, ChordExtension::Seventh, u"7"_s);
     addChords(menu.addMenu(TrackArranger::tr("Con novena")), key, ChordExtension::Ninth, u"9"_s);
     addChords(&menu, key, ChordExtension::Triad, QString());
+    if (by == TrackArranger::OpenedBy::Key)
+        menu.setActiveAction(menu.actions().at(kSubmenus));
     const QAction* chosen = menu.exec(globalPos);
     if (!chosen || !chosen->data().isValid())
         return std::nullopt;
@@ -113,6 +102,8 @@ void TrackArranger::setContext(Project* project, PlaybackEngine* playback, LoopL
     if (playback_ && playback_ != playback)
         disconnect(playback_, nullptr, this, nullptr);
     view_->cancelDrag();
+    keyRun_.reset();
+    setKeyLane(LaneRef());
     project_ = project;
     playback_ = playback;
     library_ = library;
@@ -176,6 +167,7 @@ void TrackArranger::fitScene()
 void TrackArranger::endDrag()
 {
     view_->endDrag();
+    endKeyRun();
 }
 
 const LaneInfo* TrackArranger::laneAtY(double y) const
@@ -253,6 +245,16 @@ void TrackArranger::updatePlayhead(double beat)
     ruler_->setPlayheadBeat(beat);
 }
 
+void TrackArranger::placePlayhead(double beat)
+{
+    if (!playback_ || !project_)
+        return;
+    const double last = scene_->width() / ArrangerLayout::kBeatPixels;
+    playback_->setPlayheadBeat(std::clamp(beat, 0.0, last));
+    const double x = playback_->playheadBeat() * ArrangerLayout::kBeatPixels;
+    ScrollIntoView::horizontally(*view_, x, x);
+}
+
 void TrackArranger::setRecording(bool recording)
 {
     scene_->setRecording(recording);
@@ -281,8 +283,17 @@ void TrackArranger::selectNoteTrack(int index, bool additive)
         selectedTracks_.removeAll(index);
     activeTrack_ = index;
     selectedAudioTrack_ = -1;
-    header_->update();
+    setKeyLane({LaneKind::NoteTrack, index});
     emit laneSelectionChanged();
+}
+
+std::optional<BlockRef> TrackArranger::selectedBlock() const
+{
+    for (const QGraphicsItem* item : scene_->selectedItems()) {
+        if (const auto* block = qgraphicsitem_cast<const BlockItem*>(item))
+            return block->block();
+    }
+    return std::nullopt;
 }
 
 void TrackArranger::selectAudioTrack(int index)
@@ -290,7 +301,7 @@ void TrackArranger::selectAudioTrack(int index)
     selectedTracks_.clear();
     selectedAudioTrack_ = index;
     activeTrack_ = -1;
-    header_->update();
+    setKeyLane({LaneKind::AudioTrack, index});
     emit laneSelectionChanged();
 }
 
@@ -333,16 +344,17 @@ void TrackArranger::deleteItem(QGraphicsItem* item)
         return;
     // A drag knows its block by an index, which may be another block's from here on.
     view_->cancelDrag();
+    keyRun_.reset();
     BlockEdits::remove(*project_, block->block());
     emit edited();
 }
 
-void TrackArranger::openHarmonyMenu(double beat, const QPoint& globalPos)
+void TrackArranger::openHarmonyMenu(double beat, const QPoint& globalPos, OpenedBy by)
 {
     if (!project_)
         return;
     const Project* asked = project_;
-    const auto chord = askChord(this, asked->keySignature, globalPos);
+    const auto chord = askChord(this, asked->keySignature, globalPos, by);
     // The menu runs an event loop, in which another project may have been opened.
     if (chord && project_ == asked)
         layChord(beat, chord->degree, chord->extension);
@@ -350,11 +362,27 @@ void TrackArranger::openHarmonyMenu(double beat, const QPoint& globalPos)
 
 void TrackArranger::insertHarmonyAtPlayhead(int degree, ChordExtension extension)
 {
-    if (!project_ || degree < 1 || degree > kDegrees)
+    if (project_ && degree >= 1 && degree <= kDegrees)
+        layChord(stepUnderPlayhead(), degree, extension);
+}
+
+void TrackArranger::openHarmonyMenuAtPlayhead()
+{
+    if (!project_)
         return;
+    const double beat = stepUnderPlayhead();
+    const QPointF place(beat * ArrangerLayout::kBeatPixels, ArrangerLayout::kChordTop);
+    ScrollIntoView::horizontally(*view_, place.x(), place.x());
+    ScrollIntoView::vertically(*view_, place.y(), place.y() + ArrangerLayout::kChordHeight);
+    openHarmonyMenu(beat, view_->viewport()->mapToGlobal(view_->mapFromScene(place)),
+                    OpenedBy::Key);
+}
+
+double TrackArranger::stepUnderPlayhead() const
+{
     const double step = snapBeats();
     const double playhead = playback_ ? playback_->playheadBeat() : 0.0;
-    layChord(std::floor(playhead / step) * step, degree, extension);
+    return std::floor(playhead / step) * step;
 }
 
 void TrackArranger::layChord(double beat, int degree, ChordExtension extension)
@@ -366,51 +394,4 @@ void TrackArranger::layChord(double beat, int degree, ChordExtension extension)
             ChordVoicer::chordPitches(project_->keySignature, degree, extension, kPreviewOctave),
             kPreviewVelocity);
     emit edited();
-}
-
-// ---- Keys ----------------------------------------------------------------------------------
-
-bool TrackArranger::event(QEvent* event)
-{
-    // Alt with a letter would open a menu of the window before it could lay a chord.
-    if (event->type() == QEvent::ShortcutOverride) {
-        const auto* key = static_cast<QKeyEvent*>(event);
-        if (project_ && key->modifiers() & Qt::AltModifier && pitchClassOfKey(key->key())) {
-            event->accept();
-            return true;
-        }
-    }
-    return QWidget::event(event);
-}
-
-void TrackArranger::keyPressEvent(QKeyEvent* event)
-{
-    if (event->isAutoRepeat()) {
-        event->accept();
-    } else if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace) {
-        // An edit rebuilds the scene, which takes every item away.
-        while (!scene_->selectedItems().isEmpty()) {
-            QGraphicsItem* item = scene_->selectedItems().first();
-            item->setSelected(false);
-            deleteItem(item);
-        }
-    } else if (!layChordOfKey(*event)) {
-        QWidget::keyPressEvent(event);
-    }
-}
-
-bool TrackArranger::layChordOfKey(const QKeyEvent& event)
-{
-    const auto letter = pitchClassOfKey(event.key());
-    if (!project_ || !letter)
-        return false;
-    const int pitchClass = (*letter + (event.modifiers() & Qt::ShiftModifier ? 1 : 0)) % 12;
-    insertHarmonyAtPlayhead(project_->keySignature.degreeOfPitchClass(pitchClass),
-                            extensionOf(event.modifiers()));
-    return true;
-}
-
-void TrackArranger::keyReleaseEvent(QKeyEvent* event)
-{
-    QWidget::keyReleaseEvent(event);
 }

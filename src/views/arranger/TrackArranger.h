@@ -2,12 +2,16 @@
 
 #include "music/ChordVoicer.h"
 #include "music/LoopSection.h"
+#include "views/RecordDrag.h"
 #include "views/Zoom.h"
 #include "views/arranger/ArrangerLayout.h"
 #include "views/arranger/BlockEdits.h"
+#include "views/arranger/BlockOrder.h"
 
 #include <QList>
 #include <QWidget>
+
+#include <optional>
 
 class ArrangerGridView;
 class ArrangerHeaderColumn;
@@ -17,6 +21,7 @@ class PlaybackEngine;
 class Project;
 class QGraphicsItem;
 class TimelineRuler;
+struct ArrowKey;
 
 /// The timeline of a song: a lane for each part of it, with everything placed on it as a block. It
 /// holds nothing of the song; it writes gestures straight into the project and says so.
@@ -59,9 +64,13 @@ public:
     /// Gives the scene the size of the song again, which a drag keeps it from getting.
     void fitScene();
 
-    /// Ends a drag of a block that is under way as if the mouse let go: whoever puts other records
-    /// into the project, or reads it as a whole, does so first.
+    /// Ends a drag of a block that is under way as if the mouse let go, and a run of arrows as if
+    /// the key came up: whoever puts other records into the project, or reads it as a whole, does
+    /// so first.
     void endDrag();
+
+    /// Makes one edit of what an arrow that is held down has done to a block.
+    void endKeyRun();
 
     /// The lane at a height of the scene, or null.
     const LaneInfo* laneAtY(double y) const;
@@ -92,6 +101,24 @@ public:
 
     void selectAudioTrack(int index);
 
+    /// The lane that the keys are on, which is that of the last block or track to be selected.
+    const LaneRef& keyLane() const { return keyLane_; }
+
+    void setKeyLane(const LaneRef& lane);
+
+    /// Whether keys have brought the keys where they are: then it is to be seen which lane that is.
+    bool keyLaneShows() const { return keyLaneShows_; }
+
+    /// Selects a lane in place of everything that is selected: the keys are on it then, and its
+    /// track, if it has one, is the active one.
+    void goToLane(const LaneRef& lane);
+
+    /// The selected block; nothing where there is none.
+    std::optional<BlockRef> selectedBlock() const;
+
+    /// Selects one block and shows it; the keys are on its lane then.
+    void goToBlock(const BlockRef& block);
+
     void toggleLaneMute(const LaneInfo& lane);
 
     /// Paints the names and the mute buttons of the lanes anew, which others may have changed.
@@ -101,12 +128,22 @@ public:
     /// nothing goes. Other items, and null, are left alone. The item is gone afterwards.
     void deleteItem(QGraphicsItem* item);
 
+    /// What has opened a menu: a mouse is over its entry soon, a key begins at one.
+    enum class OpenedBy { Mouse, Key };
+
     /// Lays a chord that the user chooses, from a beat to the end of its bar.
-    void openHarmonyMenu(double beat, const QPoint& globalPos);
+    void openHarmonyMenu(double beat, const QPoint& globalPos, OpenedBy by = OpenedBy::Mouse);
 
     /// Lays a chord from the step under the playhead to the end of its bar. A degree outside 1..7
     /// lays nothing.
     void insertHarmonyAtPlayhead(int degree, ChordExtension extension);
+
+    /// Lets the user choose a chord and lays it at the step under the playhead.
+    void openHarmonyMenuAtPlayhead();
+
+    /// Moves the playhead to a beat of the song as shown, and the view to where it is. Starts
+    /// nothing.
+    void placePlayhead(double beat);
 
     /// Says that the project has been edited.
     void commitEdit();
@@ -135,8 +172,33 @@ protected:
     bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void focusOutEvent(QFocusEvent* event) override;
 
 private:
+    /// An arrow that is held down over a block.
+    struct KeyRun {
+        int key;
+        BlockRef block;
+        /// Nothing for a chord, which stays where it is.
+        RecordDrag<std::optional<BlockSpan>> span;
+    };
+
+    bool stepByKey(const QKeyEvent& event);
+    bool changeByArrow(const QKeyEvent& event, const ArrowKey& arrow);
+    void changeBlock(const ArrowKey& arrow);
+    bool goByArrow(const ArrowKey& arrow);
+    void goAlongLane(int direction);
+    void goToLaneBeside(int up);
+    bool movePlayhead(double step, int direction);
+    void select(const BlockRef& block);
+    void showBlock(const BlockRef& block);
+    void showLane(const LaneInfo& lane);
+    double placeInSong() const;
+    double stepUnderPlayhead() const;
+    bool enterByKey(const QKeyEvent& event);
+    bool deselectByKey(const QKeyEvent& event);
+    bool deleteByKey(const QKeyEvent& event);
     void updatePlayhead(double beat);
     void seek(double beat);
     void selectFirstTrack();
@@ -152,6 +214,9 @@ private:
     int activeTrack_ = 0;
     QList<int> selectedTracks_;
     int selectedAudioTrack_ = -1;
+    LaneRef keyLane_;
+    bool keyLaneShows_ = false;
+    std::optional<KeyRun> keyRun_;
 
     ArrangerScene* scene_;
     TimelineRuler* ruler_;

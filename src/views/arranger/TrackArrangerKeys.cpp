@@ -1,0 +1,299 @@
+// What the keys of the arranger do.
+
+#include "model/Project.h"
+#include "playback/PlaybackEngine.h"
+#include "views/ScrollIntoView.h"
+#include "views/StepKeys.h"
+#include "views/arranger/ArrangerGridView.h"
+#include "views/arranger/ArrangerHeaderColumn.h"
+#include "views/arranger/ArrangerScene.h"
+#include "views/arranger/TrackArranger.h"
+
+#include <QKeyEvent>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace {
+
+/// The pitch class that a letter key names; nothing for other keys.
+std::optional<int> pitchClassOfKey(int key)
+{
+    static constexpr std::array<int, 7> kFromA{9, 11, 0, 2, 4, 5, 7};
+    if (key < Qt::Key_A || key > Qt::Key_G)
+        return std::nullopt;
+    return kFromA.at(static_cast<std::size_t>(key - Qt::Key_A));
+}
+
+ChordExtension extensionOf(Qt::KeyboardModifiers modifiers)
+{
+    if (modifiers & Qt::AltModifier)
+        return ChordExtension::Ninth;
+    return modifiers & Qt::ControlModifier ? ChordExtension::Seventh : ChordExtension::Triad;
+}
+
+} // namespace
+
+bool TrackArranger::event(QEvent* event)
+{
+    // Alt with a letter would open a menu of the window before it could lay a chord.
+    if (event->type() == QEvent::ShortcutOverride) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if (project_ && key->modifiers() & Qt::AltModifier && pitchClassOfKey(key->key())) {
+            event->accept();
+            return true;
+        }
+    }
+    return QWidget::event(event);
+}
+
+void TrackArranger::keyPressEvent(QKeyEvent* event)
+{
+    if (stepByKey(*event))
+        return;
+    if (event->isAutoRepeat())
+        event->accept();
+    else if (!enterByKey(*event) && !deselectByKey(*event) && !deleteByKey(*event) &&
+             !layChordOfKey(*event))
+        QWidget::keyPressEvent(event);
+}
+
+bool TrackArranger::stepByKey(const QKeyEvent& event)
+{
+    if (!project_)
+        return false;
+    if (const int pages = StepKeys::pageOf(event); pages != 0)
+        return movePlayhead(project_->beatsPerBar(), pages);
+    const auto arrow = StepKeys::arrowOf(event);
+    if (!arrow)
+        return false;
+    if (arrow->act == ArrowKey::Act::Go)
+        return goByArrow(*arrow);
+    if (arrow->right == 0)
+        return false;
+    return changeByArrow(event, *arrow) ||
+           (arrow->act == ArrowKey::Act::Move && movePlayhead(snapBeats(), arrow->right));
+}
+
+/// Whether there is a block that the arrow acts on.
+bool TrackArranger::changeByArrow(const QKeyEvent& event, const ArrowKey& arrow)
+{
+    const bool goesOn = keyRun_ && keyRun_->key == event.key() && event.isAutoRepeat();
+    if (!goesOn) {
+        endDrag();
+        const auto block = selectedBlock();
+        if (!block)
+            return false;
+        keyRun_ = KeyRun{.key = event.key(),
+                         .block = *block,
+                         .span = RecordDrag(Qt::NoButton, BlockEdits::spanOf(*project_, *block))};
+    }
+    changeBlock(arrow);
+    return true;
+}
+
+void TrackArranger::changeBlock(const ArrowKey& arrow)
+{
+    const BlockRef block = keyRun_->block;
+    const auto span = BlockEdits::spanOf(*project_, block);
+    if (!span)
+        return;
+    const double way = arrow.right * snapBeats();
+    if (arrow.act == ArrowKey::Act::Stretch)
+        BlockEdits::setLength(*project_, block, std::max(snapBeats(), span->length + way));
+    else
+        BlockEdits::setStart(*project_, block, std::max(0.0, span->start + way));
+    if (!keyRun_->span.leave(BlockEdits::spanOf(*project_, block)))
+        return;
+    rebuildScene();
+    select(block);
+    showBlock(block);
+}
+
+void TrackArranger::endKeyRun()
+{
+    if (!keyRun_ || !project_)
+        return;
+    const KeyRun run = *std::exchange(keyRun_, std::nullopt);
+    if (!run.span.isEdit(BlockEdits::spanOf(*project_, run.block)))
+        return;
+    const auto selected = selectedBlock();
+    commitEdit();
+    if (selected)
+        select(*selected);
+}
+
+bool TrackArranger::goByArrow(const ArrowKey& arrow)
+{
+    endDrag();
+    if (arrow.right != 0)
+        goAlongLane(arrow.right);
+    else
+        goToLaneBeside(arrow.up);
+    return true;
+}
+
+void TrackArranger::goAlongLane(int direction)
+{
+    const auto block = BlockOrder::neighbour(BlockOrder::blocksOf(*project_, keyLane_),
+                                             selectedBlock(), direction, placeInSong());
+    if (block)
+        goToBlock(*block);
+}
+
+void TrackArranger::goToLaneBeside(int up)
+{
+    const double beat = placeInSong();
+    const LaneInfo* lane = BlockOrder::laneBeside(lanes_, keyLane_, up);
+    if (!lane || BlockOrder::refOf(*lane) == keyLane_)
+        return;
+    const LaneRef ref = BlockOrder::refOf(*lane);
+    showLane(*lane);
+    goToLane(ref);
+    if (const auto block =
+            BlockOrder::neighbour(BlockOrder::blocksOf(*project_, ref), std::nullopt, 0, beat))
+        goToBlock(*block);
+}
+
+void TrackArranger::goToLane(const LaneRef& lane)
+{
+    scene_->clearSelection();
+    if (lane.kind == LaneKind::NoteTrack)
+        selectNoteTrack(lane.trackIndex, false);
+    else if (lane.kind == LaneKind::AudioTrack)
+        selectAudioTrack(lane.trackIndex);
+    keyLane_ = lane;
+    keyLaneShows_ = true;
+    header_->update();
+}
+
+void TrackArranger::setKeyLane(const LaneRef& lane)
+{
+    keyLane_ = lane;
+    keyLaneShows_ = false;
+    header_->update();
+}
+
+void TrackArranger::goToBlock(const BlockRef& block)
+{
+    endDrag();
+    if (const LaneRef lane = BlockOrder::laneRefOf(block); lane != keyLane_)
+        goToLane(lane);
+    select(block);
+    showBlock(block);
+}
+
+/// Who listens to the selection may have had the scene made anew: items are looked up at the end.
+void TrackArranger::select(const BlockRef& block)
+{
+    scene_->clearSelection();
+    if (BlockItem* item = scene_->itemOf(block))
+        item->setSelected(true);
+}
+
+void TrackArranger::showBlock(const BlockRef& block)
+{
+    const BlockItem* item = scene_->itemOf(block);
+    if (!item)
+        return;
+    ScrollIntoView::horizontally(*view_, item->rect().left(), item->rect().right());
+    ScrollIntoView::vertically(*view_, item->rect().top(), item->rect().bottom());
+}
+
+void TrackArranger::showLane(const LaneInfo& lane)
+{
+    ScrollIntoView::vertically(*view_, lane.top, lane.bottom());
+}
+
+/// In beats: where the keys are, by what is selected or else by the playhead.
+double TrackArranger::placeInSong() const
+{
+    const auto block = selectedBlock();
+    const auto span = block ? BlockOrder::placeOf(*project_, *block) : std::nullopt;
+    if (span)
+        return span->start;
+    return playback_ ? playback_->playheadBeat() : 0.0;
+}
+
+bool TrackArranger::movePlayhead(double step, int direction)
+{
+    if (!playback_)
+        return false;
+    placePlayhead(StepKeys::stepped(playback_->playheadBeat(), step, direction));
+    return true;
+}
+
+bool TrackArranger::enterByKey(const QKeyEvent& event)
+{
+    if (!project_ || !StepKeys::isEnter(event))
+        return false;
+    endDrag();
+    const auto block = selectedBlock();
+    if (keyLane_.kind == LaneKind::Harmony)
+        openHarmonyMenuAtPlayhead();
+    else if (keyLane_.kind == LaneKind::Group)
+        toggleGroup(keyLane_.groupKey);
+    else if (block && block->kind == BlockKind::Melody)
+        emit openMelodyBlock(block->trackIndex, block->blockIndex);
+    else
+        return false;
+    return true;
+}
+
+bool TrackArranger::deselectByKey(const QKeyEvent& event)
+{
+    // During a take the key drops the take.
+    if (event.key() != Qt::Key_Escape || scene_->isRecording() || scene_->selectedItems().isEmpty())
+        return false;
+    endDrag();
+    scene_->clearSelection();
+    return true;
+}
+
+bool TrackArranger::deleteByKey(const QKeyEvent& event)
+{
+    if (event.key() != Qt::Key_Delete && event.key() != Qt::Key_Backspace)
+        return false;
+    endKeyRun();
+    // An edit rebuilds the scene, which takes every item away.
+    while (!scene_->selectedItems().isEmpty()) {
+        QGraphicsItem* item = scene_->selectedItems().first();
+        item->setSelected(false);
+        deleteItem(item);
+    }
+    return true;
+}
+
+bool TrackArranger::layChordOfKey(const QKeyEvent& event)
+{
+    const auto letter = pitchClassOfKey(event.key());
+    if (!project_ || !letter)
+        return false;
+    const int pitchClass = (*letter + (event.modifiers() & Qt::ShiftModifier ? 1 : 0)) % 12;
+    insertHarmonyAtPlayhead(project_->keySignature.degreeOfPitchClass(pitchClass),
+                            extensionOf(event.modifiers()));
+    return true;
+}
+
+void TrackArranger::keyReleaseEvent(QKeyEvent* event)
+{
+    if (!event->isAutoRepeat() && keyRun_ && keyRun_->key == event->key())
+        endKeyRun();
+    QWidget::keyReleaseEvent(event);
+}
+
+void TrackArranger::focusInEvent(QFocusEvent* event)
+{
+    // It shows the lane that the keys are on.
+    header_->update();
+    QWidget::focusInEvent(event);
+}
+
+void TrackArranger::focusOutEvent(QFocusEvent* event)
+{
+    // The release of a held key goes to who has the focus now.
+    endKeyRun();
+    header_->update();
+    QWidget::focusOutEvent(event);
+}
