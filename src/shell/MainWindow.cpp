@@ -328,6 +328,8 @@ void MainWindow::openMelodyBlock(int track, int block)
 {
     arranger_->selectNoteTrack(track, false);
     pianoRoll_->setActiveBlock(track, block);
+    // Who opens notes goes on with them.
+    pianoRoll_->setFocus(Qt::OtherFocusReason);
 }
 
 void MainWindow::showProjectName()

@@ -77,16 +77,62 @@ void ShortcutsDialog::addMenus(const QMenuBar& menus)
 
 void ShortcutsDialog::addEditors()
 {
+    addRoll();
+    addArranger();
+}
+
+void ShortcutsDialog::addRoll()
+{
     QTreeWidgetItem* roll = addHeading(list_, tr("En el piano roll"));
     new QTreeWidgetItem(roll, {tr("Tocar notas"), u"A-G"_s});
     new QTreeWidgetItem(
         roll, {tr("Tocar notas con sostenido"), nativeText({Qt::SHIFT | Qt::Key_A}) + u"-G"_s});
     new QTreeWidgetItem(roll, {tr("Bajar o subir una octava"), u"Z, X"_s});
+    new QTreeWidgetItem(roll, {tr("Escribir en el cabezal la última nota que tocaste"),
+                               nativeText({Qt::Key_Return})});
+    new QTreeWidgetItem(roll, {tr("Ir a la nota anterior o a la siguiente"),
+                               nativeText({Qt::CTRL | Qt::Key_Left, Qt::CTRL | Qt::Key_Right})});
+    new QTreeWidgetItem(roll,
+                        {tr("Mover las notas seleccionadas"),
+                         nativeText({Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down})});
+    addBoth(roll);
+    new QTreeWidgetItem(roll, {tr("Subir o bajar la vista"),
+                               nativeText({Qt::CTRL | Qt::Key_Up, Qt::CTRL | Qt::Key_Down})});
     new QTreeWidgetItem(
         roll, {tr("Copiar, pegar, duplicar"),
                nativeText({Qt::CTRL | Qt::Key_C, Qt::CTRL | Qt::Key_V, Qt::CTRL | Qt::Key_D})});
-    new QTreeWidgetItem(roll, {tr("Borrar lo seleccionado"), nativeText({Qt::Key_Delete})});
+}
+
+void ShortcutsDialog::addArranger()
+{
     QTreeWidgetItem* arranger = addHeading(list_, tr("En el arreglo"));
     new QTreeWidgetItem(arranger, {tr("Poner un acorde en el cabezal"), u"A-G"_s});
-    new QTreeWidgetItem(arranger, {tr("Borrar lo seleccionado"), nativeText({Qt::Key_Delete})});
+    new QTreeWidgetItem(
+        arranger, {tr("Con séptima, con novena"), nativeText({Qt::CTRL | Qt::Key_A}) + u"-G, "_s +
+                                                      nativeText({Qt::ALT | Qt::Key_A}) + u"-G"_s});
+    new QTreeWidgetItem(
+        arranger, {tr("Elegir un acorde, en el carril de acordes"), nativeText({Qt::Key_Return})});
+    new QTreeWidgetItem(arranger,
+                        {tr("Abrir la melodía, plegar el grupo"), nativeText({Qt::Key_Return})});
+    new QTreeWidgetItem(arranger,
+                        {tr("Ir al bloque anterior o al siguiente"),
+                         nativeText({Qt::CTRL | Qt::Key_Left, Qt::CTRL | Qt::Key_Right})});
+    new QTreeWidgetItem(arranger, {tr("Ir al carril de arriba o de abajo"),
+                                   nativeText({Qt::CTRL | Qt::Key_Up, Qt::CTRL | Qt::Key_Down})});
+    new QTreeWidgetItem(
+        arranger, {tr("Mover el bloque seleccionado"), nativeText({Qt::Key_Left, Qt::Key_Right})});
+    addBoth(arranger);
+}
+
+void ShortcutsDialog::addBoth(QTreeWidgetItem* editor)
+{
+    new QTreeWidgetItem(editor,
+                        {tr("Alargar o acortar lo seleccionado"),
+                         nativeText({Qt::SHIFT | Qt::Key_Left, Qt::SHIFT | Qt::Key_Right})});
+    new QTreeWidgetItem(editor, {tr("Borrar lo seleccionado"), nativeText({Qt::Key_Delete})});
+    new QTreeWidgetItem(editor, {tr("No seleccionar nada"), nativeText({Qt::Key_Escape})});
+    new QTreeWidgetItem(editor, {tr("Mover el cabezal, sin nada seleccionado"),
+                                 nativeText({Qt::Key_Left, Qt::Key_Right})});
+    new QTreeWidgetItem(
+        editor, {tr("Mover el cabezal un compás"), nativeText({Qt::Key_PageUp, Qt::Key_PageDown})});
 }

@@ -4,6 +4,7 @@
 
 class QMenuBar;
 class QTreeWidget;
+class QTreeWidgetItem;
 
 /// What can be done with keys: the entries of the menus with the keys that they have at this
 /// moment, and the keys of the two editors.
@@ -16,6 +17,11 @@ public:
 private:
     void addMenus(const QMenuBar& menus);
     void addEditors();
+    void addRoll();
+    void addArranger();
+
+    /// What keys do in either editor.
+    void addBoth(QTreeWidgetItem* editor);
 
     QTreeWidget* list_;
 };

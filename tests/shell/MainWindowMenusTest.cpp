@@ -325,7 +325,16 @@ void MainWindowMenusTest::theListOfKeysIsThatOfTheMenus()
                          qPrintable(action->text()));
         }
     }
-    QVERIFY(rows.size() >= 20);
+    // What the editors do with keys that stand in no menu.
+    for (const char* row : {"Escribir en el cabezal la última nota que tocaste|Return",
+                            "Ir a la nota anterior o a la siguiente|Ctrl+Left; Ctrl+Right",
+                            "Mover las notas seleccionadas|Left; Right; Up; Down",
+                            "Mover el bloque seleccionado|Left; Right",
+                            "Ir al carril de arriba o de abajo|Ctrl+Up; Ctrl+Down",
+                            "Elegir un acorde, en el carril de acordes|Return",
+                            "Alargar o acortar lo seleccionado|Shift+Left; Shift+Right",
+                            "Mover el cabezal un compás|PgUp; PgDown"})
+        QVERIFY2(rows.contains(row), row);
 }
 
 void MainWindowMenusTest::otherEntriesHaveNoShortcut()
