@@ -13,6 +13,7 @@ from xml.etree import ElementTree
 from sounding import HEADER, rhythm_of, whole_source
 from velta_content.package import files_of, groove_text, package_text
 from velta_content.sources import Checkout, load, problems_of
+from velta_content.template import template
 
 ROOT = Path(__file__).resolve().parents[2]
 TOOL = ROOT / "tools" / "velta-content"
@@ -181,6 +182,25 @@ class Commands(TestCase):
                 before = written.read_bytes()
                 self.assertIn("ya existe", run("nuevo", name, meter, cwd=self.folder).stderr)
                 self.assertEqual(written.read_bytes(), before)
+
+    def test_a_new_rhythm_takes_name_and_style_from_its_id(self):
+        for name, shown in (("popular_vallenato", ("Vallenato", "popular", "Popular")),
+                            ("folklore_la_huella", ("La huella", "folklore", "Folklore")),
+                            ("marinera", ("Marinera", "folklore", "Folklore")),
+                            ("popular_", ("Popular", "popular", "Popular"))):
+            with self.subTest(name=name):
+                self.assertEqual(run("nuevo", name, cwd=self.folder).returncode, 0)
+                rhythm = load(self.folder / f"{name}.ritmo")
+                self.assertEqual((rhythm.name, rhythm.style_id, rhythm.style_name), shown)
+
+    def test_no_note_of_a_new_rhythm_lasts_into_the_next_of_its_line(self):
+        for meter in ("4/4", "3/4", "2/4", "6/8"):
+            rhythm = rhythm_of(template("nuevo", meter))
+            for variant in rhythm.layers["bajo"].loops():
+                ends = [note.start + note.length for note in variant.notes]
+                starts = [note.start for note in variant.notes[1:]] + [variant.bars * rhythm.bar]
+                with self.subTest(meter=meter, variant=variant.name):
+                    self.assertTrue(all(end <= start for end, start in zip(ends, starts)), (ends, starts))
 
     def test_a_new_rhythm_needs_an_id_and_a_meter_that_there_is(self):
         self.assertIn("no sirve de identificador", run("nuevo", "Mi Ritmo", cwd=self.folder).stderr)

@@ -78,7 +78,8 @@ def _check_melody(rhythm: Rhythm, layer: Layer) -> None:
     if len(wide) * 100 > MOST_LEAPS_PERCENT * len(pairs):
         rhythm.problems.error(
             layer.line, f"{len(wide)} de los {len(pairs)} intervalos de la melodía saltan más de una octava sobre "
-                        f"algún acorde; se admite un {MOST_LEAPS_PERCENT} %")
+                        f"algún acorde; se admite un {MOST_LEAPS_PERCENT} %. "
+                        "Sin saltos: E4 G4 C5 con E4 abajo, en la octava que sea")
 
 
 def _leap(first: Note, second: Note) -> str:

@@ -11,7 +11,7 @@ _HEAD = """\
 
 ritmo: {id}
 nombre: {name}
-estilo: folklore "Folklore"            # o popular "Popular", o uno tuyo
+{style}            # o uno tuyo
 compás: {meter}
 tempo: {tempo}                     # el más lento, el habitual, el más rápido; en negras
 fuente: escribí acá de dónde viene el ritmo: un libro, una grabación, quien te lo enseñó
@@ -68,10 +68,11 @@ fuente: escribí acá de dónde viene esta parte
     b1 0/{long} C2@84 · {half}/{short} G2@72
     b2 0/{long} C2@82
   Normal 3, 2 compases:
-    0/{short} C2@86 · {half}/{short} G2@74
-    b2 {last}/{short} C2@66
+    0/{short} C2@86
+    b1 {half}/{short} G2@74
+    b2 {half}/{until} G2@74 · {last}/{brief} C2@66
   Normal 4, 1 compás:
-    0/{short} C2@88 · {half}/{short} G2@76 · {last}/{short} C2@68
+    0/{short} C2@88 · {half}/{until} G2@76 · {last}/{brief} C2@68
   Intro 1, 1 compás:
     0/{whole} C2@80
   Intro 2, 1 compás:
@@ -153,19 +154,33 @@ def _cells(pulses: int, parts: int, strong: str, weak: str, within: str) -> str:
     return " ".join(" ".join([head] + [within] * (parts - 1)) for head in heads)
 
 
+def _style_of(identifier: str) -> str:
+    """The line of the style, for which ids begin with it as those of the library do."""
+    style = "popular" if identifier.startswith("popular_") else "folklore"
+    return f'estilo: {style} "{style.capitalize()}"'
+
+
+def _name_of(identifier: str) -> str:
+    """What a pupil reads, to begin with: the id without its style."""
+    for style in ("folklore_", "popular_"):
+        identifier = identifier.removeprefix(style) or identifier
+    return identifier.replace("_", " ").capitalize()
+
+
 def template(identifier: str, meter: str) -> str:
     """The text of a rhythm in one of `METERS` that breaks no rule."""
     pulses, parts = METERS[meter]
     pulse = 1.5 if parts == 3 else 1.0
     bar, half = pulses * pulse, (pulses + 1) // 2 * pulse
     lengths = {"whole": bar - 0.2, "long": half - 0.1, "short": bar - half - 0.1, "half": half,
-               "last": bar - pulse / 2, "weak": pulse}
+               "last": bar - pulse / 2, "brief": pulse / 2 - 0.05,
+               "until": bar - pulse / 2 - half - 0.1, "weak": pulse}
     grids = {"first": _cells(pulses, parts, "X", ".", "."), "others": _cells(pulses, parts, ".", "x", "."),
              "pulses": _cells(pulses, parts, "x", "o", "."), "cells": _cells(pulses, parts, "x", "o", "g"),
              "strum_pulses": _cells(pulses, parts, "D@74", "D@66", "."),
              "strum_cells": _cells(pulses, parts, "D@76", "D@68", "U@54")}
     words = {key: f"{value:g}" for key, value in lengths.items()} | grids | _ROLES
-    words |= {"id": identifier, "name": identifier.replace("_", " ").capitalize(), "meter": meter,
+    words |= {"id": identifier, "name": _name_of(identifier), "style": _style_of(identifier), "meter": meter,
               "tempo": "80 100 120"}
     text = "".join([_HEAD, _DRUMS, _BASS, _GUITAR, _ANSWER]).format(**words)
     return text.replace("\n\n  ", "\n  ")
