@@ -5,6 +5,7 @@
 #include "listen/Loudness.h"
 #include "listen/RhythmDemo.h"
 #include "model/Project.h"
+#include "playback/SoundfontPlayer.h"
 #include "support/Files.h"
 
 #include <QTemporaryDir>
@@ -18,8 +19,35 @@ namespace {
 constexpr double kLoudestLufs = -14.0;
 constexpr double kSoftestLufs = -34.0;
 constexpr double kMostSpreadLu = 4.0;
-/// A jota of strings and castanets is no candombe, and need not be as loud.
-constexpr double kMostSpreadOfRhythmsLu = 7.0;
+
+/// So far above the loudness of its section may a rhythm lie, or below: two rhythms in one song are
+/// at most 4 LU apart.
+constexpr double kMostOffLu = 2.0;
+
+/// How loud a section is in LUFS: it leads in, it goes on, it rests, it ends.
+double loudnessOf(LoopSection section)
+{
+    switch (section) {
+    case LoopSection::Intro:
+        return -23.4;
+    case LoopSection::Normal:
+        return -22.8;
+    case LoopSection::Intermedio:
+        return -23.5;
+    case LoopSection::Final:
+        return -22.0;
+    }
+    return 0.0;
+}
+
+/// Several processes share the library where VELTA_PART says which rhythms are this one's: "2/3"
+/// for the second of every three.
+bool isOurs(qsizetype rhythm)
+{
+    const QByteArrayList part = qgetenv("VELTA_PART").split('/');
+    const int of = part.size() == 2 ? part.at(1).toInt() : 1;
+    return of < 2 || rhythm % of == part.at(0).toInt() % of;
+}
 
 double meanOf(const QList<double>& values)
 {
@@ -55,11 +83,16 @@ private:
     void addRhythms() const
     {
         QTest::addColumn<QString>("rhythmId");
-        for (const Rhythm& rhythm : library_->rhythms())
-            QTest::newRow(qPrintable(rhythm.id)) << rhythm.id;
+        const QList<Rhythm>& rhythms = library_->rhythms();
+        for (qsizetype i = 0; i < rhythms.size(); ++i) {
+            if (isOurs(i))
+                QTest::newRow(qPrintable(rhythms.at(i).id)) << rhythms.at(i).id;
+        }
     }
 
     QTemporaryDir folder_;
+    /// Holds the samples of the bank, which FluidSynth then reads once and not for every mix.
+    SoundfontPlayer samples_{SoundfontPlayer::Mode::Offline};
     std::unique_ptr<InstrumentLibrary> instruments_;
     std::unique_ptr<LoopLibrary> library_;
     std::optional<Balance::Stems> stems_;
@@ -81,6 +114,7 @@ void RenderedLibraryTest::initTestCase()
     QVERIFY(copyFiles(served + "/instruments", folder_.filePath("soundfonts/instruments")));
     QVERIFY(QFile::link(staged + "/soundfonts/velta_bank_gm.sf2",
                         folder_.filePath("soundfonts/velta_bank_gm.sf2")));
+    QVERIFY(samples_.loadGmBank(folder_.filePath("soundfonts/velta_bank_gm.sf2")));
     instruments_ = std::make_unique<InstrumentLibrary>(folder_.filePath("soundfonts"));
     instruments_->loadBuiltinGmInstruments();
     library_ = std::make_unique<LoopLibrary>(folder_.filePath("loops"), instruments_.get());
@@ -140,26 +174,21 @@ void RenderedLibraryTest::sectionsAreAboutAsLoudAsEachOther()
 
 void RenderedLibraryTest::rhythmsAreAboutAsLoudAsEachOther_data()
 {
-    QTest::addColumn<LoopSection>("section");
-    for (const LoopSection section :
-         {LoopSection::Intro, LoopSection::Normal, LoopSection::Intermedio, LoopSection::Final})
-        QTest::newRow(qPrintable(loopSectionToString(section))) << section;
+    addRhythms();
 }
 
 void RenderedLibraryTest::rhythmsAreAboutAsLoudAsEachOther()
 {
-    QFETCH(LoopSection, section);
-    QMap<QString, double> means;
-    for (const auto& [rhythmId, sections] : lufs_.asKeyValueRange())
-        means[rhythmId] = meanOf(sections.value(section));
-    QCOMPARE(means.size(), library_->rhythms().size());
-    const auto [softest, loudest] = std::ranges::minmax(means.values());
-    QVERIFY2(loudest - softest <= kMostSpreadOfRhythmsLu,
-             qPrintable(QString("%1 is %2, %3 is %4 LUFS")
-                            .arg(means.key(softest))
-                            .arg(softest)
-                            .arg(means.key(loudest))
-                            .arg(loudest)));
+    QFETCH(QString, rhythmId);
+    QCOMPARE(lufs_[rhythmId].size(), 4);
+    for (const auto& [section, lufs] : lufs_[rhythmId].asKeyValueRange()) {
+        const double mean = meanOf(lufs);
+        QVERIFY2(std::abs(mean - loudnessOf(section)) <= kMostOffLu,
+                 qPrintable(QString("%1 is %2 LUFS, not about %3")
+                                .arg(loopSectionToString(section))
+                                .arg(mean, 0, 'f', 1)
+                                .arg(loudnessOf(section), 0, 'f', 1)));
+    }
 }
 
 void RenderedLibraryTest::everyLayerIsAsLoudAsItsRole_data()
