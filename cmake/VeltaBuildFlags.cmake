@@ -32,5 +32,7 @@ endif()
 
 find_program(VELTA_CCACHE ccache)
 if(VELTA_CCACHE)
-    set(CMAKE_CXX_COMPILER_LAUNCHER "${VELTA_CCACHE}")
+    # Without leave to do so, ccache keeps nothing that was compiled with precompiled headers.
+    set(CMAKE_CXX_COMPILER_LAUNCHER
+        "${CMAKE_COMMAND}" -E env CCACHE_SLOPPINESS=pch_defines,time_macros "${VELTA_CCACHE}")
 endif()

@@ -1,5 +1,85 @@
 # One static library per folder of src/, one test executable per class, one benchmark per subject.
 
+# What Qt's headers cost is paid once for each kind of code, as precompiled headers: code without a
+# screen, code with sound, and code with widgets; of each, sources and tests. A build without them
+# shows the include that a file lacks.
+option(VELTA_PCH "Precompile the headers of Qt and of the standard library" ON)
+
+# velta_kind(<result> <targets>...): core, sound or widgets, after what these targets link.
+function(velta_kind result)
+    set(kind core)
+    foreach(used IN LISTS ARGN)
+        if(used STREQUAL "Qt6::Widgets")
+            set(kind widgets)
+        elseif(used MATCHES "^Qt6::(Gui|Multimedia)$" AND kind STREQUAL "core")
+            set(kind sound)
+        elseif(used MATCHES "^velta::")
+            get_property(inner GLOBAL PROPERTY VELTA_KIND_${used})
+            if(inner STREQUAL "widgets" OR (inner STREQUAL "sound" AND kind STREQUAL "core"))
+                set(kind ${inner})
+            endif()
+        endif()
+    endforeach()
+    set(${result} ${kind} PARENT_SCOPE)
+endfunction()
+
+# velta_remember_kind(<target> <targets>...): of what kind those are who link this target.
+function(velta_remember_kind target)
+    velta_kind(kind ${ARGN})
+    set_property(GLOBAL PROPERTY VELTA_KIND_${target} ${kind})
+endfunction()
+
+set(VELTA_QT_core Qt6::Core Qt6::Network)
+set(VELTA_QT_sound ${VELTA_QT_core} Qt6::Gui Qt6::Multimedia)
+set(VELTA_QT_widgets ${VELTA_QT_sound} Qt6::Widgets)
+
+set(VELTA_HEADERS_core
+    <algorithm> <cmath> <functional> <limits> <memory> <optional>
+    <QDir> <QFile> <QJsonArray> <QJsonDocument> <QJsonObject> <QList> <QObject> <QPointer>
+    <QString> <QTimer>)
+set(VELTA_HEADERS_widgets
+    <QApplication> <QComboBox> <QDialog> <QGraphicsView> <QLabel> <QLineEdit> <QMainWindow> <QPainter>
+    <QPushButton> <QSpinBox> <QToolButton> <QVBoxLayout>)
+
+# A test is compiled far oftener than its own lines matter for its time: those it tests do.
+set(VELTA_TEST_OPTIONS $<$<CONFIG:RelWithDebInfo>:-O0>)
+
+set(VELTA_NO_CASTS QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH)
+
+# velta_precompile(<target> <kind> [TEST]): gives a target the precompiled headers of its kind. A
+# compiler takes them only where everything is defined as it was for them, so a target links all that
+# its kind links.
+function(velta_precompile target kind)
+    cmake_parse_arguments(PARSE_ARGV 2 ARG "TEST" "" "")
+    if(NOT VELTA_PCH)
+        return()
+    endif()
+    set(name velta_${kind}_headers)
+    if(ARG_TEST)
+        set(name velta_${kind}_test_headers)
+    endif()
+    if(NOT TARGET ${name})
+        file(WRITE "${PROJECT_BINARY_DIR}/${name}.cpp" "")
+        add_library(${name} OBJECT "${PROJECT_BINARY_DIR}/${name}.cpp")
+        set_target_properties(${name} PROPERTIES AUTOMOC OFF)
+        target_link_libraries(${name} PRIVATE velta::flags ${VELTA_QT_${kind}})
+        set(headers ${VELTA_HEADERS_core})
+        if(kind STREQUAL "widgets")
+            list(APPEND headers ${VELTA_HEADERS_widgets})
+        endif()
+        if(ARG_TEST)
+            target_link_libraries(${name} PRIVATE Qt6::Test)
+            target_compile_options(${name} PRIVATE ${VELTA_TEST_OPTIONS})
+            list(APPEND headers <QSignalSpy> <QTemporaryDir> <QTest>)
+        else()
+            target_compile_definitions(${name} PRIVATE ${VELTA_NO_CASTS})
+        endif()
+        target_precompile_headers(${name} PRIVATE ${headers})
+    endif()
+    target_link_libraries(${target} PRIVATE ${VELTA_QT_${kind}})
+    target_precompile_headers(${target} REUSE_FROM ${name})
+endfunction()
+
 # CMake 3.25 with Ninja looks for Q_OBJECT in no header that has come since the last build, as long
 # as the former ones stay as they are. When the list of sources has changed it is made to look anew.
 function(velta_renew_autogen target sources)
@@ -22,11 +102,22 @@ function(velta_module name)
     add_library(velta_${name} STATIC ${sources})
     add_library(velta::${name} ALIAS velta_${name})
     target_include_directories(velta_${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
-    target_compile_definitions(velta_${name} PRIVATE
-        QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH)
+    target_compile_definitions(velta_${name} PRIVATE ${VELTA_NO_CASTS})
     target_link_libraries(velta_${name} PUBLIC velta::flags ${ARG_USES})
+    velta_remember_kind(velta::${name} ${ARG_USES})
+    velta_kind(kind ${ARG_USES})
+    velta_precompile(velta_${name} ${kind})
     velta_renew_autogen(velta_${name} "${sources}")
     set_property(GLOBAL APPEND PROPERTY VELTA_MODULES velta::${name})
+endfunction()
+
+# velta_moc_of_test(<NameTest>): the moc that NameTest.cpp includes. A test has its one class in its
+# one source, so that nobody has to look for it at every build.
+function(velta_moc_of_test name)
+    set_target_properties(${name} PROPERTIES AUTOMOC OFF)
+    qt_generate_moc("${name}.cpp" "${CMAKE_CURRENT_BINARY_DIR}/${name}_moc/${name}.moc" TARGET ${name})
+    target_sources(${name} PRIVATE "${CMAKE_CURRENT_BINARY_DIR}/${name}_moc/${name}.moc")
+    target_include_directories(${name} PRIVATE "${CMAKE_CURRENT_BINARY_DIR}/${name}_moc")
 endfunction()
 
 # velta_test(<NameTest> [CASE <case>] [ONCE] USES <targets>...): NameTest.cpp of this folder as CTest
@@ -43,6 +134,10 @@ function(velta_test name)
     add_executable(${name} "${name}.cpp")
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
     target_link_libraries(${name} PRIVATE velta::flags Qt6::Test ${ARG_USES})
+    velta_kind(kind ${ARG_USES})
+    target_compile_options(${name} PRIVATE ${VELTA_TEST_OPTIONS})
+    velta_precompile(${name} ${kind} TEST)
+    velta_moc_of_test(${name})
     set(results "${PROJECT_BINARY_DIR}/test-results")
     set(home "${PROJECT_BINARY_DIR}/test-home")
     file(MAKE_DIRECTORY "${results}/es_AR" "${home}/run")
@@ -63,6 +158,7 @@ endfunction()
 function(velta_bench name)
     cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "USES")
     add_executable(${name} "${name}.cpp")
+    set_target_properties(${name} PROPERTIES AUTOMOC OFF)
     target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/bench" "${PROJECT_SOURCE_DIR}/tests")
     target_link_libraries(${name} PRIVATE velta::flags benchmark::benchmark ${ARG_USES})
     add_dependencies(${name} stage_resources)
