@@ -3,6 +3,7 @@
 #include "export/ExportError.h"
 #include "export/ExportFile.h"
 #include "export/Mp3Writer.h"
+#include "export/NoteMix.h"
 #include "model/Audibility.h"
 #include "model/Project.h"
 #include "music/Beats.h"
@@ -17,12 +18,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <optional>
 
 namespace {
-
-/// Longest run of one call to the synthesiser.
-constexpr qint64 kRenderBlockFrames = 4096;
 
 /// How much of an export is done when its mix is.
 constexpr double kWavMixShare = 0.95;
@@ -56,34 +55,6 @@ std::optional<Score> scoreOf(const Project& project, const LoopLibrary* library)
     return score;
 }
 
-/// Plays the events, each exactly on its frame, into a stereo buffer. False if the progress is to
-/// stop.
-bool synthesise(const QList<ScheduledEvent>& events, double beatFrames, SoundfontPlayer& player,
-                QList<float>& mix, const ExportProgress& progress)
-{
-    const qint64 total = mix.size() / 2;
-    float* out = mix.data();
-    qint64 done = 0;
-    const auto renderUntil = [&](qint64 frame) {
-        while (done < frame) {
-            if (!goesOn(progress, static_cast<double>(done) / static_cast<double>(total)))
-                return false;
-            const qint64 count = std::min(frame - done, kRenderBlockFrames);
-            player.renderFloat(out + 2 * done, static_cast<int>(count));
-            done += count;
-        }
-        return true;
-    };
-    for (const ScheduledEvent& event : events) {
-        if (!renderUntil(std::min(wholeFrames(event.beat * beatFrames), total)))
-            return false;
-        if (done >= total)
-            break;
-        Schedule::perform(event, player);
-    }
-    return renderUntil(total);
-}
-
 QString tooLong()
 {
     return AudioExporter::tr("La obra es demasiado larga para exportarla.");
@@ -108,19 +79,23 @@ QList<float> renderNotes(const Project& project, const LoopLibrary* library,
                          InstrumentLibrary* instruments, const QString& gmBankPath, QString* error,
                          const ExportProgress& progress)
 {
-    SoundfontPlayer player(SoundfontPlayer::Mode::Offline);
-    if (!player.hasSynth()) {
+    const auto synthesiser = [&] {
+        auto player = std::make_unique<SoundfontPlayer>(SoundfontPlayer::Mode::Offline);
+        player->loadGmBank(gmBankPath);
+        prepareChannels(project, instruments, *player);
+        return player;
+    };
+    const auto player = synthesiser();
+    if (!player->hasSynth()) {
         setError(error, AudioExporter::tr("No pude inicializar FluidSynth."));
         return {};
     }
-    player.loadGmBank(gmBankPath);
-    prepareChannels(project, instruments, player);
     const auto score = scoreOf(project, library);
     const double beatFrames = framesPerBeat(project.bpm);
     QList<float> mix = score ? silentMix(score->end, beatFrames) : QList<float>();
     if (mix.isEmpty())
         setError(error, tooLong());
-    else if (!synthesise(score->events, beatFrames, player, mix, progress))
+    else if (!NoteMix::write(score->events, beatFrames, *player, synthesiser, mix, progress))
         mix.clear();
     return mix;
 }

@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <sched.h>
 #include <sys/resource.h>
 #include <utility>
 
@@ -49,6 +50,20 @@ std::unique_ptr<Project> quickSong(const QList<Track>& tracks, const HarmonyTrac
 Track notesTrack(const QList<NoteEvent>& notes, const QString& instrumentId = "gm_piano")
 {
     return straight(melodyTrack({melody(notes)}, instrumentId));
+}
+
+/// Four tracks of so many notes each, four to the beat.
+std::unique_ptr<Project> denseSong(int notes)
+{
+    QList<Track> tracks;
+    for (int track = 0; track < 4; ++track) {
+        QList<NoteEvent> line;
+        for (int i = 0; i < notes; ++i)
+            line.append(note(48 + 7 * track + i % 5, 0.25 * i, 0.2, 60 + i % 40));
+        tracks.append(notesTrack(line));
+        tracks.last().melodyBlocks[0].durationBeats = 0.25 * notes;
+    }
+    return quickSong(tracks);
 }
 
 float peak(const QList<float>& samples)
@@ -256,6 +271,30 @@ private:
     rlimit before_{};
 };
 
+/// While it lives, all that starts runs on one core.
+class OneCore {
+public:
+    OneCore()
+    {
+        sched_getaffinity(0, sizeof(before_), &before_);
+        int core = 0;
+        while (!CPU_ISSET(core, &before_))
+            ++core;
+        cpu_set_t one;
+        CPU_ZERO(&one);
+        CPU_SET(core, &one);
+        sched_setaffinity(0, sizeof(one), &one);
+    }
+
+    ~OneCore() { sched_setaffinity(0, sizeof(before_), &before_); }
+
+    OneCore(const OneCore&) = delete;
+    OneCore& operator=(const OneCore&) = delete;
+
+private:
+    cpu_set_t before_;
+};
+
 /// How a file is exported: AudioExporter::exportWav() or exportMp3().
 using Export = bool (*)(const Project&, const QString&, const LoopLibrary*, InstrumentLibrary*,
                         const QString&, const QString&, QString*, const ExportProgress&);
@@ -308,6 +347,10 @@ private slots:
     void repeatedNotesAreAllHeard();
     void sumAboveFullScaleIsClipped();
     void equalSongsGiveEqualMixes();
+    void fewNotesArePlayedByOneSynthesiser();
+    void manyNotesAreSharedByTwo();
+    void sharedNotesDoNotDependOnTheMachine();
+    void stoppedExportOfManyNotesEnds();
     void synthesiserEndsWithTheExport();
 
     void voiceIsAddedToTheNotes();
@@ -784,6 +827,50 @@ void AudioExporterTest::equalSongsGiveEqualMixes()
     const QList<float> first = mixed(*song);
     QVERIFY(peak(first) > 0.01F);
     QVERIFY(mixed(*song) == first);
+}
+
+void AudioExporterTest::fewNotesArePlayedByOneSynthesiser()
+{
+    QVERIFY(!mixed(*denseSong(300)).isEmpty());
+    QCOMPARE(FluidSpy::calls({"new_synth"}).size(), 1);
+}
+
+void AudioExporterTest::manyNotesAreSharedByTwo()
+{
+    const auto song = denseSong(600);
+    const QList<float> mix = mixed(*song);
+    QCOMPARE(FluidSpy::calls({"new_synth"}).size(), 2);
+    QCOMPARE(FluidSpy::calls({"noteon"}).size(), 4 * 600);
+    QCOMPARE(FluidSpy::calls({"delete_synth"}).size(), 2);
+
+    QList<float> off = bareMix(*song, &files_.library(), bank().toUtf8());
+    QCOMPARE(mix.size(), off.size());
+    std::ranges::transform(off, mix, off.begin(), std::minus());
+    // What a voice of the library played before leaves a trace in what it plays next.
+    QVERIFY(Tones::rms(mix) > 0.01);
+    QVERIFY(Tones::rms(off) < 0.003 * Tones::rms(mix));
+}
+
+void AudioExporterTest::sharedNotesDoNotDependOnTheMachine()
+{
+    const auto song = denseSong(600);
+    const QList<float> first = mixed(*song);
+    for (int i = 0; i < 3; ++i)
+        QVERIFY(mixed(*song) == first);
+    const OneCore pinned;
+    for (int i = 0; i < 3; ++i)
+        QVERIFY(mixed(*song) == first);
+}
+
+void AudioExporterTest::stoppedExportOfManyNotesEnds()
+{
+    for (const double end : {0.0, 0.3, 0.9}) {
+        QVERIFY(AudioExporter::renderFullMix(*denseSong(600), {}, nullptr, &files_.instruments(),
+                                             bank(), nullptr,
+                                             [end](double done) { return done < end; })
+                    .isEmpty());
+        QCOMPARE(FluidSpy::calls({"new_synth"}).size(), FluidSpy::calls({"delete_synth"}).size());
+    }
 }
 
 void AudioExporterTest::synthesiserEndsWithTheExport()

@@ -3,6 +3,7 @@
 #include <fluidsynth.h>
 
 #include <dlfcn.h>
+#include <mutex>
 
 namespace {
 
@@ -20,6 +21,13 @@ State& state()
     return instance;
 }
 
+/// Synthesisers may play on threads of their own.
+std::mutex& mutex()
+{
+    static std::mutex instance;
+    return instance;
+}
+
 /// Stands for a driver that never asks for sound; only its address is used.
 char standingDriver;
 
@@ -33,6 +41,7 @@ public:
             return;
         QStringList words{QString::fromLatin1(function)};
         (words.append(word(arguments)), ...);
+        const std::lock_guard lock(mutex());
         state().calls.append({.text = words.join(u' '), .frame = state().frames});
     }
 
@@ -50,7 +59,7 @@ private:
 
     static QString word(double number) { return QString::number(number); }
 
-    static inline int depth_ = 0;
+    static inline thread_local int depth_ = 0;
 };
 
 template <typename Function>
@@ -231,7 +240,9 @@ int fluid_synth_write_float(fluid_synth_t* synth, int frames, void* left, int le
     static auto* const pass = library<decltype(fluid_synth_write_float)>("fluid_synth_write_float");
     const Recorded call("write_float", frames, leftOffset, leftStep, rightOffset, rightStep,
                         left == right ? "together" : "apart");
-    if (call.outermost())
+    if (call.outermost()) {
+        const std::lock_guard lock(mutex());
         state().frames += frames;
+    }
     return pass(synth, frames, left, leftOffset, leftStep, right, rightOffset, rightStep);
 }
