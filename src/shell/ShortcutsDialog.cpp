@@ -11,7 +11,8 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr QSize kInitialSize(520, 560);
+/// Wide enough for the longest row of both columns.
+constexpr QSize kInitialSize(760, 560);
 
 /// As the platform calls them in the user's language.
 QString nativeText(const QList<QKeySequence>& keys)
@@ -49,9 +50,7 @@ ShortcutsDialog::ShortcutsDialog(const QMenuBar& menus, QWidget* parent)
     addMenus(menus);
     addEditors();
     list_->expandAll();
-    list_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
-    list_->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
-    list_->header()->setStretchLastSection(false);
+    list_->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

@@ -35,12 +35,14 @@ inline QList<QWidget*> controlsOf(const QWidget& window)
             qobject_cast<QLineEdit*>(widget) || qobject_cast<QSlider*>(widget) ||
             qobject_cast<QAbstractItemView*>(widget);
         if (isControl && widget->isVisible() &&
-            !qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) && widget->window() == &window)
+            !qobject_cast<QAbstractSpinBox*>(widget->parentWidget()) &&
+            widget->window() == window.window())
             found.append(widget);
     }
     return found;
 }
 
+/// In its window.
 inline QRect placeOf(const QWidget& widget)
 {
     return {widget.mapTo(widget.window(), QPoint()), widget.size()};
