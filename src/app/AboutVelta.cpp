@@ -30,7 +30,8 @@ Uso: velta [opción]
 
 Variables de entorno:
 
-  VELTA_CONTENT_URL     Dirección del servidor de ritmos; si no, http://127.0.0.1:8765
+  VELTA_CONTENT_URL     Dirección del servidor de ritmos; si no, la que diga
+                        /etc/velta/velta.conf; si no, http://127.0.0.1:8765
 )"_s;
 }
 

@@ -1,7 +1,9 @@
 #include "content/ContentCatalog.h"
 
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
+#include <QSettings>
 #include <QTimer>
 
 #include <algorithm>
@@ -15,6 +17,18 @@ qint64 wholeBytes(double bytes)
 {
     constexpr double kMost = 9.0e18;
     return static_cast<qint64>(std::clamp(bytes, -kMost, kMost));
+}
+
+/// The address of the server in the settings of a computer, or the usual one.
+QString addressIn(const QString& settingsPath)
+{
+    const QString usual = u"http://127.0.0.1:8765"_s;
+    // Opening a pipe may block for ever.
+    if (!QFileInfo(settingsPath).isFile())
+        return usual;
+    const QSettings settings(settingsPath, QSettings::IniFormat);
+    // A comma makes a list of what was written.
+    return settings.value("VELTA_CONTENT_URL"_L1, usual).toStringList().join(u',');
 }
 
 QStringList readStrings(const QJsonArray& array)
@@ -57,9 +71,9 @@ ContentCatalog::ContentCatalog(const QUrl& baseUrl, QObject* parent,
       network_(new QNetworkAccessManager(this))
 {}
 
-QUrl ContentCatalog::urlFromEnvironment()
+QUrl ContentCatalog::urlFromEnvironment(const QString& settingsPath)
 {
-    return QUrl(qEnvironmentVariable("VELTA_CONTENT_URL", u"http://127.0.0.1:8765"_s));
+    return QUrl(qEnvironmentVariable("VELTA_CONTENT_URL", addressIn(settingsPath)));
 }
 
 QList<CatalogEntry> ContentCatalog::parse(const QJsonObject& json)

@@ -4,6 +4,7 @@
 
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QLatin1StringView>
 #include <QList>
 #include <QObject>
 #include <QStringList>
@@ -40,9 +41,14 @@ public:
     explicit ContentCatalog(const QUrl& baseUrl, QObject* parent = nullptr,
                             std::chrono::milliseconds patience = ContentServer::kPatience);
 
-    /// The address that VELTA_CONTENT_URL names, invalid if it is empty; a server on this computer
-    /// if it is not set.
-    static QUrl urlFromEnvironment();
+    /// What an administrator sets for everybody on a computer: lines of NAME=value, ";" opens a
+    /// comment.
+    static constexpr QLatin1StringView kSettingsPath{"/etc/velta/velta.conf"};
+
+    /// The address that the environment variable VELTA_CONTENT_URL names, or if it is not set the
+    /// settings under that name; invalid if it is empty there. A server on this computer if neither
+    /// says any.
+    static QUrl urlFromEnvironment(const QString& settingsPath = kSettingsPath);
 
     /// The entries of a catalogue in the order of the file. Those without a rhythm id are dropped.
     static QList<CatalogEntry> parse(const QJsonObject& json);

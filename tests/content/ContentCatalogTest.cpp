@@ -2,11 +2,13 @@
 
 #include "content/ContentHost.h"
 #include "support/Await.h"
+#include "support/Files.h"
 #include "support/JsonEdit.h"
 
 #include <QNetworkAccessManager>
 #include <QRegularExpression>
 #include <QSignalSpy>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <limits>
@@ -73,6 +75,9 @@ private slots:
     void init();
     void cleanup();
     void theAddressComesFromTheEnvironment();
+    void theAddressIsSetOnceForAComputer_data();
+    void theAddressIsSetOnceForAComputer();
+    void settingsThatAreNoFileSetNothing();
     void anEntryReadsAllItsFields();
     void missingAndMistypedFieldsTakeDefaults_data();
     void missingAndMistypedFieldsTakeDefaults();
@@ -114,11 +119,48 @@ void ContentCatalogTest::cleanup()
 void ContentCatalogTest::theAddressComesFromTheEnvironment()
 {
     qunsetenv("VELTA_CONTENT_URL");
-    QCOMPARE(ContentCatalog::urlFromEnvironment(), QUrl("http://127.0.0.1:8765"));
+    QCOMPARE(ContentCatalog::urlFromEnvironment(QString()), QUrl("http://127.0.0.1:8765"));
     qputenv("VELTA_CONTENT_URL", "https://content.invalid/velta");
     QCOMPARE(ContentCatalog::urlFromEnvironment(), QUrl("https://content.invalid/velta"));
     qputenv("VELTA_CONTENT_URL", "");
     QVERIFY(!ContentCatalog::urlFromEnvironment().isValid());
+}
+
+void ContentCatalogTest::theAddressIsSetOnceForAComputer_data()
+{
+    QTest::addColumn<QByteArray>("written");
+    QTest::addColumn<QUrl>("address");
+    const QUrl usual("http://127.0.0.1:8765");
+    QTest::newRow("an address") << QByteArray("; el aula\nVELTA_CONTENT_URL=http://10.0.0.5:80/v\n")
+                                << QUrl("http://10.0.0.5:80/v");
+    QTest::newRow("blanks and another end of line")
+        << QByteArray("\r\nVELTA_CONTENT_URL = http://aula\r\n") << QUrl("http://aula");
+    QTest::newRow("a comma") << QByteArray("VELTA_CONTENT_URL=http://aula/a,b\n")
+                             << QUrl("http://aula/a,b");
+    QTest::newRow("nothing behind the name") << QByteArray("VELTA_CONTENT_URL=\n") << QUrl();
+    QTest::newRow("another name") << QByteArray("OTRA=http://aula\n") << usual;
+    QTest::newRow("an empty file") << QByteArray() << usual;
+    QTest::newRow("no settings") << QByteArray("\xff\xfe\0[\n=\n\n]", 9) << usual;
+}
+
+void ContentCatalogTest::theAddressIsSetOnceForAComputer()
+{
+    QFETCH(QByteArray, written);
+    QFETCH(QUrl, address);
+    const QTemporaryDir folder;
+    const QString path = folder.filePath("velta.conf");
+    QVERIFY(writeBytes(path, written));
+    QCOMPARE(ContentCatalog::urlFromEnvironment(path), address);
+    qputenv("VELTA_CONTENT_URL", "http://mine");
+    QCOMPARE(ContentCatalog::urlFromEnvironment(path), QUrl("http://mine"));
+}
+
+void ContentCatalogTest::settingsThatAreNoFileSetNothing()
+{
+    const QTemporaryDir folder;
+    const QUrl usual("http://127.0.0.1:8765");
+    QCOMPARE(ContentCatalog::urlFromEnvironment(folder.path()), usual);
+    QCOMPARE(ContentCatalog::urlFromEnvironment(folder.filePath("velta.conf")), usual);
 }
 
 void ContentCatalogTest::anEntryReadsAllItsFields()

@@ -242,7 +242,7 @@ class Commands(TestCase):
 
     def test_help_lists_the_commands(self):
         done = run("--help")
-        self.assertEqual((done.returncode, done.stderr, len(done.stdout.splitlines())), (0, "", 7))
+        self.assertEqual((done.returncode, done.stderr, len(done.stdout.splitlines())), (0, "", 8))
 
 
 class OneBroken(TestCase):

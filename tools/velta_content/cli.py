@@ -14,6 +14,7 @@ from .picture import picture
 from .problems import Kind, SourceError
 from .reader import identifier_of
 from .server import build_draft, build_server, refuse_own_banks
+from .serving import PORT, port_of, serve
 from .sources import SUFFIX, Checkout, load, problems_of
 from .template import METERS, template
 
@@ -24,6 +25,7 @@ velta-content compile                              compila los ritmos que vienen
 velta-content picture carpeta [archivo.ritmo...]   los dibuja en archivos SVG
 velta-content sonidos                              nombra los golpes de percusión, en JSON
 velta-content build-server carpeta                 arma la carpeta del servidor de contenidos
+velta-content serve carpeta [--port puerto]        la sirve a las computadoras del aula
 velta-content borrador carpeta archivo.ritmo       arma una biblioteca de un solo ritmo, aunque le falte
 """
 
@@ -129,6 +131,18 @@ def _build_server(paths: list[Path]) -> int:
     return 0 if len(finished) == len(rhythms) else 1
 
 
+def _serve(words: list[Path]) -> int:
+    folder, *option = (str(word) for word in words)
+    port = PORT
+    if option:
+        name, _, value = "=".join(option).partition("=")
+        if name != "--port":
+            raise SourceError(f"no conozco la opción «{name}»; hay --port")
+        port = port_of(value)
+    serve(Path(folder), port)
+    return 0
+
+
 def _sounds(_: list[Path]) -> int:
     keys = range(music.LOWEST_DRUM, music.HIGHEST_DRUM + 1)
     print(json.dumps({str(key): music.drum_name(key) for key in keys}, indent=1))
@@ -153,6 +167,7 @@ _COMMANDS: dict[str, tuple[Callable[[list[Path]], int], int, int]] = {
     "compile": (_compile, 0, 0),
     "picture": (_picture, 1, 1000),
     "build-server": (_build_server, 1, 1),
+    "serve": (_serve, 1, 3),
     "sonidos": (_sounds, 0, 0),
     "borrador": (_draft, 2, 2),
 }
