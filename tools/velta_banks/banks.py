@@ -7,6 +7,7 @@ from itertools import groupby
 from velta_banks import acordeon, bandoneon, bombo, charango, guitarra, quena
 from velta_banks.bombo import Strike
 from velta_banks.levels import Curve, at_level, loop_at_level, on_curve
+from velta_banks.measure import struck
 from velta_banks.sf2 import Recording, Shade, Zone, write_bank
 from velta_banks.shading import lost, shades
 from velta_banks.units import Samples
@@ -125,17 +126,40 @@ _NOISE_RELEASE = 20.0
 _NOISE_ROOT = 60
 
 
-def _noise_takes(name: str, noise: Noise, played: float) -> dict[bool, list[Recording]]:
-    return {hard: [_recording(f"{name} {take + 1}", _NOISE_ROOT, hard,
-                              at_level(noise(take, hard), _layer_level(played, hard)), None)
+#: A recording of a noise, and its shade.
+Take = tuple[Recording, Shade | None]
+
+#: The key of the bombo's skin, about.
+_SKIN_KEY = 39.0
+
+def _noise_takes(name: str, noise: Noise, played: float) -> dict[bool, list[Take]]:
+    return {hard: [(_recording(f"{name} {take + 1}", _NOISE_ROOT, hard,
+                               at_level(noise(take, hard), _layer_level(played, hard)), None), None)
                    for take in range(_TAKES)] for hard in _LAYERS}
 
 
-def _noise_zones(takes: dict[bool, list[Recording]], keys: tuple[int, int],
+def _skin_takes(name: str, skin: Noise, played: float) -> dict[bool, list[Take]]:
+    """As of a noise, but shaded: a hide brightens with the stroke, and evenly so."""
+    takes: dict[bool, list[Take]] = {hard: [] for hard in _LAYERS}
+    for take in range(_TAKES):
+        made = {hard: skin(take, hard) for hard in _LAYERS}
+        shaded = shades(struck(made[False]), struck(made[True]), _SKIN_KEY, SOFT_TOP + 1)
+        levels = _played(made[False], made[True], shaded, played)
+        for hard, shade in zip(_LAYERS, shaded):
+            takes[hard].append((_recording(f"{name} {take + 1}", _NOISE_ROOT, hard,
+                                           at_level(made[hard], levels[hard]), None), shade))
+    return takes
+
+
+def _noise_zones(takes: dict[bool, list[Take]], keys: tuple[int, int],
                  semitones: int) -> list[Zone]:
-    return [Zone(takes[hard][take], keys, band, _NOISE_RELEASE, noise_semitones=semitones)
-            for hard, velocities in _LAYERS.items()
-            for take, band in take_bands(_TAKES, velocities)]
+    zones = []
+    for hard, velocities in _LAYERS.items():
+        for take, band in take_bands(_TAKES, velocities):
+            recording, shade = takes[hard][take]
+            zones.append(Zone(recording, keys, band, _NOISE_RELEASE, shade,
+                              noise_semitones=semitones))
+    return zones
 
 
 #: Keys under the guitar's lowest string, which no note of a string needs. A chord and a key move
@@ -184,9 +208,10 @@ _CHIFF_LEVELS = {False: -53.0, True: -45.0}
 def _chiffs() -> list[Zone]:
     zones: list[Zone] = []
     for root, keys in zip(_CHIFF_ROOTS, key_ranges(_CHIFF_ROOTS)):
-        takes = {hard: [_recording(f"soplo {take + 1}", root, hard,
-                                   at_level(quena.chiff(root, take, hard), level), None)
-                        for take in range(_TAKES)] for hard, level in _CHIFF_LEVELS.items()}
+        takes: dict[bool, list[Take]] = {
+            hard: [(_recording(f"soplo {take + 1}", root, hard,
+                               at_level(quena.chiff(root, take, hard), level), None), None)
+                   for take in range(_TAKES)] for hard, level in _CHIFF_LEVELS.items()}
         zones += _noise_zones(takes, keys, 0)
     return zones
 
@@ -196,6 +221,8 @@ def _quena() -> list[Zone]:
     return [replace(zone, vibrato=quena.VIBRATO) for zone in tones] + _chiffs()
 
 
+_RIM = "aro"
+
 #: How each sound of the bombo is struck, by take and hard or not, and its level at velocity 100.
 _STROKES: dict[str, tuple[Noise, float]] = {
     "parche": (lambda take, hard: bombo.skin(Strike(hard, take=take)), -28.2),
@@ -203,7 +230,7 @@ _STROKES: dict[str, tuple[Noise, float]] = {
         Strike(hard, fall=1.0, lowest_hz=bombo.LARGE_SKIN_HZ, take=take)), -31.6),
     "borde": (lambda take, hard: bombo.skin(Strike(hard, edge=1.0, fall=1.0, take=take)), -32.0),
     "apagado": (lambda take, hard: bombo.skin(Strike(hard, edge=0.6, fall=0.3, take=take)), -35.0),
-    "aro": (bombo.rim, -37.3),
+    _RIM: (bombo.rim, -37.3),
 }
 
 #: Keys of the General MIDI drum kit that are drums: the sound of the bombo for each, and the
@@ -226,11 +253,11 @@ def drum_sound(key: int) -> tuple[str, int]:
     """What the bombo plays on a key, and by how many semitones it is moved."""
     if key in _DRUM_KEYS:
         return _DRUM_KEYS[key]
-    return ("parche", 0) if key < _LOWEST_RIM else ("aro", _RIM_KEYS.get(key, 0))
+    return ("parche", 0) if key < _LOWEST_RIM else (_RIM, _RIM_KEYS.get(key, 0))
 
 
 def _bombo() -> list[Zone]:
-    takes = {name: _noise_takes(name, stroke, played)
+    takes = {name: (_noise_takes if name == _RIM else _skin_takes)(name, stroke, played)
              for name, (stroke, played) in _STROKES.items()}
     zones: list[Zone] = []
     for (name, semitones), alike in groupby(range(_HIGHEST_KEY + 1), drum_sound):

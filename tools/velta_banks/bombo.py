@@ -90,13 +90,13 @@ def rim(take: int, hard: bool) -> Samples:
     """A stroke with the stick's wood on the rim; the skin answers from far."""
     count = round(0.45 * RATE)
     chance = dice(61, int(hard), take)
-    darker = 1.0 if hard else 0.8
+    darker = 1.0 if hard else 0.92
     modes = [(hz, fall, amplitude * darker**number * _elsewhere(chance))
              for number, (hz, fall, amplitude) in enumerate(_RIM_MODES)]
     wood = ringing(count, modes)
     wood /= float(np.max(np.abs(wood)))
-    tick = coloured_noise(chance, count, band(count, 1500.0, 9000.0 if hard else 5000.0))
-    tick *= (0.5 if hard else 0.25) * np.exp(-seconds(count) / 0.004)
+    tick = coloured_noise(chance, count, band(count, 1500.0, 9000.0 if hard else 7000.0))
+    tick *= (0.5 if hard else 0.38) * np.exp(-seconds(count) / 0.004)
     answer = ringing(count, [(SKIN_HZ * 1.34, 0.35, 0.02), (SKIN_HZ * 2.33, 0.25, 0.03)])
     # Hard strokes sound more of their wood.
     answer *= 0.5 if hard else 1.0

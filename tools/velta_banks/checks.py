@@ -9,8 +9,8 @@ from velta_banks.banks import BANKS, SOFT_TOP, Bank
 from velta_banks.fluid import Player
 from velta_banks.levels import level
 from velta_banks.measure import (centroid, drop, offset, pitch_error, roughest_moment,
-                                 steepest_fall)
-from velta_banks.units import RATE, key_hz
+                                 steepest_fall, struck)
+from velta_banks.units import RATE, Samples, key_hz
 
 MAX_BYTES = 4_000_000
 MAX_CENTS = 5.0
@@ -66,14 +66,19 @@ def _loudness(bank: Bank, player: Player) -> Findings:
             yield f"key {key}: the layers are {levels[3] - levels[2]:+.1f} dB apart"
 
 
+def _meeting_colour(bank: Bank, sound: Samples) -> float:
+    return centroid(sound if bank.pitched else struck(sound))
+
+
 def _colour(bank: Bank, player: Player) -> Findings:
     """Louder is brighter, and evenly so: no layer and no recording stands out from the next."""
     for key in bank.working:
-        soft, under, over, loud = (centroid(player.note(key, velocity, 0.3)) for velocity in
-                                   (SOFT, SOFT_TOP, SOFT_TOP + 1, LOUD))
+        soft, loud = (centroid(player.note(key, velocity, 0.3)) for velocity in (SOFT, LOUD))
         if loud < MIN_BRIGHTENING * soft:
             yield f"key {key}: a loud note is no brighter, {soft:.0f} and {loud:.0f} Hz"
-        if bank.pitched and not 1.0 - MAX_SEAM < over / under < 1.0 + MAX_SEAM:
+        under, over = (_meeting_colour(bank, player.note(key, velocity, 0.3))
+                       for velocity in (SOFT_TOP, SOFT_TOP + 1))
+        if not 1.0 - MAX_SEAM < over / under < 1.0 + MAX_SEAM:
             yield f"key {key}: the layers differ in colour, {under:.0f} and {over:.0f} Hz"
 
 

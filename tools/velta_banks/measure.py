@@ -50,6 +50,16 @@ def centroid_of(frequencies: Samples, lines: Samples) -> float:
     return float(np.sum(frequencies * lines) / max(float(np.sum(lines)), 1e-30))
 
 
+#: Seconds of silence before a stroke whose colour is measured: the window is widest open behind so
+#: many, and a stroke is brightest where it starts.
+_BEFORE_STROKE = 0.15
+
+
+def struck(samples: Samples) -> Samples:
+    """A stroke with so much silence before it that its start counts for its colour."""
+    return np.concatenate([np.zeros(round(_BEFORE_STROKE * RATE)), samples])
+
+
 def centroid(samples: Samples) -> float:
     """The centre of the spectrum of the samples, in Hz."""
     return centroid_of(*power(samples))
