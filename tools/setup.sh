@@ -9,7 +9,8 @@ build_packages=(
     fluid-soundfont-gm
 )
 
-# What the window needs on top of it: glyphs for the symbols on its buttons.
+# What the window needs on top of it, and its pictures in the tests: glyphs for the symbols on its
+# buttons.
 window_packages=(
     fonts-dejavu-core fonts-symbola fonts-droid-fallback
 )

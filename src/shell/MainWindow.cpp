@@ -12,6 +12,7 @@
 #include "playback/PlaybackEngine.h"
 #include "playback/SoundfontPlayer.h"
 #include "shell/EditorFocus.h"
+#include "shell/FirstSteps.h"
 #include "shell/FittingArea.h"
 #include "shell/FocusRing.h"
 #include "shell/FocusedControl.h"
@@ -31,6 +32,7 @@
 #include <QAction>
 #include <QCoreApplication>
 #include <QDir>
+#include <QGraphicsView>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QScrollArea>
@@ -170,6 +172,15 @@ QWidget* MainWindow::buildEditors()
     new FocusRing(pianoRoll_);
     new FocusRing(arranger_);
     editorFocus_ = new EditorFocus({pianoRoll_, arranger_}, this);
+
+    firstSteps_ = {new FirstSteps({tr("Click en la grilla: una nota."),
+                                   tr("Más arriba es más agudo; más a la derecha, más tarde."),
+                                   tr("Click derecho la borra.")},
+                                  pianoRoll_->findChild<QGraphicsView*>()),
+                   new FirstSteps({tr("Click en la fila «Acordes»: un acorde."),
+                                   tr("Arrastrá un número del acompañamiento hasta acá: un ritmo."),
+                                   tr("Espacio: escuchar la canción.")},
+                                  arranger_->findChild<QGraphicsView*>())};
     return editors;
 }
 
@@ -294,6 +305,8 @@ void MainWindow::adoptProject()
     syncSelectionToViews();
     stackedWidget_->setCurrentIndex(0);
     showProjectName();
+    showFirstSteps();
+    connect(project_, &Project::changed, this, &MainWindow::showFirstSteps, Qt::UniqueConnection);
     // A new song begins with notes.
     pianoRoll_->setFocus(Qt::OtherFocusReason);
     // What the views add to a work that they show is no change of its user's.
@@ -335,6 +348,12 @@ void MainWindow::openMelodyBlock(int track, int block)
 void MainWindow::showProjectName()
 {
     setWindowTitle(tr("Velta — %1").arg(plainTitle(project_->name)));
+}
+
+void MainWindow::showFirstSteps()
+{
+    for (FirstSteps* steps : firstSteps_)
+        steps->setTold(!projectHasContent());
 }
 
 void MainWindow::snapshotAndRefresh()

@@ -14,6 +14,7 @@ class AudioRecorder;
 class ContentCatalog;
 class ContentDownloadManager;
 class EditorFocus;
+class FirstSteps;
 class InstalledContentRegistry;
 class InstrumentLibrary;
 class LoopBrowser;
@@ -175,8 +176,11 @@ private:
     void buildViewMenu();
     void buildPlaybackMenu();
     void buildOwnMenu();
+    void buildHelpMenu();
     QAction* makePlaybackAction();
+    void showGuide();
     void showShortcuts();
+    void showAbout();
 
     /// Gives the keys to the next of the window's areas, or the one before it for -1.
     void changeArea(int step);
@@ -202,6 +206,9 @@ private:
 
     void openMelodyBlock(int track, int block);
     void showProjectName();
+
+    /// An empty work says how it begins.
+    void showFirstSteps();
     void updateSubdivisionMenu();
     void updateThemeButton(bool dark);
     void updateTitleBar(bool dark);
@@ -339,6 +346,8 @@ private:
     QMenu* recentMenu_ = nullptr;
     QMenu* subdivisionMenu_ = nullptr;
     QLabel* hint_ = nullptr;
+    /// Over the roll and over the arranger.
+    QList<FirstSteps*> firstSteps_;
     /// In the place of the hint during a take.
     QLabel* takeNotice_ = nullptr;
     QPushButton* themeButton_ = nullptr;
