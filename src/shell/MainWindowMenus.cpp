@@ -4,7 +4,6 @@
 #include "shell/GridLevelNames.h"
 #include "shell/LoopBrowser.h"
 #include "shell/MainWindow.h"
-#include "shell/ShortcutsDialog.h"
 #include "shell/TransportControls.h"
 #include "shell/controls/PlainText.h"
 #include "shell/theme/ThemeManager.h"
@@ -45,6 +44,7 @@ void MainWindow::buildMenus()
     buildViewMenu();
     buildPlaybackMenu();
     buildOwnMenu();
+    buildHelpMenu();
 }
 
 void MainWindow::buildFileMenu()
@@ -133,14 +133,6 @@ void MainWindow::buildOwnMenu()
     menu->addSeparator();
     menu->addAction(tr("Área siguiente"), Qt::Key_F6, this, [this] { changeArea(1); });
     menu->addAction(tr("Área anterior"), Qt::SHIFT | Qt::Key_F6, this, [this] { changeArea(-1); });
-    menu->addSeparator();
-    menu->addAction(tr("Atajos de teclado"), this, &MainWindow::showShortcuts);
-}
-
-void MainWindow::showShortcuts()
-{
-    ShortcutsDialog dialog(*menuBar(), this);
-    prompts_.run(dialog);
 }
 
 void MainWindow::changeArea(int step)

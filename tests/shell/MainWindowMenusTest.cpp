@@ -65,6 +65,7 @@ private slots:
     void theKeysOfAreasGoRound();
     void theListOfKeysIsThatOfTheMenus();
     void noShortcutStandsTwice();
+    void aGuideThatIsMissingIsToldOf();
     void undoAndRedoStartDisabled();
     void entriesDoWhatTheySay_data();
     void entriesDoWhatTheySay();
@@ -128,7 +129,8 @@ void MainWindowMenusTest::theMenusStandInTheirOrder()
     QStringList titles;
     for (const QAction* action : stage_->window().menuBar()->actions())
         titles.append(action->text());
-    QCOMPARE(titles, (QStringList{"&Archivo", "&Edición", "&Ver", "&Reproducción", "Ve&lta"}));
+    QCOMPARE(titles,
+             (QStringList{"&Archivo", "&Edición", "&Ver", "&Reproducción", "Ve&lta", "A&yuda"}));
 }
 
 void MainWindowMenusTest::menusHoldTheirEntries_data()
@@ -154,9 +156,12 @@ void MainWindowMenusTest::menusHoldTheirEntries_data()
     QTest::newRow("Reproducción") << "&Reproducción"
                                   << QStringList{"Reproducir/Pausar", "Detener", "Repetir",
                                                  "Metrónomo",         "-",       "Grabar voz"};
-    QTest::newRow("Velta") << "Ve&lta" << QStringList{"Agregar velta",    "Quitar velta",  "-",
-                                                      "Área siguiente",   "Área anterior", "-",
-                                                      "Atajos de teclado"};
+    QTest::newRow("Velta") << "Ve&lta"
+                           << QStringList{"Agregar velta", "Quitar velta", "-", "Área siguiente",
+                                          "Área anterior"};
+    QTest::newRow("Ayuda") << "A&yuda"
+                           << QStringList{"Guía de Velta", "Atajos de teclado", "-",
+                                          "Acerca de Velta…"};
     QTest::newRow("Qué marca la grilla")
         << "Qué marca la grilla"
         << QStringList{"Pulso (el pie)", "División binaria (de a 2)", "Subdivisión (de a 4)"};
@@ -196,7 +201,7 @@ void MainWindowMenusTest::otherEntriesHaveNoShortcut_data()
 {
     QTest::addColumn<QString>("entry");
     for (const char* entry : {"Pulso (el pie)", "División binaria (de a 2)", "Subdivisión (de a 4)",
-                              "Atajos de teclado"})
+                              "Atajos de teclado", "Acerca de Velta…"})
         QTest::newRow(entry) << QString(entry);
 }
 
@@ -353,6 +358,14 @@ void MainWindowMenusTest::noShortcutStandsTwice()
         }
     }
     QVERIFY(seen.size() >= 8);
+}
+
+void MainWindowMenusTest::aGuideThatIsMissingIsToldOf()
+{
+    stage_->choose("Guía de Velta");
+    QCOMPARE(stage_->prompts().calls(),
+             QStringList{"warn | Guía de Velta | No pude abrir la guía. Está en este archivo:\n" +
+                         MainWindow::resourcesDir() + "/guia/index.html"});
 }
 
 void MainWindowMenusTest::undoAndRedoStartDisabled()
