@@ -298,8 +298,6 @@ void TrackHeaderPanel::fillCommonRows(const AnyTrack& track)
 {
     typedOver_.reset();
     name_->setText(track.name);
-    // A long name is told by its start.
-    name_->setCursorPosition(0);
     volume_->setValue(percentOf(track.volume));
     fillSwitches(track);
 }
