@@ -68,9 +68,21 @@ Song KeptState::song() const
 {
     Song song = rest_;
     song.tracks = recordsOf<Track>(tracks_);
-    song.audioTracks = recordsOf<AudioTrack>(audioTracks_);
+    song.audioTracks = audioTracks();
     song.harmonyTrack = harmony_->record();
     return song;
+}
+
+QList<AudioTrack> KeptState::audioTracks() const
+{
+    return recordsOf<AudioTrack>(audioTracks_);
+}
+
+void KeptState::setAudioTracks(const QList<AudioTrack>& tracks, const KeptState* former,
+                               qint64* plainBytes)
+{
+    audioTracks_ =
+        kept(tracks, former ? former->audioTracks_ : QList<Part<AudioTrack>>(), plainBytes);
 }
 
 bool KeptState::hasMusicOf(const KeptState& former) const

@@ -21,6 +21,12 @@ public:
 
     void setName(const QString& name) { rest_.name = name; }
 
+    QList<AudioTrack> audioTracks() const;
+
+    /// Exchanges the voice tracks, for as many others. What is equal stays shared.
+    void setAudioTracks(const QList<AudioTrack>& tracks, const KeptState* former,
+                        qint64* plainBytes);
+
     /// Packs its parts, but for those of `present`, until the sum is within `most`.
     void pack(const KeptState& present, const qint64* plainBytes, qint64 most);
 

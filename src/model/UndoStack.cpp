@@ -51,6 +51,26 @@ QJsonObject UndoStack::redo()
     return state;
 }
 
+QList<AudioTrack> UndoStack::audioTracks() const
+{
+    QList<AudioTrack> tracks;
+    for (const KeptState& state : states_)
+        tracks.append(state.audioTracks());
+    return tracks;
+}
+
+void UndoStack::changeAudioTracks(const std::function<void(QList<AudioTrack>&)>& change)
+{
+    const KeptState* former = nullptr;
+    for (KeptState& state : states_) {
+        QList<AudioTrack> tracks = state.audioTracks();
+        change(tracks);
+        state.setAudioTracks(tracks, former, &plainBytes_);
+        former = &state;
+    }
+    packDistantStates();
+}
+
 QJsonObject UndoStack::presentState()
 {
     states_[index_].unpack();

@@ -6,6 +6,8 @@
 #include <QList>
 #include <QObject>
 
+#include <functional>
+
 class Project;
 
 /// States that the undo stack holds, the present one among them.
@@ -42,6 +44,12 @@ public:
 
     /// The state to load, one step forward; an empty object where there is none.
     QJsonObject redo();
+
+    /// The voice tracks of all states.
+    QList<AudioTrack> audioTracks() const;
+
+    /// Changes the voice tracks of every state, as where their files have got other names.
+    void changeAudioTracks(const std::function<void(QList<AudioTrack>&)>& change);
 
     /// Announces what can be done now.
     void notify();

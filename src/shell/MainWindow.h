@@ -240,6 +240,8 @@ private:
     /// Has the clips lie in the work's folder, which it may have got since they came. False if that
     /// takes a copy that cannot be made.
     bool bringClipsHome();
+    QStringList namesOfClips() const;
+    void renameClips(const QHash<QString, QString>& names);
 
     /// Adds a clip to a work, which is the present one, as a finished edit.
     void layClip(Project& work, const AudioClip& clip);

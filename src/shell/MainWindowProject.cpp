@@ -1,5 +1,6 @@
 #include "model/Project.h"
 #include "model/ProjectEdits.h"
+#include "model/UndoStack.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/MainWindow.h"
 #include "shell/OpenProjectDialog.h"
@@ -181,14 +182,33 @@ bool MainWindow::bringClipsHome()
 {
     const QString folder = storage_->projectFolder(currentProjectId_);
     const QString& former = engine_->projectDir;
-    if (!former.isEmpty() && former != folder && !ClipFiles::copyInto(*project_, former, folder))
-        return false;
-    ClipFiles::gather(*project_, folder);
+    if (!former.isEmpty() && former != folder) {
+        const auto copies = ClipFiles::copyInto(namesOfClips(), former, folder);
+        if (!copies)
+            return false;
+        renameClips(*copies);
+    }
+    renameClips(ClipFiles::gather(namesOfClips(), folder));
     engine_->projectDir = folder;
     engine_->prepareVoices();
     if (take_)
         take_->moveTo(folder);
     return true;
+}
+
+/// What undo can bring back is meant too.
+QStringList MainWindow::namesOfClips() const
+{
+    return ClipFiles::namesIn(undoStack_->audioTracks() + project_->audioTracks);
+}
+
+void MainWindow::renameClips(const QHash<QString, QString>& names)
+{
+    if (names.isEmpty())
+        return;
+    const auto rename = [&](QList<AudioTrack>& tracks) { ClipFiles::rename(tracks, names); };
+    rename(project_->audioTracks);
+    undoStack_->changeAudioTracks(rename);
 }
 
 void MainWindow::addTrack()

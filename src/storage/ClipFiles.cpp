@@ -1,18 +1,12 @@
 #include "storage/ClipFiles.h"
 
-#include "model/Project.h"
-
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
-
-/// Files as clips name them, with the names of their copies.
-using Copies = QHash<QString, QString>;
 
 /// On a disk that is full, what was copied may be shorter.
 bool copyWhole(const QString& from, const QString& to)
@@ -36,18 +30,10 @@ bool liesIn(const QString& folder, const QString& name)
     return QFileInfo(name).fileName() == name && QFileInfo(folder + u'/' + name).isFile();
 }
 
-void removeAll(const QString& folder, const Copies& copies)
+void removeAll(const QString& folder, const ClipFiles::Copies& copies)
 {
     for (const QString& copy : copies)
         QFile::remove(folder + u'/' + copy);
-}
-
-void rename(Project& project, const Copies& copies)
-{
-    for (AudioTrack& track : project.audioTracks) {
-        for (AudioClip& clip : track.clips)
-            clip.audioFilePath = copies.value(clip.audioFilePath, clip.audioFilePath);
-    }
 }
 
 } // namespace
@@ -60,39 +46,53 @@ QString ClipFiles::freePath(const QString& folder, const QString& baseName, cons
     return path;
 }
 
-bool ClipFiles::copyInto(Project& project, const QString& from, const QString& to)
+std::optional<ClipFiles::Copies> ClipFiles::copyInto(const QStringList& names, const QString& from,
+                                                     const QString& to)
 {
     Copies copies;
-    for (const AudioTrack& track : std::as_const(project.audioTracks)) {
-        for (const AudioClip& clip : track.clips) {
-            const QString& name = clip.audioFilePath;
-            if (copies.contains(name) || !liesIn(from, name))
-                continue;
-            const QString copy = copyOf(QFileInfo(from + u'/' + name), to);
-            if (copy.isEmpty()) {
-                removeAll(to, copies);
-                return false;
-            }
-            copies.insert(name, copy);
+    for (const QString& name : names) {
+        if (!liesIn(from, name))
+            continue;
+        const QString copy = copyOf(QFileInfo(from + u'/' + name), to);
+        if (copy.isEmpty()) {
+            removeAll(to, copies);
+            return std::nullopt;
         }
+        copies.insert(name, copy);
     }
-    rename(project, copies);
-    return true;
+    return copies;
 }
 
-void ClipFiles::gather(Project& project, const QString& folder)
+void ClipFiles::rename(QList<AudioTrack>& tracks, const Copies& copies)
 {
-    Copies names;
-    for (const AudioTrack& track : std::as_const(project.audioTracks)) {
-        for (const AudioClip& clip : track.clips) {
-            const QFileInfo file(clip.audioFilePath);
-            if (names.contains(clip.audioFilePath) || !file.isAbsolute() || !file.isFile())
-                continue;
-            const bool home = file.dir() == QDir(folder);
-            const QString name = home ? file.fileName() : copyOf(file, folder);
-            if (!name.isEmpty())
-                names.insert(clip.audioFilePath, name);
-        }
+    for (AudioTrack& track : tracks) {
+        for (AudioClip& clip : track.clips)
+            clip.audioFilePath = copies.value(clip.audioFilePath, clip.audioFilePath);
     }
-    rename(project, names);
+}
+
+QStringList ClipFiles::namesIn(const QList<AudioTrack>& tracks)
+{
+    QStringList names;
+    for (const AudioTrack& track : tracks) {
+        for (const AudioClip& clip : track.clips)
+            names.append(clip.audioFilePath);
+    }
+    names.removeDuplicates();
+    return names;
+}
+
+ClipFiles::Copies ClipFiles::gather(const QStringList& names, const QString& folder)
+{
+    Copies copies;
+    for (const QString& path : names) {
+        const QFileInfo file(path);
+        if (!file.isAbsolute() || !file.isFile())
+            continue;
+        const bool home = file.dir() == QDir(folder);
+        const QString name = home ? file.fileName() : copyOf(file, folder);
+        if (!name.isEmpty())
+            copies.insert(path, name);
+    }
+    return copies;
 }

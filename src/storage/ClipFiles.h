@@ -1,8 +1,12 @@
 #pragma once
 
-#include <QString>
+#include "model/AudioTrack.h"
 
-class Project;
+#include <QHash>
+#include <QList>
+#include <QStringList>
+
+#include <optional>
 
 /// The audio files that the clips of a work name.
 namespace ClipFiles {
@@ -11,16 +15,23 @@ namespace ClipFiles {
 /// `suffix` comes without a dot.
 QString freePath(const QString& folder, const QString& baseName, const QString& suffix);
 
-/// Copies the files that the clips of a work name from one folder into another, which is made.
-/// Files that are there already stay as they are, and the clips get the next free names. A clip
-/// whose file is not there, or lies in another folder, is left alone. False if a file cannot be
-/// copied: the work is then as it was, and no copy is left.
-bool copyInto(Project& project, const QString& from, const QString& to);
+/// Files as clips name them, with the names of their copies.
+using Copies = QHash<QString, QString>;
 
-/// Copies the files that the clips of a work name by a whole path, since its own place had no room
-/// for them, into its folder, and has the clips name them there as they name all others: only what
-/// lies in the folder goes with the work to another computer. A clip whose file cannot be copied,
-/// or is not there, keeps its path.
-void gather(Project& project, const QString& folder);
+/// Copies files from one folder into another, which is made. Files that are there already stay as
+/// they are, and the copies get the next free names. A name whose file is not there, or that leads
+/// into another folder, is left out. Nothing if a file cannot be copied: no copy is left then.
+std::optional<Copies> copyInto(const QStringList& names, const QString& from, const QString& to);
+
+/// Has clips name the copies of their files.
+void rename(QList<AudioTrack>& tracks, const Copies& copies);
+
+/// The files that clips name, each once.
+QStringList namesIn(const QList<AudioTrack>& tracks);
+
+/// Copies files that clips name by a whole path, since their own place had no room for them, into
+/// the folder of the work, where all others are named: only what lies there goes with the work to
+/// another computer. A file that cannot be copied, or is not there, is left out.
+Copies gather(const QStringList& names, const QString& folder);
 
 } // namespace ClipFiles

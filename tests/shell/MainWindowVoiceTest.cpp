@@ -43,6 +43,7 @@ private slots:
     void aVoiceOfAnUnsavedWorkIsHeard();
     void theFirstSaveKeepsTheVoices();
     void aFileThatIsThereAlreadyStays();
+    void whatUndoBringsBackIsHeardBehindTheFirstSave();
     void aFileThatIsNotThereIsNoReasonToFail();
     void aVoiceThatCannotBeCopiedFailsTheSave();
 
@@ -279,6 +280,28 @@ void MainWindowVoiceTest::aFileThatIsThereAlreadyStays()
     QCOMPARE(stage_->savedWork("mi_zamba"), stage_->song().toJson());
     QCOMPARE(bytesOf(stage_->home().works() + "/mi_zamba/voz_2.wav"),
              bytesOf(stage_->home().works() + "/voz.wav"));
+}
+
+void MainWindowVoiceTest::whatUndoBringsBackIsHeardBehindTheFirstSave()
+{
+    stage_->window().startBlankProject();
+    QVERIFY(import(voiceFile("voz.wav", 0.5)));
+    const int before = exportedPeak();
+    QVERIFY(before > 1000);
+    stage_->song().audioTracks[0].clips.clear();
+    stage_->window().snapshotAndRefresh();
+    failFirstSave("Mi zamba");
+    writeBytes(stage_->home().works() + "/mi_zamba/voz.wav", "of somebody else");
+    QVERIFY(stage_->window().saveCurrentProject());
+    stage_->window().undo();
+    QCOMPARE(lastClip().audioFilePath, "voz_2.wav");
+    QCOMPARE(exportedPeak(), before);
+    stage_->window().redo();
+    stage_->window().undo();
+    QCOMPARE(exportedPeak(), before);
+    QVERIFY(stage_->window().saveCurrentProject());
+    stage_->window().openProject("mi_zamba");
+    QCOMPARE(exportedPeak(), before);
 }
 
 void MainWindowVoiceTest::aFileThatIsNotThereIsNoReasonToFail()
