@@ -131,17 +131,32 @@ void ContentDownloadManager::takeBank(const QByteArray& body)
 
 void ContentDownloadManager::finishInstall()
 {
-    if (!ContentFiles::replaceFile(contentPath(currentRhythmId_), contentBytes_))
+    if (!enlistAndPlace())
         return fail(tr("No pude guardar el contenido del ritmo."));
     // A rhythm without its groove is still of use.
     ContentFiles::replaceFile(groovePath(currentRhythmId_), grooveBytes_);
-    QList<Instrument> recorded;
-    InstallPlan::readRecorded(contentBytes_, &recorded, nullptr);
-    registry_->registerRhythm(currentRhythmId_, InstallPlan::records(recorded));
     library_->reload();
     busy_ = false;
     const QString id = currentRhythmId_;
     emit rhythmInstalled(id);
+}
+
+/// A package that is nowhere listed could never be uninstalled: it is listed while its bytes are on
+/// the disk and it does not stand in its place yet.
+bool ContentDownloadManager::enlistAndPlace()
+{
+    QList<Instrument> recorded;
+    InstallPlan::readRecorded(contentBytes_, &recorded, nullptr);
+    bool enlisted = false;
+    const auto enlist = [&] {
+        enlisted = true;
+        return registry_->registerRhythm(currentRhythmId_, InstallPlan::records(recorded));
+    };
+    if (ContentFiles::replaceFile(contentPath(currentRhythmId_), contentBytes_, enlist))
+        return true;
+    if (enlisted)
+        registry_->load();
+    return false;
 }
 
 void ContentDownloadManager::fail(const QString& message)

@@ -63,6 +63,7 @@ private:
     void fetchNextInstrument();
     void takeBank(const QByteArray& body);
     void finishInstall();
+    bool enlistAndPlace();
     void fail(const QString& message);
     QString contentPath(const QString& rhythmId) const;
     QString groovePath(const QString& rhythmId) const;

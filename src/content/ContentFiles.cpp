@@ -110,11 +110,12 @@ bool ContentFiles::isSoundFont(const QByteArray& bytes)
     return (stated == held || stated + 1 == held) && holdsList(QByteArrayView(bytes).sliced(kHead));
 }
 
-bool ContentFiles::replaceFile(const QString& path, const QByteArray& bytes)
+bool ContentFiles::replaceFile(const QString& path, const QByteArray& bytes,
+                               const std::function<bool()>& agree)
 {
     const QFileInfo info(path);
     if (info.isSymLink() && !QFile::remove(path))
         return false;
     QDir().mkpath(info.path());
-    return WholeFile::replace(path, bytes);
+    return WholeFile::replace(path, bytes, agree);
 }

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
+
 /// Where downloaded content may stand on disk. Ids and paths come from a server or from a file that
 /// anybody may have changed, so they are looked at before they become paths.
 namespace ContentFiles {
@@ -25,6 +27,8 @@ bool isSoundFont(const QByteArray& bytes);
 
 /// Puts a file of these bytes in the place of whatever file or link has this path, and makes the
 /// folders that it stands in. False, with the former file untouched, if not every byte was written.
-bool replaceFile(const QString& path, const QByteArray& bytes);
+/// For `agree` see WholeFile::replace().
+bool replaceFile(const QString& path, const QByteArray& bytes,
+                 const std::function<bool()>& agree = {});
 
 } // namespace ContentFiles

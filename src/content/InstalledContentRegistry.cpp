@@ -110,7 +110,7 @@ InstalledInstrumentRecord* InstalledContentRegistry::findInstrument(const QStrin
     return found == installedInstruments_.end() ? nullptr : &*found;
 }
 
-void InstalledContentRegistry::registerRhythm(const QString& rhythmId,
+bool InstalledContentRegistry::registerRhythm(const QString& rhythmId,
                                               const QList<InstalledInstrumentRecord>& instruments)
 {
     if (!isRhythmInstalled(rhythmId))
@@ -123,8 +123,9 @@ void InstalledContentRegistry::registerRhythm(const QString& rhythmId,
         else
             installedInstruments_.append({given.instrumentId, given.localFilePath, 1});
     }
-    save();
+    const bool saved = save();
     emit registryChanged();
+    return saved;
 }
 
 QStringList InstalledContentRegistry::unregisterRhythm(const QString& rhythmId,

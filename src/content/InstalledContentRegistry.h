@@ -57,8 +57,9 @@ public:
     bool isInstrumentInstalled(const QString& instrumentId) const;
 
     /// Lists a rhythm, once, and counts one use more of each instrument. The counts in the records
-    /// are ignored, and so are records whose bank does not stand where it belongs.
-    void registerRhythm(const QString& rhythmId,
+    /// are ignored, and so are records whose bank does not stand where it belongs. False if the
+    /// file could not be written: it then lacks the rhythm.
+    bool registerRhythm(const QString& rhythmId,
                         const QList<InstalledInstrumentRecord>& instruments);
 
     /// Takes a rhythm off the list, counts one use less of each instrument, and deletes the banks

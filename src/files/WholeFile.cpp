@@ -66,7 +66,8 @@ std::optional<QByteArray> WholeFile::read(const QString& path, qint64 maxBytes, 
     return file.error() == QFileDevice::NoError ? std::optional(bytes) : std::nullopt;
 }
 
-bool WholeFile::replace(const QString& path, const QByteArray& bytes)
+bool WholeFile::replace(const QString& path, const QByteArray& bytes,
+                        const std::function<bool()>& agree)
 {
     // QSaveFile would follow the link and put the bytes in the place of its target.
     if (QFileInfo(path).isSymLink())
@@ -75,7 +76,8 @@ bool WholeFile::replace(const QString& path, const QByteArray& bytes)
     if (!file.open(QIODevice::WriteOnly))
         return false;
     // Bytes for which there is no room are no error to commit().
-    return file.write(bytes) == bytes.size() && file.flush() && file.commit();
+    return file.write(bytes) == bytes.size() && file.flush() && (!agree || agree()) &&
+           file.commit();
 }
 
 bool WholeFile::rewrite(const QString& path, const QByteArray& bytes)

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 /// Files that are read at one go and written at one go. Only regular files are touched: opening a
@@ -19,8 +20,9 @@ std::optional<QByteArray> read(const QString& path, qint64 maxBytes, Links links
 
 /// Puts a file of these bytes in the place of the one with this path. Who reads at the same time
 /// sees the former content or the new one, whole. False, with the former file untouched, if not
-/// every byte reached the disk; a link is refused.
-bool replace(const QString& path, const QByteArray& bytes);
+/// every byte reached the disk; a link is refused. `agree`, if it is given, is asked when all bytes
+/// have been written and the former file still stands; where it says false that file stays.
+bool replace(const QString& path, const QByteArray& bytes, const std::function<bool()>& agree = {});
 
 /// Writes the bytes into the file with this path, which keeps its identity: links to it, its owner
 /// and its rights stay, and who holds it open sees the new bytes. Room is made sure of before the
