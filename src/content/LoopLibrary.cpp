@@ -138,7 +138,7 @@ void LoopLibrary::reload()
     const QList<Package> packages = readPackages();
     for (const Package& package : packages) {
         if (ShippedRhythms::contains(package.rhythm.id) && !isImpostor(package))
-            addIds(package.layers, &LoopLayer::id, &shippedLayers_);
+            noteShipped(package);
     }
     QList<Instrument> instruments;
     for (const Package& package : packages) {
@@ -160,6 +160,14 @@ void LoopLibrary::reload()
     emit libraryChanged();
 }
 
+/// What is its own wherever in the order of the files it stands.
+void LoopLibrary::noteShipped(const Package& package)
+{
+    addIds(package.layers, &LoopLayer::id, &shippedLayers_);
+    if (!shippedStyles_.contains(package.style.id))
+        shippedStyles_.insert(package.style.id, package.style);
+}
+
 void LoopLibrary::clear()
 {
     styles_.clear();
@@ -172,6 +180,7 @@ void LoopLibrary::clear()
     ownRhythms_.clear();
     ownInstruments_.clear();
     shippedLayers_.clear();
+    shippedStyles_.clear();
 }
 
 QList<LoopLibrary::Package> LoopLibrary::readPackages()
@@ -226,7 +235,7 @@ bool LoopLibrary::claimsShippedLayer(const QList<LoopLayer>& layers,
 
 void LoopLibrary::add(const Package& package)
 {
-    const MusicalStyle& style = package.style;
+    const MusicalStyle style = shippedStyles_.value(package.style.id, package.style);
     const bool styleKnown =
         std::ranges::find(styles_, style.id, &MusicalStyle::id) != styles_.end();
     if (!style.id.isEmpty() && !styleKnown)

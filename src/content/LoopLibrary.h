@@ -104,6 +104,7 @@ private:
     void clear();
     QList<Package> readPackages();
     void readPackage(const QString& path, bool own, QList<Package>* packages);
+    void noteShipped(const Package& package);
     void add(const Package& package);
     void loadGrooves(const QString& folder);
     bool isImpostor(const Package& package) const;
@@ -121,4 +122,6 @@ private:
     QSet<QString> ownRhythms_;
     QSet<QString> ownInstruments_;
     QSet<QString> shippedLayers_;
+    /// By their ids.
+    QHash<QString, MusicalStyle> shippedStyles_;
 };

@@ -160,6 +160,7 @@ private slots:
     void reloadingTheSameGivesTheSame();
 
     void sharedStyleKeepsTheNameOfTheFirstFile();
+    void aStyleOfTheProgramKeepsItsName();
     void styleWithoutAnIdIsNotListed();
     void repeatedRhythmIdGivesTwoEntries();
     void repeatedLayerIdFindsTheFirst();
@@ -380,6 +381,19 @@ void LoopLibraryTest::sharedStyleKeepsTheNameOfTheFirstFile()
     content.library().reload();
     QCOMPARE(content.library().styles(),
              (QList<MusicalStyle>{{"folklore", "Primero"}, {"Folklore", "Otro"}}));
+}
+
+void LoopLibraryTest::aStyleOfTheProgramKeepsItsName()
+{
+    ContentFixture content;
+    content.addPackage(
+        "a", package("a", R"("musicalStyle": {"id": "folklore", "displayName": "Otra cosa"})"));
+    content.addPackage("b", package("b", R"("musicalStyle": {"id": "b", "displayName": "B"})"));
+    content.addPackage(
+        "folklore_zamba",
+        package("folklore_zamba", R"("musicalStyle": {"id": "folklore", "displayName": "Folk"})"));
+    content.library().reload();
+    QCOMPARE(content.library().styles(), (QList<MusicalStyle>{{"folklore", "Folk"}, {"b", "B"}}));
 }
 
 void LoopLibraryTest::styleWithoutAnIdIsNotListed()
