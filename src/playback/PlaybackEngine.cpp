@@ -117,6 +117,8 @@ void PlaybackEngine::play(double fromBeat)
     playing_ = true;
     cursor_ = Transport::startCursor(score_.events, start);
     startTogether(start);
+    if (!playing_)
+        return;
     tickTimer_.start();
     emit playingChanged(true);
     emit playheadChanged(start);
@@ -193,6 +195,8 @@ void PlaybackEngine::rescheduleIfPlaying()
     if (!playing_)
         return;
     followProject();
+    if (!playing_)
+        return;
     const double beat = playheadBeat();
     player_->allNotesOff(-1);
     buildSchedule();
@@ -257,6 +261,9 @@ void PlaybackEngine::startTogether(double beat)
 {
     stopVoicePlayback();
     const QList<float> voices = mixedVoices();
+    // Whoever is told of the wait may have ended it all.
+    if (!playing_)
+        return;
     tempo_ = project_->bpm;
     voicesHeard_ = voicesHeard(*project_);
     anchorBeat_ = beat;
@@ -269,15 +276,19 @@ void PlaybackEngine::onTick()
     if (!playing_)
         return;
     followProject();
+    if (!playing_)
+        return;
     const TransportStep step = Transport::step(score_, cursor_, playheadBeat(), range_, tailBeats_);
     if (step.wrapped) {
         player_->allNotesOff(-1);
         startTogether(step.beat);
+        if (!playing_)
+            return;
     }
     dispatch(step.first, step.next);
     cursor_ = step.next;
     emit playheadChanged(step.beat);
-    if (step.ended)
+    if (playing_ && step.ended)
         stop();
 }
 

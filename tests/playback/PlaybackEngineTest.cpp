@@ -302,6 +302,8 @@ private slots:
     void voiceWithoutADeviceIsSilent();
     void voicesStopWithoutHavingStarted();
     void firstStartWaitsForItsVoicesAndLaterOnesDoNot();
+    void whoIsToldOfAWaitMayEndPlayback_data();
+    void whoIsToldOfAWaitMayEndPlayback();
     void preparedVoicesAreNotWaitedFor();
     void voicesBeyondAnHourAreNotMixedAhead_data();
     void voicesBeyondAnHourAreNotMixedAhead();
@@ -1505,6 +1507,35 @@ struct VoicePlayer {
 const QList<bool> kOneWait{true, false};
 
 } // namespace
+
+void PlaybackEngineTest::whoIsToldOfAWaitMayEndPlayback_data()
+{
+    QTest::addColumn<bool>("atTheStart");
+    QTest::newRow("at the start") << true;
+    QTest::newRow("on the way") << false;
+}
+
+void PlaybackEngineTest::whoIsToldOfAWaitMayEndPlayback()
+{
+    QFETCH(bool, atTheStart);
+    VoicePlayer voice;
+    PlaybackEngine& engine = voice.player.engine();
+    if (!atTheStart) {
+        engine.play(0.0);
+        QVERIFY(engine.isPlaying());
+    }
+    connect(&engine, &PlaybackEngine::waitingForVoices, &engine,
+            [&engine] { engine.setProject(nullptr); });
+    voice.player.song().bpm = 60;
+    if (atTheStart)
+        engine.play(0.0);
+    else
+        engine.rescheduleIfPlaying();
+    QVERIFY(!engine.isPlaying());
+    voice.player.heard();
+    QTest::qWait(50);
+    QCOMPARE(voice.player.heard(), QStringList());
+}
 
 void PlaybackEngineTest::firstStartWaitsForItsVoicesAndLaterOnesDoNot()
 {
