@@ -14,6 +14,7 @@
 #include "support/SoundFile.h"
 #include "support/Tones.h"
 #include "support/UserHome.h"
+#include "views/TrackHeaderPanel.h"
 #include "views/arranger/ArrangerGridView.h"
 #include "views/arranger/ArrangerScene.h"
 #include "views/arranger/TrackArranger.h"
@@ -441,6 +442,10 @@ private:
         const auto canUndo = [this] { return Widgets::entry(*window_, "Deshacer")->isEnabled(); };
         if (!canUndo())
             return {};
+        // What is half typed or dragged becomes a finished edit by an undo.
+        window_->findChild<TrackHeaderPanel*>()->takeTypedName();
+        roll().endDrag();
+        window_->findChild<TrackArranger*>()->endDrag();
         const QJsonObject before = song().toJson();
         window_->undo();
         window_->redo();

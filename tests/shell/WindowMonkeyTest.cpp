@@ -85,7 +85,11 @@ int main(int argc, char** argv)
     QApplication application(argc, argv);
     QApplication::setQuitOnLastWindowClosed(false);
     WindowMonkeyTest test;
-    return QTest::qExec(&test, withoutOwnOptions(QApplication::arguments()));
+    const QStringList arguments = withoutOwnOptions(QApplication::arguments());
+    // Qt ends a function that takes longer than five minutes.
+    if (play.seconds > 0)
+        qputenv("QTEST_FUNCTION_TIMEOUT", QByteArray::number((play.seconds + 600) * 1000LL));
+    return QTest::qExec(&test, arguments);
 }
 
 #include "WindowMonkeyTest.moc"
