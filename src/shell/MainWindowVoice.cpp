@@ -60,7 +60,10 @@ void MainWindow::importVoiceFile()
     QDir().mkpath(clipsFolder());
     const QString target =
         ClipFiles::freePath(clipsFolder(), QFileInfo(*source).completeBaseName(), u"wav"_s);
-    AudioDecoder::writeWav(target, audio.samples, audio.sampleRate, audio.channels);
+    if (!AudioDecoder::replaceWav(target, audio.samples, audio.sampleRate, audio.channels)) {
+        prompts_.warn(this, tr("Importar audio"), tr("No pude guardar el audio."));
+        return;
+    }
     const double beats = project_->bpm * secondsOf(audio) / 60.0;
     layClip(*project_, clipOf(target, std::floor(engine_->playheadBeat()), beats));
 }

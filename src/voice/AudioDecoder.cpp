@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QIODevice>
+#include <QSaveFile>
 
 #include <sndfile.h>
 
@@ -180,6 +181,15 @@ bool AudioDecoder::writeWav(const QString& path, const QList<float>& samples, in
     const SndFile file = openFile(path, SFM_WRITE, &info);
     opening.unlock();
     return file && writeClamped(file.get(), samples, channels);
+}
+
+bool AudioDecoder::replaceWav(const QString& path, const QList<float>& samples, int sampleRate,
+                              int channels)
+{
+    QSaveFile file(path);
+    // Bytes for which there is no room are no error to commit().
+    return file.open(QIODevice::WriteOnly) && writeWav(file, samples, sampleRate, channels) &&
+           file.flush() && file.commit();
 }
 
 bool AudioDecoder::writeWav(QIODevice& device, const QList<float>& samples, int sampleRate,

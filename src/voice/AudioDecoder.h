@@ -38,6 +38,11 @@ public:
     static bool writeWav(const QString& path, const QList<float>& samples, int sampleRate,
                          int channels);
 
+    /// The same, put in the place of the file with this path once it is whole. What was there stays
+    /// as it was otherwise.
+    static bool replaceWav(const QString& path, const QList<float>& samples, int sampleRate,
+                           int channels);
+
     /// The same into a device that is open for writing and can be sought in.
     static bool writeWav(QIODevice& device, const QList<float>& samples, int sampleRate,
                          int channels);

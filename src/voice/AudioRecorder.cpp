@@ -9,7 +9,6 @@
 #include <QAudioSource>
 #include <QCoreApplication>
 #include <QMediaDevices>
-#include <QSaveFile>
 
 #include <algorithm>
 #include <chrono>
@@ -146,9 +145,7 @@ double AudioRecorder::stopRecording(const QString& path)
 
 double AudioRecorder::writeHeldTake(const QString& path)
 {
-    QSaveFile file(path);
-    if (held_.isEmpty() || !file.open(QIODevice::WriteOnly) ||
-        !AudioDecoder::writeWav(file, held_, heldRate_, 1) || !file.flush() || !file.commit())
+    if (held_.isEmpty() || !AudioDecoder::replaceWav(path, held_, heldRate_, 1))
         return 0.0;
     return static_cast<double>(std::exchange(held_, {}).size()) / heldRate_;
 }

@@ -1,3 +1,5 @@
+#include "support/ForbiddenWriting.h"
+#include "support/FullDisk.h"
 #include "support/OwnProcess.h"
 #include "support/ProjectBuilder.h"
 #include "support/PulseDaemon.h"
@@ -19,6 +21,9 @@ namespace {
 
 constexpr auto kNoMicrophone = "warn | Grabación | No hay micrófono disponible.";
 constexpr auto kCannotOpen = "warn | Grabación | No pude abrir el micrófono.";
+constexpr auto kNoRoom =
+    "offer | Grabación | No pude guardar la grabación. | Guardar en otro lugar…";
+constexpr auto kElsewhere = "askSaveFile | Guardar la grabación | voz_1.wav | WAV (*.wav)";
 constexpr auto kPlaysOn = "plays on";
 
 /// A window with a long song and a voice in it, in front of a sound server with a microphone.
@@ -32,9 +37,17 @@ public:
         work.audioTracks = {voiceTrack({clip("canto.wav", 0.0, 200.0)})};
         writeBytes(folder() + "/canto.wav", WavFile::bytes(Tones::sine(440.0, 44100, 44100)));
         stage_.saveWork("coplas", work);
+        QFile::setPermissions(elsewhere_.path(), QFile::Permissions(0x7777));
     }
 
     PulseDaemon& daemon() { return daemon_; }
+
+    ScriptedPrompts& prompts() { return stage_.prompts(); }
+
+    QString folder() const { return stage_.home().works() + "/coplas"; }
+
+    /// A file in another folder, where everybody may write.
+    QString elsewhere() const { return elsewhere_.filePath("voz.wav"); }
 
     void open() { stage_.window().openProject("coplas"); }
 
@@ -82,8 +95,11 @@ public:
     {
         QStringList takes;
         for (const AudioClip& take : stage_.song().audioTracks[0].clips.mid(1)) {
-            const auto wav = WavFile::read(bytesOf(folder() + '/' + take.audioFilePath));
-            takes.append(wav.ok && wav.samples.size() > 20000 ? take.audioFilePath : "damaged");
+            const bool isHome = take.audioFilePath != elsewhere();
+            const auto wav = WavFile::read(
+                bytesOf(isHome ? folder() + '/' + take.audioFilePath : take.audioFilePath));
+            const bool whole = wav.ok && wav.samples.size() > 20000;
+            takes.append(!whole ? "damaged" : isHome ? take.audioFilePath : "elsewhere");
         }
         OwnProcess::say("takes: " + takes.join(' '));
     }
@@ -110,9 +126,8 @@ public:
     }
 
 private:
-    QString folder() const { return stage_.home().works() + "/coplas"; }
-
     PulseDaemon& daemon_;
+    QTemporaryDir elsewhere_;
     mutable WindowStage stage_;
 };
 
@@ -187,6 +202,37 @@ int serverHangsForAMoment(Singer& singer)
     return singer.leave();
 }
 
+int diskIsFull(Singer& singer)
+{
+    singer.open();
+    singer.sing();
+    {
+        const FullDisk disk(1000);
+        singer.prompts().answerOffer(true);
+        singer.prompts().answerPath(singer.elsewhere());
+        singer.prompts().answerOffer(false);
+        singer.endTake();
+    }
+    singer.tellPrompts();
+    singer.tellTakes();
+    return singer.leave();
+}
+
+int nothingMayBeWritten(Singer& singer)
+{
+    singer.open();
+    singer.sing();
+    {
+        const ForbiddenWriting forbidden(singer.folder());
+        singer.prompts().answerOffer(true);
+        singer.prompts().answerPath(singer.elsewhere());
+        singer.endTake();
+    }
+    singer.tellPrompts();
+    singer.tellTakes();
+    return singer.leave();
+}
+
 int serverHangsFromTheStart(Singer& singer)
 {
     singer.daemon().freeze();
@@ -227,7 +273,13 @@ const QList<Fault>& faults()
          {kPlaysOn, "takes: voz_1.wav voz_2.wav", "saved", "closed", "clips on disk: 3"}},
         {"the server hangs from the start",
          serverHangsFromTheStart,
-         {kPlaysOn, "no take", kCannotOpen, "saved", "closed", "clips on disk: 1"}}};
+         {kPlaysOn, "no take", kCannotOpen, "saved", "closed", "clips on disk: 1"}},
+        {"the disk is full",
+         diskIsFull,
+         {kNoRoom, kElsewhere, kNoRoom, "takes: ", "saved", "closed", "clips on disk: 1"}},
+        {"nothing may be written",
+         nothingMayBeWritten,
+         {kNoRoom, kElsewhere, "takes: elsewhere", "saved", "closed", "clips on disk: 2"}}};
     return list;
 }
 
@@ -248,9 +300,10 @@ int happen(int argc, char** argv)
 
 } // namespace
 
-/// The real window in front of a sound server that goes, hangs or comes back, each time in a
-/// process of its own. The processes mostly wait, and run side by side.
-class SoundServerFaultsTest : public QObject {
+/// The real window in front of a sound server that goes, hangs or comes back, and with a take for
+/// which there is no room, each time in a process of its own. The processes mostly wait, and run
+/// side by side.
+class TakeFaultsTest : public QObject {
     Q_OBJECT
 
 private slots:
@@ -262,7 +315,7 @@ private:
     std::map<int, std::unique_ptr<QProcess>> processes_;
 };
 
-void SoundServerFaultsTest::initTestCase()
+void TakeFaultsTest::initTestCase()
 {
     for (int fault = 0; fault < faults().size(); ++fault) {
         auto& process = processes_[fault] = std::make_unique<QProcess>();
@@ -272,14 +325,14 @@ void SoundServerFaultsTest::initTestCase()
     }
 }
 
-void SoundServerFaultsTest::theWindowGoesOnAndTheTakeIsKept_data()
+void TakeFaultsTest::theWindowGoesOnAndTheTakeIsKept_data()
 {
     QTest::addColumn<int>("fault");
     for (int fault = 0; fault < faults().size(); ++fault)
         QTest::newRow(faults()[fault].name) << fault;
 }
 
-void SoundServerFaultsTest::theWindowGoesOnAndTheTakeIsKept()
+void TakeFaultsTest::theWindowGoesOnAndTheTakeIsKept()
 {
     QFETCH(int, fault);
     QProcess& process = *processes_[fault];
@@ -296,8 +349,8 @@ int main(int argc, char** argv)
     if (argc == 3 && QByteArray(argv[1]) == kArgument)
         return happen(argc, argv);
     const QApplication application(argc, argv);
-    SoundServerFaultsTest test;
+    TakeFaultsTest test;
     return QTest::qExec(&test, argc, argv);
 }
 
-#include "SoundServerFaultsTest.moc"
+#include "TakeFaultsTest.moc"

@@ -90,13 +90,40 @@ int composeAndSave()
     return 0;
 }
 
+/// Composes a work and exports it in every form.
+int composeAndExport()
+{
+    ScriptedPrompts prompts;
+    MainWindow window(nullptr, prompts);
+    Generator(5).fill(*window.project());
+    window.snapshotAndRefresh();
+    for (const auto& [entry, name] :
+         {std::pair{"Exportar MIDI…", "obra.mid"}, std::pair{"Exportar WAV…", "obra.wav"},
+          std::pair{"Exportar MP3…", "obra.mp3"}}) {
+        prompts.answerPath(QDir::current().filePath(name));
+        Widgets::entry(window, entry)->trigger();
+    }
+    return 0;
+}
+
 const OwnProcess::Tasks kTasks{{"a full disk", saveOnAFullDisk},
                                {"nothing may be written", saveWhereNothingMayBeWritten},
                                {"the folder is gone", saveWithoutTheFolder},
                                {"a file stands in place of the folder", saveIntoAFile},
                                {"a pipe stands in place of the folder", saveIntoAPipe},
                                {"a pipe stands in place of the file", saveThroughAPipe},
-                               {"compose", composeAndSave}};
+                               {"compose", composeAndSave},
+                               {"export", composeAndExport}};
+
+/// Locales that differ in their numbers, their letters or their text, as variables of a process.
+QList<QMap<QString, QString>> locales()
+{
+    return {{{"LC_ALL", "C"}},
+            {{"LC_ALL", "POSIX"}},
+            {{"LC_ALL", "C.UTF-8"}},
+            {{"LC_ALL", "tr_TR.UTF-8"}, {"LOCPATH", VELTA_TEST_LOCALES}},
+            {{"LC_ALL", "es_AR.UTF-8"}, {"LOCPATH", VELTA_TEST_LOCALES}}};
+}
 
 constexpr auto kCannotSave = "warn | Guardar | No pude guardar la obra.";
 
@@ -112,18 +139,7 @@ private slots:
     void withoutAHomeTheProgramRunsAndSaysSo_data();
     void withoutAHomeTheProgramRunsAndSaysSo();
     void everyLocaleWritesTheSameFile();
-
-private:
-    /// What a process of this program says of a task. Empty if it hangs or crashes.
-    QStringList linesOf(const QString& task, const QMap<QString, QString>& variables = {})
-    {
-        QProcess program;
-        OwnProcess::start(program, task, variables);
-        if (!program.waitForFinished(60000) || program.exitStatus() != QProcess::NormalExit ||
-            program.exitCode() != 0)
-            return {};
-        return QString::fromUtf8(program.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
-    }
+    void everyLocaleExportsTheSameFiles();
 };
 
 void WindowFaultsTest::aSaveIsWholeOrSaysSo_data()
@@ -149,7 +165,7 @@ void WindowFaultsTest::aSaveIsWholeOrSaysSo()
     work.name = "Zamba";
     QVERIFY(LocalStorageProvider(QString()).saveProject("obra", work));
     const QByteArray before = bytesOf(home.projectFile("obra"));
-    QCOMPARE(linesOf(QTest::currentDataTag()), said);
+    QCOMPARE(OwnProcess::linesOf(QTest::currentDataTag()), said);
     if (former)
         QCOMPARE(bytesOf(home.projectFile("obra")), before);
     if (said.first() == "saved")
@@ -168,8 +184,8 @@ void WindowFaultsTest::withoutAHomeTheProgramRunsAndSaysSo()
 {
     QFETCH(QString, place);
     const UserHome home;
-    const QStringList lines =
-        linesOf("compose", {{"HOME", place}, {"VELTA_AS_NOBODY", "yes"}, {"XDG_RUNTIME_DIR", ""}});
+    const QStringList lines = OwnProcess::linesOf(
+        "compose", {{"HOME", place}, {"VELTA_AS_NOBODY", "yes"}, {"XDG_RUNTIME_DIR", ""}});
     QCOMPARE(lines.value(0), "not saved");
     QCOMPARE(lines.value(2), kCannotSave);
 }
@@ -177,21 +193,30 @@ void WindowFaultsTest::withoutAHomeTheProgramRunsAndSaysSo()
 void WindowFaultsTest::everyLocaleWritesTheSameFile()
 {
     QMap<QByteArray, QString> files;
-    const QList<QMap<QString, QString>> locales{
-        {{"LC_ALL", "C"}},
-        {{"LC_ALL", "POSIX"}},
-        {{"LC_ALL", "C.UTF-8"}},
-        {{"LC_ALL", "tr_TR.UTF-8"}, {"LOCPATH", VELTA_TEST_LOCALES}},
-        {{"LC_ALL", "es_AR.UTF-8"}, {"LOCPATH", VELTA_TEST_LOCALES}}};
-    for (const auto& locale : locales) {
+    for (const auto& locale : locales()) {
         const UserHome home;
-        const QStringList lines = linesOf("compose", locale);
+        const QStringList lines = OwnProcess::linesOf("compose", locale);
         QCOMPARE(lines.value(0), "saved");
         QCOMPARE(lines.last(), "i_stanbul_da_i_arki");
         files.insert(bytesOf(home.projectFile(lines.last())), locale["LC_ALL"]);
     }
     QCOMPARE(files.size(), 1);
     QVERIFY(!files.firstKey().isEmpty());
+}
+
+void WindowFaultsTest::everyLocaleExportsTheSameFiles()
+{
+    QMap<QList<QByteArray>, QString> files;
+    for (const auto& locale : locales()) {
+        const UserHome home;
+        home.installBank();
+        OwnProcess::linesOf("export", locale);
+        files.insert({bytesOf(home.filePath("obra.mid")), bytesOf(home.filePath("obra.wav")),
+                      bytesOf(home.filePath("obra.mp3"))},
+                     locale["LC_ALL"]);
+    }
+    QCOMPARE(files.size(), 1);
+    QVERIFY(!files.firstKey().contains(QByteArray()));
 }
 
 int main(int argc, char** argv)

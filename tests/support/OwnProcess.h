@@ -36,6 +36,18 @@ inline void start(QProcess& process, const QString& task,
     process.start(QCoreApplication::applicationFilePath(), {kArgument, task});
 }
 
+/// What a process of this program says of a task, line by line. Empty if it hangs, crashes or
+/// fails.
+inline QStringList linesOf(const QString& task, const QMap<QString, QString>& variables = {})
+{
+    QProcess program;
+    start(program, task, variables);
+    if (!program.waitForFinished(120000) || program.exitStatus() != QProcess::NormalExit ||
+        program.exitCode() != 0)
+        return {};
+    return QString::fromUtf8(program.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
+}
+
 /// Says a line to whoever started this process.
 inline void say(const QString& line)
 {
