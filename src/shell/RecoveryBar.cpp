@@ -1,5 +1,6 @@
 #include "shell/RecoveryBar.h"
 
+#include "shell/OnlineSearchModel.h"
 #include "shell/controls/PlainText.h"
 
 #include <QHBoxLayout>
@@ -62,6 +63,9 @@ void RecoveryBar::dropOffered()
 void RecoveryBar::showOffered()
 {
     setVisible(!copies_.empty());
-    if (!copies_.empty())
-        sentence_->setText(tr("Velta se cerró sin guardar «%1».").arg(copies_.front().name()));
+    if (copies_.empty())
+        return;
+    // A work of somebody else may be called a whole page.
+    const QString name = OnlineSearchModel::oneLine(copies_.front().name());
+    sentence_->setText(tr("Velta se cerró sin guardar «%1».").arg(name));
 }

@@ -1,6 +1,8 @@
 #include "shell/OpenProjectDialog.h"
 #include "shell/ProjectGallery.h"
+#include "shell/RecoveryBar.h"
 #include "shell/controls/PlainText.h"
+#include "storage/RecoveryCopy.h"
 #include "support/ProjectBuilder.h"
 #include "support/StaticServer.h"
 #include "support/WindowStage.h"
@@ -141,6 +143,7 @@ private slots:
     void dialogsOfWorksShowThemAsTheyStand();
     void theGalleryShowsThemAsTheyStand();
     void theSearchShowsThemAsTheyStand();
+    void theRecoveryBarShowsThemAsTheyStand();
     void titlesKeepTheirBrackets();
     void toolTipsOfOrdinaryTextsStayAsTheyAre();
 
@@ -241,6 +244,29 @@ void ForeignTextsTest::theSearchShowsThemAsTheyStand()
     Widgets::withText<QPushButton>(stage_->window(), "Buscar más ritmos…")->click();
     QCOMPARE(texts.rich, QStringList());
     QVERIFY(texts.seen > 0);
+}
+
+void ForeignTextsTest::theRecoveryBarShowsThemAsTheyStand()
+{
+    stage_->destroyWindow();
+    Project lost;
+    // Behind the mark that turns all letters round, over many lines, and for a whole page.
+    lost.name = kName + u"\u202E"_s + "\n" + QString(5000, 'x');
+    {
+        RecoveryCopy copy(RecoveryCopy::standardFolder());
+        QVERIFY(copy.keepNow({{}, {}, {}, lost}));
+    }
+    QVERIFY(stage_->showWindow());
+    auto& bar = *stage_->window().findChild<RecoveryBar*>();
+    QVERIFY(bar.isVisible());
+    const Texts texts = textsOf(bar);
+    QCOMPARE(texts.rich, QStringList());
+    QCOMPARE(texts.seen, 1);
+    const QString sentence = bar.findChild<QLabel*>()->text();
+    QVERIFY2(sentence.startsWith("Velta se cerró sin guardar «" + kName + " xxx") &&
+                 sentence.endsWith("x…»."),
+             qPrintable(sentence));
+    QVERIFY(sentence.size() < 250);
 }
 
 void ForeignTextsTest::titlesKeepTheirBrackets()

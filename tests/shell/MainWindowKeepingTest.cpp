@@ -106,20 +106,6 @@ private:
         stage_->window().snapshotAndRefresh();
     }
 
-    bool saveAs(const QString& name)
-    {
-        stage_->prompts().answerText(name);
-        const bool saved = stage_->window().saveCurrentProject();
-        stage_->prompts().takeCalls();
-        return saved;
-    }
-
-    bool close()
-    {
-        stage_->window().show();
-        return stage_->window().close();
-    }
-
     QStringList copies() const
     {
         return QDir(RecoveryCopy::standardFolder()).entryList({"*.json"}, QDir::Files);
@@ -159,7 +145,7 @@ void MainWindowKeepingTest::aChangedWorkIsSavedBeforeAnother_data()
 void MainWindowKeepingTest::aChangedWorkIsSavedBeforeAnother()
 {
     QFETCH(bool, opens);
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     edit();
     stage_->prompts().inDialog([](QDialog& dialog) { dialog.reject(); });
     if (opens)
@@ -172,7 +158,7 @@ void MainWindowKeepingTest::aChangedWorkIsSavedBeforeAnother()
 
 void MainWindowKeepingTest::aChangedMixIsSavedToo()
 {
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     stage_->song().tracks[0].volume = 0.25F;
     QVERIFY(stage_->window().confirmDiscardChanges());
     QCOMPARE(stage_->savedWork("zamba")["tracks"][0]["volume"].toDouble(), 0.25);
@@ -190,7 +176,7 @@ void MainWindowKeepingTest::whereThatSaveFailsTheUserIsAsked_data()
 void MainWindowKeepingTest::whereThatSaveFailsTheUserIsAsked()
 {
     QFETCH(int, answer);
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     const QByteArray former = bytesOf(stage_->home().projectFile("zamba"));
     edit();
     stage_->song().tracks[0].name = longName();
@@ -225,7 +211,7 @@ void MainWindowKeepingTest::anUnchangedWorkIsNotWrittenAgain()
     stage_->window().undo();
     theirs.harmonyTrack = harmony({1, 4, 5});
     QVERIFY(stage_->saveWork("gato", theirs));
-    QVERIFY(closes ? close() : stage_->window().confirmDiscardChanges());
+    QVERIFY(closes ? stage_->close() : stage_->window().confirmDiscardChanges());
     QCOMPARE(stage_->prompts().calls(), QStringList());
     QCOMPARE(stage_->savedWork("gato"), theirs.toJson());
 }
@@ -239,20 +225,20 @@ void MainWindowKeepingTest::lookingAtAnotherTrackIsNoChange()
     stage_->window().openProject("gato");
     const QByteArray before = bytesOf(stage_->home().projectFile("gato"));
     stage_->song().tracks[1].melodyBlocks = {melody({})};
-    QVERIFY(close());
+    QVERIFY(stage_->close());
     QCOMPARE(bytesOf(stage_->home().projectFile("gato")), before);
 }
 
 void MainWindowKeepingTest::somebodyElsesChordsOutliveAWindowThatCloses()
 {
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     ScriptedPrompts theirPrompts;
     MainWindow theirs(nullptr, theirPrompts);
     theirs.openProject("zamba");
     theirs.project()->harmonyTrack = harmony({1, 4, 5});
     theirs.snapshotAndRefresh();
     QVERIFY(theirs.saveCurrentProject());
-    QVERIFY(close());
+    QVERIFY(stage_->close());
     QCOMPARE(stage_->prompts().calls(), QStringList());
     QCOMPARE(stage_->savedWork("zamba"), theirs.project()->toJson());
     theirs.close();
@@ -272,14 +258,14 @@ void MainWindowKeepingTest::afterAFailedFirstSaveTheUserIsAsked()
     QFETCH(bool, closes);
     edit();
     stage_->blockWorks();
-    QVERIFY(!saveAs("Zamba"));
+    QVERIFY(!stage_->saveAs("Zamba"));
     QCOMPARE(stage_->window().currentProjectId(), "zamba");
     stage_->prompts().answer(QMessageBox::Cancel);
-    QVERIFY(!(closes ? close() : stage_->window().confirmDiscardChanges()));
+    QVERIFY(!(closes ? stage_->close() : stage_->window().confirmDiscardChanges()));
     QCOMPARE(stage_->prompts().takeCalls(), QStringList{kUnsaved});
     stage_->unblockWorks();
     stage_->prompts().answer(QMessageBox::Save);
-    QVERIFY(closes ? close() : stage_->window().confirmDiscardChanges());
+    QVERIFY(closes ? stage_->close() : stage_->window().confirmDiscardChanges());
     QCOMPARE(stage_->prompts().calls(), QStringList{kUnsaved});
     QCOMPARE(stage_->savedWork("zamba"), stage_->song().toJson());
 }
@@ -287,7 +273,7 @@ void MainWindowKeepingTest::afterAFailedFirstSaveTheUserIsAsked()
 void MainWindowKeepingTest::aDeletedWorkIsNotWrittenBack()
 {
     edit();
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     stage_->prompts().inDialog([this](QDialog& dialog) {
         stage_->prompts().answer(QMessageBox::Yes);
         Widgets::click(Widgets::withText<QPushButton>(dialog, "Borrar"));
@@ -297,7 +283,7 @@ void MainWindowKeepingTest::aDeletedWorkIsNotWrittenBack()
     stage_->prompts().takeCalls();
     QCOMPARE(stage_->savedIds(), QStringList());
     stage_->prompts().answer(QMessageBox::Discard);
-    QVERIFY(close());
+    QVERIFY(stage_->close());
     QCOMPARE(stage_->prompts().calls(), QStringList{kUnsaved});
     QCOMPARE(stage_->savedIds(), QStringList());
 }
@@ -305,7 +291,7 @@ void MainWindowKeepingTest::aDeletedWorkIsNotWrittenBack()
 void MainWindowKeepingTest::aDeletedWorkMayBeSavedAgain()
 {
     edit();
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     QVERIFY(QDir(stage_->home().works() + "/zamba").removeRecursively());
     QVERIFY(stage_->window().saveCurrentProject());
     QCOMPARE(stage_->prompts().calls(), QStringList());
@@ -324,7 +310,7 @@ void MainWindowKeepingTest::aFailedSaveAtClosingAsksOnceMore_data()
 void MainWindowKeepingTest::aFailedSaveAtClosingAsksOnceMore()
 {
     QFETCH(int, answer);
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     edit();
     stage_->song().tracks[0].name = longName();
     stage_->window().show();
@@ -353,7 +339,7 @@ void MainWindowKeepingTest::aChangedFileAsksBeforeItIsOverwritten()
     QFETCH(int, answer);
     QFETCH(QString, id);
     QFETCH(bool, saved);
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     Project theirs;
     theirs.bpm = 77;
     QVERIFY(stage_->saveWork("zamba", theirs));
@@ -375,7 +361,7 @@ void MainWindowKeepingTest::aChangedFileAsksBeforeItIsOverwritten()
 
 void MainWindowKeepingTest::aCopyTakesItsClipsAlong()
 {
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     writeBytes(stage_->home().works() + "/zamba/voz_1.wav", "RIFF");
     stage_->song().audioTracks = {voiceTrack({clip("voz_1.wav")})};
     stage_->window().snapshotAndRefresh();
@@ -416,7 +402,7 @@ void MainWindowKeepingTest::aSavedWorkNeedsNoCopy()
 {
     edit();
     QTRY_COMPARE_WITH_TIMEOUT(copies().size(), 1, 10000);
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     QCOMPARE(copies(), QStringList());
 }
 
@@ -435,7 +421,7 @@ void MainWindowKeepingTest::whoClosesNeedsNoCopy()
     stage_->prompts().answer(static_cast<QMessageBox::StandardButton>(answer));
     if (answer == QMessageBox::Save)
         stage_->prompts().answerText("Zamba");
-    QVERIFY(close());
+    QVERIFY(stage_->close());
     stage_->destroyWindow();
     QCOMPARE(QDir(RecoveryCopy::standardFolder()).entryList(QDir::Files), QStringList());
 }
@@ -456,7 +442,7 @@ void MainWindowKeepingTest::whatCouldNotBeSavedIsKept()
 {
     edit();
     stage_->blockWorks();
-    QVERIFY(!saveAs("Zamba"));
+    QVERIFY(!stage_->saveAs("Zamba"));
     QCOMPARE(copies().size(), 1);
     stage_->destroyWindow();
     QCOMPARE(bar().offered()->id(), "zamba");
@@ -502,7 +488,7 @@ void MainWindowKeepingTest::theWorkComesBackAsItWas()
     QCOMPARE(stage_->window().windowTitle(), "Velta — Mi vals");
     QCOMPARE(stage_->window().currentProjectId(), QString());
     QCOMPARE(copies().size(), 1);
-    QVERIFY(saveAs("Mi vals"));
+    QVERIFY(stage_->saveAs("Mi vals"));
     QCOMPARE(stage_->savedWork("mi_vals")["tracks"], stage_->song().toJson()["tracks"]);
     QCOMPARE(copies(), QStringList());
 }
@@ -520,7 +506,7 @@ void MainWindowKeepingTest::aWorkWithAFolderComesBackIntoIt()
     QCOMPARE(stage_->engine().projectDir, stage_->home().works() + "/zamba");
     QCOMPARE(stage_->savedWork("zamba")["bpm"].toInt(), 120);
     stage_->prompts().answer(QMessageBox::No);
-    QVERIFY2(close(), "what came back is saved at closing like any change");
+    QVERIFY2(stage_->close(), "what came back is saved at closing like any change");
     QCOMPARE(stage_->savedWork("zamba")["bpm"].toInt(), 77);
 }
 
@@ -532,7 +518,7 @@ void MainWindowKeepingTest::clipsOfAnUnsavedWorkAreFoundAgain()
     leaveCopy({}, lost, stage_->home().works() + "/");
     press("Recuperar");
     QCOMPARE(stage_->engine().projectDir, stage_->home().works() + "/");
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     QCOMPARE(bytesOf(stage_->home().works() + "/zamba/voz_1.wav"), "RIFF");
 }
 

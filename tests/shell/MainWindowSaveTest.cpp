@@ -76,21 +76,6 @@ private:
     /// Gives the present work a note.
     void addNote() { stage_->song().tracks[0].melodyBlocks = {melody({note(60, 0.0)})}; }
 
-    /// Saves the present work for the first time.
-    bool saveAs(const QString& name)
-    {
-        stage_->prompts().answerText(name);
-        const bool saved = stage_->window().saveCurrentProject();
-        stage_->prompts().takeCalls();
-        return saved;
-    }
-
-    bool close()
-    {
-        stage_->window().show();
-        return stage_->window().close();
-    }
-
     std::unique_ptr<WindowStage> stage_;
 };
 
@@ -127,7 +112,7 @@ void MainWindowSaveTest::theFirstSaveGivesAWorkItsFolder()
 
 void MainWindowSaveTest::theNameIsTrimmed()
 {
-    QVERIFY(saveAs(" \t Zamba  "));
+    QVERIFY(stage_->saveAs(" \t Zamba  "));
     QCOMPARE(stage_->song().name, "Zamba");
     QCOMPARE(stage_->savedIds(), QStringList{"zamba"});
 }
@@ -158,7 +143,7 @@ void MainWindowSaveTest::theFolderIsNamedAfterTheWork()
     QFETCH(QString, name);
     QFETCH(QString, id);
     QVERIFY(stage_->saveWork("tarea", Project()));
-    QVERIFY(saveAs(name));
+    QVERIFY(stage_->saveAs(name));
     QCOMPARE(stage_->window().currentProjectId(), id);
     QCOMPARE(stage_->window().windowTitle(), "Velta — " + name);
     QCOMPARE(stage_->savedWork(id)["name"].toString(), name);
@@ -201,7 +186,7 @@ void MainWindowSaveTest::theFirstSaveKeepsWhatCanBeUndone()
     stage_->window().addTrack();
     stage_->window().addTrack();
     stage_->window().undo();
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     QVERIFY(stage_->canUndo() && stage_->canRedo());
     stage_->window().redo();
     QCOMPARE(stage_->song().tracks.size(), 3);
@@ -210,7 +195,7 @@ void MainWindowSaveTest::theFirstSaveKeepsWhatCanBeUndone()
 void MainWindowSaveTest::undoingBehindTheFirstSaveKeepsTheName()
 {
     stage_->window().addTrack();
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     stage_->window().undo();
     QCOMPARE(stage_->song().name, "Zamba");
     QCOMPARE(stage_->song().tracks.size(), 1);
@@ -226,7 +211,7 @@ void MainWindowSaveTest::theNewNameKeepsWhatCanBeRedone()
 {
     stage_->window().addTrack();
     stage_->window().undo();
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     stage_->window().snapshotAndRefresh();
     QVERIFY(stage_->canRedo());
     stage_->window().redo();
@@ -238,7 +223,7 @@ void MainWindowSaveTest::theNewNameKeepsWhatCanBeRedone()
 
 void MainWindowSaveTest::aWorkWithAFolderIsSavedWithoutAWord()
 {
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     stage_->window().statusBar()->clearMessage();
     stage_->window().addTrack();
     QVERIFY(stage_->window().saveCurrentProject());
@@ -250,7 +235,7 @@ void MainWindowSaveTest::aWorkWithAFolderIsSavedWithoutAWord()
 
 void MainWindowSaveTest::aWorkKeepsItsFolderWhateverItsName()
 {
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     stage_->song().name = "Chacarera";
     QVERIFY(stage_->window().saveCurrentProject());
     QCOMPARE(stage_->savedIds(), QStringList{"zamba"});
@@ -260,14 +245,14 @@ void MainWindowSaveTest::aWorkKeepsItsFolderWhateverItsName()
 
 void MainWindowSaveTest::savingIsNoStepOfUndo()
 {
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     QVERIFY(stage_->window().saveCurrentProject());
     QVERIFY(!stage_->canUndo());
 }
 
 void MainWindowSaveTest::theMessageStaysItsTime()
 {
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     const auto timers = stage_->window().statusBar()->findChildren<QTimer*>();
     QCOMPARE(timers.size(), 1);
     QVERIFY(timers.first()->isActive());
@@ -307,7 +292,7 @@ void MainWindowSaveTest::afterAFailureTheNameIsNotAskedAgain()
 
 void MainWindowSaveTest::aFileThatCannotBeOpenedIsTold()
 {
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     QVERIFY(QFile::remove(stage_->home().projectFile("zamba")));
     QVERIFY(QDir().mkpath(stage_->home().projectFile("zamba")));
     stage_->window().statusBar()->clearMessage();
@@ -404,7 +389,7 @@ void MainWindowSaveTest::savingInTheQuestionMayFail()
 
 void MainWindowSaveTest::aWorkWithAFolderIsSavedAndNotAskedFor()
 {
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     addNote();
     QVERIFY(stage_->window().projectHasContent());
     QVERIFY(stage_->window().confirmDiscardChanges());
@@ -427,7 +412,7 @@ void MainWindowSaveTest::theQuestionNamesTheWork()
 
 void MainWindowSaveTest::aBlankWindowClosesWithoutAWord()
 {
-    QVERIFY(close());
+    QVERIFY(stage_->close());
     QVERIFY(!stage_->window().isVisible());
     QCOMPARE(stage_->prompts().calls(), QStringList());
     QCOMPARE(stage_->savedIds(), QStringList());
@@ -436,7 +421,7 @@ void MainWindowSaveTest::aBlankWindowClosesWithoutAWord()
 void MainWindowSaveTest::anEmptyMelodyBlockIsNoReasonToAsk()
 {
     stage_->song().tracks[0].melodyBlocks = {melody({})};
-    QVERIFY(close());
+    QVERIFY(stage_->close());
     QCOMPARE(stage_->prompts().calls(), QStringList());
 }
 
@@ -444,7 +429,7 @@ void MainWindowSaveTest::oneNoteIsAReasonToAsk()
 {
     addNote();
     stage_->prompts().answer(QMessageBox::Discard);
-    QVERIFY(close());
+    QVERIFY(stage_->close());
     QCOMPARE(stage_->prompts().calls(), QStringList{kUnsaved});
 }
 
@@ -452,18 +437,18 @@ void MainWindowSaveTest::cancelKeepsTheWindowOpen()
 {
     addNote();
     stage_->prompts().answer(QMessageBox::Cancel);
-    QVERIFY(!close());
+    QVERIFY(!stage_->close());
     QVERIFY(stage_->window().isVisible());
     QVERIFY(stage_->window().projectHasContent());
     stage_->prompts().answer(QMessageBox::Discard);
-    QVERIFY(close());
+    QVERIFY(stage_->close());
 }
 
 void MainWindowSaveTest::discardClosesWithoutAFile()
 {
     addNote();
     stage_->prompts().answer(QMessageBox::Discard);
-    QVERIFY(close());
+    QVERIFY(stage_->close());
     QVERIFY(!stage_->window().isVisible());
     QCOMPARE(stage_->savedIds(), QStringList());
 }
@@ -473,7 +458,7 @@ void MainWindowSaveTest::saveSavesAndCloses()
     addNote();
     stage_->prompts().answer(QMessageBox::Save);
     stage_->prompts().answerText("Zamba");
-    QVERIFY(close());
+    QVERIFY(stage_->close());
     QCOMPARE(stage_->prompts().calls(), (QStringList{kUnsaved, kName}));
     QCOMPARE(stage_->savedWork("zamba"), stage_->song().toJson());
 }
@@ -484,7 +469,7 @@ void MainWindowSaveTest::withoutANameTheWindowStaysOpen()
     stage_->prompts().answer(QMessageBox::Save);
     stage_->prompts().answerText("  ");
     stage_->prompts().giveUpText();
-    QVERIFY(!close());
+    QVERIFY(!stage_->close());
     QVERIFY(stage_->window().isVisible());
     QVERIFY(stage_->prompts().allAnswersUsed());
 }
@@ -496,17 +481,17 @@ void MainWindowSaveTest::whereNothingCanBeSavedTheWindowStaysOpen()
     stage_->blockWorks();
     stage_->prompts().answer(QMessageBox::Save);
     stage_->prompts().answerText("Zamba");
-    QVERIFY(!close());
+    QVERIFY(!stage_->close());
     QVERIFY(stage_->window().isVisible());
     QCOMPARE(stage_->prompts().calls(), (QStringList{kUnsaved, kName, kCannotSave}));
 }
 
 void MainWindowSaveTest::aWorkWithAFolderIsSavedAtClosing()
 {
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     addNote();
     stage_->song().bpm = 84;
-    QVERIFY(close());
+    QVERIFY(stage_->close());
     QCOMPARE(stage_->prompts().calls(), QStringList());
     QCOMPARE(stage_->savedWork("zamba")["bpm"].toInt(), 84);
     QCOMPARE(stage_->savedWork("zamba"), stage_->song().toJson());
@@ -514,16 +499,16 @@ void MainWindowSaveTest::aWorkWithAFolderIsSavedAtClosing()
 
 void MainWindowSaveTest::aWorkWhoseFolderIsGoneIsAskedForAtClosing()
 {
-    QVERIFY(saveAs("Zamba"));
+    QVERIFY(stage_->saveAs("Zamba"));
     addNote();
     stage_->blockWorks();
     stage_->prompts().answer(QMessageBox::Save);
-    QVERIFY(!close());
+    QVERIFY(!stage_->close());
     QVERIFY(stage_->window().isVisible());
     const QString question = QString(kUnsaved).replace("Obra sin título", "Zamba");
     QCOMPARE(stage_->prompts().calls(), (QStringList{question, kCannotSave}));
     stage_->prompts().answer(QMessageBox::Discard);
-    QVERIFY(close());
+    QVERIFY(stage_->close());
 }
 
 void MainWindowSaveTest::closingEndsPlayback_data()
@@ -539,14 +524,14 @@ void MainWindowSaveTest::closingEndsPlayback()
 {
     QFETCH(int, answer);
     if (answer == QMessageBox::Save) {
-        QVERIFY(saveAs("Zamba"));
+        QVERIFY(stage_->saveAs("Zamba"));
     } else if (answer >= 0) {
         addNote();
         stage_->prompts().answer(static_cast<QMessageBox::StandardButton>(answer));
     }
     stage_->engine().play(2.0);
     QVERIFY(stage_->engine().isPlaying());
-    QCOMPARE(close(), answer != QMessageBox::Cancel);
+    QCOMPARE(stage_->close(), answer != QMessageBox::Cancel);
     QVERIFY(!stage_->engine().isPlaying());
     QCOMPARE(stage_->engine().playheadBeat(), 0.0);
 }

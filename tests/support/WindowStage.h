@@ -72,6 +72,22 @@ public:
 
     bool canRedo() { return Widgets::entry(window(), "Rehacer")->isEnabled(); }
 
+    /// Saves the present work for the first time.
+    bool saveAs(const QString& name)
+    {
+        prompts_.answerText(name);
+        const bool saved = window().saveCurrentProject();
+        prompts_.takeCalls();
+        return saved;
+    }
+
+    /// Shows the window and closes it; false if it stays open.
+    bool close()
+    {
+        window().show();
+        return window().close();
+    }
+
     // ---- Works ----
 
     /// Puts a work on the disk, where the window finds it.
