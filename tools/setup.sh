@@ -35,6 +35,11 @@ fuzz_packages=(
     clang libclang-rt-dev
 )
 
+# What it takes to look for memory that is lost or read too early.
+memcheck_packages=(
+    valgrind
+)
+
 say() {
     printf '%s\n' "$*" >&2
 }
