@@ -47,6 +47,9 @@ SoundfontPlayer::SoundfontPlayer(Mode mode, QObject* parent) : QObject(parent), 
     fluid_settings_setnum(settings_.get(), "synth.sample-rate", kSampleRate);
     fluid_settings_setint(settings_.get(), "synth.midi-channels", kChannels);
     fluid_settings_setnum(settings_.get(), "synth.gain", kGain);
+    // Sound mostly goes through a sound server, and there through a thread of its client library,
+    // at ordinary priority. One of higher priority that fills the buffer keeps it from its lock.
+    fluid_settings_setint(settings_.get(), "audio.realtime-prio", 0);
     synth_.reset(new_fluid_synth(settings_.get()));
     // A server that hangs would hang whoever asks for its devices.
     if (synth_ && mode_ == Mode::Realtime && SoundServer::answers())
