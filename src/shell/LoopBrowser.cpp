@@ -102,6 +102,7 @@ LoopBrowser::LoopBrowser(LoopLibrary* library, InstrumentLibrary* instruments,
     : QWidget(parent), library_(library), instruments_(instruments), catalog_(catalog),
       downloads_(downloads), registry_(registry), engine_(engine)
 {
+    setAccessibleName(tr("Ritmos"));
     auto* help = new WrappedLabel(tr("Click coloca la variación donde está el cabezal.\n"
                                      "Arrastrala para elegir el compás exacto."));
     auto* search = new QPushButton(tr("Buscar más ritmos…"));
@@ -327,7 +328,7 @@ QWidget* LoopBrowser::buildColumn(LoopSection section, int variantIndex)
     preview->setObjectName(u"btn_escuchar"_s);
     preview->setText(u"▶"_s);
     preview->setToolTip(tr("Escuchar esta variación"));
-    preview->setAccessibleName(preview->toolTip());
+    preview->setAccessibleName(tr("Escuchar %1").arg(place->accessibleName()));
     preview->setFixedHeight(kPreviewButtonHeight);
     preview->setCursor(Qt::PointingHandCursor);
     connect(preview, &QToolButton::clicked, this,

@@ -11,6 +11,7 @@
 #include "model/UndoStack.h"
 #include "playback/PlaybackEngine.h"
 #include "playback/SoundfontPlayer.h"
+#include "shell/AccessibleControls.h"
 #include "shell/EditorFocus.h"
 #include "shell/FirstSteps.h"
 #include "shell/FittingArea.h"
@@ -55,6 +56,7 @@ constexpr int kHeaderPercentInSight = 45;
 
 MainWindow::MainWindow(QWidget* parent, Prompts& prompts) : QMainWindow(parent), prompts_(prompts)
 {
+    AccessibleControls::install();
     setWindowTitle(u"Velta"_s);
     resize(1360, 860);
     createServices();

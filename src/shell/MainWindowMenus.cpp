@@ -225,6 +225,8 @@ void MainWindow::addMissingBankMark()
 void MainWindow::updateThemeButton(bool dark)
 {
     themeButton_->setText(dark ? tr("☀ Modo claro") : tr("🌙 Modo oscuro"));
+    // A screen reader would spell the symbol.
+    themeButton_->setAccessibleName(dark ? tr("Modo claro") : tr("Modo oscuro"));
 }
 
 void MainWindow::updateTitleBar(bool dark)

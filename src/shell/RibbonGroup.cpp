@@ -38,6 +38,7 @@ QLabel* addCaption(QVBoxLayout* column, const QString& caption)
 RibbonGroup::RibbonGroup(const QString& title, int index, QWidget* parent) : QFrame(parent)
 {
     setObjectName(u"grupo_ribbon"_s);
+    setAccessibleName(title);
     setProperty("alt", QString::number(index % kShades));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 4);
@@ -83,6 +84,9 @@ void RibbonGroup::addLabeledWidget(QWidget* widget, const QString& caption)
     column->addWidget(widget);
     column->addStretch();
     addCaption(column, caption)->setBuddy(widget);
+    // A label is called by what it shows.
+    if (!qobject_cast<QLabel*>(widget))
+        widget->setAccessibleName(caption);
 }
 
 void RibbonGroup::addSpacing(int spacing)

@@ -73,6 +73,7 @@ TransportControls::TransportControls(PlaybackEngine* engine, QWidget* parent)
     : QWidget(parent), engine_(engine)
 {
     setObjectName(u"ribbon"_s);
+    setAccessibleName(tr("Herramientas"));
     // A plain widget paints the background of a style sheet only when it is told to.
     setAttribute(Qt::WA_StyledBackground);
     auto* layout = new QVBoxLayout(this);

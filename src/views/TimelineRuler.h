@@ -49,9 +49,18 @@ public:
 
     double beatAtX(int x) const { return viewport_.beatAtX(x); }
 
+    /// Null for none.
+    const Project* project() const { return project_; }
+
+    /// In beats.
+    double playheadBeat() const { return playheadBeat_; }
+
 signals:
     /// The pulse nearest to a click, in beats.
     void seekRequested(double beat);
+
+    /// The playhead is wanted at a beat, without a sound.
+    void placeRequested(double beat);
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;

@@ -88,6 +88,7 @@ TrackHeaderPanel::TrackHeaderPanel(InstrumentLibrary* library, QWidget* parent)
     connectNoteRows();
     connectAudioRows();
     WheelGuard::guardAllIn(*this);
+    nameParts();
     refresh();
 }
 
@@ -107,6 +108,16 @@ void TrackHeaderPanel::buildCommonRows()
     switches->addWidget(solo_);
     switches->addStretch();
     form_->addRow(QString(), switches);
+}
+
+/// Captions that stand twice are told apart by their headings, which only the eye sees over them.
+void TrackHeaderPanel::nameParts()
+{
+    setAccessibleName(tr("Propiedades de la velta"));
+    humanize_->setAccessibleName(tr("Humanizador"));
+    humanizeIntensity_->setAccessibleName(humanizeIntensity_->toolTip());
+    tune_->setAccessibleName(tr("Afinar voz"));
+    tuneIntensity_->setAccessibleName(tuneIntensity_->toolTip());
 }
 
 void TrackHeaderPanel::buildNoteRows()

@@ -60,6 +60,7 @@ signals:
 
 private:
     void buildCommonRows();
+    void nameParts();
     void buildNoteRows();
     void buildAudioRows();
     void connectCommonRows();

@@ -2,6 +2,7 @@
 
 #include "model/Project.h"
 #include "shell/theme/CanvasColors.h"
+#include "views/AccessibleItems.h"
 #include "views/LoopDragPayload.h"
 #include "views/ScreenPixels.h"
 #include "views/arranger/ArrangerLayout.h"
@@ -203,6 +204,7 @@ void ArrangerGridView::startDrag(BlockItem* item, const QPointF& place)
              .block = block,
              .startX = place.x(),
              .span = RecordDrag(Qt::LeftButton, BlockEdits::spanOf(*arranger_->project(), block))};
+    AccessibleItems::tellCurrent(this);
 }
 
 void ArrangerGridView::select(BlockItem* item)

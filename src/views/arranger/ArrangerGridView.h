@@ -18,6 +18,8 @@ class ArrangerGridView : public QGraphicsView {
 public:
     explicit ArrangerGridView(TrackArranger* arranger, QWidget* parent = nullptr);
 
+    TrackArranger* arranger() const { return arranger_; }
+
     /// Ends a drag that is under way as if the mouse let go.
     void endDrag();
 

@@ -15,6 +15,8 @@ public:
     /// What a place of it is for: a mute button in its present state, or a name that is cut.
     QString toolTipAt(const QPoint& place) const;
 
+    TrackArranger* arranger() const { return arranger_; }
+
 protected:
     bool event(QEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;

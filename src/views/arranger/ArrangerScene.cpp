@@ -63,6 +63,7 @@ void ArrangerScene::rebuild(const Project& project, const QList<LaneInfo>& lanes
 {
     // Once for all: item by item, views would take longer to learn of the change than to paint it.
     update();
+    ++revision_;
     clear();
     fit(project, lanes, width);
     addChords(project);

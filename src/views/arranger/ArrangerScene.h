@@ -32,6 +32,9 @@ public:
 
     bool isRecording() const { return recording_; }
 
+    /// Another number after each rebuild.
+    int revision() const { return revision_; }
+
     /// The item of a record, or null.
     BlockItem* itemOf(const BlockRef& block) const;
 
@@ -50,4 +53,5 @@ private:
 
     QGraphicsLineItem* playhead_ = nullptr;
     bool recording_ = false;
+    int revision_ = 0;
 };

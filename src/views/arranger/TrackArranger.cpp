@@ -3,9 +3,12 @@
 #include "model/Project.h"
 #include "music/Beats.h"
 #include "playback/PlaybackEngine.h"
+#include "views/AccessibleItems.h"
+#include "views/AccessibleRuler.h"
 #include "views/ScrollIntoView.h"
 #include "views/TimelineRuler.h"
 #include "views/WheelForwarder.h"
+#include "views/arranger/ArrangerAccessible.h"
 #include "views/arranger/ArrangerGridView.h"
 #include "views/arranger/ArrangerHeaderColumn.h"
 #include "views/arranger/ArrangerScene.h"
@@ -87,12 +90,24 @@ TrackArranger::TrackArranger(QWidget* parent)
     connect(view_->verticalScrollBar(), &QScrollBar::valueChanged, header_,
             qOverload<>(&QWidget::update));
     connect(ruler_, &TimelineRuler::seekRequested, this, &TrackArranger::seek);
+    connect(ruler_, &TimelineRuler::placeRequested, this, &TrackArranger::placePlayhead);
+    nameParts();
 }
 
 TrackArranger::~TrackArranger()
 {
     // A view that loses its scene scrolls, and the ruler follows: the view has to go first.
     delete view_;
+    view_ = nullptr;
+}
+
+void TrackArranger::nameParts()
+{
+    ArrangerAccessible::install();
+    setAccessibleName(tr("Arreglo"));
+    view_->setAccessibleName(tr("Bloques"));
+    header_->setAccessibleName(tr("Carriles"));
+    ruler_->setAccessibleName(tr("Cabezal del arreglo"));
 }
 
 void TrackArranger::setContext(Project* project, PlaybackEngine* playback, LoopLibrary* library)
@@ -111,9 +126,12 @@ void TrackArranger::setContext(Project* project, PlaybackEngine* playback, LoopL
     ruler_->setProject(project);
     if (project_)
         connect(project_, &Project::changed, this, &TrackArranger::rebuildScene);
-    if (playback_)
+    if (playback_) {
         connect(playback_, &PlaybackEngine::playheadChanged, this, &TrackArranger::updatePlayhead,
                 Qt::UniqueConnection);
+        connect(playback_, &PlaybackEngine::playingChanged, this, &TrackArranger::tellPlayhead,
+                Qt::UniqueConnection);
+    }
     if (project_)
         rebuildScene();
     else
@@ -156,6 +174,8 @@ void TrackArranger::rebuildScene()
         updatePlayhead(playback_->playheadBeat());
     header_->update();
     syncRuler();
+    AccessibleItems::tellChange(view_);
+    AccessibleItems::tellChange(header_);
 }
 
 void TrackArranger::fitScene()
@@ -253,6 +273,15 @@ void TrackArranger::placePlayhead(double beat)
     playback_->setPlayheadBeat(std::clamp(beat, 0.0, last));
     const double x = playback_->playheadBeat() * ArrangerLayout::kBeatPixels;
     ScrollIntoView::horizontally(*view_, x, x);
+    if (!selectedBlock())
+        tellPlayhead();
+}
+
+void TrackArranger::tellPlayhead()
+{
+    // Not at every tick: who listens hears the song.
+    if (hasFocus() && playback_ && !playback_->isPlaying())
+        AccessibleRuler::tell(ruler_);
 }
 
 void TrackArranger::setRecording(bool recording)

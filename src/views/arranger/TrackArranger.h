@@ -37,6 +37,9 @@ public:
 
     Project* project() const { return project_; }
 
+    /// May be null.
+    const LoopLibrary* library() const { return library_; }
+
     const QList<LaneInfo>& lanes() const { return lanes_; }
 
     /// The track on which edits by other means act; -1 for none.
@@ -201,6 +204,8 @@ private:
     bool deleteByKey(const QKeyEvent& event);
     void updatePlayhead(double beat);
     void seek(double beat);
+    void nameParts();
+    void tellPlayhead();
     void selectFirstTrack();
     void showNothing();
     void layChord(double beat, int degree, ChordExtension extension);

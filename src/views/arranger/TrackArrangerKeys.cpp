@@ -2,6 +2,7 @@
 
 #include "model/Project.h"
 #include "playback/PlaybackEngine.h"
+#include "views/AccessibleItems.h"
 #include "views/ScrollIntoView.h"
 #include "views/StepKeys.h"
 #include "views/arranger/ArrangerGridView.h"
@@ -154,6 +155,8 @@ void TrackArranger::goToLaneBeside(int up)
     if (const auto block =
             BlockOrder::neighbour(BlockOrder::blocksOf(*project_, ref), std::nullopt, 0, beat))
         goToBlock(*block);
+    else
+        AccessibleItems::tellCurrent(header_);
 }
 
 void TrackArranger::goToLane(const LaneRef& lane)
@@ -199,6 +202,7 @@ void TrackArranger::showBlock(const BlockRef& block)
         return;
     ScrollIntoView::horizontally(*view_, item->rect().left(), item->rect().right());
     ScrollIntoView::vertically(*view_, item->rect().top(), item->rect().bottom());
+    AccessibleItems::tellCurrent(view_);
 }
 
 void TrackArranger::showLane(const LaneInfo& lane)

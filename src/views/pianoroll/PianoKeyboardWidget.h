@@ -25,6 +25,8 @@ public:
     /// Pixels; the widest name fits at its largest.
     int blackKeyWidth() const { return blackKeyWidth_; }
 
+    PianoRollCanvas* canvas() const { return canvas_; }
+
 signals:
     void keyPressed(int pitch);
     void keyReleased(int pitch);

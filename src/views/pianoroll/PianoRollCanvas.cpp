@@ -4,10 +4,13 @@
 #include "model/ProjectEdits.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/controls/ElidedLabel.h"
+#include "views/AccessibleItems.h"
+#include "views/AccessibleRuler.h"
 #include "views/ScrollIntoView.h"
 #include "views/TimelineRuler.h"
 #include "views/WheelForwarder.h"
 #include "views/pianoroll/PianoKeyboardWidget.h"
+#include "views/pianoroll/PianoRollAccessible.h"
 #include "views/pianoroll/PianoRollGridView.h"
 #include "views/pianoroll/PianoRollScene.h"
 
@@ -88,6 +91,8 @@ PianoRollCanvas::PianoRollCanvas(QWidget* parent)
     connect(keyboard_, &PianoKeyboardWidget::keyPressed, this, &PianoRollCanvas::liveNoteOn);
     connect(keyboard_, &PianoKeyboardWidget::keyReleased, this, &PianoRollCanvas::liveNoteOff);
     connect(ruler_, &TimelineRuler::seekRequested, this, &PianoRollCanvas::seek);
+    connect(ruler_, &TimelineRuler::placeRequested, this, &PianoRollCanvas::placePlayhead);
+    nameParts();
     // Letters may come by way of the buttons, which have a focus of their own.
     connect(qApp, &QApplication::focusChanged, this, &PianoRollCanvas::endHeldKeys);
 }
@@ -98,6 +103,16 @@ PianoRollCanvas::~PianoRollCanvas()
     disconnect(qApp, nullptr, this, nullptr);
     // A view that loses its scene scrolls, and the ruler follows: the view has to go first.
     delete view_;
+    view_ = nullptr;
+}
+
+void PianoRollCanvas::nameParts()
+{
+    PianoRollAccessible::install();
+    setAccessibleName(tr("Piano roll"));
+    view_->setAccessibleName(tr("Notas"));
+    keyboard_->setAccessibleName(tr("Teclas del piano"));
+    ruler_->setAccessibleName(tr("Cabezal del piano roll"));
 }
 
 QWidget* PianoRollCanvas::makeBar()
@@ -123,6 +138,8 @@ QWidget* PianoRollCanvas::makeCorner()
 {
     auto* up = arrowButton(u"▲"_s, tr("Subir una nota (flecha arriba)"));
     auto* down = arrowButton(u"▼"_s, tr("Bajar una nota (flecha abajo)"));
+    up->setAccessibleName(tr("Subir una nota"));
+    down->setAccessibleName(tr("Bajar una nota"));
     connect(up, &QToolButton::clicked, this, [this] { scrollNotes(1); });
     connect(down, &QToolButton::clicked, this, [this] { scrollNotes(-1); });
 
@@ -152,9 +169,12 @@ void PianoRollCanvas::setContext(Project* project, PlaybackEngine* playback)
     ruler_->setProject(project);
     if (project_)
         connect(project_, &Project::changed, this, &PianoRollCanvas::rebuildScene);
-    if (playback_)
+    if (playback_) {
         connect(playback_, &PlaybackEngine::playheadChanged, this, &PianoRollCanvas::updatePlayhead,
                 Qt::UniqueConnection);
+        connect(playback_, &PlaybackEngine::playingChanged, this, &PianoRollCanvas::tellPlayhead,
+                Qt::UniqueConnection);
+    }
     rebuildScene();
     rows_ = PitchRows();
     applyVerticalFit();
@@ -246,6 +266,7 @@ void PianoRollCanvas::rebuildScene()
         updatePlayhead(playback_->playheadBeat());
     updateCaption();
     syncRulerAndKeyboard();
+    AccessibleItems::tellChange(view_);
 }
 
 void PianoRollCanvas::fitScene()
@@ -261,6 +282,11 @@ void PianoRollCanvas::endDrag()
 }
 
 // ---- Caption -------------------------------------------------------------------------------
+
+QString PianoRollCanvas::caption() const
+{
+    return caption_->text();
+}
 
 void PianoRollCanvas::updateCaption()
 {
@@ -382,6 +408,15 @@ void PianoRollCanvas::placePlayhead(double beat)
     playback_->setPlayheadBeat(std::clamp(beat, 0.0, last));
     const double x = playback_->playheadBeat() * PianoRollLayout::kBeatPixels;
     ScrollIntoView::horizontally(*view_, x, x);
+    if (scene_->selectedItems().isEmpty())
+        tellPlayhead();
+}
+
+void PianoRollCanvas::tellPlayhead()
+{
+    // Not at every tick: who listens hears the song.
+    if (hasFocus() && playback_ && !playback_->isPlaying())
+        AccessibleRuler::tell(ruler_);
 }
 
 void PianoRollCanvas::setRecording(bool recording)

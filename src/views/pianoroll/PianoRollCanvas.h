@@ -60,6 +60,9 @@ public:
 
     TimelineRuler* ruler() const { return ruler_; }
 
+    /// What stands over the grid: the track, the key and the length of the block.
+    QString caption() const;
+
     /// Length of a step in beats.
     double snapBeats() const;
 
@@ -212,6 +215,7 @@ private:
     void endHeldKeys();
     void forgetGestures();
 
+    void nameParts();
     QWidget* makeBar();
     QWidget* makeCorner();
     void showTrack(int track, int block);
@@ -219,6 +223,7 @@ private:
     QList<int> ghostTracks() const;
     QString captionOf(const MelodyBlock& block) const;
     void seek(double beat);
+    void tellPlayhead();
 
     Project* project_ = nullptr;
     PlaybackEngine* playback_ = nullptr;

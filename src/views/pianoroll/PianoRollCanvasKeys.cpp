@@ -3,6 +3,7 @@
 #include "model/Project.h"
 #include "music/Beats.h"
 #include "playback/PlaybackEngine.h"
+#include "views/AccessibleItems.h"
 #include "views/ScrollIntoView.h"
 #include "views/StepKeys.h"
 #include "views/pianoroll/NoteEdits.h"
@@ -174,6 +175,7 @@ void PianoRollCanvas::showNotes(const QList<int>& indices)
         ScrollIntoView::horizontally(*view_, rect->left(), rect->right());
     if (!rows_.contains(note.pitch))
         scrollToTopPitch(note.pitch > rows_.top ? note.pitch : note.pitch + rows_.count - 1, false);
+    AccessibleItems::tellCurrent(view_);
 }
 
 bool PianoRollCanvas::writeByKey(const QKeyEvent& event)

@@ -2,6 +2,7 @@
 
 #include "model/Track.h"
 #include "shell/theme/CanvasColors.h"
+#include "views/AccessibleItems.h"
 #include "views/pianoroll/PianoRollBackdrop.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 #include "views/pianoroll/PianoRollLayout.h"
@@ -186,6 +187,7 @@ void PianoRollGridView::pressOnNote(NoteItem* note, const QPointF& place,
                  .start = place,
                  .notes = NoteEdits::dragged(block, canvas_->scene()->selectedNotes()),
                  .block = RecordDrag(Qt::LeftButton, notesOfBlock())};
+    AccessibleItems::tellCurrent(this);
 }
 
 void PianoRollGridView::drawNote(const QPointF& place)

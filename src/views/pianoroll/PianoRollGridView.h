@@ -19,6 +19,8 @@ class PianoRollGridView : public QGraphicsView {
 public:
     explicit PianoRollGridView(PianoRollCanvas* canvas, QWidget* parent = nullptr);
 
+    PianoRollCanvas* canvas() const { return canvas_; }
+
     /// The topmost editable note at a place of the scene, or null.
     NoteItem* noteItemAt(const QPointF& place) const;
 
