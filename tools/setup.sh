@@ -28,6 +28,7 @@ test_packages=(
     g++-mingw-w64-x86-64-win32
     locales
     pulseaudio pulseaudio-utils libasound2-plugins
+    xvfb openbox dbus-daemon at-spi2-core python3-pyatspi
 )
 
 # What the fuzzers need on top of it: a compiler that brings a fuzzer along.
