@@ -19,8 +19,11 @@ QAccessibleInterface* controlOf(const QString& className, QObject* object)
 {
     if (!object->isWidgetType())
         return nullptr;
-    if (className == QLatin1StringView("QComboBox"))
-        return new AccessibleChoice(static_cast<QComboBox*>(object));
+    if (className == QLatin1StringView("QComboBox")) {
+        // One that is typed into is a field besides, which the toolkit tells.
+        auto* box = static_cast<QComboBox*>(object);
+        return box->isEditable() ? nullptr : new AccessibleChoice(box);
+    }
     if (std::ranges::find(kParts, className) != kParts.end())
         return new AccessibleTeller(static_cast<QWidget*>(object), QAccessible::Grouping);
     return nullptr;
