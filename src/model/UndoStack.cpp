@@ -32,21 +32,33 @@ void UndoStack::snapshot(const Project& project)
 
 QJsonObject UndoStack::undo(const Project& project)
 {
-    if (!canUndo())
-        return {};
-    states_[index_] = stateOf(project, &states_.at(index_));
-    --index_;
-    const QJsonObject state = presentState();
-    notify();
-    return state;
+    const auto song = undoSong(project);
+    return song ? ProjectJson::write(*song) : QJsonObject();
 }
 
 QJsonObject UndoStack::redo()
 {
+    const auto song = redoSong();
+    return song ? ProjectJson::write(*song) : QJsonObject();
+}
+
+std::optional<Song> UndoStack::undoSong(const Project& project)
+{
+    if (!canUndo())
+        return std::nullopt;
+    states_[index_] = stateOf(project, &states_.at(index_));
+    --index_;
+    Song state = presentState();
+    notify();
+    return state;
+}
+
+std::optional<Song> UndoStack::redoSong()
+{
     if (!canRedo())
-        return {};
+        return std::nullopt;
     ++index_;
-    const QJsonObject state = presentState();
+    Song state = presentState();
     notify();
     return state;
 }
@@ -71,11 +83,12 @@ void UndoStack::changeAudioTracks(const std::function<void(QList<AudioTrack>&)>&
     packDistantStates();
 }
 
-QJsonObject UndoStack::presentState()
+/// In lists of its own: whoever loads it may write into them.
+Song UndoStack::presentState()
 {
     states_[index_].unpack();
     packDistantStates();
-    return ProjectJson::write(states_.at(index_).song());
+    return detachedCopy(states_.at(index_).song());
 }
 
 void UndoStack::packDistantStates()

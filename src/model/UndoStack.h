@@ -7,6 +7,7 @@
 #include <QObject>
 
 #include <functional>
+#include <optional>
 
 class Project;
 
@@ -45,6 +46,10 @@ public:
     /// The state to load, one step forward; an empty object where there is none.
     QJsonObject redo();
 
+    /// undo() and redo() without the detour over JSON. Nothing at the end of the road.
+    std::optional<Song> undoSong(const Project& project);
+    std::optional<Song> redoSong();
+
     /// The voice tracks of all states.
     QList<AudioTrack> audioTracks() const;
 
@@ -67,7 +72,7 @@ private:
         return KeptState(song, former, &plainBytes_);
     }
 
-    QJsonObject presentState();
+    Song presentState();
     void packDistantStates();
 
     qint64 mostPlainBytes_;

@@ -383,7 +383,7 @@ void MainWindow::undo()
     finishGestures();
     if (!project_ || !undoStack_->canUndo())
         return;
-    restore(undoStack_->undo(*project_));
+    restore(*undoStack_->undoSong(*project_));
 }
 
 void MainWindow::redo()
@@ -391,14 +391,14 @@ void MainWindow::redo()
     finishGestures();
     if (!project_ || !undoStack_->canRedo())
         return;
-    restore(undoStack_->redo());
+    restore(*undoStack_->redoSong());
 }
 
-void MainWindow::restore(const QJsonObject& state)
+void MainWindow::restore(const Song& state)
 {
     // A name comes from saving, and is not taken back.
     const QString name = project_->name;
-    project_->loadJson(state);
+    static_cast<Song&>(*project_) = state;
     project_->name = name;
     keepSoon();
     showAndSound();

@@ -250,7 +250,7 @@ private:
     void showWaiting(bool waiting);
 
     /// Puts a state that undo has kept in place of the present one.
-    void restore(const QJsonObject& state);
+    void restore(const Song& state);
 
     void setBpm(int bpm);
     void setKey(int rootPitchClass, int mode);

@@ -1,6 +1,7 @@
 #include "model/UndoStack.h"
 
 #include "model/Project.h"
+#include "model/ProjectJson.h"
 #include "support/ProjectBuilder.h"
 #include "support/SeededRandom.h"
 
@@ -95,6 +96,7 @@ class UndoStackTest : public QObject {
     Q_OBJECT
 
 private slots:
+    void songsAreTheStatesWithoutTheDetour();
     void newStackHasNothing();
     void firstSnapshotOfANewStackIsItsFirstState();
     void newProjectHasNothingToUndo();
@@ -722,6 +724,28 @@ void UndoStackTest::hostileProjectsAreSurvived()
         ++steps;
     }
     QVERIFY(steps <= 99);
+}
+
+void UndoStackTest::songsAreTheStatesWithoutTheDetour()
+{
+    Project project;
+    UndoStack byJson;
+    UndoStack bySong;
+    byJson.reset(project);
+    bySong.reset(project);
+    QVERIFY(!bySong.undoSong(project));
+    QVERIFY(!bySong.redoSong());
+    for (unsigned seed = 1; seed <= 5; ++seed) {
+        ProjectBuilder::Generator(seed).fill(project);
+        byJson.snapshot(project);
+        bySong.snapshot(project);
+    }
+    while (byJson.canUndo())
+        QCOMPARE(ProjectJson::write(bySong.undoSong(project).value()), byJson.undo(project));
+    QVERIFY(!bySong.canUndo());
+    while (byJson.canRedo())
+        QCOMPARE(ProjectJson::write(bySong.redoSong().value()), byJson.redo());
+    QVERIFY(!bySong.canRedo());
 }
 
 QTEST_GUILESS_MAIN(UndoStackTest)
