@@ -5,7 +5,7 @@
 build_packages=(
     g++ cmake ninja-build pkg-config
     qt6-base-dev qt6-multimedia-dev qt6-translations-l10n libgl-dev
-    libfluidsynth-dev libsndfile1-dev libmp3lame-dev libasound2-dev libpulse-dev
+    libfluidsynth-dev libsndfile1-dev libmp3lame-dev libasound2-dev libzip-dev libpulse-dev
     fluid-soundfont-gm
 )
 

@@ -20,8 +20,9 @@ QString AboutVelta::helpText()
 {
     return uR"(Velta: para componer canciones en la escuela.
 
-Uso: velta [opción]
+Uso: velta [opción] [obra.velta]
 
+  obra.velta            Abre una obra que llegó en un archivo, como obra nueva.
   --open ID             Abre la obra guardada en la carpeta ID de Documentos/Velta.
   --proyecto ID         Lo mismo.
   --selftest [CARPETA]  Prueba el programa sin ventana y deja en CARPETA lo que exporta.

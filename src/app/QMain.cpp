@@ -102,5 +102,7 @@ int qMain(int argc, char** argv)
     ovelin::medirAlturasSiHaceFalta();
     if (options.projectId)
         window.openProjectById(*options.projectId);
+    else if (options.workFile)
+        window.openWorkFile(*options.workFile);
     return QApplication::exec();
 }

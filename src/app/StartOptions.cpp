@@ -1,6 +1,10 @@
 #include "app/StartOptions.h"
 
+#include "storage/WorkArchive.h"
+
 #include <QDir>
+
+#include <algorithm>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -19,17 +23,36 @@ bool takesValue(const QString& argument)
     return argument == "--selftest"_L1 || argument == "--open"_L1 || argument == "--proyecto"_L1;
 }
 
-StartOptions::About aboutOf(const QStringList& arguments)
+/// The arguments behind the program's name that are neither options with a value nor such values.
+QStringList freeStanding(const QStringList& arguments)
 {
+    QStringList words;
     for (qsizetype i = 1; i < arguments.size(); ++i) {
-        if (arguments[i] == "--help"_L1)
-            return StartOptions::About::Help;
-        if (arguments[i] == "--version"_L1)
-            return StartOptions::About::Version;
         if (takesValue(arguments[i]))
             ++i;
+        else
+            words.append(arguments[i]);
+    }
+    return words;
+}
+
+StartOptions::About aboutOf(const QStringList& words)
+{
+    for (const QString& word : words) {
+        if (word == "--help"_L1)
+            return StartOptions::About::Help;
+        if (word == "--version"_L1)
+            return StartOptions::About::Version;
     }
     return StartOptions::About::Nothing;
+}
+
+std::optional<QString> workFileOf(const QStringList& words)
+{
+    const auto file = std::ranges::find_if(words, [](const QString& word) {
+        return word.endsWith(QLatin1StringView(WorkArchive::kSuffix), Qt::CaseInsensitive);
+    });
+    return file == words.end() ? std::nullopt : std::optional(*file);
 }
 
 } // namespace
@@ -37,7 +60,9 @@ StartOptions::About aboutOf(const QStringList& arguments)
 StartOptions StartOptions::read(const QStringList& arguments)
 {
     StartOptions options;
-    options.about = aboutOf(arguments);
+    const QStringList words = freeStanding(arguments);
+    options.about = aboutOf(words);
+    options.workFile = workFileOf(words);
     if (const qsizetype selfTest = arguments.indexOf("--selftest"_L1); selfTest >= 0)
         options.selfTestDir =
             valueBehind(arguments, selfTest).value_or(QDir::tempPath() + "/velta_selftest"_L1);

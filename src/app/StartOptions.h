@@ -17,6 +17,8 @@ struct StartOptions {
     std::optional<QString> selfTestDir;
     /// Storage id of the project to open; nothing when none is named.
     std::optional<QString> projectId;
+    /// A work in one file to open: the first argument of this kind that is no value of an option.
+    std::optional<QString> workFile;
 
     /// Reads the arguments of the process, the program's name first.
     static StartOptions read(const QStringList& arguments);

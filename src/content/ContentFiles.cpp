@@ -1,10 +1,10 @@
 #include "content/ContentFiles.h"
 
+#include "files/FileNames.h"
 #include "files/WholeFile.h"
 
 #include <QDir>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QtEndian>
 
 #include <algorithm>
@@ -15,22 +15,6 @@ namespace {
 
 /// Far above any real path, and far below what a walk through its folders can bear.
 constexpr qsizetype kMaxPathLength = 1024;
-
-/// What some system forbids in a name, or takes for a separator, a drive or a stream.
-bool isForbidden(QChar character)
-{
-    return character.category() == QChar::Other_Control ||
-           QStringView(u"/\\:*?\"<>|").contains(character);
-}
-
-/// Windows has these names stand for devices in every folder, whatever suffix they bear.
-bool isDevice(const QString& name)
-{
-    static const QRegularExpression device(u"^(con|prn|aux|nul|conin\\$|conout\\$|"
-                                           "(com|lpt)[0-9\u00B9\u00B2\u00B3]) *(\\.|$)"_s,
-                                           QRegularExpression::CaseInsensitiveOption);
-    return device.match(name).hasMatch();
-}
 
 /// The path without links, of which the part that exists is resolved and the rest taken as it is.
 /// Empty for a link that leads nowhere.
@@ -81,8 +65,7 @@ bool holdsList(QByteArrayView chunks)
 
 bool ContentFiles::isPlainFileName(const QString& name)
 {
-    return !name.isEmpty() && !name.startsWith(u'.') && name.isValidUtf16() &&
-           std::ranges::none_of(name, isForbidden) && !isDevice(name);
+    return FileNames::isPlain(name);
 }
 
 bool ContentFiles::staysInside(const QString& folder, const QString& relativePath)

@@ -9,8 +9,7 @@
 /// anybody may have changed, so they are looked at before they become paths.
 namespace ContentFiles {
 
-/// Whether a text can be the name of a file, on every system, and of nothing else: no path, no
-/// hidden file, no device, no stream.
+/// See FileNames::isPlain().
 bool isPlainFileName(const QString& name);
 
 /// Whether a path relative to a folder leads to something inside it, links followed. Neither the

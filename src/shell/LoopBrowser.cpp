@@ -108,7 +108,7 @@ LoopBrowser::LoopBrowser(LoopLibrary* library, InstrumentLibrary* instruments,
     auto* search = new QPushButton(tr("Buscar más ritmos…"));
     search->setToolTip(tr("Buscar ritmos que no estén instalados, en línea"));
     search->setFocusPolicy(Qt::TabFocus);
-    connect(search, &QPushButton::clicked, this, &LoopBrowser::openOnlineSearch);
+    connect(search, &QPushButton::clicked, this, [this] { openOnlineSearch(); });
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(6, 6, 6, 6);
@@ -378,8 +378,9 @@ void LoopBrowser::placeVariant(LoopSection section, int variantIndex)
     emit loopChosen(block, instrumentId, displayName);
 }
 
-void LoopBrowser::openOnlineSearch()
+void LoopBrowser::openOnlineSearch(const QStringList& wanted)
 {
     OnlineSearchDialog dialog(*library_, *catalog_, *downloads_, *registry_, this);
+    dialog.choose(wanted);
     dialog.exec();
 }

@@ -38,6 +38,9 @@ public:
     /// The cards scroll where height is short, however wide the help stands.
     bool hasHeightForWidth() const override { return false; }
 
+    /// Shows the rhythms that can be installed, one of those that are wanted chosen.
+    void openOnlineSearch(const QStringList& wanted = {});
+
 signals:
     /// A variant was clicked. The block starts at -1, for the bar of the playhead, and lasts as
     /// long as the variant, in beats. `displayName` suits the track of a new layer.
@@ -74,7 +77,6 @@ private:
 
     void previewVariant(LoopSection section, int variantIndex);
     void placeVariant(LoopSection section, int variantIndex);
-    void openOnlineSearch();
 
     LoopLibrary* library_;
     InstrumentLibrary* instruments_;

@@ -59,6 +59,7 @@ MainWindow::MainWindow(QWidget* parent, Prompts& prompts) : QMainWindow(parent),
     AccessibleControls::install();
     setWindowTitle(u"Velta"_s);
     resize(1360, 860);
+    setAcceptDrops(true);
     createServices();
 
     stackedWidget_ = new QStackedWidget;

@@ -76,11 +76,18 @@ public:
 
     void openProjectDialog();
 
+    /// Unpacks a work in one file as a new one, and opens it, in place of this one only with the
+    /// user's leave. Says what rhythms it lacks here.
+    void openWorkFile(const QString& path);
+
     /// As openProject(), for a work that takes the place of this one only with the user's leave.
     void openRecentProject(const QString& id);
 
     /// Saves the work, asking for its name if it is in no folder yet. True when it is on disk.
     bool saveCurrentProject();
+
+    /// Exports the work itself with its voices, as one file to be carried elsewhere.
+    void exportWork();
 
     void exportMidi();
 
@@ -157,6 +164,10 @@ protected:
     bool event(QEvent* event) override;
 
     void keyPressEvent(QKeyEvent* event) override;
+
+    /// A work in one file may be dropped anywhere.
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     /// Where the General MIDI bank is looked for.
@@ -259,6 +270,17 @@ private:
     /// Makes an edit of what is under way, a name that is being typed or a drag: neither keys nor
     /// the ribbon take the focus away, and a dialog takes the release of the mouse.
     void finishGestures();
+
+    static QString workFileFilter();
+
+    /// A work in one file of the user's choice.
+    std::optional<QString> askWorkFile();
+
+    /// As openWorkFile(), with the user's leave.
+    void takeWorkFile(const QString& path);
+
+    /// Names the rhythms that the work uses and this computer lacks, and leads to where they are.
+    void offerMissingRhythms();
 
     /// Gives a work that is in no folder a name and an id. False when the user gave up.
     bool nameForFirstSave();

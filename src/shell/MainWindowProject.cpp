@@ -99,9 +99,14 @@ void MainWindow::openProjectDialog()
     finishTake();
     const QList<ProjectInfo> works = storage_->listProjects();
     if (works.isEmpty()) {
-        prompts_.inform(this, tr("Abrir obra"),
-                        tr("Todavía no hay ninguna obra guardada.\n\nCuando guardes esta "
-                           "(Archivo → Guardar), va a aparecer acá."));
+        const bool fromFile =
+            prompts_.suggest(this, tr("Abrir obra"),
+                             tr("Todavía no hay ninguna obra guardada.\n\nCuando guardes esta "
+                                "(Archivo → Guardar), va a aparecer acá."),
+                             tr("Desde un archivo…"));
+        const auto path = fromFile ? askWorkFile() : std::nullopt;
+        if (path)
+            openWorkFile(*path);
         return;
     }
     if (!confirmDiscardChanges())
@@ -109,8 +114,12 @@ void MainWindow::openProjectDialog()
     OpenProjectDialog dialog(works, storage_.get(), prompts_, this);
     if (!prompts_.run(dialog))
         return;
-    if (const auto id = dialog.currentId())
+    if (dialog.wantsFile()) {
+        if (const auto path = askWorkFile())
+            takeWorkFile(*path);
+    } else if (const auto id = dialog.currentId()) {
         openProject(*id);
+    }
 }
 
 void MainWindow::fillRecentMenu()

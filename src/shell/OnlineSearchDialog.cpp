@@ -118,6 +118,25 @@ void OnlineSearchDialog::tell(const QString& message)
 void OnlineSearchDialog::fillList()
 {
     model_->setRows(OnlineSearchModel::rows(library_, catalog_, registry_));
+    showWanted();
+}
+
+void OnlineSearchDialog::choose(const QStringList& rhythmIds)
+{
+    wanted_ = rhythmIds;
+    showWanted();
+}
+
+void OnlineSearchDialog::showWanted()
+{
+    for (int row = 0; !wanted_.isEmpty() && row < model_->rowCount(); ++row) {
+        const QModelIndex index = model_->index(row);
+        if (!index.data(OnlineSearchModel::kInstalledRole).toBool() &&
+            wanted_.contains(index.data(OnlineSearchModel::kRhythmIdRole).toString())) {
+            list_->setCurrentIndex(index);
+            return;
+        }
+    }
 }
 
 std::optional<QString> OnlineSearchDialog::currentRhythm(bool installed) const

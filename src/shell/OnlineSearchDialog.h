@@ -27,10 +27,15 @@ public:
                        ContentDownloadManager& downloads, const InstalledContentRegistry& registry,
                        QWidget* parent = nullptr);
 
+    /// Has the first of these rhythms that can be installed be the current one, as soon as the list
+    /// holds it; when it is installed, the next.
+    void choose(const QStringList& rhythmIds);
+
 private:
     QHBoxLayout* buildButtons();
     void listenToServices();
     void fillList();
+    void showWanted();
     void tell(const QString& message);
     void install();
     void uninstall();
@@ -49,4 +54,5 @@ private:
     OnlineSearchModel* model_;
     QListView* list_;
     QPushButton* cancel_;
+    QStringList wanted_;
 };

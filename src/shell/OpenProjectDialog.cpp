@@ -87,6 +87,12 @@ OpenProjectDialog::OpenProjectDialog(const QList<ProjectInfo>& works,
     label->setBuddy(list_);
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Open | QDialogButtonBox::Cancel);
     const QPushButton* remove = buttons->addButton(tr("Borrar"), QDialogButtonBox::DestructiveRole);
+    const QPushButton* file =
+        buttons->addButton(tr("Desde un archivo…"), QDialogButtonBox::ActionRole);
+    connect(file, &QPushButton::clicked, this, [this] {
+        wantsFile_ = true;
+        accept();
+    });
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(remove, &QPushButton::clicked, this, &OpenProjectDialog::deleteCurrent);

@@ -25,6 +25,9 @@ public:
     OpenProjectDialog(const QList<ProjectInfo>& works, ProjectStorageProvider* storage,
                       Prompts& prompts, QWidget* parent = nullptr);
 
+    /// Whether the user would rather have a work that lies elsewhere in one file.
+    bool wantsFile() const { return wantsFile_; }
+
     /// Storage id of the current work, if there is one that is seen.
     std::optional<QString> currentId() const;
 
@@ -43,4 +46,5 @@ private:
     ProjectStorageProvider* storage_;
     Prompts& prompts_;
     QListWidget* list_;
+    bool wantsFile_ = false;
 };

@@ -60,6 +60,17 @@ QMessageBox::StandardButton Prompts::ask(QWidget* parent, const QString& title, 
     return showBox(parent, QMessageBox::Question, title, text, buttons, byDefault);
 }
 
+bool Prompts::suggest(QWidget* parent, const QString& title, const QString& text,
+                      const QString& action)
+{
+    QMessageBox box(QMessageBox::Information, title, text, QMessageBox::Ok, parent);
+    box.setTextFormat(Qt::PlainText);
+    const QPushButton* button = box.addButton(action, QMessageBox::ActionRole);
+    box.setEscapeButton(QMessageBox::Ok);
+    box.exec();
+    return box.clickedButton() == button;
+}
+
 bool Prompts::offer(QWidget* parent, const QString& title, const QString& text,
                     const QString& wayOut)
 {

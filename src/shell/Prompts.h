@@ -30,6 +30,10 @@ public:
         QMessageBox::StandardButtons buttons,
         QMessageBox::StandardButton byDefault = QMessageBox::NoButton);
 
+    /// Informs, and offers one thing to do about it. True when the user wants that.
+    virtual bool suggest(QWidget* parent, const QString& title, const QString& text,
+                         const QString& action);
+
     /// Warns, and offers one way out beside giving up what the warning is about. True when the way
     /// out was taken. A key alone does not give up.
     virtual bool offer(QWidget* parent, const QString& title, const QString& text,

@@ -3,6 +3,7 @@
 #include "files/JsonFile.h"
 #include "model/Project.h"
 #include "storage/ProjectHead.h"
+#include "storage/WorkArchive.h"
 #include "suite/Recientes.h"
 
 #include <QDir>
@@ -10,6 +11,7 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QStandardPaths>
+#include <QTemporaryDir>
 
 #include <algorithm>
 #include <functional>
@@ -208,6 +210,19 @@ bool LocalStorageProvider::deleteProject(const QString& id)
     if (info.isSymLink())
         return QFile::remove(folder);
     return moveToTrash(folder) || QDir(folder).removeRecursively();
+}
+
+std::optional<QString> LocalStorageProvider::importProject(const QString& archive)
+{
+    // On the disk of the works, so that what is whole is put in its place at once. Its name hides
+    // it from listings, and from the user.
+    const QTemporaryDir workshop(root_ + "/.obra-XXXXXX"_L1);
+    const QString unpacked = workshop.filePath(u"obra"_s);
+    const auto text = workshop.isValid() ? WorkArchive::unpack(archive, unpacked) : std::nullopt;
+    if (!text)
+        return std::nullopt;
+    const QString id = createProjectId(QJsonDocument::fromJson(*text)["name"_L1].toString());
+    return QDir().rename(unpacked, projectFolder(id)) ? std::optional(id) : std::nullopt;
 }
 
 QString LocalStorageProvider::createProjectId(const QString& name)

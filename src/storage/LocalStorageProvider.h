@@ -24,6 +24,7 @@ public:
     QString lastSeen(const QString& id) const override;
     void setLastSeen(const QString& id, const QString& mark) override;
     bool deleteProject(const QString& id) override;
+    std::optional<QString> importProject(const QString& archive) override;
 
     /// Lower case, with "_" for every run of other characters than a-z and 0-9, at most 40 long;
     /// then "_2", "_3"... until no folder has that name. "proyecto" for an empty title.

@@ -69,6 +69,10 @@ public:
     /// folder that is a link, the link alone. False if there is none, or it resists.
     virtual bool deleteProject(const QString& id) = 0;
 
+    /// Unpacks an archive of a work as a new one, and returns its id. Nothing, with nothing left
+    /// behind, for a file that is no such archive.
+    virtual std::optional<QString> importProject(const QString& archive) = 0;
+
     /// A new id made from a title. Nothing is created.
     virtual QString createProjectId(const QString& name) = 0;
 

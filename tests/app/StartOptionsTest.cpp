@@ -22,6 +22,8 @@ private slots:
     void argumentsAreRead();
     void whatTheProgramTellsOfItselfIsAskedFor_data();
     void whatTheProgramTellsOfItselfIsAskedFor();
+    void aWorkInOneFileIsTold_data();
+    void aWorkInOneFileIsTold();
 };
 
 void StartOptionsTest::argumentsAreRead_data()
@@ -100,6 +102,26 @@ void StartOptionsTest::whatTheProgramTellsOfItselfIsAskedFor()
 {
     QFETCH(QStringList, arguments);
     QTEST(StartOptions::read(QStringList{"velta"} + arguments).about, "about");
+}
+
+void StartOptionsTest::aWorkInOneFileIsTold_data()
+{
+    using Args = QStringList;
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QString>("workFile");
+    const QString nothing = kNothing;
+    QTest::newRow("a file of another kind") << Args{"zamba.mid", "velta"} << nothing;
+    QTest::newRow("a work") << Args{"x", "/a b/zamba.velta"} << "/a b/zamba.velta";
+    QTest::newRow("a work in capitals") << Args{"ZAMBA.VELTA"} << "ZAMBA.VELTA";
+    QTest::newRow("the first of two") << Args{"a.velta", "b.velta"} << "a.velta";
+    QTest::newRow("the value of an option") << Args{"--open", "a.velta"} << nothing;
+    QTest::newRow("behind an option") << Args{"--open", "a", "b.velta"} << "b.velta";
+}
+
+void StartOptionsTest::aWorkInOneFileIsTold()
+{
+    QFETCH(QStringList, arguments);
+    QTEST(told(StartOptions::read(QStringList{"velta"} + arguments).workFile), "workFile");
 }
 
 QTEST_GUILESS_MAIN(StartOptionsTest)

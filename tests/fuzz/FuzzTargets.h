@@ -38,6 +38,9 @@ void drop(const QByteArray& input);
 /// An audio file: whole frames of finite number, or an error.
 void audio(const QByteArray& input);
 
+/// A work in one file: unpacked whole into its own folder, or refused without a trace.
+void velta_obra(const QByteArray& input);
+
 struct Target {
     /// The name of its folder of inputs, too.
     const char* name;

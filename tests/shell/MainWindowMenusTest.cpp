@@ -38,6 +38,8 @@ void giveUpNext(ScriptedPrompts& prompts, const QString& call)
         prompts.giveUpText();
     else if (call.startsWith("askSaveFile"))
         prompts.giveUpPath();
+    else if (call.startsWith("suggest"))
+        prompts.answerOffer(false);
 }
 
 } // namespace
@@ -137,18 +139,20 @@ void MainWindowMenusTest::menusHoldTheirEntries_data()
 {
     QTest::addColumn<QString>("title");
     QTest::addColumn<QStringList>("entries");
-    QTest::newRow("Archivo") << "&Archivo" << QStringList{"Obra nueva…",
-                                                          "Abrir obra…",
-                                                          "Obras recientes",
-                                                          "Guardar",
-                                                          "-",
-                                                          "Importar audio de voz…",
-                                                          "-",
-                                                          "Exportar WAV…",
-                                                          "Exportar MP3…",
-                                                          "Exportar MIDI…",
-                                                          "-",
-                                                          "Salir"};
+    QTest::newRow("Archivo") << "&Archivo"
+                             << QStringList{"Obra nueva…",
+                                            "Abrir obra…",
+                                            "Obras recientes",
+                                            "Guardar",
+                                            "-",
+                                            "Importar audio de voz…",
+                                            "-",
+                                            "Exportar WAV…",
+                                            "Exportar MP3…",
+                                            "Exportar MIDI…",
+                                            "Exportar obra completa…",
+                                            "-",
+                                            "Salir"};
     QTest::newRow("Edición") << "&Edición" << QStringList{"Deshacer", "Rehacer"};
     QTest::newRow("Ver") << "&Ver"
                          << QStringList{"Qué marca la grilla", "-", "Acercar (tiempo)",
@@ -379,8 +383,8 @@ void MainWindowMenusTest::entriesDoWhatTheySay_data()
     QTest::addColumn<QString>("call");
     QTest::newRow("Obra nueva…") << "run | Nuevo proyecto";
     QTest::newRow("Abrir obra…")
-        << "inform | Abrir obra | Todavía no hay ninguna obra guardada.\n\nCuando guardes esta "
-           "(Archivo → Guardar), va a aparecer acá.";
+        << "suggest | Abrir obra | Todavía no hay ninguna obra guardada.\n\nCuando guardes esta "
+           "(Archivo → Guardar), va a aparecer acá. | Desde un archivo…";
     QTest::newRow("Guardar")
         << "askText | Guardar obra | ¿Cómo se llama esta obra? | Obra sin título";
     QTest::newRow("Exportar WAV…")
@@ -423,7 +427,7 @@ void MainWindowMenusTest::shortcutsReachTheWindow_data()
     QTest::addColumn<int>("key");
     QTest::addColumn<QString>("call");
     QTest::newRow("New") << int(QKeySequence::New) << "run | Nuevo proyecto";
-    QTest::newRow("Open") << int(QKeySequence::Open) << "inform | Abrir obra | ";
+    QTest::newRow("Open") << int(QKeySequence::Open) << "suggest | Abrir obra | ";
     QTest::newRow("Save") << int(QKeySequence::Save) << "askText | Guardar obra | ";
 }
 

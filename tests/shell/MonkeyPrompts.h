@@ -21,6 +21,11 @@ public:
 
     void inform(QWidget*, const QString&, const QString&) override {}
 
+    bool suggest(QWidget*, const QString&, const QString&, const QString&) override
+    {
+        return false;
+    }
+
     QMessageBox::StandardButton ask(QWidget*, const QString&, const QString&,
                                     QMessageBox::StandardButtons buttons,
                                     QMessageBox::StandardButton) override

@@ -126,6 +126,7 @@ private slots:
     void aRhythmIsInstalledAndUninstalled();
     void theBrowserShowsWhatTheSearchInstalled();
     void aMissingRhythmIsToldAndMayBeTriedAgain();
+    void wantedRhythmsAreChosenOneAfterTheOther();
     void anInstallGoesOnWhenTheDialogCloses();
     void aLaterDialogHearsOfARunningInstall();
     void aDownloadMayBeCancelled();
@@ -688,6 +689,24 @@ void OnlineSearchDialogTest::aMissingRhythmIsToldAndMayBeTriedAgain()
     folder.addContent();
     clickInstall();
     QTRY_COMPARE_WITH_TIMEOUT(status(), "Huayno instalado.", 20000);
+}
+
+void OnlineSearchDialogTest::wantedRhythmsAreChosenOneAfterTheOther()
+{
+    const ServedFolder folder;
+    StaticServer server(folder.path());
+    QCOMPARE(server.problem(), "");
+    use(server.url());
+    openLoaded();
+    QVERIFY(!list().currentIndex().isValid());
+    dialog_->choose({"no such rhythm"});
+    QVERIFY(!list().currentIndex().isValid());
+    dialog_->choose({"no such rhythm", "huayno"});
+    QCOMPARE(list().currentIndex().data(OnlineSearchModel::kRhythmIdRole).toString(), "huayno");
+    clickInstall();
+    QTRY_COMPARE_WITH_TIMEOUT(status(), "Huayno instalado.", 20000);
+    QVERIFY(!list().currentIndex().isValid());
+    QCOMPARE(lines(), QStringList{"Huayno — instalado"});
 }
 
 void OnlineSearchDialogTest::anInstallGoesOnWhenTheDialogCloses()

@@ -71,6 +71,13 @@ public:
         return take<QMessageBox::StandardButton>().value_or(QMessageBox::Cancel);
     }
 
+    bool suggest(QWidget*, const QString& title, const QString& text,
+                 const QString& action) override
+    {
+        note({"suggest", title, text, action});
+        return take<Offer>().value_or(Offer{}).taken;
+    }
+
     bool offer(QWidget*, const QString& title, const QString& text, const QString& wayOut) override
     {
         note({"offer", title, text, wayOut});
