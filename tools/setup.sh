@@ -21,6 +21,11 @@ author_packages=(
     python3 python3-numpy
 )
 
+# What the packages need on top of what every build needs.
+package_packages=(
+    dpkg-dev debhelper librsvg2-bin libebur128-dev
+)
+
 # What the tests need on top of what every build needs.
 test_packages=(
     "${author_packages[@]}"
@@ -43,6 +48,11 @@ memcheck_packages=(
 
 say() {
     printf '%s\n' "$*" >&2
+}
+
+# The version of the sources in a folder: the project states it, and nobody else.
+project_version() {
+    sed -n 's/^project(velta VERSION \([0-9.]*\) .*/\1/p' "$1/CMakeLists.txt"
 }
 
 # Prints those of the named packages that are not installed.
