@@ -12,7 +12,7 @@ run_memcheck() {
 SourceDirectory: $root
 BuildDirectory: $tree
 MemoryCheckCommand: $(command -v valgrind)
-MemoryCheckCommandOptions: --quiet --leak-check=full --show-leak-kinds=definite --errors-for-leak-kinds=definite --error-exitcode=99 --num-callers=25 --child-silent-after-fork=yes
+MemoryCheckCommandOptions: --quiet --leak-check=full --show-leak-kinds=definite --errors-for-leak-kinds=definite --error-exitcode=99 --num-callers=25 --child-silent-after-fork=yes --suppressions=$root/tools/memcheck.supp
 END
     # Some thirty times as slow as without it, of which Qt Test must not make a hang.
     (cd "$tree" && QTEST_FUNCTION_TIMEOUT=7200000 nice ctest -T MemCheck --timeout 7200 \
