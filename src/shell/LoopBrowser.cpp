@@ -80,6 +80,30 @@ QString layerText(const LoopLayer& layer, const Instrument* instrument)
     return u"%1 · %2"_s.arg(layer.label, instrument->name);
 }
 
+/// The rhythm of the loop that begins before all others; empty for a work without loops.
+QString firstRhythmOf(const Project& project)
+{
+    const LoopBlock* first = nullptr;
+    for (const Track& track : project.tracks) {
+        for (const LoopBlock& block : track.loopBlocks) {
+            if (!first || block.startBeat < first->startBeat)
+                first = &block;
+        }
+    }
+    return first ? first->rhythmId : QString();
+}
+
+/// Makes the entry of an id the current one, in silence. False where that changes nothing.
+bool choose(QComboBox& box, const QString& id)
+{
+    const int index = box.findData(id);
+    if (index < 0 || index == box.currentIndex())
+        return false;
+    const QSignalBlocker blocker(box);
+    box.setCurrentIndex(index);
+    return true;
+}
+
 /// A drag runs the event loop and must not lose the button that it started from.
 void deleteCard(QWidget* card)
 {
@@ -169,7 +193,13 @@ int LoopBrowser::heightInSight() const
 void LoopBrowser::setProject(Project* project)
 {
     project_ = project;
+    const Rhythm* rhythm = project ? library_->findRhythm(firstRhythmOf(*project)) : nullptr;
+    const bool shown = rhythm && !isForeign(rhythm->timeSignature, project);
+    if (shown)
+        choose(*styleCombo_, rhythm->styleId);
     reloadRhythms();
+    if (shown && choose(*rhythmCombo_, rhythm->id))
+        reloadLayers();
 }
 
 void LoopBrowser::reloadStyles()

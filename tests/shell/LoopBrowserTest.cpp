@@ -117,6 +117,9 @@ private slots:
     void aChangeOfRhythmFillsTheRest();
     void aChangeOfLayerChangesTheCards();
     void everyChangeRunsTheChainOnce();
+    void aWorkShowsItsFirstRhythm();
+    void aWorkWithoutAKnownRhythmShowsTheFirst_data();
+    void aWorkWithoutAKnownRhythmShowsTheFirst();
     void aReloadGoesBackToTheFirstItems();
     void aReloadOfAnotherLibraryIsShown();
     void dismissedCardsGo();
@@ -538,6 +541,49 @@ void LoopBrowserTest::everyChangeRunsTheChainOnce()
     QCOMPARE(counter.take(), 4);
     stage().layers().setCurrentIndex(0);
     QCOMPARE(counter.take(), 0);
+}
+
+void LoopBrowserTest::aWorkShowsItsFirstRhythm()
+{
+    stage().addThree();
+    project_->timeSignature = kFourFour;
+    project_->tracks = {
+        ProjectBuilder::melodyTrack({}),
+        ProjectBuilder::loopTrack({ProjectBuilder::loop("b_zamba", "zam_bajo", 8.0, 4.0)}),
+        ProjectBuilder::loopTrack({ProjectBuilder::loop("b_zamba", "zam_piano", 16.0, 4.0),
+                                   ProjectBuilder::loop("c_cumbia", "cum_guiro", 4.0, 4.0)})};
+    CardCounter counter(stage());
+    counter.take();
+    stage().browser().setProject(project_.get());
+    QCOMPARE(stage().styles().currentText(), "POPULAR");
+    QCOMPARE(stage().rhythms().currentText(), "Cumbia (4/4)");
+    QCOMPARE(stage().layers().currentText(), "Güiro");
+    QCOMPARE(counter.take(), 1);
+    project_->tracks.removeLast();
+    stage().browser().setProject(project_.get());
+    QCOMPARE(stage().rhythms().currentText(), "Zamba (4/4)");
+    QCOMPARE(stage().cards().size(), 4);
+}
+
+void LoopBrowserTest::aWorkWithoutAKnownRhythmShowsTheFirst_data()
+{
+    QTest::addColumn<QString>("rhythm");
+    QTest::newRow("none") << QString();
+    QTest::newRow("one that is not installed") << "d_bolero";
+    QTest::newRow("one in another meter") << "a_chacarera";
+}
+
+void LoopBrowserTest::aWorkWithoutAKnownRhythmShowsTheFirst()
+{
+    QFETCH(QString, rhythm);
+    stage().addThree();
+    project_->timeSignature = kFourFour;
+    if (!rhythm.isEmpty())
+        project_->tracks = {
+            ProjectBuilder::loopTrack({ProjectBuilder::loop(rhythm, "l", 0.0, 4.0)})};
+    stage().browser().setProject(project_.get());
+    QCOMPARE(stage().styles().currentText(), "FOLKLORE");
+    QCOMPARE(stage().rhythms().currentText(), "Zamba (4/4)");
 }
 
 void LoopBrowserTest::aReloadGoesBackToTheFirstItems()
