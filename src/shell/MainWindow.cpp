@@ -330,14 +330,20 @@ void MainWindow::syncSelectionToViews()
 {
     if (!project_)
         return;
-    const int voice = arranger_->selectedAudioTrack();
-    if (voice >= 0) {
-        headerPanel_->showAudioTrack(voice);
+    showSelectedTrack();
+    if (arranger_->selectedAudioTrack() >= 0)
         pianoRoll_->setVisibleTracks({}, -1);
-        return;
-    }
-    headerPanel_->showTrack(arranger_->activeTrack());
-    pianoRoll_->setVisibleTracks(arranger_->selectedTracks(), arranger_->activeTrack());
+    else
+        pianoRoll_->setVisibleTracks(arranger_->selectedTracks(), arranger_->activeTrack());
+}
+
+void MainWindow::showSelectedTrack()
+{
+    const int voice = arranger_->selectedAudioTrack();
+    if (voice >= 0)
+        headerPanel_->showAudioTrack(voice);
+    else
+        headerPanel_->showTrack(arranger_->activeTrack());
 }
 
 void MainWindow::openMelodyBlock(int track, int block)
@@ -403,8 +409,8 @@ void MainWindow::restore(const Song& state)
     project_->name = name;
     keepSoon();
     showAndSound();
-    // The track that it showed may be another one now, or none.
-    headerPanel_->setProject(project_);
+    // The track that the panel showed may be otherwise now, or gone.
+    showSelectedTrack();
 }
 
 void MainWindow::setBpm(int bpm)

@@ -215,6 +215,9 @@ private:
     /// Shows what is selected in the arranger wherever else a selection shows.
     void syncSelectionToViews();
 
+    /// Has the panel show the track that is selected in the arranger, if it still is there.
+    void showSelectedTrack();
+
     void openMelodyBlock(int track, int block);
     void showProjectName();
 

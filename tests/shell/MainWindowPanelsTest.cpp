@@ -30,7 +30,8 @@ private slots:
     void zoomActsOnBothEditors();
     void aNameIsOneStepOfUndo();
     void theMixIsNoStepOfUndo();
-    void undoAndRedoLeaveThePanelWithoutATrack();
+    void undoAndRedoLeaveThePanelItsTrack();
+    void undoAndRedoLeaveThePanelItsVoice();
     void aNameThatIsBeingTypedIsSaved();
     void theWindowMayGoWhileANameIsTyped();
 
@@ -155,19 +156,41 @@ void MainWindowPanelsTest::theMixIsNoStepOfUndo()
     QVERIFY(!stage_->canUndo());
 }
 
-void MainWindowPanelsTest::undoAndRedoLeaveThePanelWithoutATrack()
+void MainWindowPanelsTest::undoAndRedoLeaveThePanelItsTrack()
 {
+    nameField().setText("Quena");
+    emit nameField().editingFinished();
     stage_->clickRibbon("Agregar");
-    QVERIFY(panel().isEnabled());
+    QCOMPARE(nameField().text(), "Velta 2");
+    // The track is gone, and with it what the panel could show.
     stage_->choose("Deshacer");
     QVERIFY(!panel().isEnabled());
     arranger().selectNoteTrack(0, false);
+    QCOMPARE(nameField().text(), "Quena");
+    stage_->choose("Rehacer");
+    QVERIFY(panel().isEnabled());
+    QCOMPARE(nameField().text(), "Quena");
+    stage_->choose("Deshacer");
+    stage_->choose("Deshacer");
     QVERIFY(panel().isEnabled());
     QCOMPARE(nameField().text(), "Melodía");
     stage_->choose("Rehacer");
-    QVERIFY(!panel().isEnabled());
-    arranger().selectNoteTrack(1, false);
-    QCOMPARE(nameField().text(), "Velta 2");
+    QCOMPARE(nameField().text(), "Quena");
+}
+
+void MainWindowPanelsTest::undoAndRedoLeaveThePanelItsVoice()
+{
+    stage_->song().audioTracks = {voiceTrack({clip("a.wav", 0, 4)})};
+    stage_->song().audioTracks[0].name = "Coro";
+    stage_->window().snapshotAndRefresh();
+    arranger().selectAudioTrack(0);
+    stage_->song().audioTracks[0].name = "Solista";
+    stage_->window().snapshotAndRefresh();
+    stage_->choose("Deshacer");
+    QCOMPARE(nameField().text(), "Coro");
+    stage_->choose("Rehacer");
+    QCOMPARE(nameField().text(), "Solista");
+    QVERIFY(panel().isEnabled());
 }
 
 void MainWindowPanelsTest::aNameThatIsBeingTypedIsSaved()
