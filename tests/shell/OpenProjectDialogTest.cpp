@@ -196,9 +196,11 @@ void OpenProjectDialogTest::theListTakesTheSpace()
 void OpenProjectDialogTest::theButtonsHaveTheirRoles()
 {
     QCOMPARE(box()->standardButtons(), QDialogButtonBox::Open | QDialogButtonBox::Cancel);
-    QCOMPARE(box()->buttons().size(), 3);
+    QCOMPARE(box()->buttons().size(), 4);
     QCOMPARE(box()->buttonRole(Widgets::withText<QPushButton>(*dialog_, "Borrar")),
              QDialogButtonBox::DestructiveRole);
+    QCOMPARE(box()->buttonRole(Widgets::withText<QPushButton>(*dialog_, "Desde un archivo…")),
+             QDialogButtonBox::ActionRole);
 }
 
 void OpenProjectDialogTest::theListHasItsLabel()
