@@ -1,34 +1,120 @@
 #include "content/ContentPackage.h"
 
+#include "music/MusicFields.h"
+#include "records/RecordJson.h"
+
 #include <QCoreApplication>
 #include <QJsonArray>
 
 #include <algorithm>
 #include <limits>
 
-namespace {
-
 using namespace Qt::Literals::StringLiterals;
+
+namespace {
 
 constexpr double kDefaultNoteBeats = 0.25;
 constexpr qint32 kDefaultTempoSpread = 20;
 
+NoteEvent shortNote()
+{
+    return {.durationBeats = kDefaultNoteBeats};
+}
+
+/// The index of a whole library.
+struct Manifest {
+    QList<MusicalStyle> styles;
+    QList<Rhythm> rhythms;
+    QList<LoopLayer> layers;
+    QList<LoopVariant> variants;
+};
+
+} // namespace
+
+namespace Records {
+
+template <>
+constexpr auto kFields<MusicalStyle> = FieldList{
+    Field{"displayName"_L1, &MusicalStyle::displayName},
+    Field{"id"_L1, &MusicalStyle::id},
+};
+
+template <>
+constexpr auto kFields<Rhythm> = FieldList{
+    Field{"bpmMax"_L1, &Rhythm::bpmMax},
+    Field{"bpmMin"_L1, &Rhythm::bpmMin},
+    Field{"displayName"_L1, &Rhythm::displayName},
+    Field{"grooveTemplateId"_L1, &Rhythm::grooveTemplateId},
+    Field{"id"_L1, &Rhythm::id},
+    Field{"referenceBpm"_L1, &Rhythm::referenceBpm},
+    Field{"styleId"_L1, &Rhythm::styleId},
+    Field{"timeSignature"_L1, &Rhythm::timeSignature},
+};
+
+template <>
+constexpr auto kFields<Instrument> = FieldList{
+    WordField{"category"_L1, &Instrument::category, instrumentCategoryToString,
+              instrumentCategoryFromString},
+    Field{"generalMidiProgram"_L1, &Instrument::generalMidiProgram},
+    Field{"id"_L1, &Instrument::id},
+    Field{"name"_L1, &Instrument::name},
+    Field{"soundfontBankPath"_L1, &Instrument::soundfontBankPath},
+    WordField{"source"_L1, &Instrument::source, instrumentSourceToString,
+              instrumentSourceFromString},
+};
+
+template <>
+constexpr auto kFields<LoopLayer> = FieldList{
+    Field{"id"_L1, &LoopLayer::id},
+    Field{"instrumentId"_L1, &LoopLayer::instrumentId},
+    Field{"label"_L1, &LoopLayer::label},
+    Field{"pitched"_L1, &LoopLayer::pitched},
+    Field{"rhythmId"_L1, &LoopLayer::rhythmId},
+};
+
+template <>
+constexpr auto kFields<LoopVariant> = FieldList{
+    Field{"durationBars"_L1, &LoopVariant::durationBars},
+    Field{"layerId"_L1, &LoopVariant::layerId},
+    ListField{"notes"_L1, &LoopVariant::notes, shortNote},
+    WordField{"section"_L1, &LoopVariant::section, loopSectionToString, loopSectionFromString},
+    Field{"variantIndex"_L1, &LoopVariant::variantIndex},
+};
+
+template <>
+constexpr auto kFields<Manifest> = FieldList{
+    ListField{"loopLayers"_L1, &Manifest::layers},
+    ListField{"loopVariants"_L1, &Manifest::variants},
+    ListField{"musicalStyles"_L1, &Manifest::styles},
+    ListField{"rhythms"_L1, &Manifest::rhythms},
+};
+
+template <>
+constexpr auto kFields<GrooveOffset> = FieldList{
+    Field{"position"_L1, &GrooveOffset::position},
+    Field{"timingOffsetBeats"_L1, &GrooveOffset::timingOffsetBeats},
+    Field{"velocityOffset"_L1, &GrooveOffset::velocityOffset},
+};
+
+template <>
+constexpr auto kFields<GrooveTemplate> = FieldList{
+    ListField{"offsets"_L1, &GrooveTemplate::offsets},
+    Field{"rhythmId"_L1, &GrooveTemplate::rhythmId},
+};
+
+} // namespace Records
+
+namespace {
+
 // ---- Reading -------------------------------------------------------------------------------
 
-TimeSignature readTimeSignature(const QJsonObject& json)
-{
-    TimeSignature meter;
-    meter.numerator = json["numerator"_L1].toInt(meter.numerator);
-    meter.denominator = json["denominator"_L1].toInt(meter.denominator);
-    meter.isCompound = json["isCompound"_L1].toBool(meter.isCompound);
-    return meter;
-}
+// A field that is left out follows from others, so a record is read once more when they are known.
 
 MusicalStyle readStyle(const QJsonObject& json)
 {
-    MusicalStyle style;
-    style.id = json["id"_L1].toString();
-    style.displayName = json["displayName"_L1].toString(style.id);
+    auto style = RecordJson::read<MusicalStyle>(json);
+    style.displayName = style.id;
+    RecordJson::read(json, &style);
     return style;
 }
 
@@ -42,29 +128,20 @@ qint32 tempoAwayFrom(qint32 bpm, qint32 spread)
 
 Rhythm readRhythm(const QJsonObject& json)
 {
-    Rhythm rhythm;
-    rhythm.id = json["id"_L1].toString();
-    rhythm.displayName = json["displayName"_L1].toString(rhythm.id);
-    rhythm.styleId = json["styleId"_L1].toString();
-    rhythm.timeSignature = readTimeSignature(json["timeSignature"_L1].toObject());
-    rhythm.referenceBpm = json["referenceBpm"_L1].toInt(rhythm.referenceBpm);
-    rhythm.bpmMin =
-        json["bpmMin"_L1].toInt(tempoAwayFrom(rhythm.referenceBpm, -kDefaultTempoSpread));
-    rhythm.bpmMax =
-        json["bpmMax"_L1].toInt(tempoAwayFrom(rhythm.referenceBpm, kDefaultTempoSpread));
-    rhythm.grooveTemplateId = json["grooveTemplateId"_L1].toString(rhythm.id);
+    auto rhythm = RecordJson::read<Rhythm>(json);
+    rhythm.displayName = rhythm.id;
+    rhythm.bpmMin = tempoAwayFrom(rhythm.referenceBpm, -kDefaultTempoSpread);
+    rhythm.bpmMax = tempoAwayFrom(rhythm.referenceBpm, kDefaultTempoSpread);
+    rhythm.grooveTemplateId = rhythm.id;
+    RecordJson::read(json, &rhythm);
     return rhythm;
 }
 
 Instrument readInstrument(const QJsonObject& json)
 {
-    Instrument instrument;
-    instrument.id = json["id"_L1].toString();
-    instrument.name = json["name"_L1].toString(instrument.id);
-    instrument.category = instrumentCategoryFromString(json["category"_L1].toString());
-    instrument.source = instrumentSourceFromString(json["source"_L1].toString());
-    instrument.generalMidiProgram = json["generalMidiProgram"_L1].toInt();
-    instrument.soundfontBankPath = json["soundfontBankPath"_L1].toString();
+    auto instrument = RecordJson::read<Instrument>(json);
+    instrument.name = instrument.id;
+    RecordJson::read(json, &instrument);
     return instrument;
 }
 
@@ -83,37 +160,12 @@ bool looksLikePercussion(const LoopLayer& layer, const QList<Instrument>* instru
 
 LoopLayer readLayer(const QJsonObject& json, const QList<Instrument>* instruments)
 {
-    LoopLayer layer;
-    layer.id = json["id"_L1].toString();
-    layer.rhythmId = json["rhythmId"_L1].toString();
-    layer.label = json["label"_L1].toString(layer.id);
-    layer.instrumentId = json["instrumentId"_L1].toString();
-    layer.pitched = json["pitched"_L1].toBool(!looksLikePercussion(layer, instruments));
+    auto layer = RecordJson::read<LoopLayer>(json);
+    layer.label = layer.id;
+    RecordJson::read(json, &layer);
+    layer.pitched = !looksLikePercussion(layer, instruments);
+    RecordJson::read(json, &layer);
     return layer;
-}
-
-NoteEvent readNote(const QJsonObject& json)
-{
-    NoteEvent note;
-    note.pitch = json["pitch"_L1].toInt(note.pitch);
-    note.startBeat = json["startBeat"_L1].toDouble(note.startBeat);
-    note.durationBeats = json["durationBeats"_L1].toDouble(kDefaultNoteBeats);
-    note.velocity = json["velocity"_L1].toInt(note.velocity);
-    return note;
-}
-
-LoopVariant readVariant(const QJsonObject& json)
-{
-    LoopVariant variant;
-    variant.layerId = json["layerId"_L1].toString();
-    variant.section = loopSectionFromString(json["section"_L1].toString());
-    variant.variantIndex = json["variantIndex"_L1].toInt(variant.variantIndex);
-    variant.durationBars = json["durationBars"_L1].toInt(variant.durationBars);
-    const QJsonArray notes = json["notes"_L1].toArray();
-    variant.notes.reserve(notes.size());
-    for (const QJsonValue& note : notes)
-        variant.notes.append(readNote(note.toObject()));
-    return variant;
 }
 
 // ---- Bounds --------------------------------------------------------------------------------
@@ -143,85 +195,41 @@ bool hasTooManyNotes(const QJsonArray& variants)
     return false;
 }
 
+/// A package taken apart, with nothing in it read yet.
+struct Parts {
+    QJsonObject style;
+    QJsonObject rhythm;
+    QJsonArray instruments;
+    QJsonArray layers;
+    QJsonArray variants;
+};
+
+Parts partsOf(const QJsonObject& json)
+{
+    return {json["musicalStyle"_L1].toObject(), json["rhythm"_L1].toObject(),
+            json["instruments"_L1].toArray(), json["loopLayers"_L1].toArray(),
+            json["loopVariants"_L1].toArray()};
+}
+
 /// What is wrong with a package, as the end of a sentence for the user; empty if nothing is. Looks
 /// at sizes alone, ahead of every text that it looks into.
-QString flawOf(const QJsonObject& json)
+QString flawOf(const Parts& parts)
 {
-    const QJsonArray instruments = json["instruments"_L1].toArray();
-    const QJsonArray layers = json["loopLayers"_L1].toArray();
-    const QJsonArray variants = json["loopVariants"_L1].toArray();
-    if (json["rhythm"_L1].toObject()["id"_L1].toString().isEmpty())
+    if (RecordJson::read<Rhythm>(parts.rhythm).id.isEmpty())
         return u"falta rhythm.id"_s;
-    if (instruments.size() > ContentPackage::kMaxInstruments)
+    if (parts.instruments.size() > ContentPackage::kMaxInstruments)
         return QCoreApplication::translate("ContentPackage", "tiene demasiados instrumentos");
-    if (layers.size() > ContentPackage::kMaxLayers)
+    if (parts.layers.size() > ContentPackage::kMaxLayers)
         return QCoreApplication::translate("ContentPackage", "tiene demasiadas capas");
-    if (variants.size() > ContentPackage::kMaxVariants)
+    if (parts.variants.size() > ContentPackage::kMaxVariants)
         return QCoreApplication::translate("ContentPackage", "tiene demasiadas variaciones");
-    if (hasTooManyNotes(variants))
+    if (hasTooManyNotes(parts.variants))
         return QCoreApplication::translate("ContentPackage", "tiene demasiadas notas");
-    if (hasLongText(json["musicalStyle"_L1].toObject()) ||
-        hasLongText(json["rhythm"_L1].toObject()) || anyHasLongText(instruments) ||
-        anyHasLongText(layers) || anyHasLongText(variants))
+    if (hasLongText(parts.style) || hasLongText(parts.rhythm) ||
+        anyHasLongText(parts.instruments) || anyHasLongText(parts.layers) ||
+        anyHasLongText(parts.variants))
         return QCoreApplication::translate("ContentPackage", "tiene un texto demasiado largo");
     return {};
-}
-
-// ---- Writing -------------------------------------------------------------------------------
-
-QJsonObject writeStyle(const MusicalStyle& style)
-{
-    return {{"displayName"_L1, style.displayName}, {"id"_L1, style.id}};
-}
-
-QJsonObject writeRhythm(const Rhythm& rhythm)
-{
-    const QJsonObject meter{{"denominator"_L1, rhythm.timeSignature.denominator},
-                            {"isCompound"_L1, rhythm.timeSignature.isCompound},
-                            {"numerator"_L1, rhythm.timeSignature.numerator}};
-    return {{"bpmMax"_L1, rhythm.bpmMax},
-            {"bpmMin"_L1, rhythm.bpmMin},
-            {"displayName"_L1, rhythm.displayName},
-            {"grooveTemplateId"_L1, rhythm.grooveTemplateId},
-            {"id"_L1, rhythm.id},
-            {"referenceBpm"_L1, rhythm.referenceBpm},
-            {"styleId"_L1, rhythm.styleId},
-            {"timeSignature"_L1, meter}};
-}
-
-QJsonObject writeLayer(const LoopLayer& layer)
-{
-    return {{"id"_L1, layer.id},
-            {"instrumentId"_L1, layer.instrumentId},
-            {"label"_L1, layer.label},
-            {"pitched"_L1, layer.pitched},
-            {"rhythmId"_L1, layer.rhythmId}};
-}
-
-QJsonObject writeNote(const NoteEvent& note)
-{
-    return {{"durationBeats"_L1, note.durationBeats},
-            {"pitch"_L1, note.pitch},
-            {"startBeat"_L1, note.startBeat},
-            {"velocity"_L1, note.velocity}};
-}
-
-template <typename Record>
-QJsonArray writeList(const QList<Record>& records, QJsonObject (*writeRecord)(const Record&))
-{
-    QJsonArray array;
-    for (const Record& record : records)
-        array.append(writeRecord(record));
-    return array;
-}
-
-QJsonObject writeVariant(const LoopVariant& variant)
-{
-    return {{"durationBars"_L1, variant.durationBars},
-            {"layerId"_L1, variant.layerId},
-            {"notes"_L1, writeList(variant.notes, writeNote)},
-            {"section"_L1, loopSectionToString(variant.section)},
-            {"variantIndex"_L1, variant.variantIndex}};
 }
 
 } // namespace
@@ -230,45 +238,32 @@ bool ContentPackage::parse(const QJsonObject& json, MusicalStyle* style, Rhythm*
                            QList<Instrument>* instruments, QList<LoopLayer>* layers,
                            QList<LoopVariant>* variants, QString* error)
 {
-    if (const QString flaw = flawOf(json); !flaw.isEmpty()) {
+    const Parts parts = partsOf(json);
+    if (const QString flaw = flawOf(parts); !flaw.isEmpty()) {
         if (error)
             *error = flaw;
         return false;
     }
     if (style)
-        *style = readStyle(json["musicalStyle"_L1].toObject());
+        *style = readStyle(parts.style);
     if (rhythm)
-        *rhythm = readRhythm(json["rhythm"_L1].toObject());
+        *rhythm = readRhythm(parts.rhythm);
     if (instruments) {
-        const QJsonArray elements = json["instruments"_L1].toArray();
-        for (const QJsonValue& element : elements)
+        for (const QJsonValue& element : parts.instruments)
             instruments->append(readInstrument(element.toObject()));
     }
     if (layers) {
-        const QJsonArray elements = json["loopLayers"_L1].toArray();
-        for (const QJsonValue& element : elements)
+        for (const QJsonValue& element : parts.layers)
             layers->append(readLayer(element.toObject(), instruments));
     }
-    if (variants) {
-        const QJsonArray elements = json["loopVariants"_L1].toArray();
-        for (const QJsonValue& element : elements)
-            variants->append(readVariant(element.toObject()));
-    }
+    if (variants)
+        variants->append(RecordJson::readList<LoopVariant>(parts.variants));
     return true;
 }
 
 GrooveTemplate ContentPackage::parseGroove(const QJsonObject& json)
 {
-    GrooveTemplate groove;
-    groove.rhythmId = json["rhythmId"_L1].toString();
-    const QJsonArray offsets = json["offsets"_L1].toArray();
-    for (const QJsonValue& element : offsets) {
-        const QJsonObject offset = element.toObject();
-        groove.offsets.append({.position = offset["position"_L1].toDouble(),
-                               .timingOffsetBeats = offset["timingOffsetBeats"_L1].toDouble(),
-                               .velocityOffset = offset["velocityOffset"_L1].toInt()});
-    }
-    return groove;
+    return RecordJson::read<GrooveTemplate>(json);
 }
 
 bool ContentPackage::isGrooveWithinBounds(const QJsonObject& json)
@@ -281,8 +276,5 @@ QJsonObject ContentPackage::writeManifest(const QList<MusicalStyle>& styles,
                                           const QList<LoopLayer>& layers,
                                           const QList<LoopVariant>& variants)
 {
-    return {{"loopLayers"_L1, writeList(layers, writeLayer)},
-            {"loopVariants"_L1, writeList(variants, writeVariant)},
-            {"musicalStyles"_L1, writeList(styles, writeStyle)},
-            {"rhythms"_L1, writeList(rhythms, writeRhythm)}};
+    return RecordJson::write(Manifest{styles, rhythms, layers, variants});
 }

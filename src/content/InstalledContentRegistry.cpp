@@ -3,33 +3,45 @@
 #include "content/ContentFiles.h"
 #include "content/ShippedRhythms.h"
 #include "files/JsonFile.h"
+#include "records/RecordJson.h"
 
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-InstalledInstrumentRecord readRecord(const QJsonObject& json)
-{
-    return {.instrumentId = json["instrumentId"_L1].toString(),
-            .localFilePath = json["localFilePath"_L1].toString(),
-            .referenceCount = json["referenceCount"_L1].toInt()};
-}
+/// What the registry's file holds.
+struct Listed {
+    QStringList rhythms;
+    QList<InstalledInstrumentRecord> instruments;
+};
 
-QJsonObject writeRecord(const InstalledInstrumentRecord& record)
-{
-    return {{"instrumentId"_L1, record.instrumentId},
-            {"localFilePath"_L1, record.localFilePath},
-            {"referenceCount"_L1, record.referenceCount}};
-}
+} // namespace
+
+namespace Records {
+
+template <>
+constexpr auto kFields<InstalledInstrumentRecord> = FieldList{
+    Field{"instrumentId"_L1, &InstalledInstrumentRecord::instrumentId},
+    Field{"localFilePath"_L1, &InstalledInstrumentRecord::localFilePath},
+    Field{"referenceCount"_L1, &InstalledInstrumentRecord::referenceCount},
+};
+
+template <>
+constexpr auto kFields<Listed> = FieldList{
+    ListField{"installedInstruments"_L1, &Listed::instruments},
+    Field{"installedRhythms"_L1, &Listed::rhythms},
+};
+
+} // namespace Records
+
+namespace {
 
 /// Whether a bank stands where the downloads put that of its instrument: no other file is theirs to
 /// delete.
@@ -65,29 +77,20 @@ void InstalledContentRegistry::load()
     installedInstruments_.clear();
     if (!QFileInfo::exists(filePath_))
         return;
-    const QJsonObject json = JsonFile::readObject(filePath_, kMaxFileBytes).value_or(QJsonObject());
-    const QJsonArray rhythms = json["installedRhythms"_L1].toArray();
-    for (const QJsonValue& rhythm : rhythms) {
-        const QString id = rhythm.toString();
-        if (!ShippedRhythms::contains(id) && !ownRhythms_.contains(id.toCaseFolded()))
-            installedRhythms_.append(id);
-    }
-    const QJsonArray records = json["installedInstruments"_L1].toArray();
-    for (const QJsonValue& element : records) {
-        const InstalledInstrumentRecord record = readRecord(element.toObject());
-        if (isInItsPlace(record))
-            installedInstruments_.append(record);
-    }
+    const auto listed = RecordJson::read<Listed>(
+        JsonFile::readObject(filePath_, kMaxFileBytes).value_or(QJsonObject()));
+    std::ranges::copy_if(
+        listed.rhythms, std::back_inserter(installedRhythms_), [this](const QString& id) {
+            return !ShippedRhythms::contains(id) && !ownRhythms_.contains(id.toCaseFolded());
+        });
+    std::ranges::copy_if(listed.instruments, std::back_inserter(installedInstruments_),
+                         isInItsPlace);
     emit registryChanged();
 }
 
 bool InstalledContentRegistry::save() const
 {
-    QJsonArray instruments;
-    for (const InstalledInstrumentRecord& record : installedInstruments_)
-        instruments.append(writeRecord(record));
-    const QJsonObject json{{"installedRhythms"_L1, QJsonArray::fromStringList(installedRhythms_)},
-                           {"installedInstruments"_L1, instruments}};
+    const QJsonObject json = RecordJson::write(Listed{installedRhythms_, installedInstruments_});
     return WholeFile::rewrite(filePath_, QJsonDocument(json).toJson(QJsonDocument::Indented));
 }
 

@@ -2,6 +2,7 @@
 
 #include "files/JsonFile.h"
 #include "model/ProjectJson.h"
+#include "records/RecordJson.h"
 #include "storage/ProjectHead.h"
 
 #include <QCoreApplication>
@@ -11,15 +12,24 @@
 
 using namespace Qt::Literals::StringLiterals;
 
+namespace Records {
+
+template <>
+constexpr auto kFields<CopyFile> = FieldList{
+    Field{"clipsFolder"_L1, &CopyFile::clipsFolder},
+    Field{"id"_L1, &CopyFile::id},
+    Field{"lastSeen"_L1, &CopyFile::lastSeen},
+    Field{"project"_L1, &CopyFile::project},
+};
+
+} // namespace Records
+
 namespace {
 
 QByteArray textOf(const KeptWork& work)
 {
-    const QJsonObject json{{"clipsFolder"_L1, work.clipsFolder},
-                           {"id"_L1, work.id},
-                           {"lastSeen"_L1, work.lastSeen},
-                           {"project"_L1, ProjectJson::write(work.song)}};
-    return QJsonDocument(json).toJson(QJsonDocument::Compact);
+    const CopyFile file{work.clipsFolder, work.id, work.lastSeen, ProjectJson::write(work.song)};
+    return QJsonDocument(RecordJson::write(file)).toJson(QJsonDocument::Compact);
 }
 
 QString newName()
@@ -126,10 +136,8 @@ void RecoveryCopy::remove()
 }
 
 AbandonedCopy::AbandonedCopy(const QString& path, std::unique_ptr<QLockFile> lock,
-                             const QJsonObject& json)
-    : path_(path), lock_(std::move(lock)), id_(json["id"_L1].toString()),
-      lastSeen_(json["lastSeen"_L1].toString()), clipsFolder_(json["clipsFolder"_L1].toString()),
-      project_(json["project"_L1].toObject())
+                             const CopyFile& file)
+    : path_(path), lock_(std::move(lock)), file_(file)
 {}
 
 std::vector<AbandonedCopy> AbandonedCopy::findAll(const QString& folder)
@@ -142,15 +150,16 @@ std::vector<AbandonedCopy> AbandonedCopy::findAll(const QString& folder)
         removeUnfinished(path);
         const auto json =
             JsonFile::readObject(path, ProjectHead::kMaxFileBytes, WholeFile::Links::Refuse);
-        if (json && (*json)["project"_L1].isObject())
-            found.push_back(AbandonedCopy(path, std::move(lock), *json));
+        const auto file = RecordJson::read<CopyFile>(json.value_or(QJsonObject()));
+        if (file.project.isObject())
+            found.push_back(AbandonedCopy(path, std::move(lock), file));
     }
     return found;
 }
 
 QString AbandonedCopy::name() const
 {
-    return project_["name"_L1].toString();
+    return file_.project["name"_L1].toString();
 }
 
 void AbandonedCopy::remove()

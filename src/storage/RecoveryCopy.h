@@ -66,6 +66,15 @@ private:
     QThreadPool writer_;
 };
 
+/// What the file of a copy holds.
+struct CopyFile {
+    QString clipsFolder;
+    QString id;
+    QString lastSeen;
+    /// The work, as an object like that of a project file.
+    QJsonValue project;
+};
+
 /// The copy of a program that is gone without removing it. It belongs, for as long as this lives,
 /// to the program that found it.
 class AbandonedCopy {
@@ -74,26 +83,23 @@ public:
     /// left in the folder is cleared away.
     static std::vector<AbandonedCopy> findAll(const QString& folder);
 
-    const QString& id() const { return id_; }
+    const QString& id() const { return file_.id; }
 
-    const QString& lastSeen() const { return lastSeen_; }
+    const QString& lastSeen() const { return file_.lastSeen; }
 
-    const QString& clipsFolder() const { return clipsFolder_; }
+    const QString& clipsFolder() const { return file_.clipsFolder; }
 
     /// The work, as a project file holds it.
-    const QJsonObject& project() const { return project_; }
+    QJsonObject project() const { return file_.project.toObject(); }
 
     QString name() const;
 
     void remove();
 
 private:
-    AbandonedCopy(const QString& path, std::unique_ptr<QLockFile> lock, const QJsonObject& json);
+    AbandonedCopy(const QString& path, std::unique_ptr<QLockFile> lock, const CopyFile& file);
 
     QString path_;
     std::unique_ptr<QLockFile> lock_;
-    QString id_;
-    QString lastSeen_;
-    QString clipsFolder_;
-    QJsonObject project_;
+    CopyFile file_;
 };

@@ -1,17 +1,30 @@
 #include "suite/Recientes.h"
 
+#include "records/RecordJson.h"
 #include "suite/ArchivoJson.h"
 #include "suite/Sesion.h"
 
 #include <QDir>
-#include <QJsonArray>
-#include <QJsonObject>
 
 #include <algorithm>
 #include <functional>
 #include <memory>
 
 using namespace Qt::Literals::StringLiterals;
+
+namespace Records {
+
+using brusel::ArchivoReciente;
+
+template <>
+constexpr auto kFields<ArchivoReciente> = FieldList{
+    Field{"app"_L1, &ArchivoReciente::app},
+    Field{"ruta"_L1, &ArchivoReciente::ruta},
+    Field{"temporal"_L1, &ArchivoReciente::temporal},
+    Field{"ultimo_uso"_L1, &ArchivoReciente::ultimo_uso},
+};
+
+} // namespace Records
 
 namespace brusel {
 
@@ -32,22 +45,6 @@ QString safeFileName(const QString& id)
     for (const char32_t character : id.toUcs4())
         safe += isKept(character) ? QChar(static_cast<char16_t>(character)) : u'_';
     return safe;
-}
-
-ArchivoReciente readEntry(const QJsonValue& json)
-{
-    return {.ruta = json["ruta"_L1].toString(),
-            .app = json["app"_L1].toString(),
-            .ultimo_uso = QDateTime::fromString(json["ultimo_uso"_L1].toString(), Qt::ISODate),
-            .temporal = json["temporal"_L1].toBool()};
-}
-
-QJsonObject writeEntry(const ArchivoReciente& entry)
-{
-    return {{"app"_L1, entry.app},
-            {"ruta"_L1, entry.ruta},
-            {"temporal"_L1, entry.temporal},
-            {"ultimo_uso"_L1, entry.ultimo_uso.toString(Qt::ISODate)}};
 }
 
 QList<Integrante> membersOf(const Sesion& session)
@@ -72,12 +69,8 @@ QString Recientes::rutaArchivo(const QString& integranteId)
 
 QList<ArchivoReciente> Recientes::listar(const QString& integranteId)
 {
-    const QJsonArray json = leerJson(rutaArchivo(integranteId), kMaxBytes).array();
-    QList<ArchivoReciente> list;
-    list.reserve(json.size());
-    for (const QJsonValue& entry : json)
-        list.append(readEntry(entry));
-    return list;
+    return RecordJson::readList<ArchivoReciente>(
+        leerJson(rutaArchivo(integranteId), kMaxBytes).array());
 }
 
 void Recientes::registrar(const QString& integranteId, const ArchivoReciente& archivo)
@@ -89,9 +82,7 @@ void Recientes::registrar(const QString& integranteId, const ArchivoReciente& ar
     list.prepend(archivo);
     list.resize(std::min(list.size(), kMaxEntradas));
 
-    QJsonArray json;
-    for (const ArchivoReciente& entry : list)
-        json.append(writeEntry(entry));
+    QJsonArray json = RecordJson::writeList(list);
     while (isTooLarge(json))
         json.removeLast();
     escribirJson(rutaArchivo(integranteId), QJsonDocument(json), kMaxBytes);

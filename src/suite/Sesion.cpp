@@ -1,17 +1,59 @@
 #include "suite/Sesion.h"
 
+#include "records/RecordJson.h"
 #include "suite/ArchivoJson.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QJsonArray>
-#include <QJsonObject>
 #include <QStandardPaths>
 
 #include <memory>
 
 using namespace Qt::Literals::StringLiterals;
+
+namespace brusel {
+
+namespace {
+
+QString wordOf(ModoSesion modo)
+{
+    return modo == ModoSesion::Mirasel ? u"mirasel"_s : u"standalone"_s;
+}
+
+ModoSesion modoOf(const QString& word)
+{
+    return word == "mirasel"_L1 ? ModoSesion::Mirasel : ModoSesion::Standalone;
+}
+
+} // namespace
+
+} // namespace brusel
+
+namespace Records {
+
+using brusel::Integrante;
+using brusel::Sesion;
+
+template <>
+constexpr auto kFields<Integrante> = FieldList{
+    Field{"color"_L1, &Integrante::color},
+    Field{"id"_L1, &Integrante::id},
+    Field{"nombre"_L1, &Integrante::nombre},
+};
+
+template <>
+constexpr auto kFields<Sesion> = FieldList{
+    Field{"duracion_estimada_min"_L1, &Sesion::duracion_estimada_min},
+    Field{"grupo"_L1, &Sesion::grupo},
+    Field{"inicio_sesion"_L1, &Sesion::inicio_sesion},
+    ListField{"integrantes"_L1, &Sesion::integrantes},
+    WordField{"modo"_L1, &Sesion::modo, brusel::wordOf, brusel::modoOf},
+    Field{"token"_L1, &Sesion::token},
+    Field{"ultima_actividad"_L1, &Sesion::ultima_actividad},
+};
+
+} // namespace Records
 
 namespace brusel {
 
@@ -55,57 +97,6 @@ QString userFolder()
                       "/Ovelin"_L1);
     folder.mkpath(u"."_s);
     return folder.absolutePath();
-}
-
-// ---- The file ------------------------------------------------------------------------------
-
-QDateTime readDate(const QJsonValue& json)
-{
-    return QDateTime::fromString(json.toString(), Qt::ISODate);
-}
-
-QList<Integrante> readMembers(const QJsonArray& json)
-{
-    QList<Integrante> members;
-    members.reserve(json.size());
-    for (const QJsonValue& member : json)
-        members.append({.id = member["id"_L1].toString(),
-                        .nombre = member["nombre"_L1].toString(),
-                        .color = member["color"_L1].toString()});
-    return members;
-}
-
-QJsonArray writeMembers(const QList<Integrante>& members)
-{
-    QJsonArray json;
-    for (const Integrante& member : members)
-        json.append(QJsonObject{
-            {"color"_L1, member.color}, {"id"_L1, member.id}, {"nombre"_L1, member.nombre}});
-    return json;
-}
-
-void readSession(Sesion& session, const QJsonObject& json)
-{
-    const bool loggedIn = json["modo"_L1].toString() == "mirasel"_L1;
-    session.modo = loggedIn ? ModoSesion::Mirasel : ModoSesion::Standalone;
-    session.token = json["token"_L1].toString();
-    session.grupo = json["grupo"_L1].toString();
-    session.integrantes = readMembers(json["integrantes"_L1].toArray());
-    session.inicio_sesion = readDate(json["inicio_sesion"_L1]);
-    session.ultima_actividad = readDate(json["ultima_actividad"_L1]);
-    session.duracion_estimada_min = json["duracion_estimada_min"_L1].toInt();
-}
-
-QJsonObject writeSession(const Sesion& session)
-{
-    const bool loggedIn = session.modo == ModoSesion::Mirasel;
-    return {{"duracion_estimada_min"_L1, session.duracion_estimada_min},
-            {"grupo"_L1, session.grupo},
-            {"inicio_sesion"_L1, session.inicio_sesion.toString(Qt::ISODate)},
-            {"integrantes"_L1, writeMembers(session.integrantes)},
-            {"modo"_L1, loggedIn ? u"mirasel"_s : u"standalone"_s},
-            {"token"_L1, session.token},
-            {"ultima_actividad"_L1, session.ultima_actividad.toString(Qt::ISODate)}};
 }
 
 // ---- Rules ---------------------------------------------------------------------------------
@@ -152,7 +143,7 @@ Sesion* Sesion::cargar(QObject* parent)
     if (!document.isObject())
         return nullptr;
     auto session = std::make_unique<Sesion>(parent);
-    readSession(*session, document.object());
+    RecordJson::read(document.object(), session.get());
     if (!session->inicio_sesion.isValid() || !session->esValida()) {
         cerrar();
         return nullptr;
@@ -176,17 +167,16 @@ Sesion* Sesion::iniciar(ModoSesion modo, const QString& token, const QString& gr
 
 bool Sesion::esValida() const
 {
-    const QJsonDocument document = leerJson(rutaArchivo());
-    const QDateTime begin = readDate(document["inicio_sesion"_L1]);
-    const QDateTime latest = readDate(document["ultima_actividad"_L1]);
-    return begin.isValid() && latest.isValid() &&
-           evaluarReglas(begin, latest, document["duracion_estimada_min"_L1].toInt(),
+    Sesion filed;
+    RecordJson::read(leerJson(rutaArchivo()).object(), &filed);
+    return filed.inicio_sesion.isValid() && filed.ultima_actividad.isValid() &&
+           evaluarReglas(filed.inicio_sesion, filed.ultima_actividad, filed.duracion_estimada_min,
                          QDateTime::currentDateTime());
 }
 
 bool Sesion::guardar() const
 {
-    if (!escribirJson(rutaArchivo(), QJsonDocument(writeSession(*this))))
+    if (!escribirJson(rutaArchivo(), QJsonDocument(RecordJson::write(*this))))
         return false;
     ultimo_guardado = QDateTime::currentDateTime();
     return true;

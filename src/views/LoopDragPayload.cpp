@@ -1,29 +1,35 @@
 #include "views/LoopDragPayload.h"
 
+#include "records/RecordJson.h"
+
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QMimeData>
 
 using namespace Qt::Literals::StringLiterals;
+
+namespace Records {
+
+template <>
+constexpr auto kFields<LoopDragPayload> = FieldList{
+    Field{"layerId"_L1, &LoopDragPayload::layerId},
+    Field{"rhythmId"_L1, &LoopDragPayload::rhythmId},
+    WordField{"section"_L1, &LoopDragPayload::section, loopSectionToString, loopSectionFromString},
+    Field{"variantIndex"_L1, &LoopDragPayload::variantIndex},
+};
+
+} // namespace Records
 
 std::optional<LoopDragPayload> LoopDragPayload::fromJson(const QByteArray& json)
 {
     const QJsonObject object = QJsonDocument::fromJson(json).object();
     if (object.isEmpty())
         return std::nullopt;
-    return LoopDragPayload{.rhythmId = object["rhythmId"_L1].toString(),
-                           .layerId = object["layerId"_L1].toString(),
-                           .section = loopSectionFromString(object["section"_L1].toString()),
-                           .variantIndex = object["variantIndex"_L1].toInt(1)};
+    return RecordJson::read<LoopDragPayload>(object);
 }
 
 QByteArray LoopDragPayload::toJson() const
 {
-    const QJsonObject object{{u"rhythmId"_s, rhythmId},
-                             {u"layerId"_s, layerId},
-                             {u"section"_s, loopSectionToString(section)},
-                             {u"variantIndex"_s, variantIndex}};
-    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+    return QJsonDocument(RecordJson::write(*this)).toJson(QJsonDocument::Compact);
 }
 
 std::unique_ptr<QMimeData> LoopDragPayload::toMimeData() const
