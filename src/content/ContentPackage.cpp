@@ -2,6 +2,7 @@
 
 #include "music/MusicFields.h"
 #include "records/RecordJson.h"
+#include "records/RecordText.h"
 
 #include <QCoreApplication>
 #include <QJsonArray>
@@ -271,10 +272,12 @@ bool ContentPackage::isGrooveWithinBounds(const QJsonObject& json)
     return !hasLongText(json) && json["offsets"_L1].toArray().size() <= kMaxGrooveOffsets;
 }
 
-QJsonObject ContentPackage::writeManifest(const QList<MusicalStyle>& styles,
-                                          const QList<Rhythm>& rhythms,
-                                          const QList<LoopLayer>& layers,
-                                          const QList<LoopVariant>& variants)
+QByteArray ContentPackage::writeManifest(const QList<MusicalStyle>& styles,
+                                         const QList<Rhythm>& rhythms,
+                                         const QList<LoopLayer>& layers,
+                                         const QList<LoopVariant>& variants)
 {
-    return RecordJson::write(Manifest{styles, rhythms, layers, variants});
+    JsonText json;
+    RecordText::write(Manifest{styles, rhythms, layers, variants}, &json);
+    return json.text();
 }

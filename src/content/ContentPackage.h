@@ -34,8 +34,8 @@ GrooveTemplate parseGroove(const QJsonObject& json);
 /// Whether a groove file keeps to the bounds.
 bool isGrooveWithinBounds(const QJsonObject& json);
 
-/// The index of a whole library.
-QJsonObject writeManifest(const QList<MusicalStyle>& styles, const QList<Rhythm>& rhythms,
-                          const QList<LoopLayer>& layers, const QList<LoopVariant>& variants);
+/// The index of a whole library, as indented JSON.
+QByteArray writeManifest(const QList<MusicalStyle>& styles, const QList<Rhythm>& rhythms,
+                         const QList<LoopLayer>& layers, const QList<LoopVariant>& variants);
 
 } // namespace ContentPackage

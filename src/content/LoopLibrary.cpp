@@ -6,8 +6,10 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QtConcurrentMap>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -185,35 +187,55 @@ void LoopLibrary::clear()
 
 QList<LoopLibrary::Package> LoopLibrary::readPackages()
 {
+    readAhead();
     QList<Package> packages;
-    const ContentFolder installed = root_.subfolder(kInstalled);
-    for (const QString& folder : installed.inReadingOrder()) {
-        const bool own = installed.isSplit() && folder == installed.own();
-        for (const QString& path : sortedFiles(folder, u'*' + kPackageSuffix))
-            readPackage(path, own, &packages);
+    for (Package& package : std::exchange(ahead_, {}).results()) {
+        foldedFileNames_.insert(package.fileName.toCaseFolded());
+        if (package.own)
+            ownRhythms_.insert(package.fileName.toCaseFolded());
+        if (package.state == Package::State::Kept)
+            packages.append(std::move(package));
+        else if (package.state == Package::State::Refused)
+            refused_.append(package.fileName);
     }
     return packages;
 }
 
-void LoopLibrary::readPackage(const QString& path, bool own, QList<Package>* packages)
+void LoopLibrary::readAhead()
+{
+    if (ahead_.isValid())
+        return;
+
+    struct File {
+        QString path;
+        bool own;
+    };
+
+    QList<File> files;
+    const ContentFolder installed = root_.subfolder(kInstalled);
+    for (const QString& folder : installed.inReadingOrder()) {
+        const bool own = installed.isSplit() && folder == installed.own();
+        for (const QString& path : sortedFiles(folder, u'*' + kPackageSuffix))
+            files.append({path, own});
+    }
+    ahead_ = QtConcurrent::mapped(
+        files, [](const File& file) { return readPackage(file.path, file.own); });
+}
+
+LoopLibrary::Package LoopLibrary::readPackage(const QString& path, bool own)
 {
     Package package;
     package.fileName = baseName(path, kPackageSuffix);
     package.own = own;
-    foldedFileNames_.insert(package.fileName.toCaseFolded());
-    if (own)
-        ownRhythms_.insert(package.fileName.toCaseFolded());
     const auto json = JsonFile::readObject(path, kMaxFileBytes);
     if (!json)
-        return;
+        return package;
     const bool kept =
         parseContentPackage(*json, &package.style, &package.rhythm, &package.instruments,
                             &package.layers, &package.variants, nullptr) &&
         !ShippedRhythms::isImpostor(package.fileName, package.rhythm.id);
-    if (kept)
-        packages->append(package);
-    else
-        refused_.append(package.fileName);
+    package.state = kept ? Package::State::Kept : Package::State::Refused;
+    return package;
 }
 
 bool LoopLibrary::isImpostor(const Package& package) const
@@ -269,9 +291,7 @@ void LoopLibrary::loadGrooves(const QString& folder)
 
 bool LoopLibrary::writeManifest() const
 {
-    const QByteArray text =
-        QJsonDocument(ContentPackage::writeManifest(styles_, rhythms_, layers_, variants_))
-            .toJson();
+    const QByteArray text = ContentPackage::writeManifest(styles_, rhythms_, layers_, variants_);
     const QString path = root_.written() + "/manifest.json"_L1;
     if (root_.isSplit())
         QDir().mkpath(root_.written());

@@ -3,6 +3,7 @@
 #include "content/ContentPackage.h"
 #include "content/ContentRoots.h"
 
+#include <QFuture>
 #include <QMap>
 #include <QObject>
 #include <QSet>
@@ -55,6 +56,9 @@ public:
     /// The groove stored under a rhythm's own id, or null.
     const GrooveTemplate* grooveForRhythm(const QString& rhythmId) const;
 
+    /// Begins to read what is on disk now, beside the caller, for the next reload().
+    void readAhead();
+
     /// Rebuilds everything from disk, skipping files that cannot be read and those that are
     /// refused, and writes the index.
     void reload();
@@ -91,6 +95,9 @@ signals:
 private:
     /// What a package file holds.
     struct Package {
+        enum class State { Unreadable, Refused, Kept };
+
+        State state = State::Unreadable;
         QString fileName;
         /// Whether it stands among the program's own, apart from what the program writes.
         bool own = false;
@@ -103,13 +110,15 @@ private:
 
     void clear();
     QList<Package> readPackages();
-    void readPackage(const QString& path, bool own, QList<Package>* packages);
+    static Package readPackage(const QString& path, bool own);
     void noteShipped(const Package& package);
     void add(const Package& package);
     void loadGrooves(const QString& folder);
     bool isImpostor(const Package& package) const;
 
     ContentFolder root_;
+    /// What readAhead() began.
+    QFuture<Package> ahead_;
     InstrumentLibrary* instrumentLibrary_;
     QList<MusicalStyle> styles_;
     QList<Rhythm> rhythms_;

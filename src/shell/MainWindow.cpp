@@ -64,7 +64,7 @@ MainWindow::MainWindow(QWidget* parent, Prompts& prompts) : QMainWindow(parent),
 
     stackedWidget_ = new QStackedWidget;
     setCentralWidget(stackedWidget_);
-    stackedWidget_->addWidget(buildEditorView());
+    stackedWidget_->addWidget(buildEditorView(stackedWidget_));
     stackedWidget_->setCurrentIndex(0);
 
     connect(undoStack_, &UndoStack::availabilityChanged, this, [this](bool canUndo, bool canRedo) {
@@ -113,14 +113,15 @@ void MainWindow::createServices()
     instruments_ = new InstrumentLibrary(roots.soundfonts(), this);
     instruments_->loadBuiltinGmInstruments();
     loopLibrary_ = new LoopLibrary(roots.loops(), instruments_, this);
+    loopLibrary_->readAhead();
     registry_ = new InstalledContentRegistry(roots, this);
     registry_->load();
     catalog_ = new ContentCatalog(ContentCatalog::urlFromEnvironment(), this);
     downloads_ = new ContentDownloadManager(catalog_, registry_, loopLibrary_, instruments_, this);
-    loopLibrary_->reload();
 
     player_ = new SoundfontPlayer(SoundfontPlayer::Mode::Realtime, this);
     hasBank_ = player_->loadGmBank(bankPath());
+    loopLibrary_->reload();
     engine_ = new PlaybackEngine(player_, loopLibrary_, instruments_, this);
     recorder_ = new AudioRecorder(this);
     connect(recorder_, &AudioRecorder::recordingFailed, this, &MainWindow::onRecordingFailed);
@@ -129,26 +130,28 @@ void MainWindow::createServices()
     connect(loopLibrary_, &LoopLibrary::libraryChanged, this, &MainWindow::onLibraryChanged);
 }
 
-QWidget* MainWindow::buildEditorView()
+// Every part is made within the next larger one: a widget that changes its parent is styled anew,
+// with all that stands in it.
+QWidget* MainWindow::buildEditorView(QWidget* parent)
 {
-    transport_ = new TransportControls(engine_);
+    auto* page = new QWidget(parent);
+    transport_ = new TransportControls(engine_, page);
     connectTransport();
 
-    auto* columns = new QSplitter(Qt::Horizontal);
+    auto* columns = new QSplitter(Qt::Horizontal, page);
     columns->setObjectName(u"columnas"_s);
-    columns->addWidget(buildEditors());
-    columns->addWidget(buildSidePanel());
+    columns->addWidget(buildEditors(columns));
+    columns->addWidget(buildSidePanel(columns));
     editorFocus_->returnFrom(transport_);
     editorFocus_->returnFrom(loopBrowser_);
     columns->setStretchFactor(0, 1);
     columns->setStretchFactor(1, 0);
     columns->setCollapsible(1, true);
 
-    auto* page = new QWidget;
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    recoveryBar_ = new RecoveryBar;
+    recoveryBar_ = new RecoveryBar(page);
     connect(recoveryBar_, &RecoveryBar::recoverRequested, this, &MainWindow::recover);
     layout->addWidget(recoveryBar_, 0);
     layout->addWidget(transport_, 0);
@@ -156,15 +159,14 @@ QWidget* MainWindow::buildEditorView()
     return page;
 }
 
-QWidget* MainWindow::buildEditors()
+QWidget* MainWindow::buildEditors(QWidget* parent)
 {
-    pianoRoll_ = new PianoRollCanvas;
-    connectPianoRoll();
-    arranger_ = new TrackArranger;
-    connectArranger();
-
-    auto* editors = new QSplitter(Qt::Vertical);
+    auto* editors = new QSplitter(Qt::Vertical, parent);
     editors->setObjectName(u"editores"_s);
+    pianoRoll_ = new PianoRollCanvas(editors);
+    connectPianoRoll();
+    arranger_ = new TrackArranger(editors);
+    connectArranger();
     editors->addWidget(pianoRoll_);
     editors->addWidget(arranger_);
     editors->setStretchFactor(0, 3);
@@ -187,16 +189,19 @@ QWidget* MainWindow::buildEditors()
     return editors;
 }
 
-QWidget* MainWindow::buildSidePanel()
+QWidget* MainWindow::buildSidePanel(QWidget* parent)
 {
-    loopBrowser_ =
-        new LoopBrowser(loopLibrary_, instruments_, catalog_, downloads_, registry_, engine_);
+    auto* panel = new QScrollArea(parent);
+    auto* content = new QWidget(panel);
+    loopBrowser_ = new LoopBrowser(loopLibrary_, instruments_, catalog_, downloads_, registry_,
+                                   engine_, content);
     connect(loopBrowser_, &LoopBrowser::loopChosen, this, &MainWindow::handleLoopChosen);
-    headerPanel_ = new TrackHeaderPanel(instruments_);
+    headerPanel_ = new TrackHeaderPanel(instruments_, content);
     // On a low screen it scrolls, so that the loops that are used most stay in sight.
-    auto* headerArea = new FittingArea(headerPanel_, FittingArea::Wish::All, [this] {
-        return headerPanel_->sizeHint().height() * kHeaderPercentInSight / 100;
-    });
+    auto* headerArea = new FittingArea(
+        headerPanel_, FittingArea::Wish::All,
+        [this] { return headerPanel_->sizeHint().height() * kHeaderPercentInSight / 100; },
+        content);
     // Height that its rows do not need is better spent on loops.
     headerArea->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
     connect(headerPanel_, &TrackHeaderPanel::trackEdited, this, &MainWindow::snapshotAndRefresh);
@@ -208,14 +213,12 @@ QWidget* MainWindow::buildSidePanel()
         arranger_->repaintHeader();
     });
 
-    auto* content = new QWidget;
     auto* layout = new QVBoxLayout(content);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addWidget(loopBrowser_, 3);
     layout->addWidget(headerArea, 2);
 
-    auto* panel = new QScrollArea;
     panel->setWidgetResizable(true);
     panel->setFrameShape(QFrame::NoFrame);
     panel->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);

@@ -174,9 +174,9 @@ private:
     static QString bankPath();
 
     void createServices();
-    QWidget* buildEditorView();
-    QWidget* buildEditors();
-    QWidget* buildSidePanel();
+    QWidget* buildEditorView(QWidget* parent);
+    QWidget* buildEditors(QWidget* parent);
+    QWidget* buildSidePanel(QWidget* parent);
     void connectTransport();
     void connectPianoRoll();
     void connectArranger();

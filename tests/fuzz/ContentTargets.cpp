@@ -22,7 +22,9 @@ namespace {
 QJsonObject written(const MusicalStyle& style, const Rhythm& rhythm, const QList<LoopLayer>& layers,
                     const QList<LoopVariant>& variants)
 {
-    QJsonObject json = ContentPackage::writeManifest({style}, {rhythm}, layers, variants);
+    QJsonObject json =
+        QJsonDocument::fromJson(ContentPackage::writeManifest({style}, {rhythm}, layers, variants))
+            .object();
     json["rhythm"_L1] = json["rhythms"_L1].toArray().first();
     json["musicalStyle"_L1] = json["musicalStyles"_L1].toArray().first();
     return json;
