@@ -9,6 +9,9 @@ namespace {
 /// What is left of a cut chord below this length, in beats, is dropped.
 constexpr double kShortestRemainder = 1e-6;
 
+/// No chord that a user lays is longer; one that a damaged file holds may be, and is cut.
+constexpr qint32 kMostBarsOfAChord = 4096;
+
 /// The chords of a bar once [start, start + duration) belongs to another one.
 QList<HarmonyDegreeEvent> withRoomFor(const QList<HarmonyDegreeEvent>& events, double start,
                                       double duration)
@@ -23,6 +26,29 @@ QList<HarmonyDegreeEvent> withRoomFor(const QList<HarmonyDegreeEvent>& events, d
         }
         if (event.durationBeats > kShortestRemainder)
             kept.append(event);
+    }
+    return kept;
+}
+
+/// The chords of a bar with nothing left of them in [start, end).
+QList<HarmonyDegreeEvent> withHole(const QList<HarmonyDegreeEvent>& events, double start,
+                                   double end)
+{
+    QList<HarmonyDegreeEvent> kept;
+    const auto keep = [&](HarmonyDegreeEvent event, double from, double to) {
+        event.startBeat = from;
+        event.durationBeats = to - from;
+        if (event.durationBeats > kShortestRemainder)
+            kept.append(event);
+    };
+    for (const HarmonyDegreeEvent& event : events) {
+        const double eventEnd = event.startBeat + event.durationBeats;
+        if (eventEnd <= start || event.startBeat >= end) {
+            kept.append(event);
+            continue;
+        }
+        keep(event, event.startBeat, start);
+        keep(event, end, eventEnd);
     }
     return kept;
 }
@@ -84,6 +110,30 @@ void HarmonyTrack::insertEvent(double startBeat, double durationBeats, int degre
                    .durationBeats = localDuration});
     std::ranges::stable_sort(events, {}, &HarmonyDegreeEvent::startBeat);
     block.events = events;
+}
+
+bool HarmonyTrack::overlayEvent(double startBeat, double durationBeats, int degree,
+                                ChordExtension extension, double beatsPerBar)
+{
+    const double end = startBeat + durationBeats;
+    const auto first = barAt(startBeat, beatsPerBar);
+    const auto last = barAt(end, beatsPerBar);
+    if (!first || !last || *first < 0 || !(durationBeats > 0.0))
+        return false;
+    for (qint32 bar = *first; bar <= std::min(*last, *first + kMostBarsOfAChord); ++bar) {
+        const double from = std::max(0.0, startBeat - bar * beatsPerBar);
+        const double to = std::min(beatsPerBar, end - bar * beatsPerBar);
+        if (to - from <= kShortestRemainder)
+            continue;
+        HarmonyBlock& block = ensureBlockForBar(bar);
+        block.events = withHole(block.events, from, to);
+        block.events.append({.degree = degree,
+                             .extension = extension,
+                             .startBeat = from,
+                             .durationBeats = to - from});
+        std::ranges::stable_sort(block.events, {}, &HarmonyDegreeEvent::startBeat);
+    }
+    return true;
 }
 
 void HarmonyTrack::removeEventAt(double beat, double beatsPerBar)

@@ -62,6 +62,12 @@ struct HarmonyTrack {
     void insertEvent(double startBeat, double durationBeats, int degree, ChordExtension extension,
                      double beatsPerBar);
 
+    /// Lays a chord at an absolute beat, on over bar lines as one chord in each bar. Of the chords
+    /// that lie there what is left before and behind it stays. False, with nothing laid, where
+    /// there are no such bars.
+    bool overlayEvent(double startBeat, double durationBeats, int degree, ChordExtension extension,
+                      double beatsPerBar);
+
     /// Removes the chords in force at an absolute beat, then every empty block.
     void removeEventAt(double beat, double beatsPerBar);
 

@@ -121,6 +121,11 @@ private slots:
     void removalSweepsEmptyBlocksEvenWhereNothingWas();
     void removalWithABadBarLengthDoesNothing();
     void emptyBlocksGoAndTheOthersKeepTheirOrder();
+    void anOverlaidChordCutsWhatLiesThere_data();
+    void anOverlaidChordCutsWhatLiesThere();
+    void anOverlaidChordGoesOnOverBarLines();
+    void withoutABarNothingIsOverlaid_data();
+    void withoutABarNothingIsOverlaid();
 };
 
 void HarmonyTrackTest::startsEmptyAndAudible()
@@ -498,6 +503,75 @@ void HarmonyTrackTest::emptyBlocksGoAndTheOthersKeepTheirOrder()
                                   {.barIndex = -1, .events = {chord(3, 0, 0)}}});
     track.removeEmptyBlocks();
     QCOMPARE(barsOf(track), (QList<qint32>{5, 2, -1}));
+}
+
+// ---- Laying over others --------------------------------------------------------------------
+
+void HarmonyTrackTest::anOverlaidChordCutsWhatLiesThere_data()
+{
+    QTest::addColumn<double>("start");
+    QTest::addColumn<double>("duration");
+    QTest::addColumn<QList<HarmonyDegreeEvent>>("left");
+
+    // II from 0 to 2, V from 2 to 4.
+    using Chords = QList<HarmonyDegreeEvent>;
+    QTest::newRow("in the middle of one")
+        << 0.5 << 1.0
+        << Chords{chord(2, 0.0, 0.5), chord(7, 0.5, 1.0), chord(2, 1.5, 0.5), chord(5, 2.0, 2.0)};
+    QTest::newRow("over the border of two")
+        << 1.0 << 2.0 << Chords{chord(2, 0.0, 1.0), chord(7, 1.0, 2.0), chord(5, 3.0, 1.0)};
+    QTest::newRow("instead of one") << 2.0 << 2.0 << Chords{chord(2, 0.0, 2.0), chord(7, 2.0, 2.0)};
+    QTest::newRow("instead of both") << 0.0 << 4.0 << Chords{chord(7, 0.0, 4.0)};
+}
+
+void HarmonyTrackTest::anOverlaidChordCutsWhatLiesThere()
+{
+    QFETCH(double, start);
+    QFETCH(double, duration);
+    QFETCH(QList<HarmonyDegreeEvent>, left);
+    HarmonyTrack track = barOf({chord(2, 0.0, 2.0), chord(5, 2.0, 2.0)});
+    QVERIFY(track.overlayEvent(start, duration, 7, ChordExtension::Triad, kBar));
+    QVERIFY(track == barOf(left));
+    QCOMPARE(brokenPromise(track, kBar), QString());
+}
+
+void HarmonyTrackTest::anOverlaidChordGoesOnOverBarLines()
+{
+    HarmonyTrack track = trackOf({{.barIndex = 2, .events = {chord(5, 0.0, 4.0)}}});
+    QVERIFY(track.overlayEvent(3.0, 7.0, 4, ChordExtension::Ninth, kBar));
+    QCOMPARE(barsOf(track), (QList<qint32>{0, 1, 2}));
+    QList<int> degrees;
+    for (const double beat : {2.5, 3.0, 4.0, 7.5, 9.5, 10.0, 11.5})
+        degrees.append(degreeAt(track, beat));
+    QCOMPARE(degrees, (QList<int>{0, 4, 4, 4, 4, 5, 5}));
+    QCOMPARE(track.blocks[1].events.first().extension, ChordExtension::Ninth);
+    QCOMPARE(brokenPromise(track, kBar), QString());
+}
+
+void HarmonyTrackTest::withoutABarNothingIsOverlaid_data()
+{
+    QTest::addColumn<double>("start");
+    QTest::addColumn<double>("duration");
+    QTest::addColumn<double>("bar");
+
+    QTest::newRow("no bars") << 0.0 << 1.0 << 0.0;
+    QTest::newRow("before the song") << -1.0 << 1.0 << kBar;
+    QTest::newRow("out of reach") << 1e300 << 1.0 << kBar;
+    QTest::newRow("an end out of reach") << 0.0 << 1e300 << kBar;
+    QTest::newRow("no number") << Doubles::quiet_NaN() << 1.0 << kBar;
+    QTest::newRow("no length") << 0.0 << 0.0 << kBar;
+    QTest::newRow("no number of beats") << 0.0 << Doubles::quiet_NaN() << kBar;
+}
+
+void HarmonyTrackTest::withoutABarNothingIsOverlaid()
+{
+    QFETCH(double, start);
+    QFETCH(double, duration);
+    QFETCH(double, bar);
+    const HarmonyTrack before = barOf({chord(2, 0.0, 2.0)});
+    HarmonyTrack track = before;
+    QVERIFY(!track.overlayEvent(start, duration, 4, ChordExtension::Triad, bar));
+    QVERIFY(track == before);
 }
 
 QTEST_GUILESS_MAIN(HarmonyTrackTest)
