@@ -2,6 +2,7 @@
 #include "support/ProjectBuilder.h"
 #include "support/WindowStage.h"
 #include "views/arranger/ArrangerScene.h"
+#include "views/arranger/BlockEditor.h"
 #include "views/arranger/TrackArranger.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 #include "views/pianoroll/PianoRollScene.h"
@@ -126,7 +127,7 @@ void MainWindowKeysTest::whatIsSelectedOutlivesTheEdit()
     QCOMPARE(roll().scene()->selectedNotes(), QList<int>({0}));
     arranger().goToBlock({BlockKind::Melody, 0, 0});
     QTest::keyClick(&arranger(), Qt::Key_Right);
-    QCOMPARE(arranger().selectedBlock(), (BlockRef{BlockKind::Melody, 0, 0}));
+    QCOMPARE(arranger().blocks()->current(), (BlockRef{BlockKind::Melody, 0, 0}));
 }
 
 void MainWindowKeysTest::returnOpensTheMelodyInTheRoll()

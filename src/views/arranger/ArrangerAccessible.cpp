@@ -11,8 +11,9 @@
 #include "views/arranger/ArrangerGridView.h"
 #include "views/arranger/ArrangerHeaderColumn.h"
 #include "views/arranger/ArrangerScene.h"
-#include "views/arranger/TrackArranger.h"
+#include "views/arranger/BlockEditor.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
 
 namespace {
@@ -23,15 +24,16 @@ QString chordWords(const Project& project, const BlockRef& block)
 {
     const HarmonyDegreeEvent& chord =
         project.harmonyTrack.blockForBar(block.trackIndex)->events.at(block.blockIndex);
-    return TrackArranger::tr("Acorde %1")
+    return QCoreApplication::translate("TrackArranger", "Acorde %1")
         .arg(ChordVoicer::degreeLabel(project.keySignature, chord.degree, chord.extension));
 }
 
 QString melodyWords(const MelodyBlock& melody)
 {
     return melody.notes.size() == 1
-               ? TrackArranger::tr("Melodía (1 nota)")
-               : TrackArranger::tr("Melodía (%1 notas)").arg(melody.notes.size());
+               ? QCoreApplication::translate("TrackArranger", "Melodía (1 nota)")
+               : QCoreApplication::translate("TrackArranger", "Melodía (%1 notas)")
+                     .arg(melody.notes.size());
 }
 
 QString loopWords(const LoopBlock& loop, const LoopLibrary* library)
@@ -40,7 +42,8 @@ QString loopWords(const LoopBlock& loop, const LoopLibrary* library)
     const LoopLayer* layer = library ? library->findLayer(loop.layerId) : nullptr;
     return MusicWords::list(
         {rhythm ? rhythm->displayName : loop.rhythmId, layer ? layer->label : loop.layerId,
-         TrackArranger::tr(sectionWord(loop.section)) + u' ' + QString::number(loop.variantIndex)});
+         QCoreApplication::translate("TrackArranger", sectionWord(loop.section)) + u' ' +
+             QString::number(loop.variantIndex)});
 }
 
 QString recordWords(const Project& project, const LoopLibrary* library, const BlockRef& block)
@@ -57,7 +60,8 @@ QString recordWords(const Project& project, const LoopLibrary* library, const Bl
         break;
     }
     const AudioClip& clip = project.audioTracks.at(block.trackIndex).clips.at(block.blockIndex);
-    return MusicWords::list({TrackArranger::tr("Voz"), QFileInfo(clip.audioFilePath).fileName()});
+    return MusicWords::list({QCoreApplication::translate("TrackArranger", "Voz"),
+                             QFileInfo(clip.audioFilePath).fileName()});
 }
 
 template <typename List>
@@ -67,7 +71,8 @@ QString trackWords(const List& tracks, int index)
         return {};
     const auto& track = tracks.at(index);
     return MusicWords::list(
-        {track.name, track.muted ? TrackArranger::tr("silenciado") : QString()});
+        {track.name,
+         track.muted ? QCoreApplication::translate("TrackArranger", "silenciado") : QString()});
 }
 
 // ---- Blocks --------------------------------------------------------------------------------
@@ -75,53 +80,56 @@ QString trackWords(const List& tracks, int index)
 /// Every block that is drawn, lane by lane from above, and in a lane by its start.
 class Blocks : public ItemSource {
 public:
-    explicit Blocks(TrackArranger* arranger) : arranger_(arranger) {}
+    explicit Blocks(ArrangerGridView* view) : view_(view) {}
 
     int count() const override { return static_cast<int>(blocks().size()); }
 
     QString nameOf(int place) const override
     {
-        return ArrangerAccessible::nameOf(*arranger_->project(), arranger_->library(),
+        return ArrangerAccessible::nameOf(*editor().project(), editor().library(),
                                           blocks().at(place));
     }
 
     QRect rectOf(int place) const override
     {
-        const BlockItem* item = arranger_->scene()->itemOf(blocks().at(place));
-        return item ? arranger_->view()->mapFromScene(item->rect()).boundingRect() : QRect();
+        const BlockItem* item = scene().itemOf(blocks().at(place));
+        return item ? view_->mapFromScene(item->rect()).boundingRect() : QRect();
     }
 
     bool isSelected(int place) const override
     {
-        return arranger_->selectedBlock() == blocks().at(place);
+        return editor().selected().contains(blocks().at(place));
     }
 
     int current() const override
     {
-        const auto block = arranger_->selectedBlock();
+        const auto block = editor().current();
         return block ? static_cast<int>(blocks().indexOf(*block)) : -1;
     }
 
-    void select(int place) override { arranger_->goToBlock(blocks().at(place)); }
+    void select(int place) override { view_->requestBlock(blocks().at(place)); }
 
 private:
+    const BlockEditor& editor() const { return *view_->blocks(); }
+
+    const ArrangerScene& scene() const { return *static_cast<ArrangerScene*>(view_->scene()); }
+
     /// Found once after each rebuild of the scene.
     const QList<BlockRef>& blocks() const
     {
-        const int revision = arranger_->scene()->revision();
-        if (revision_ == revision)
+        if (revision_ == scene().revision())
             return blocks_;
-        revision_ = revision;
+        revision_ = scene().revision();
         blocks_.clear();
-        for (const LaneInfo& lane : arranger_->lanes()) {
+        for (const LaneInfo& lane : view_->lanes()) {
             for (const PlacedBlock& placed :
-                 BlockOrder::blocksOf(*arranger_->project(), BlockOrder::refOf(lane)))
+                 BlockOrder::blocksOf(*editor().project(), BlockOrder::refOf(lane)))
                 blocks_.append(placed.block);
         }
         return blocks_;
     }
 
-    TrackArranger* arranger_;
+    ArrangerGridView* view_;
     mutable int revision_ = -1;
     mutable QList<BlockRef> blocks_;
 };
@@ -130,88 +138,88 @@ private:
 
 class Lanes : public ItemSource {
 public:
-    explicit Lanes(TrackArranger* arranger) : arranger_(arranger) {}
+    explicit Lanes(ArrangerHeaderColumn* column) : column_(column) {}
 
-    int count() const override { return static_cast<int>(arranger_->lanes().size()); }
+    int count() const override { return static_cast<int>(column_->lanes().size()); }
 
     QString nameOf(int place) const override
     {
-        return ArrangerAccessible::nameOf(*arranger_->project(), lane(place));
+        return ArrangerAccessible::nameOf(*column_->project(), lane(place));
     }
 
-    QRect rectOf(int place) const override
-    {
-        return {0, lane(place).top - arranger_->verticalScroll(),
-                arranger_->headerColumn()->width(), lane(place).height};
-    }
+    QRect rectOf(int place) const override { return column_->rowOf(lane(place)); }
 
     bool isSelected(int place) const override
     {
         const LaneInfo& info = lane(place);
         if (info.kind == LaneKind::NoteTrack)
-            return arranger_->selectedTracks().contains(info.trackIndex);
+            return column_->selection().tracks.contains(info.trackIndex);
         return info.kind == LaneKind::AudioTrack &&
-               info.trackIndex == arranger_->selectedAudioTrack();
+               info.trackIndex == column_->selection().audioTrack;
     }
 
     int current() const override
     {
-        const LaneInfo* present = BlockOrder::laneOf(arranger_->lanes(), arranger_->keyLane());
-        return present ? static_cast<int>(present - arranger_->lanes().data()) : -1;
+        const LaneInfo* present =
+            BlockOrder::laneOf(column_->lanes(), column_->selection().keyLane);
+        return present ? static_cast<int>(present - column_->lanes().data()) : -1;
     }
 
     void select(int place) override
     {
         if (lane(place).kind != LaneKind::Section)
-            arranger_->goToLane(BlockOrder::refOf(lane(place)));
+            column_->requestLane(BlockOrder::refOf(lane(place)));
     }
 
     void press(int place) override
     {
         if (lane(place).kind == LaneKind::Group)
-            arranger_->toggleGroup(QString(lane(place).groupKey));
+            column_->requestFold(QString(lane(place).groupKey));
         else
             select(place);
     }
 
 private:
-    const LaneInfo& lane(int place) const { return arranger_->lanes().at(place); }
+    const LaneInfo& lane(int place) const { return column_->lanes().at(place); }
 
-    TrackArranger* arranger_;
+    ArrangerHeaderColumn* column_;
 };
 
-QString stateOf(const TrackArranger& arranger)
+QString stateOf(const QWidget& arranger)
 {
-    const LaneInfo* lane = BlockOrder::laneOf(arranger.lanes(), arranger.keyLane());
+    const auto* column = arranger.findChild<ArrangerHeaderColumn*>();
+    const LaneInfo* lane = BlockOrder::laneOf(column->lanes(), column->selection().keyLane);
     const QString place =
-        QAccessible::queryAccessibleInterface(arranger.ruler())->text(QAccessible::Value);
+        QAccessible::queryAccessibleInterface(arranger.findChild<TimelineRuler*>())
+            ->text(QAccessible::Value);
     return MusicWords::list(
-        {lane ? ArrangerAccessible::nameOf(*arranger.project(), *lane) : QString(), place});
+        {lane ? ArrangerAccessible::nameOf(*column->project(), *lane) : QString(), place});
 }
 
-QAccessibleInterface* partWithTheKeys(const TrackArranger& arranger)
+QAccessibleInterface* partWithTheKeys(const QWidget& arranger)
 {
-    QAccessibleInterface* blocks = QAccessible::queryAccessibleInterface(arranger.view());
+    QAccessibleInterface* blocks =
+        QAccessible::queryAccessibleInterface(arranger.findChild<ArrangerGridView*>());
     QAccessibleInterface* block = blocks ? blocks->focusChild() : nullptr;
-    return block ? block : QAccessible::queryAccessibleInterface(arranger.ruler());
+    return block ? block
+                 : QAccessible::queryAccessibleInterface(arranger.findChild<TimelineRuler*>());
 }
 
 QAccessibleInterface* partOf(const QString& className, QObject* object)
 {
     if (className == QLatin1StringView("TrackArranger")) {
-        auto* arranger = static_cast<TrackArranger*>(object);
+        auto* arranger = static_cast<QWidget*>(object);
         return new AccessibleTeller(
             arranger, QAccessible::Grouping, [arranger] { return stateOf(*arranger); },
             [arranger] { return partWithTheKeys(*arranger); });
     }
     if (className == QLatin1StringView("ArrangerGridView")) {
         auto* view = static_cast<ArrangerGridView*>(object);
-        return new AccessibleItems(view, view->viewport(),
-                                   std::make_unique<Blocks>(view->arranger()));
+        return new AccessibleItems(view, view->viewport(), std::make_unique<Blocks>(view));
     }
     if (className == QLatin1StringView("ArrangerHeaderColumn")) {
         auto* column = static_cast<ArrangerHeaderColumn*>(object);
-        return new AccessibleItems(column, column, std::make_unique<Lanes>(column->arranger()));
+        return new AccessibleItems(column, column, std::make_unique<Lanes>(column));
     }
     return nullptr;
 }
@@ -244,13 +252,15 @@ QString ArrangerAccessible::nameOf(const Project& project, const LaneInfo& lane)
     case LaneKind::AudioTrack:
         return trackWords(project.audioTracks, lane.trackIndex);
     case LaneKind::Harmony:
-        return MusicWords::list({TrackArranger::tr("Acordes"), project.harmonyTrack.muted
-                                                                   ? TrackArranger::tr("silenciado")
-                                                                   : QString()});
+        return MusicWords::list({QCoreApplication::translate("TrackArranger", "Acordes"),
+                                 project.harmonyTrack.muted
+                                     ? QCoreApplication::translate("TrackArranger", "silenciado")
+                                     : QString()});
     case LaneKind::Group:
-        return MusicWords::list(
-            {lane.label, QString::number(lane.childCount),
-             lane.collapsed ? TrackArranger::tr("plegado") : TrackArranger::tr("desplegado")});
+        return MusicWords::list({lane.label, QString::number(lane.childCount),
+                                 lane.collapsed
+                                     ? QCoreApplication::translate("TrackArranger", "plegado")
+                                     : QCoreApplication::translate("TrackArranger", "desplegado")});
     case LaneKind::Section:
         break;
     }

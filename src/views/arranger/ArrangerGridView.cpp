@@ -7,7 +7,7 @@
 #include "views/ScreenPixels.h"
 #include "views/arranger/ArrangerLayout.h"
 #include "views/arranger/ArrangerScene.h"
-#include "views/arranger/TrackArranger.h"
+#include "views/arranger/BlockEditor.h"
 
 #include <QMimeData>
 #include <QMouseEvent>
@@ -68,186 +68,153 @@ void acceptLoop(QDropEvent* event)
 
 } // namespace
 
-ArrangerGridView::ArrangerGridView(TrackArranger* arranger, QWidget* parent)
-    : QGraphicsView(parent), arranger_(arranger)
+ArrangerGridView::ArrangerGridView(ArrangerScene* scene, BlockEditor* blocks, QWidget* parent)
+    : QGraphicsView(parent), scene_(scene), blocks_(blocks)
 {
-    setScene(arranger->scene());
+    setScene(scene);
     setAlignment(Qt::AlignLeft | Qt::AlignTop);
     setMouseTracking(true);
     setAcceptDrops(true);
     viewport()->setAcceptDrops(true);
 }
 
+void ArrangerGridView::setLanes(const QList<LaneInfo>& lanes)
+{
+    lanes_ = lanes;
+    // Items tell the view where they come and go, but the lanes behind them are none.
+    viewport()->update();
+}
+
+bool ArrangerGridView::isDragging() const
+{
+    return blocks_->isDragging();
+}
+
 bool ArrangerGridView::event(QEvent* event)
 {
     // The release goes to the dialog that has opened.
     if (event->type() == QEvent::WindowBlocked)
-        endDrag();
+        blocks_->endDrag();
     return QGraphicsView::event(event);
 }
 
-// ---- Drags ---------------------------------------------------------------------------------
-
-std::optional<BlockSpan> ArrangerGridView::draggedSpan() const
+const LaneInfo* ArrangerGridView::laneAt(double sceneY) const
 {
-    return BlockEdits::spanOf(*arranger_->project(), drag_->block);
-}
-
-void ArrangerGridView::endDrag()
-{
-    if (!drag_)
-        return;
-    const bool edited = drag_->span.isEdit(draggedSpan());
-    cancelDrag();
-    if (edited)
-        arranger_->commitEdit();
-}
-
-void ArrangerGridView::cancelDrag()
-{
-    if (!drag_)
-        return;
-    drag_.reset();
-    arranger_->fitScene();
-}
-
-void ArrangerGridView::dragTo(double sceneX)
-{
-    const std::optional<BlockSpan>& original = drag_->span.original();
-    if (!original)
-        return;
-    Project& project = *arranger_->project();
-    const double way = sceneX - drag_->startX;
-    const double step = arranger_->snapBeats();
-    if (drag_->mode == DragMode::Resize)
-        BlockEdits::setLength(project, drag_->block,
-                              BlockEdits::resized(*original, way, step).length);
-    else
-        BlockEdits::setStart(project, drag_->block, BlockEdits::moved(*original, way, step).start);
-    if (!drag_->span.leave(draggedSpan()))
-        return;
-    arranger_->rebuildScene();
-    if (BlockItem* item = arranger_->scene()->itemOf(drag_->block))
-        select(item);
-    else
-        cancelDrag();
+    return ArrangerLayout::laneAtY(lanes_, sceneY);
 }
 
 // ---- Mouse ---------------------------------------------------------------------------------
 
 void ArrangerGridView::mousePressEvent(QMouseEvent* event)
 {
-    if (!arranger_->project())
+    if (!blocks_->project())
         return;
-    arranger_->endKeyRun();
+    blocks_->endKeyRun();
     const QPointF place = mapToScene(event->position().toPoint());
     // The release of the press before this one may have gone elsewhere.
-    if (drag_ && drag_->span.isEndedBy(event->button()))
-        endDrag();
-    selectLaneAt(place.y(), event->modifiers());
+    if (blocks_->isEndedBy(event->button()))
+        blocks_->endDrag();
+    setDragMode(NoDrag);
+    pressLaneAt(place.y(), event->modifiers());
     // Not before: who listens to the selection may have the scene made anew.
-    BlockItem* block = arranger_->scene()->blockAt(place);
+    const BlockItem* block = scene_->blockAt(place);
     const bool left = event->button() == Qt::LeftButton;
     const bool right = event->button() == Qt::RightButton;
-    if (block && (left || right))
-        pressOnBlock(block, *event, place);
-    else if (!pressOnEmpty(*event, place))
+    if (left && event->modifiers() & Qt::ShiftModifier)
+        startRectangle(event);
+    else if (block && (left || right))
+        pressOnBlock(*block, *event, place);
+    else if (pressOnEmpty(*event, place))
+        return;
+    else if (left)
+        startRectangle(event);
+    else
         QGraphicsView::mousePressEvent(event);
 }
 
-void ArrangerGridView::selectLaneAt(double sceneY, Qt::KeyboardModifiers modifiers)
+void ArrangerGridView::pressLaneAt(double sceneY, Qt::KeyboardModifiers modifiers)
 {
-    const LaneInfo* lane = arranger_->laneAtY(sceneY);
-    if (lane && lane->kind == LaneKind::NoteTrack)
-        arranger_->selectNoteTrack(lane->trackIndex, modifiers & Qt::ControlModifier);
-    else if (lane && lane->kind == LaneKind::AudioTrack)
-        arranger_->selectAudioTrack(lane->trackIndex);
-    else if (lane && lane->kind == LaneKind::Harmony)
-        arranger_->setKeyLane(BlockOrder::refOf(*lane));
+    const LaneInfo* lane = laneAt(sceneY);
+    if (lane && lane->kind != LaneKind::Section && lane->kind != LaneKind::Group)
+        emit lanePressed(BlockOrder::refOf(*lane), modifiers & Qt::ControlModifier);
 }
 
-void ArrangerGridView::pressOnBlock(BlockItem* item, const QMouseEvent& event, const QPointF& place)
+void ArrangerGridView::pressOnBlock(const BlockItem& item, const QMouseEvent& event,
+                                    const QPointF& place)
 {
     if (event.button() == Qt::RightButton) {
-        arranger_->deleteItem(item);
-        emit arranger_->deletedByClick();
+        blocks_->remove(item.block());
+        emit deletedByClick();
     } else {
-        startDrag(item, place);
+        takeBlock(item, event, place);
     }
 }
 
 /// Whether the press has done its work.
 bool ArrangerGridView::pressOnEmpty(const QMouseEvent& event, const QPointF& place)
 {
-    const LaneInfo* lane = arranger_->laneAtY(place.y());
+    const LaneInfo* lane = laneAt(place.y());
     const bool left = event.button() == Qt::LeftButton;
     const bool right = event.button() == Qt::RightButton;
     if ((left || right) && lane && lane->kind == LaneKind::Harmony) {
         // The menu takes the release.
-        endDrag();
-        arranger_->openHarmonyMenu(ArrangerLayout::stepAt(place.x(), arranger_->snapBeats()),
-                                   event.globalPosition().toPoint());
+        blocks_->endDrag();
+        emit chordRequested(ArrangerLayout::stepAt(place.x(), blocks_->snapBeats()),
+                            event.globalPosition().toPoint());
         return true;
     }
-    if (left)
-        scene()->clearSelection();
     return right;
 }
 
-void ArrangerGridView::startDrag(BlockItem* item, const QPointF& place)
+/// With Ctrl it takes further blocks along.
+void ArrangerGridView::startRectangle(QMouseEvent* event)
 {
-    select(item);
-    const BlockRef block = item->block();
-    const bool grip = ArrangerLayout::isOnGrip(place.x(), item->rect(), transform().m11());
-    drag_ =
-        Drag{.mode = grip ? DragMode::Resize : DragMode::Move,
-             .block = block,
-             .startX = place.x(),
-             .span = RecordDrag(Qt::LeftButton, BlockEdits::spanOf(*arranger_->project(), block))};
+    setDragMode(RubberBandDrag);
+    QGraphicsView::mousePressEvent(event);
+}
+
+void ArrangerGridView::takeBlock(const BlockItem& item, const QMouseEvent& event,
+                                 const QPointF& place)
+{
+    const bool additive = event.modifiers() & Qt::ControlModifier;
+    blocks_->take(item.block(), additive ? BlockEditor::Press::Additive : BlockEditor::Press::Plain,
+                  isOnGrip(item, place), place.x());
     AccessibleItems::tellCurrent(this);
 }
 
-void ArrangerGridView::select(BlockItem* item)
+bool ArrangerGridView::isOnGrip(const BlockItem& item, const QPointF& place) const
 {
-    scene()->clearSelection();
-    item->setSelected(true);
+    return ArrangerLayout::isOnGrip(place.x(), item.rect(), transform().m11());
 }
 
 void ArrangerGridView::mouseMoveEvent(QMouseEvent* event)
 {
-    if (!drag_) {
-        showCursorAt(mapToScene(event->position().toPoint()));
+    const QPointF place = mapToScene(event->position().toPoint());
+    if (blocks_->isDragging()) {
+        const bool copying = event->modifiers() & Qt::AltModifier;
+        viewport()->setCursor(copying ? Qt::DragCopyCursor : Qt::ArrowCursor);
+        blocks_->dragTo(place.x(), event->buttons(), copying);
+    } else {
+        showCursorAt(place);
         QGraphicsView::mouseMoveEvent(event);
-        return;
-    }
-    using Move = decltype(drag_->span)::Move;
-    switch (drag_->span.move(event->buttons(), draggedSpan())) {
-    case Move::Follow:
-        dragTo(mapToScene(event->position().toPoint()).x());
-        break;
-    case Move::Finish:
-        endDrag();
-        break;
-    case Move::Drop:
-        cancelDrag();
-        break;
     }
 }
 
 void ArrangerGridView::showCursorAt(const QPointF& place)
 {
-    const BlockItem* item = arranger_->scene()->blockAt(place);
-    const bool grip = item && item->block().kind != BlockKind::Chord &&
-                      ArrangerLayout::isOnGrip(place.x(), item->rect(), transform().m11());
-    viewport()->setCursor(grip ? Qt::SizeHorCursor : Qt::ArrowCursor);
+    const BlockItem* item = scene_->blockAt(place);
+    viewport()->setCursor(item && isOnGrip(*item, place) ? Qt::SizeHorCursor : Qt::ArrowCursor);
 }
 
 void ArrangerGridView::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (!drag_)
+    if (!blocks_->isDragging()) {
         QGraphicsView::mouseReleaseEvent(event);
-    else if (drag_->span.isEndedBy(event->button()))
-        endDrag();
+        if (event->button() == Qt::LeftButton)
+            setDragMode(NoDrag);
+    } else if (blocks_->isEndedBy(event->button())) {
+        blocks_->release();
+    }
 }
 
 void ArrangerGridView::mouseDoubleClickEvent(QMouseEvent* event)
@@ -256,7 +223,7 @@ void ArrangerGridView::mouseDoubleClickEvent(QMouseEvent* event)
         const auto* block = qgraphicsitem_cast<BlockItem*>(item);
         if (block && block->block().kind == BlockKind::Melody) {
             const BlockRef melody = block->block();
-            emit arranger_->openMelodyBlock(melody.trackIndex, melody.blockIndex);
+            emit openMelodyBlock(melody.trackIndex, melody.blockIndex);
             return;
         }
     }
@@ -269,8 +236,7 @@ void ArrangerGridView::wheelEvent(QWheelEvent* event)
         QGraphicsView::wheelEvent(event);
         return;
     }
-    arranger_->zoomHorizontal(event->angleDelta().y() > 0 ? kWheelZoom : 1.0 / kWheelZoom,
-                              Zoom::By::Wheel);
+    emit zoomRequested(event->angleDelta().y() > 0 ? kWheelZoom : 1.0 / kWheelZoom);
     event->accept();
 }
 
@@ -290,14 +256,13 @@ void ArrangerGridView::dropEvent(QDropEvent* event)
 {
     const auto loop =
         LoopDragPayload::fromJson(event->mimeData()->data(QLatin1StringView(kLoopVariantMimeType)));
-    if (!loop || !arranger_->project()) {
+    if (!loop || !blocks_->project()) {
         event->ignore();
         return;
     }
     const double beat = ArrangerLayout::barAt(mapToScene(event->position().toPoint()).x(),
-                                              arranger_->project()->beatsPerBar());
-    emit arranger_->loopDropped(loop->rhythmId, loop->layerId, loop->section, loop->variantIndex,
-                                beat);
+                                              blocks_->project()->beatsPerBar());
+    emit loopDropped(loop->rhythmId, loop->layerId, loop->section, loop->variantIndex, beat);
     event->acceptProposedAction();
 }
 
@@ -306,7 +271,7 @@ void ArrangerGridView::dropEvent(QDropEvent* event)
 void ArrangerGridView::drawBackground(QPainter* painter, const QRectF& rect)
 {
     painter->fillRect(rect, canvasColors().arrangerBackground);
-    paintLanes(*painter, arranger_->lanes(), rect);
-    if (const Project* project = arranger_->project())
+    paintLanes(*painter, lanes_, rect);
+    if (const Project* project = blocks_->project())
         paintLines(*painter, project->timeSignature, rect);
 }

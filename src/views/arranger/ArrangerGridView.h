@@ -1,32 +1,57 @@
 #pragma once
 
-#include "views/RecordDrag.h"
-#include "views/arranger/BlockEdits.h"
+#include "music/LoopSection.h"
+#include "views/arranger/BlockOrder.h"
 
 #include <QGraphicsView>
 
-#include <optional>
-
+class ArrangerScene;
+class BlockEditor;
 class BlockItem;
-class TrackArranger;
 
 /// The grid of the arranger: paints the lanes and the lines of time under the blocks, and turns
-/// the mouse into edits.
+/// the mouse into edits. What goes beyond blocks it asks for.
 class ArrangerGridView : public QGraphicsView {
     Q_OBJECT
 
 public:
-    explicit ArrangerGridView(TrackArranger* arranger, QWidget* parent = nullptr);
+    /// Neither is owned.
+    ArrangerGridView(ArrangerScene* scene, BlockEditor* blocks, QWidget* parent = nullptr);
 
-    TrackArranger* arranger() const { return arranger_; }
+    BlockEditor* blocks() const { return blocks_; }
 
-    /// Ends a drag that is under way as if the mouse let go.
-    void endDrag();
+    /// The lanes that the blocks lie in.
+    void setLanes(const QList<LaneInfo>& lanes);
 
-    /// Forgets a drag that is under way; what it has done so far stays.
-    void cancelDrag();
+    const QList<LaneInfo>& lanes() const { return lanes_; }
 
-    bool isDragging() const { return drag_.has_value(); }
+    bool isDragging() const;
+
+    /// As if the user went to a block.
+    void requestBlock(const BlockRef& block) { emit blockRequested(block); }
+
+signals:
+    /// A lane was pressed: of chords, of notes or of a voice. An additive press takes further
+    /// tracks along.
+    void lanePressed(const LaneRef& lane, bool additive);
+
+    void blockRequested(const BlockRef& block);
+
+    /// A click has taken a block away.
+    void deletedByClick();
+
+    /// A chord is to be chosen for the step of a beat.
+    void chordRequested(double beat, const QPoint& globalPos);
+
+    /// A melody block is to be opened for editing.
+    void openMelodyBlock(int trackIndex, int blockIndex);
+
+    /// A loop was dropped on the bar that starts at a beat.
+    void loopDropped(const QString& rhythmId, const QString& layerId, LoopSection section,
+                     int variantIndex, double beat);
+
+    /// The wheel asks for another scale.
+    void zoomRequested(double factor);
 
 protected:
     bool event(QEvent* event) override;
@@ -41,27 +66,16 @@ protected:
     void drawBackground(QPainter* painter, const QRectF& rect) override;
 
 private:
-    enum class DragMode { Move, Resize };
-
-    /// A block between press and release.
-    struct Drag {
-        DragMode mode;
-        BlockRef block;
-        /// Of the press, in scene pixels.
-        double startX;
-        /// Nothing for a chord, which stays where it is.
-        RecordDrag<std::optional<BlockSpan>> span;
-    };
-
-    void selectLaneAt(double sceneY, Qt::KeyboardModifiers modifiers);
-    void pressOnBlock(BlockItem* item, const QMouseEvent& event, const QPointF& place);
+    const LaneInfo* laneAt(double sceneY) const;
+    void pressLaneAt(double sceneY, Qt::KeyboardModifiers modifiers);
+    void pressOnBlock(const BlockItem& item, const QMouseEvent& event, const QPointF& place);
     bool pressOnEmpty(const QMouseEvent& event, const QPointF& place);
-    void startDrag(BlockItem* item, const QPointF& place);
-    std::optional<BlockSpan> draggedSpan() const;
-    void dragTo(double sceneX);
+    void startRectangle(QMouseEvent* event);
+    void takeBlock(const BlockItem& item, const QMouseEvent& event, const QPointF& place);
+    bool isOnGrip(const BlockItem& item, const QPointF& place) const;
     void showCursorAt(const QPointF& place);
-    void select(BlockItem* item);
 
-    TrackArranger* arranger_;
-    std::optional<Drag> drag_;
+    ArrangerScene* scene_;
+    BlockEditor* blocks_;
+    QList<LaneInfo> lanes_;
 };

@@ -4,7 +4,6 @@
 #include "shell/controls/PlainText.h"
 #include "shell/theme/CanvasColors.h"
 #include "views/arranger/ArrangerLayout.h"
-#include "views/arranger/TrackArranger.h"
 
 #include <QHelpEvent>
 #include <QMouseEvent>
@@ -49,22 +48,22 @@ std::optional<bool> mutedAt(const TrackList& tracks, int index)
     return tracks.at(index).muted;
 }
 
-RowLook noteTrackLook(const LaneInfo& lane, const TrackArranger& arranger)
+RowLook noteTrackLook(const LaneInfo& lane, const Project& project, const LaneSelection& selection)
 {
     RowLook look{.text = canvasColors().headerText,
-                 .muted = mutedAt(arranger.project()->tracks, lane.trackIndex)};
-    if (!arranger.selectedTracks().contains(lane.trackIndex))
+                 .muted = mutedAt(project.tracks, lane.trackIndex)};
+    if (!selection.tracks.contains(lane.trackIndex))
         return look;
-    look.background = lane.trackIndex == arranger.activeTrack() ? kLaneSelected : kLaneSelectedAlt;
+    look.background = lane.trackIndex == selection.activeTrack ? kLaneSelected : kLaneSelectedAlt;
     look.text = Qt::white;
     return look;
 }
 
-RowLook audioTrackLook(const LaneInfo& lane, const TrackArranger& arranger)
+RowLook audioTrackLook(const LaneInfo& lane, const Project& project, const LaneSelection& selection)
 {
     RowLook look{.text = canvasColors().headerText,
-                 .muted = mutedAt(arranger.project()->audioTracks, lane.trackIndex)};
-    if (lane.trackIndex != arranger.selectedAudioTrack())
+                 .muted = mutedAt(project.audioTracks, lane.trackIndex)};
+    if (lane.trackIndex != selection.audioTrack)
         return look;
     look.background = kLaneSelected;
     look.text = Qt::white;
@@ -76,22 +75,22 @@ QColor groupBackground()
     return ThemeManager::instance()->isDark() ? QColor(0x21, 0x2a, 0x14) : QColor(0xc9, 0xe0, 0xb0);
 }
 
-RowLook lookOf(const LaneInfo& lane, const TrackArranger& arranger)
+RowLook lookOf(const LaneInfo& lane, const Project& project, const LaneSelection& selection)
 {
     switch (lane.kind) {
     case LaneKind::Harmony:
         return {.background = canvasColors().laneHarmony,
                 .text = canvasColors().headerText,
-                .muted = arranger.project()->harmonyTrack.muted};
+                .muted = project.harmonyTrack.muted};
     case LaneKind::Section:
         return {.background = kLaneSelected, .text = Qt::white, .isHeading = true};
     case LaneKind::Group:
         return {
             .background = groupBackground(), .text = canvasColors().headerText, .isHeading = true};
     case LaneKind::NoteTrack:
-        return noteTrackLook(lane, arranger);
+        return noteTrackLook(lane, project, selection);
     case LaneKind::AudioTrack:
-        return audioTrackLook(lane, arranger);
+        return audioTrackLook(lane, project, selection);
     }
     return {};
 }
@@ -106,30 +105,54 @@ QString textOf(const LaneInfo& lane)
 
 } // namespace
 
-ArrangerHeaderColumn::ArrangerHeaderColumn(TrackArranger* arranger, QWidget* parent)
-    : QWidget(parent), arranger_(arranger)
+ArrangerHeaderColumn::ArrangerHeaderColumn(QWidget* parent) : QWidget(parent)
 {
     setFixedWidth(ArrangerLayout::kHeaderWidth);
     setAutoFillBackground(true);
     setToolTip(tr("Click en un grupo lo pliega o lo despliega. «M» silencia ese carril."));
 }
 
+void ArrangerHeaderColumn::setLanes(const Project* project, const QList<LaneInfo>& lanes)
+{
+    project_ = project;
+    lanes_ = lanes;
+    update();
+}
+
+void ArrangerHeaderColumn::setSelection(const LaneSelection& selection)
+{
+    selection_ = selection;
+    update();
+}
+
+void ArrangerHeaderColumn::setScroll(int scroll)
+{
+    scroll_ = scroll;
+    update();
+}
+
+void ArrangerHeaderColumn::setHasKeys(bool hasKeys)
+{
+    hasKeys_ = hasKeys;
+    update();
+}
+
 QRect ArrangerHeaderColumn::rowOf(const LaneInfo& lane) const
 {
-    return {0, lane.top - arranger_->verticalScroll(), width(), lane.height};
+    return {0, lane.top - scroll_, width(), lane.height};
 }
 
 const LaneInfo* ArrangerHeaderColumn::laneAt(int y) const
 {
-    return arranger_->laneAtY(y + arranger_->verticalScroll());
+    return ArrangerLayout::laneAtY(lanes_, y + scroll_);
 }
 
 QString ArrangerHeaderColumn::toolTipAt(const QPoint& place) const
 {
-    const LaneInfo* lane = arranger_->project() ? laneAt(place.y()) : nullptr;
+    const LaneInfo* lane = project_ ? laneAt(place.y()) : nullptr;
     if (!lane)
         return toolTip();
-    const std::optional<bool> muted = lookOf(*lane, *arranger_).muted;
+    const std::optional<bool> muted = lookOf(*lane, *project_, selection_).muted;
     if (muted && ArrangerLayout::muteSquare(rowOf(*lane)).contains(place))
         return *muted ? tr("Este carril está en silencio. Click para volver a oírlo.")
                       : tr("Click para silenciar este carril.");
@@ -161,20 +184,18 @@ bool ArrangerHeaderColumn::event(QEvent* event)
 void ArrangerHeaderColumn::mousePressEvent(QMouseEvent* event)
 {
     const QPoint place = event->position().toPoint();
-    const LaneInfo* found = arranger_->project() ? laneAt(place.y()) : nullptr;
+    const LaneInfo* found = project_ ? laneAt(place.y()) : nullptr;
     if (!found)
         return;
     // The lanes are made anew by what the press does.
     const LaneInfo lane = *found;
     if (lane.kind == LaneKind::Group) {
-        arranger_->toggleGroup(lane.groupKey);
+        emit foldRequested(lane.groupKey);
     } else if (ArrangerLayout::muteSquare(rowOf(lane)).contains(place)) {
-        arranger_->toggleLaneMute(lane);
+        emit mutePressed(lane);
         update();
-    } else if (lane.kind == LaneKind::NoteTrack) {
-        arranger_->selectNoteTrack(lane.trackIndex, event->modifiers() & Qt::ControlModifier);
-    } else if (lane.kind == LaneKind::AudioTrack) {
-        arranger_->selectAudioTrack(lane.trackIndex);
+    } else if (lane.kind == LaneKind::NoteTrack || lane.kind == LaneKind::AudioTrack) {
+        emit lanePressed(BlockOrder::refOf(lane), event->modifiers() & Qt::ControlModifier);
     }
 }
 
@@ -182,9 +203,9 @@ void ArrangerHeaderColumn::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
     painter.fillRect(rect(), canvasColors().headerBackground);
-    if (!arranger_->project())
+    if (!project_)
         return;
-    for (const LaneInfo& lane : arranger_->lanes()) {
+    for (const LaneInfo& lane : lanes_) {
         if (rowOf(lane).intersects(rect()))
             paintRow(painter, lane);
     }
@@ -193,7 +214,7 @@ void ArrangerHeaderColumn::paintEvent(QPaintEvent* /*event*/)
 void ArrangerHeaderColumn::paintRow(QPainter& painter, const LaneInfo& lane) const
 {
     const QRect row = rowOf(lane);
-    const RowLook look = lookOf(lane, *arranger_);
+    const RowLook look = lookOf(lane, *project_, selection_);
     if (look.background)
         painter.fillRect(row, *look.background);
     painter.setPen(look.text);
@@ -213,9 +234,8 @@ void ArrangerHeaderColumn::paintRow(QPainter& painter, const LaneInfo& lane) con
 /// A track on which the keys are is the active one, and shows that already.
 bool ArrangerHeaderColumn::showsKeys(const LaneInfo& lane) const
 {
-    return (lane.kind == LaneKind::Harmony || lane.kind == LaneKind::Group) &&
-           arranger_->hasFocus() && arranger_->keyLaneShows() &&
-           BlockOrder::refOf(lane) == arranger_->keyLane();
+    return (lane.kind == LaneKind::Harmony || lane.kind == LaneKind::Group) && hasKeys_ &&
+           selection_.keyLaneShows && BlockOrder::refOf(lane) == selection_.keyLane;
 }
 
 void ArrangerHeaderColumn::paintKeyMark(QPainter& painter, const QRect& row)

@@ -172,6 +172,27 @@ BlockItem* ArrangerScene::itemOf(const BlockRef& block) const
     return nullptr;
 }
 
+QList<BlockRef> ArrangerScene::selectedBlocks() const
+{
+    QList<BlockRef> blocks;
+    for (const QGraphicsItem* item : selectedItems()) {
+        if (const auto* block = qgraphicsitem_cast<const BlockItem*>(item))
+            blocks.append(block->block());
+    }
+    std::ranges::sort(blocks);
+    return blocks;
+}
+
+void ArrangerScene::selectBlocks(const QList<BlockRef>& blocks)
+{
+    QList<BlockRef> wanted = blocks;
+    std::ranges::sort(wanted);
+    for (QGraphicsItem* item : items()) {
+        if (auto* block = qgraphicsitem_cast<BlockItem*>(item))
+            block->setSelected(std::ranges::binary_search(wanted, block->block()));
+    }
+}
+
 BlockItem* ArrangerScene::blockAt(const QPointF& place) const
 {
     for (QGraphicsItem* item : items(place)) {

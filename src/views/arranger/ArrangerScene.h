@@ -38,6 +38,12 @@ public:
     /// The item of a record, or null.
     BlockItem* itemOf(const BlockRef& block) const;
 
+    /// In the order of their references.
+    QList<BlockRef> selectedBlocks() const;
+
+    /// Selects some blocks and nothing else.
+    void selectBlocks(const QList<BlockRef>& blocks);
+
     /// The topmost block at a place, or null.
     BlockItem* blockAt(const QPointF& place) const;
 

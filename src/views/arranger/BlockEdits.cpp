@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <utility>
 
 namespace {
 
@@ -69,15 +71,21 @@ void removeFrom(List& list, int index)
         list.removeAt(index);
 }
 
-double stepsOver(double scenePixels, double step)
+std::optional<BlockSpan> spanOfChord(const Project& project, const BlockRef& chord)
 {
-    return std::round(scenePixels / ArrangerLayout::kBeatPixels / step);
+    const HarmonyBlock* bar = project.harmonyTrack.blockForBar(chord.trackIndex);
+    if (!bar || !holds(bar->events, chord.blockIndex))
+        return std::nullopt;
+    const HarmonyDegreeEvent& event = bar->events.at(chord.blockIndex);
+    return BlockSpan{bar->barIndex * project.beatsPerBar() + event.startBeat, event.durationBeats};
 }
 
 } // namespace
 
 std::optional<BlockSpan> BlockEdits::spanOf(const Project& project, const BlockRef& block)
 {
+    if (block.kind == BlockKind::Chord)
+        return spanOfChord(project, block);
     std::optional<BlockSpan> span;
     visitSpan(project, block, [&](double start, double length) {
         span = BlockSpan{.start = start, .length = length};
@@ -116,14 +124,25 @@ void BlockEdits::remove(Project& project, const BlockRef& block)
     }
 }
 
-BlockSpan BlockEdits::moved(const BlockSpan& original, double scenePixels, double step)
+void BlockEdits::removeAll(Project& project, QList<BlockRef> blocks)
 {
-    const double start = stepsOver(scenePixels, step) * step + original.start;
-    return {std::max(0.0, start), original.length};
+    // The last of a list first, so that the others stay where they are.
+    std::ranges::sort(blocks, std::greater());
+    for (const BlockRef& block : std::as_const(blocks))
+        remove(project, block);
 }
 
-BlockSpan BlockEdits::resized(const BlockSpan& original, double scenePixels, double step)
+double BlockEdits::wayOver(double scenePixels, double step)
 {
-    const double length = stepsOver(scenePixels, step) * step + original.length;
-    return {original.start, std::max(step, length)};
+    return std::round(scenePixels / ArrangerLayout::kBeatPixels / step) * step;
+}
+
+BlockSpan BlockEdits::moved(const BlockSpan& original, double beats)
+{
+    return {std::max(0.0, beats + original.start), original.length};
+}
+
+BlockSpan BlockEdits::resized(const BlockSpan& original, double beats, double step)
+{
+    return {original.start, std::max(step, beats + original.length)};
 }

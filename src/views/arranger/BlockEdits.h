@@ -1,5 +1,8 @@
 #pragma once
 
+#include <QList>
+
+#include <compare>
 #include <optional>
 
 class Project;
@@ -15,7 +18,7 @@ struct BlockRef {
     /// In the list of its track or bar.
     int blockIndex = 0;
 
-    friend bool operator==(const BlockRef&, const BlockRef&) = default;
+    friend auto operator<=>(const BlockRef&, const BlockRef&) = default;
 };
 
 /// Where a record lies, in beats.
@@ -29,20 +32,26 @@ struct BlockSpan {
 /// What the gestures of the arranger do to a project. A stale reference does nothing.
 namespace BlockEdits {
 
-/// Where a record lies; nothing for a chord, which cannot be moved.
+/// Where a record lies.
 std::optional<BlockSpan> spanOf(const Project& project, const BlockRef& block);
 
-/// Each leaves the other as it is, and a chord alone.
+/// Each leaves the other as it is, and a chord alone: that one has to make room for itself.
 void setStart(Project& project, const BlockRef& block, double start);
 void setLength(Project& project, const BlockRef& block, double length);
 
 /// Removes a record. Its track stays, even without any blocks.
 void remove(Project& project, const BlockRef& block);
 
-/// A span after a drag over some scene pixels: what is snapped is the way, not the place.
-BlockSpan moved(const BlockSpan& original, double scenePixels, double step);
+/// Removes some records, each of them named once.
+void removeAll(Project& project, QList<BlockRef> blocks);
 
-/// As moved(), for the end of a span. Not shorter than a step.
-BlockSpan resized(const BlockSpan& original, double scenePixels, double step);
+/// The way of the mouse over some scene pixels, in beats: whole steps.
+double wayOver(double scenePixels, double step);
+
+/// A span some beats off, not before the start of the song.
+BlockSpan moved(const BlockSpan& original, double beats);
+
+/// A span with its end some beats off, not shorter than a step.
+BlockSpan resized(const BlockSpan& original, double beats, double step);
 
 } // namespace BlockEdits

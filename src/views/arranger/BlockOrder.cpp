@@ -19,15 +19,6 @@ bool holds(const List& list, int index)
     return index >= 0 && index < list.size();
 }
 
-std::optional<BlockSpan> placeOfChord(const Project& project, const BlockRef& chord)
-{
-    const HarmonyBlock* bar = project.harmonyTrack.blockForBar(chord.trackIndex);
-    if (!bar || !holds(bar->events, chord.blockIndex))
-        return std::nullopt;
-    const HarmonyDegreeEvent& event = bar->events.at(chord.blockIndex);
-    return BlockSpan{bar->barIndex * project.beatsPerBar() + event.startBeat, event.durationBeats};
-}
-
 QList<BlockRef> refs(BlockKind kind, int track, qsizetype count)
 {
     QList<BlockRef> blocks;
@@ -90,8 +81,7 @@ LaneRef BlockOrder::laneRefOf(const BlockRef& block)
 
 std::optional<BlockSpan> BlockOrder::placeOf(const Project& project, const BlockRef& block)
 {
-    const auto span = block.kind == BlockKind::Chord ? placeOfChord(project, block)
-                                                     : BlockEdits::spanOf(project, block);
+    const auto span = BlockEdits::spanOf(project, block);
     return span && isDrawable(*span) ? span : std::nullopt;
 }
 

@@ -39,8 +39,8 @@ const LaneInfo* laneBeside(const QList<LaneInfo>& lanes, const LaneRef& ref, int
 /// The lane of a block.
 LaneRef laneRefOf(const BlockRef& block);
 
-/// Where the record of a block lies, that of a chord too; nothing for a stale reference and for a
-/// place that is not finite.
+/// Where the record of a block lies; nothing for a stale reference and for a place that is not
+/// drawn.
 std::optional<BlockSpan> placeOf(const Project& project, const BlockRef& block);
 
 /// The blocks of a lane, by their starts.

@@ -12,6 +12,7 @@
 #include "views/arranger/ArrangerGridView.h"
 #include "views/arranger/ArrangerHeaderColumn.h"
 #include "views/arranger/ArrangerScene.h"
+#include "views/arranger/BlockEditor.h"
 
 #include <QGridLayout>
 #include <QMenu>
@@ -68,8 +69,9 @@ std::optional<Chord> askChord(QWidget* parent, const KeySignature& key, const QP
 } // namespace
 
 TrackArranger::TrackArranger(QWidget* parent)
-    : QWidget(parent), scene_(new ArrangerScene(this)), ruler_(new TimelineRuler),
-      header_(new ArrangerHeaderColumn(this)), view_(new ArrangerGridView(this))
+    : QWidget(parent), scene_(new ArrangerScene(this)), blocks_(new BlockEditor(scene_, this)),
+      ruler_(new TimelineRuler), header_(new ArrangerHeaderColumn),
+      view_(new ArrangerGridView(scene_, blocks_))
 {
     auto* corner = new QWidget;
     corner->setFixedSize(ArrangerLayout::kHeaderWidth, ArrangerLayout::kCornerHeight);
@@ -85,13 +87,34 @@ TrackArranger::TrackArranger(QWidget* parent)
     new WheelForwarder(header_, view_->viewport());
     setFocusPolicy(Qt::StrongFocus);
     view_->setFocusProxy(this);
+    connectParts();
+    nameParts();
+}
+
+void TrackArranger::connectParts()
+{
     connect(view_->horizontalScrollBar(), &QScrollBar::valueChanged, this,
             &TrackArranger::syncRuler);
     connect(view_->verticalScrollBar(), &QScrollBar::valueChanged, header_,
-            qOverload<>(&QWidget::update));
+            &ArrangerHeaderColumn::setScroll);
     connect(ruler_, &TimelineRuler::seekRequested, this, &TrackArranger::seek);
     connect(ruler_, &TimelineRuler::placeRequested, this, &TrackArranger::placePlayhead);
-    nameParts();
+    connect(blocks_, &BlockEditor::changed, this, &TrackArranger::rebuildScene);
+    connect(blocks_, &BlockEditor::dragEnded, this, &TrackArranger::fitScene);
+    connect(blocks_, &BlockEditor::edited, this, &TrackArranger::edited);
+    connect(header_, &ArrangerHeaderColumn::lanePressed, this, &TrackArranger::pressLane);
+    connect(header_, &ArrangerHeaderColumn::laneRequested, this, &TrackArranger::goToLane);
+    connect(header_, &ArrangerHeaderColumn::foldRequested, this, &TrackArranger::toggleGroup);
+    connect(header_, &ArrangerHeaderColumn::mutePressed, this, &TrackArranger::toggleLaneMute);
+    connect(view_, &ArrangerGridView::lanePressed, this, &TrackArranger::pressLane);
+    connect(view_, &ArrangerGridView::blockRequested, this, &TrackArranger::goToBlock);
+    connect(view_, &ArrangerGridView::deletedByClick, this, &TrackArranger::deletedByClick);
+    connect(view_, &ArrangerGridView::openMelodyBlock, this, &TrackArranger::openMelodyBlock);
+    connect(view_, &ArrangerGridView::loopDropped, this, &TrackArranger::loopDropped);
+    connect(view_, &ArrangerGridView::zoomRequested, this,
+            [this](double factor) { zoomHorizontal(factor, Zoom::By::Wheel); });
+    connect(view_, &ArrangerGridView::chordRequested, this,
+            [this](double beat, const QPoint& place) { openHarmonyMenu(beat, place); });
 }
 
 TrackArranger::~TrackArranger()
@@ -116,8 +139,7 @@ void TrackArranger::setContext(Project* project, PlaybackEngine* playback, LoopL
         disconnect(project_, nullptr, this, nullptr);
     if (playback_ && playback_ != playback)
         disconnect(playback_, nullptr, this, nullptr);
-    view_->cancelDrag();
-    keyRun_.reset();
+    blocks_->setContext(project, library);
     setKeyLane(LaneRef());
     project_ = project;
     playback_ = playback;
@@ -143,16 +165,17 @@ void TrackArranger::showNothing()
 {
     lanes_.clear();
     scene_->rebuild(Project(), lanes_);
-    view_->viewport()->update();
-    header_->update();
+    view_->setLanes(lanes_);
+    header_->setLanes(nullptr, lanes_);
 }
 
 void TrackArranger::selectFirstTrack()
 {
     const bool any = project_ && !project_->tracks.isEmpty();
-    activeTrack_ = any ? 0 : -1;
-    selectedTracks_ = any ? QList<int>{0} : QList<int>();
-    selectedAudioTrack_ = -1;
+    selection_.activeTrack = any ? 0 : -1;
+    selection_.tracks = any ? QList<int>{0} : QList<int>();
+    selection_.audioTrack = -1;
+    header_->setSelection(selection_);
 }
 
 // ---- Lanes and scene -----------------------------------------------------------------------
@@ -168,11 +191,10 @@ void TrackArranger::rebuildScene()
         return;
     rebuildLanes();
     scene_->rebuild(*project_, lanes_, view_->isDragging() ? SceneWidth::Keep : SceneWidth::Fit);
-    // Items tell the view where they come and go, but the lanes behind them are none.
-    view_->viewport()->update();
+    view_->setLanes(lanes_);
+    header_->setLanes(project_, lanes_);
     if (playback_)
         updatePlayhead(playback_->playheadBeat());
-    header_->update();
     syncRuler();
     AccessibleItems::tellChange(view_);
     AccessibleItems::tellChange(header_);
@@ -186,8 +208,8 @@ void TrackArranger::fitScene()
 
 void TrackArranger::endDrag()
 {
-    view_->endDrag();
-    endKeyRun();
+    blocks_->endDrag();
+    blocks_->endKeyRun();
 }
 
 const LaneInfo* TrackArranger::laneAtY(double y) const
@@ -209,7 +231,7 @@ int TrackArranger::laneTopForAudioTrack(int index) const
 
 double TrackArranger::snapBeats() const
 {
-    return project_ ? ArrangerLayout::snapBeats(project_->timeSignature) : 1.0;
+    return blocks_->snapBeats();
 }
 
 bool TrackArranger::isGroupCollapsed(const QString& key) const
@@ -248,11 +270,6 @@ void TrackArranger::zoomHorizontal(double factor, Zoom::By by)
     syncRuler();
 }
 
-int TrackArranger::verticalScroll() const
-{
-    return view_->verticalScrollBar()->value();
-}
-
 void TrackArranger::syncRuler()
 {
     const double sceneX = view_->mapToScene(QPoint(0, 0)).x();
@@ -273,7 +290,7 @@ void TrackArranger::placePlayhead(double beat)
     playback_->setPlayheadBeat(std::clamp(beat, 0.0, last));
     const double x = playback_->playheadBeat() * ArrangerLayout::kBeatPixels;
     ScrollIntoView::horizontally(*view_, x, x);
-    if (!selectedBlock())
+    if (!blocks_->current())
         tellPlayhead();
 }
 
@@ -304,42 +321,46 @@ void TrackArranger::seek(double beat)
 void TrackArranger::selectNoteTrack(int index, bool additive)
 {
     const bool inRange = project_ && index >= 0 && index < project_->tracks.size();
+    QList<int>& tracks = selection_.tracks;
     if (!additive || !inRange || project_->tracks.at(index).isAccompaniment)
-        selectedTracks_ = {index};
-    else if (!selectedTracks_.contains(index))
-        selectedTracks_.append(index);
-    else if (selectedTracks_.size() > 1)
-        selectedTracks_.removeAll(index);
-    activeTrack_ = index;
-    selectedAudioTrack_ = -1;
+        tracks = {index};
+    else if (!tracks.contains(index))
+        tracks.append(index);
+    else if (tracks.size() > 1)
+        tracks.removeAll(index);
+    selection_.activeTrack = index;
+    selection_.audioTrack = -1;
     setKeyLane({LaneKind::NoteTrack, index});
     emit laneSelectionChanged();
 }
 
-std::optional<BlockRef> TrackArranger::selectedBlock() const
-{
-    for (const QGraphicsItem* item : scene_->selectedItems()) {
-        if (const auto* block = qgraphicsitem_cast<const BlockItem*>(item))
-            return block->block();
-    }
-    return std::nullopt;
-}
-
 void TrackArranger::selectAudioTrack(int index)
 {
-    selectedTracks_.clear();
-    selectedAudioTrack_ = index;
-    activeTrack_ = -1;
+    selection_.tracks.clear();
+    selection_.audioTrack = index;
+    selection_.activeTrack = -1;
     setKeyLane({LaneKind::AudioTrack, index});
     emit laneSelectionChanged();
 }
 
-// ---- Edits ---------------------------------------------------------------------------------
-
-void TrackArranger::commitEdit()
+void TrackArranger::pressLane(const LaneRef& lane, bool additive)
 {
-    emit edited();
+    if (lane.kind == LaneKind::NoteTrack)
+        selectNoteTrack(lane.trackIndex, additive);
+    else if (lane.kind == LaneKind::AudioTrack)
+        selectAudioTrack(lane.trackIndex);
+    else
+        setKeyLane(lane);
 }
+
+void TrackArranger::setKeyLane(const LaneRef& lane, bool shows)
+{
+    selection_.keyLane = lane;
+    selection_.keyLaneShows = shows;
+    header_->setSelection(selection_);
+}
+
+// ---- Edits ---------------------------------------------------------------------------------
 
 void TrackArranger::toggleLaneMute(const LaneInfo& lane)
 {
@@ -368,14 +389,8 @@ void TrackArranger::repaintHeader()
 
 void TrackArranger::deleteItem(QGraphicsItem* item)
 {
-    const auto* block = qgraphicsitem_cast<BlockItem*>(item);
-    if (!project_ || !block)
-        return;
-    // A drag knows its block by an index, which may be another block's from here on.
-    view_->cancelDrag();
-    keyRun_.reset();
-    BlockEdits::remove(*project_, block->block());
-    emit edited();
+    if (const auto* block = qgraphicsitem_cast<BlockItem*>(item))
+        blocks_->remove(block->block());
 }
 
 void TrackArranger::openHarmonyMenu(double beat, const QPoint& globalPos, OpenedBy by)

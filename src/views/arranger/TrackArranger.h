@@ -2,20 +2,16 @@
 
 #include "music/ChordVoicer.h"
 #include "music/LoopSection.h"
-#include "views/RecordDrag.h"
 #include "views/Zoom.h"
-#include "views/arranger/ArrangerLayout.h"
-#include "views/arranger/BlockEdits.h"
-#include "views/arranger/BlockOrder.h"
+#include "views/arranger/LaneSelection.h"
 
 #include <QList>
 #include <QWidget>
 
-#include <optional>
-
 class ArrangerGridView;
 class ArrangerHeaderColumn;
 class ArrangerScene;
+class BlockEditor;
 class LoopLibrary;
 class PlaybackEngine;
 class Project;
@@ -43,17 +39,19 @@ public:
     const QList<LaneInfo>& lanes() const { return lanes_; }
 
     /// The track on which edits by other means act; -1 for none.
-    int activeTrack() const { return activeTrack_; }
+    int activeTrack() const { return selection_.activeTrack; }
 
-    const QList<int>& selectedTracks() const { return selectedTracks_; }
+    const QList<int>& selectedTracks() const { return selection_.tracks; }
 
     /// -1 for none.
-    int selectedAudioTrack() const { return selectedAudioTrack_; }
+    int selectedAudioTrack() const { return selection_.audioTrack; }
 
     /// The horizontal scale of the view, 0.2 to 6.0.
     double zoomX() const { return zoomX_; }
 
     ArrangerScene* scene() const { return scene_; }
+
+    BlockEditor* blocks() const { return blocks_; }
 
     ArrangerGridView* view() const { return view_; }
 
@@ -71,9 +69,6 @@ public:
     /// the key came up: whoever puts other records into the project, or reads it as a whole, does
     /// so first.
     void endDrag();
-
-    /// Makes one edit of what an arrow that is held down has done to a block.
-    void endKeyRun();
 
     /// The lane at a height of the scene, or null.
     const LaneInfo* laneAtY(double y) const;
@@ -95,9 +90,6 @@ public:
     /// What one looks at stays where it is; see Zoom::set().
     void zoomHorizontal(double factor, Zoom::By by = Zoom::By::Command);
 
-    /// Scrolls of the view, in pixels.
-    int verticalScroll() const;
-
     /// Makes a track the active one. An additive selection takes further tracks along, or leaves
     /// them out again; tracks of the accompaniment are selected alone.
     void selectNoteTrack(int index, bool additive);
@@ -105,19 +97,11 @@ public:
     void selectAudioTrack(int index);
 
     /// The lane that the keys are on, which is that of the last block or track to be selected.
-    const LaneRef& keyLane() const { return keyLane_; }
-
-    void setKeyLane(const LaneRef& lane);
-
-    /// Whether keys have brought the keys where they are: then it is to be seen which lane that is.
-    bool keyLaneShows() const { return keyLaneShows_; }
+    const LaneRef& keyLane() const { return selection_.keyLane; }
 
     /// Selects a lane in place of everything that is selected: the keys are on it then, and its
     /// track, if it has one, is the active one.
     void goToLane(const LaneRef& lane);
-
-    /// The selected block; nothing where there is none.
-    std::optional<BlockRef> selectedBlock() const;
 
     /// Selects one block and shows it; the keys are on its lane then.
     void goToBlock(const BlockRef& block);
@@ -148,9 +132,6 @@ public:
     /// nothing.
     void placePlayhead(double beat);
 
-    /// Says that the project has been edited.
-    void commitEdit();
-
     void syncRuler();
 
     /// Shows the playhead in red while a voice is recorded.
@@ -179,22 +160,12 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
-    /// An arrow that is held down over a block.
-    struct KeyRun {
-        int key;
-        BlockRef block;
-        /// Nothing for a chord, which stays where it is.
-        RecordDrag<std::optional<BlockSpan>> span;
-    };
-
     bool stepByKey(const QKeyEvent& event);
     bool changeByArrow(const QKeyEvent& event, const ArrowKey& arrow);
-    void changeBlock(const ArrowKey& arrow);
     bool goByArrow(const ArrowKey& arrow);
     void goAlongLane(int direction);
     void goToLaneBeside(int up);
     bool movePlayhead(double step, int direction);
-    void select(const BlockRef& block);
     void showBlock(const BlockRef& block);
     void showLane(const LaneInfo& lane);
     double placeInSong() const;
@@ -204,9 +175,12 @@ private:
     bool deleteByKey(const QKeyEvent& event);
     void updatePlayhead(double beat);
     void seek(double beat);
+    void connectParts();
     void nameParts();
     void tellPlayhead();
     void selectFirstTrack();
+    void pressLane(const LaneRef& lane, bool additive);
+    void setKeyLane(const LaneRef& lane, bool shows = false);
     void showNothing();
     void layChord(double beat, int degree, ChordExtension extension);
     bool layChordOfKey(const QKeyEvent& event);
@@ -216,14 +190,10 @@ private:
     LoopLibrary* library_ = nullptr;
     QList<LaneInfo> lanes_;
     double zoomX_ = 1.0;
-    int activeTrack_ = 0;
-    QList<int> selectedTracks_;
-    int selectedAudioTrack_ = -1;
-    LaneRef keyLane_;
-    bool keyLaneShows_ = false;
-    std::optional<KeyRun> keyRun_;
+    LaneSelection selection_;
 
     ArrangerScene* scene_;
+    BlockEditor* blocks_;
     TimelineRuler* ruler_;
     ArrangerHeaderColumn* header_;
     ArrangerGridView* view_;

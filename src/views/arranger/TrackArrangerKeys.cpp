@@ -8,13 +8,12 @@
 #include "views/arranger/ArrangerGridView.h"
 #include "views/arranger/ArrangerHeaderColumn.h"
 #include "views/arranger/ArrangerScene.h"
+#include "views/arranger/BlockEditor.h"
 #include "views/arranger/TrackArranger.h"
 
 #include <QKeyEvent>
 
-#include <algorithm>
 #include <array>
-#include <utility>
 
 namespace {
 
@@ -80,49 +79,11 @@ bool TrackArranger::stepByKey(const QKeyEvent& event)
 /// Whether there is a block that the arrow acts on.
 bool TrackArranger::changeByArrow(const QKeyEvent& event, const ArrowKey& arrow)
 {
-    const bool goesOn = keyRun_ && keyRun_->key == event.key() && event.isAutoRepeat();
-    if (!goesOn) {
-        endDrag();
-        const auto block = selectedBlock();
-        if (!block)
-            return false;
-        keyRun_ = KeyRun{.key = event.key(),
-                         .block = *block,
-                         .span = RecordDrag(Qt::NoButton, BlockEdits::spanOf(*project_, *block))};
-    }
-    changeBlock(arrow);
+    if (!blocks_->step(event.key(), event.isAutoRepeat(), arrow))
+        return false;
+    if (const auto block = blocks_->current())
+        showBlock(*block);
     return true;
-}
-
-void TrackArranger::changeBlock(const ArrowKey& arrow)
-{
-    const BlockRef block = keyRun_->block;
-    const auto span = BlockEdits::spanOf(*project_, block);
-    if (!span)
-        return;
-    const double way = arrow.right * snapBeats();
-    if (arrow.act == ArrowKey::Act::Stretch)
-        BlockEdits::setLength(*project_, block, std::max(snapBeats(), span->length + way));
-    else
-        BlockEdits::setStart(*project_, block, std::max(0.0, span->start + way));
-    if (!keyRun_->span.leave(BlockEdits::spanOf(*project_, block)))
-        return;
-    rebuildScene();
-    select(block);
-    showBlock(block);
-}
-
-void TrackArranger::endKeyRun()
-{
-    if (!keyRun_ || !project_)
-        return;
-    const KeyRun run = *std::exchange(keyRun_, std::nullopt);
-    if (!run.span.isEdit(BlockEdits::spanOf(*project_, run.block)))
-        return;
-    const auto selected = selectedBlock();
-    commitEdit();
-    if (selected)
-        select(*selected);
 }
 
 bool TrackArranger::goByArrow(const ArrowKey& arrow)
@@ -137,8 +98,8 @@ bool TrackArranger::goByArrow(const ArrowKey& arrow)
 
 void TrackArranger::goAlongLane(int direction)
 {
-    const auto block = BlockOrder::neighbour(BlockOrder::blocksOf(*project_, keyLane_),
-                                             selectedBlock(), direction, placeInSong());
+    const auto block = BlockOrder::neighbour(BlockOrder::blocksOf(*project_, keyLane()),
+                                             blocks_->current(), direction, placeInSong());
     if (block)
         goToBlock(*block);
 }
@@ -146,8 +107,8 @@ void TrackArranger::goAlongLane(int direction)
 void TrackArranger::goToLaneBeside(int up)
 {
     const double beat = placeInSong();
-    const LaneInfo* lane = BlockOrder::laneBeside(lanes_, keyLane_, up);
-    if (!lane || BlockOrder::refOf(*lane) == keyLane_)
+    const LaneInfo* lane = BlockOrder::laneBeside(lanes_, keyLane(), up);
+    if (!lane || BlockOrder::refOf(*lane) == keyLane())
         return;
     const LaneRef ref = BlockOrder::refOf(*lane);
     showLane(*lane);
@@ -166,33 +127,16 @@ void TrackArranger::goToLane(const LaneRef& lane)
         selectNoteTrack(lane.trackIndex, false);
     else if (lane.kind == LaneKind::AudioTrack)
         selectAudioTrack(lane.trackIndex);
-    keyLane_ = lane;
-    keyLaneShows_ = true;
-    header_->update();
-}
-
-void TrackArranger::setKeyLane(const LaneRef& lane)
-{
-    keyLane_ = lane;
-    keyLaneShows_ = false;
-    header_->update();
+    setKeyLane(lane, true);
 }
 
 void TrackArranger::goToBlock(const BlockRef& block)
 {
     endDrag();
-    if (const LaneRef lane = BlockOrder::laneRefOf(block); lane != keyLane_)
+    if (const LaneRef lane = BlockOrder::laneRefOf(block); lane != keyLane())
         goToLane(lane);
-    select(block);
+    blocks_->select(block);
     showBlock(block);
-}
-
-/// Who listens to the selection may have had the scene made anew: items are looked up at the end.
-void TrackArranger::select(const BlockRef& block)
-{
-    scene_->clearSelection();
-    if (BlockItem* item = scene_->itemOf(block))
-        item->setSelected(true);
 }
 
 void TrackArranger::showBlock(const BlockRef& block)
@@ -213,7 +157,7 @@ void TrackArranger::showLane(const LaneInfo& lane)
 /// In beats: where the keys are, by what is selected or else by the playhead.
 double TrackArranger::placeInSong() const
 {
-    const auto block = selectedBlock();
+    const auto block = blocks_->current();
     const auto span = block ? BlockOrder::placeOf(*project_, *block) : std::nullopt;
     if (span)
         return span->start;
@@ -233,11 +177,11 @@ bool TrackArranger::enterByKey(const QKeyEvent& event)
     if (!project_ || !StepKeys::isEnter(event))
         return false;
     endDrag();
-    const auto block = selectedBlock();
-    if (keyLane_.kind == LaneKind::Harmony)
+    const auto block = blocks_->current();
+    if (keyLane().kind == LaneKind::Harmony)
         openHarmonyMenuAtPlayhead();
-    else if (keyLane_.kind == LaneKind::Group)
-        toggleGroup(keyLane_.groupKey);
+    else if (keyLane().kind == LaneKind::Group)
+        toggleGroup(keyLane().groupKey);
     else if (block && block->kind == BlockKind::Melody)
         emit openMelodyBlock(block->trackIndex, block->blockIndex);
     else
@@ -259,13 +203,8 @@ bool TrackArranger::deleteByKey(const QKeyEvent& event)
 {
     if (event.key() != Qt::Key_Delete && event.key() != Qt::Key_Backspace)
         return false;
-    endKeyRun();
-    // An edit rebuilds the scene, which takes every item away.
-    while (!scene_->selectedItems().isEmpty()) {
-        QGraphicsItem* item = scene_->selectedItems().first();
-        item->setSelected(false);
-        deleteItem(item);
-    }
+    blocks_->endKeyRun();
+    blocks_->removeSelected();
     return true;
 }
 
@@ -282,22 +221,21 @@ bool TrackArranger::layChordOfKey(const QKeyEvent& event)
 
 void TrackArranger::keyReleaseEvent(QKeyEvent* event)
 {
-    if (!event->isAutoRepeat() && keyRun_ && keyRun_->key == event->key())
-        endKeyRun();
+    if (!event->isAutoRepeat() && blocks_->runningKey() == event->key())
+        blocks_->endKeyRun();
     QWidget::keyReleaseEvent(event);
 }
 
 void TrackArranger::focusInEvent(QFocusEvent* event)
 {
-    // It shows the lane that the keys are on.
-    header_->update();
+    header_->setHasKeys(true);
     QWidget::focusInEvent(event);
 }
 
 void TrackArranger::focusOutEvent(QFocusEvent* event)
 {
     // The release of a held key goes to who has the focus now.
-    endKeyRun();
-    header_->update();
+    blocks_->endKeyRun();
+    header_->setHasKeys(false);
     QWidget::focusOutEvent(event);
 }

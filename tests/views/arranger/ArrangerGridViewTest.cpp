@@ -196,9 +196,10 @@ private slots:
     void noBlockIsSelectedAfterAnEditOutsideADrag();
     void blockFollowsTheMouse();
 
-    void chordsCannotBeDragged_data();
-    void chordsCannotBeDragged();
-    void gripOfAChordDragsNothing();
+    void chordsMakeRoomForOneThatIsDragged_data();
+    void chordsMakeRoomForOneThatIsDragged();
+    void dragOfAChordBackRestoresTheOthers();
+    void gripOfAChordStretchesIt();
 
     void foldingTheGroupEndsADrag();
     void undoThatTakesTheBlockEndsADrag();
@@ -366,7 +367,7 @@ void ArrangerGridViewTest::leftPressSelectsOneBlock()
 {
     stage_->click(stage_->at(1.0, kQuenaY));
     QCOMPARE(stage_->selected(), QList<BlockRef>{kFirstMelody});
-    stage_->click(stage_->at(9.0, kQuenaY), Qt::LeftButton, Qt::ControlModifier);
+    stage_->click(stage_->at(9.0, kQuenaY));
     QCOMPARE(stage_->selected(), QList<BlockRef>{kSecondMelody});
     stage_->click(stage_->at(1.0, kChordsY));
     QCOMPARE(stage_->selected(), (QList<BlockRef>{{BlockKind::Chord, 0, 0}}));
@@ -862,7 +863,7 @@ void ArrangerGridViewTest::draggedBlockStaysSelected()
     }
     stage_->release(place + QPoint(120, 0));
     // The edit makes the scene anew.
-    QCOMPARE(stage_->selected(), QList<BlockRef>());
+    QCOMPARE(stage_->selected(), QList<BlockRef>{kSecondMelody});
 }
 
 void ArrangerGridViewTest::noBlockIsSelectedAfterAnEditOutsideADrag()
@@ -886,34 +887,65 @@ void ArrangerGridViewTest::blockFollowsTheMouse()
 
 // ---- Chords --------------------------------------------------------------------------------
 
-void ArrangerGridViewTest::chordsCannotBeDragged_data()
+void ArrangerGridViewTest::chordsMakeRoomForOneThatIsDragged_data()
 {
     QTest::addColumn<int>("pixels");
+    QTest::addColumn<QList<HarmonyBlock>>("blocks");
 
-    QTest::newRow("a little") << 3;
-    QTest::newRow("a beat") << 32;
-    QTest::newRow("back") << -32;
-    QTest::newRow("far") << 500;
+    // I fills the first bar; IV and V7 share the second.
+    const auto seventh = ChordExtension::Seventh;
+    QTest::newRow("by a hair") << 3
+                               << QList<HarmonyBlock>{
+                                      {0, {chord(1, 0.0, 4.0)}},
+                                      {1, {chord(4, 0.0, 2.0), chord(5, 2.0, 2.0, seventh)}}};
+    QTest::newRow("a beat") << 32
+                            << QList<HarmonyBlock>{
+                                   {0, {chord(1, 0.0, 4.0)}},
+                                   {1, {chord(4, 1.0, 2.0), chord(5, 3.0, 1.0, seventh)}}};
+    QTest::newRow("a beat back over the bar line")
+        << -32
+        << QList<HarmonyBlock>{{0, {chord(1, 0.0, 3.0), chord(4, 3.0, 1.0)}},
+                               {1, {chord(4, 0.0, 1.0), chord(5, 2.0, 2.0, seventh)}}};
+    QTest::newRow("not before the start")
+        << -500
+        << QList<HarmonyBlock>{{0, {chord(4, 0.0, 2.0), chord(1, 2.0, 2.0)}},
+                               {1, {chord(5, 2.0, 2.0, seventh)}}};
+    QTest::newRow("to where there is none")
+        << 192
+        << QList<HarmonyBlock>{{0, {chord(1, 0.0, 4.0)}},
+                               {1, {chord(5, 2.0, 2.0, seventh)}},
+                               {2, {chord(4, 2.0, 2.0)}}};
 }
 
-void ArrangerGridViewTest::chordsCannotBeDragged()
+void ArrangerGridViewTest::chordsMakeRoomForOneThatIsDragged()
 {
     QFETCH(int, pixels);
     stage_->drag(stage_->at(5.0, kChordsY), pixels);
-    Project expected;
-    writeSong(expected);
-    QCOMPARE(firstDifference(stage_->song, expected), QString());
-    QCOMPARE(editor_->edits(), 0);
-    QCOMPARE(stage_->selected(), (QList<BlockRef>{{BlockKind::Chord, 1, 0}}));
+    QTEST(stage_->song.harmonyTrack.blocks, "blocks");
 }
 
-void ArrangerGridViewTest::gripOfAChordDragsNothing()
+void ArrangerGridViewTest::dragOfAChordBackRestoresTheOthers()
 {
-    stage_->drag(stage_->at(6.0, kChordsY) - QPoint(3, 0), 64);
+    const QPoint place = stage_->at(1.0, kChordsY);
+    stage_->press(place);
+    for (const int way : {32, 96, 160, 300, 0})
+        stage_->move(place + QPoint(way, 0));
+    stage_->release(place);
     Project expected;
     writeSong(expected);
     QCOMPARE(firstDifference(stage_->song, expected), QString());
-    QCOMPARE(editor_->edits(), 0);
+    QCOMPARE(stage_->selected(), (QList<BlockRef>{{BlockKind::Chord, 0, 0}}));
+}
+
+void ArrangerGridViewTest::gripOfAChordStretchesIt()
+{
+    stage_->drag(stage_->at(6.0, kChordsY) - QPoint(3, 0), 96);
+    const QList<HarmonyBlock> expected{
+        {0, {chord(1, 0.0, 4.0)}}, {1, {chord(4, 0.0, 4.0)}}, {2, {chord(4, 0.0, 1.0)}}};
+    QCOMPARE(stage_->song.harmonyTrack.blocks, expected);
+    QCOMPARE(editor_->edits(), 1);
+    QCOMPARE(stage_->arranger.scene()->selectedBlocks(),
+             (QList<BlockRef>{{BlockKind::Chord, 1, 0}, {BlockKind::Chord, 2, 0}}));
 }
 
 // ---- What comes between press and release --------------------------------------------------
@@ -1159,8 +1191,7 @@ void ArrangerGridViewTest::cursorTellsTheGrip()
     QCOMPARE(shapeAt(stage_->at(12.0, kQuenaY) - QPoint(8, 0)), Qt::ArrowCursor);
     QCOMPARE(shapeAt(stage_->at(12.0, kQuenaY) + QPoint(3, 0)), Qt::ArrowCursor);
     QCOMPARE(shapeAt(stage_->at(8.0, kBajoY) - QPoint(3, 0)), Qt::SizeHorCursor);
-    // Chords cannot be resized.
-    QCOMPARE(shapeAt(stage_->at(4.0, kChordsY) - QPoint(3, 0)), Qt::ArrowCursor);
+    QCOMPARE(shapeAt(stage_->at(4.0, kChordsY) - QPoint(3, 0)), Qt::SizeHorCursor);
 }
 
 void ArrangerGridViewTest::aBeatCanBeMovedAtEveryZoom()

@@ -31,7 +31,8 @@ private slots:
     void shiftAndArrowsStretchTheBlock_data();
     void shiftAndArrowsStretchTheBlock();
     void aCompoundMeterStepsByItsPulse();
-    void chordsStayWhereTheyAre();
+    void aChordThatIsMovedOnLeavesThoseOnItsWay();
+    void shiftAndArrowsStretchAChord();
     void blocksStayOnTheirLane();
     void aKeyThatIsHeldIsOneEdit();
     void anotherKeyIsAnotherEdit();
@@ -178,15 +179,27 @@ void ArrangerKeysTest::aCompoundMeterStepsByItsPulse()
     QCOMPARE(spanOf(kSecondMelody), (BlockSpan{9.5, 5.5}));
 }
 
-void ArrangerKeysTest::chordsStayWhereTheyAre()
+void ArrangerKeysTest::aChordThatIsMovedOnLeavesThoseOnItsWay()
 {
     const HarmonyTrack before = song().harmonyTrack;
     arranger().goToBlock(kChord);
-    key(Qt::Key_Right);
-    key(Qt::Key_Left, Qt::ShiftModifier);
-    QVERIFY(song().harmonyTrack == before);
-    QCOMPARE(edits_, 0);
+    press(Qt::Key_Right);
+    for (int i = 0; i < 7; ++i)
+        press(Qt::Key_Right, true);
+    release(Qt::Key_Right);
+    QCOMPARE(edits_, 1);
+    QList<HarmonyBlock> expected = before.blocks;
+    expected.append({.barIndex = 3, .events = {expected[1].events.takeLast()}});
+    QCOMPARE(song().harmonyTrack.blocks, expected);
     QCOMPARE(engine_->playheadBeat(), 0.0);
+    QCOMPARE(stage_->selected(), (QList<BlockRef>{{BlockKind::Chord, 3, 0}}));
+}
+
+void ArrangerKeysTest::shiftAndArrowsStretchAChord()
+{
+    arranger().goToBlock(kChord);
+    key(Qt::Key_Left, Qt::ShiftModifier);
+    QCOMPARE(spanOf(kChord), (BlockSpan{6.0, 1.0}));
     QCOMPARE(stage_->selected(), QList<BlockRef>({kChord}));
 }
 

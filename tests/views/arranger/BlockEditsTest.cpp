@@ -72,7 +72,7 @@ class BlockEditsTest : public QObject {
 private slots:
     void spanOfABlock_data();
     void spanOfABlock();
-    void chordHasNoSpan();
+    void chordHasItsPlaceInTheSong();
     void staleReferencesDoNothing_data();
     void staleReferencesDoNothing();
 
@@ -118,9 +118,10 @@ void BlockEditsTest::spanOfABlock()
     QCOMPARE(BlockEdits::spanOf(*song(), block), std::optional(span));
 }
 
-void BlockEditsTest::chordHasNoSpan()
+void BlockEditsTest::chordHasItsPlaceInTheSong()
 {
-    QVERIFY(!BlockEdits::spanOf(*song(), {BlockKind::Chord, 0, 0}));
+    QCOMPARE(BlockEdits::spanOf(*song(), {BlockKind::Chord, 1, 1}),
+             std::optional(BlockSpan{6.0, 2.0}));
 }
 
 void BlockEditsTest::staleReferencesDoNothing_data()
@@ -310,7 +311,7 @@ void BlockEditsTest::moving()
     QFETCH(BlockSpan, original);
     QFETCH(double, pixels);
     QFETCH(double, step);
-    QTEST(BlockEdits::moved(original, pixels, step), "expected");
+    QTEST(BlockEdits::moved(original, BlockEdits::wayOver(pixels, step)), "expected");
 }
 
 void BlockEditsTest::resizing_data()
@@ -341,7 +342,7 @@ void BlockEditsTest::resizing()
     QFETCH(BlockSpan, original);
     QFETCH(double, pixels);
     QFETCH(double, step);
-    QTEST(BlockEdits::resized(original, pixels, step), "expected");
+    QTEST(BlockEdits::resized(original, BlockEdits::wayOver(pixels, step), step), "expected");
 }
 
 void BlockEditsTest::goingBackWithinADragRestores()
@@ -351,8 +352,8 @@ void BlockEditsTest::goingBackWithinADragRestores()
         const BlockSpan original{random.between(0.0, 200.0), random.between(1.5, 20.0)};
         const double step = random.oneIn(2) ? 1.0 : 1.5;
         const double back = random.between(-0.49, 0.49) * 32.0 * step;
-        QCOMPARE(BlockEdits::moved(original, back, step), original);
-        QCOMPARE(BlockEdits::resized(original, back, step), original);
+        QCOMPARE(BlockEdits::moved(original, BlockEdits::wayOver(back, step)), original);
+        QCOMPARE(BlockEdits::resized(original, BlockEdits::wayOver(back, step), step), original);
     }
 }
 
@@ -363,7 +364,7 @@ void BlockEditsTest::movingKeepsLengthAndOffsetFromTheGrid()
         const BlockSpan original{random.between(0.0, 50.0), random.between(0.0, 20.0)};
         const double step = random.oneIn(2) ? 1.0 : 1.5;
         const double way = random.between(-3000.0, 3000.0);
-        const BlockSpan moved = BlockEdits::moved(original, way, step);
+        const BlockSpan moved = BlockEdits::moved(original, BlockEdits::wayOver(way, step));
         QCOMPARE(moved.length, original.length);
         QVERIFY(moved.start >= 0.0);
         if (moved.start > 0.0) {
@@ -371,7 +372,8 @@ void BlockEditsTest::movingKeepsLengthAndOffsetFromTheGrid()
             QVERIFY(std::abs(steps - std::round(steps)) < 1e-9);
             QVERIFY(std::abs(moved.start - original.start - way / 32.0) <= step / 2.0 + 1e-9);
         }
-        const BlockSpan resized = BlockEdits::resized(original, way, step);
+        const BlockSpan resized =
+            BlockEdits::resized(original, BlockEdits::wayOver(way, step), step);
         QCOMPARE(resized.start, original.start);
         QVERIFY(resized.length >= step);
     }
@@ -385,8 +387,10 @@ void BlockEditsTest::absurdNumbersStayHarmless()
     for (const double start : absurd) {
         for (const double length : absurd) {
             for (const double way : {-1e300, -1e9, 0.0, 1e9, 1e300}) {
-                QVERIFY(BlockEdits::moved({start, length}, way, 1.5).start >= 0.0);
-                QVERIFY(BlockEdits::resized({start, length}, way, 1.5).length >= 1.5);
+                QVERIFY(BlockEdits::moved({start, length}, BlockEdits::wayOver(way, 1.5)).start >=
+                        0.0);
+                QVERIFY(BlockEdits::resized({start, length}, BlockEdits::wayOver(way, 1.5), 1.5)
+                            .length >= 1.5);
             }
         }
     }

@@ -1,0 +1,192 @@
+#include "views/arranger/HeldBlocks.h"
+
+#include "model/Project.h"
+#include "music/Beats.h"
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+namespace {
+
+bool isChord(const BlockRef& block)
+{
+    return block.kind == BlockKind::Chord;
+}
+
+const HarmonyDegreeEvent& eventOf(const Project& project, const BlockRef& chord)
+{
+    return project.harmonyTrack.blockForBar(chord.trackIndex)->events.at(chord.blockIndex);
+}
+
+/// Takes chords out of a lane, the last of a bar first, so that the others stay where they are.
+void takeOut(HarmonyTrack& harmony, QList<BlockRef> chords)
+{
+    std::ranges::sort(chords, std::greater());
+    for (const BlockRef& chord : chords)
+        harmony.ensureBlockForBar(chord.trackIndex).events.removeAt(chord.blockIndex);
+    harmony.removeEmptyBlocks();
+}
+
+/// What there is of a chord that was laid over some stretch of a lane.
+QList<BlockRef> piecesOf(const HarmonyTrack& harmony, const BlockSpan& span,
+                         const HarmonyDegreeEvent& chord, double beatsPerBar)
+{
+    QList<BlockRef> pieces;
+    for (const HarmonyBlock& bar : harmony.blocks) {
+        for (int i = 0; i < bar.events.size(); ++i) {
+            const HarmonyDegreeEvent& event = bar.events.at(i);
+            const double start = bar.barIndex * beatsPerBar + event.startBeat;
+            if (event.degree == chord.degree && event.extension == chord.extension &&
+                start > span.start - kBeatEpsilon &&
+                start + event.durationBeats < span.start + span.length + kBeatEpsilon)
+                pieces.append({BlockKind::Chord, bar.barIndex, i});
+        }
+    }
+    return pieces;
+}
+
+template <typename Record>
+int appendCopy(QList<Record>& list, int index)
+{
+    list.append(Record(list.at(index)));
+    return static_cast<int>(list.size()) - 1;
+}
+
+/// Repeats a record at the end of its list.
+BlockRef appendCopy(Project& project, const BlockRef& block)
+{
+    BlockRef copy = block;
+    if (block.kind == BlockKind::Audio)
+        copy.blockIndex = appendCopy(project.audioTracks[block.trackIndex].clips, block.blockIndex);
+    else if (block.kind == BlockKind::Melody)
+        copy.blockIndex =
+            appendCopy(project.tracks[block.trackIndex].melodyBlocks, block.blockIndex);
+    else
+        copy.blockIndex = appendCopy(project.tracks[block.trackIndex].loopBlocks, block.blockIndex);
+    return copy;
+}
+
+} // namespace
+
+HeldBlocks::HeldBlocks(const Project& project, const QList<BlockRef>& blocks)
+{
+    for (const BlockRef& block : blocks) {
+        const auto span = BlockEdits::spanOf(project, block);
+        if (!span)
+            continue;
+        taken_.append({.block = block, .span = *span});
+        if (isChord(block))
+            taken_.last().chord = eventOf(project, block);
+        present_.append(block);
+    }
+    // In this order a later chord makes room for itself in an earlier one.
+    std::ranges::stable_sort(taken_, {}, [](const Taken& taken) { return taken.span.start; });
+    if (holdsChords())
+        chords_ = project.harmonyTrack.blocks;
+}
+
+bool HeldBlocks::holdsChords() const
+{
+    return std::ranges::any_of(taken_, [](const Taken& taken) { return isChord(taken.block); });
+}
+
+HeldBlocks::Record HeldBlocks::record(const Project& project) const
+{
+    Record record;
+    const auto add = [&](const BlockRef& block) {
+        if (!isChord(block))
+            record.spans.append(BlockEdits::spanOf(project, block));
+    };
+    for (const Taken& taken : taken_)
+        add(taken.block);
+    std::ranges::for_each(copies_, add);
+    if (holdsChords())
+        record.chords = project.harmonyTrack.blocks;
+    return record;
+}
+
+void HeldBlocks::set(Project& project, Act act, double beats, double step)
+{
+    putBack(project);
+    way_ = act == Act::Stretch ? beats : heldAtStart(beats);
+    if (way_ == 0.0)
+        return;
+    present_ = setSpans(project, act, step);
+    if (act == Act::Copy)
+        copies_ = present_;
+    if (holdsChords())
+        present_ += layChords(project, act, step);
+}
+
+void HeldBlocks::putBack(Project& project)
+{
+    BlockEdits::removeAll(project, copies_);
+    copies_.clear();
+    present_.clear();
+    for (const Taken& taken : std::as_const(taken_)) {
+        BlockEdits::setStart(project, taken.block, taken.span.start);
+        BlockEdits::setLength(project, taken.block, taken.span.length);
+        present_.append(taken.block);
+    }
+    if (holdsChords())
+        project.harmonyTrack.blocks = chords_;
+}
+
+double HeldBlocks::heldAtStart(double beats) const
+{
+    // What lies before it already moves only back.
+    return isEmpty() ? 0.0 : std::max(beats, std::min(0.0, -taken_.first().span.start));
+}
+
+BlockSpan HeldBlocks::spanAfter(const Taken& taken, Act act, double step) const
+{
+    return act == Act::Stretch ? BlockEdits::resized(taken.span, way_, step)
+                               : BlockEdits::moved(taken.span, way_);
+}
+
+QList<BlockRef> HeldBlocks::setSpans(Project& project, Act act, double step) const
+{
+    QList<BlockRef> blocks;
+    for (const Taken& taken : taken_) {
+        if (isChord(taken.block))
+            continue;
+        const BlockRef block = act == Act::Copy ? appendCopy(project, taken.block) : taken.block;
+        const BlockSpan span = spanAfter(taken, act, step);
+        BlockEdits::setStart(project, block, span.start);
+        BlockEdits::setLength(project, block, span.length);
+        blocks.append(block);
+    }
+    return blocks;
+}
+
+/// Where one of the chords has no bar to go to, all of them stay.
+QList<BlockRef> HeldBlocks::layChords(Project& project, Act act, double step) const
+{
+    QList<Taken> laid;
+    QList<BlockRef> chords;
+    for (const Taken& taken : taken_) {
+        if (!isChord(taken.block))
+            continue;
+        laid.append(
+            {.block = taken.block, .span = spanAfter(taken, act, step), .chord = taken.chord});
+        chords.append(taken.block);
+    }
+    const double bar = project.beatsPerBar();
+    HarmonyTrack harmony = project.harmonyTrack;
+    if (act != Act::Copy)
+        takeOut(harmony, chords);
+    const bool all = std::ranges::all_of(laid, [&](const Taken& chord) {
+        return harmony.overlayEvent(chord.span.start, chord.span.length, chord.chord.degree,
+                                    chord.chord.extension, bar);
+    });
+    if (!all)
+        return chords;
+    project.harmonyTrack = harmony;
+    QList<BlockRef> pieces;
+    for (const Taken& chord : laid)
+        pieces += piecesOf(harmony, chord.span, chord.chord, bar);
+    std::ranges::sort(pieces);
+    pieces.erase(std::ranges::unique(pieces).begin(), pieces.end());
+    return pieces;
+}
