@@ -8,6 +8,7 @@
 #include "shell/IgualadorSimbolos.h"
 #include "shell/MainWindow.h"
 #include "shell/theme/ThemeManager.h"
+#include "storage/LocalStorageProvider.h"
 
 #include <QApplication>
 #include <QProcess>
@@ -166,6 +167,37 @@ void stateAsJson(benchmark::State& state)
         benchmark::DoNotOptimize(openedWindow->project()->toJson());
 }
 
+QString nameOfWork(int notes)
+{
+    return QStringLiteral("notas_%1").arg(notes);
+}
+
+/// Saves a work whose first track holds that many notes in one block.
+void saveWork(int notes)
+{
+    Project work;
+    Track track;
+    track.melodyBlocks.append({.startBeat = 0.0, .durationBeats = notes * 0.25, .notes = {}});
+    for (int i = 0; i < notes; ++i)
+        track.melodyBlocks[0].notes.append({.pitch = 48 + i % 36,
+                                            .startBeat = i * 0.25,
+                                            .durationBeats = 0.25,
+                                            .velocity = 60 + i % 60});
+    work.tracks.append(track);
+    LocalStorageProvider(QString()).saveProject(nameOfWork(notes), work);
+}
+
+/// From the choice of a work to its painted window.
+void openWork(benchmark::State& state)
+{
+    const int notes = static_cast<int>(state.range(0));
+    saveWork(notes);
+    for (auto _ : state) {
+        openedWindow->openProjectById(nameOfWork(notes));
+        QCoreApplication::processEvents();
+    }
+}
+
 void switchTheme(benchmark::State& state)
 {
     for (auto _ : state)
@@ -176,6 +208,7 @@ BENCHMARK(processStartToFirstPaint)->UseManualTime()->Unit(benchmark::kMilliseco
 BENCHMARK(bankLoad)->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(editWhilePlaying)->Unit(benchmark::kMillisecond);
 BENCHMARK(stateAsJson)->Unit(benchmark::kMillisecond);
+BENCHMARK(openWork)->Arg(5000)->Arg(20000)->Unit(benchmark::kMillisecond);
 BENCHMARK(switchTheme)->Unit(benchmark::kMillisecond);
 
 } // namespace
@@ -198,6 +231,8 @@ int main(int argc, char** argv)
     return runBenchmarks(argc, argv,
                          {{"First painted window over the load of the bank",
                            "processStartToFirstPaint", "bankLoad", "below 3"},
+                          {"Opening a work, 20,000 over 5,000 notes", "openWork/20000",
+                           "openWork/5000", "4, and 5,000 notes in 60 ms"},
                           {"Edit of a playing song over its state as JSON", "editWhilePlaying",
                            "stateAsJson", "the edit itself below 50 ms"}});
 }

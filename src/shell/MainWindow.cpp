@@ -303,12 +303,9 @@ void MainWindow::adoptProject()
     engine_->prepareVoices();
     transport_->setProject(project_);
     loopBrowser_->setProject(project_);
-    pianoRoll_->setContext(project_, engine_);
-    arranger_->setContext(project_, engine_, loopLibrary_);
-    headerPanel_->setProject(project_);
+    showFirstTrack();
     undoStack_->reset(*project_);
     updateSubdivisionMenu();
-    syncSelectionToViews();
     stackedWidget_->setCurrentIndex(0);
     showProjectName();
     showFirstSteps();
@@ -317,6 +314,16 @@ void MainWindow::adoptProject()
     pianoRoll_->setFocus(Qt::OtherFocusReason);
     // What the views add to a work that they show is no change of its user's.
     markSaved();
+}
+
+void MainWindow::showFirstTrack()
+{
+    // The roll begins with the track that the arranger selects, and need not be told.
+    const QSignalBlocker quiet(arranger_);
+    pianoRoll_->setContext(project_, engine_);
+    arranger_->setContext(project_, engine_, loopLibrary_);
+    headerPanel_->setProject(project_);
+    showSelectedTrack();
 }
 
 void MainWindow::exchangeProject(Project* project, const QString& id)

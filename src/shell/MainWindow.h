@@ -209,6 +209,9 @@ private:
     /// Makes the present project the one that everybody works on.
     void adoptProject();
 
+    /// Has the views show the project from its first track on.
+    void showFirstTrack();
+
     /// Makes a project the present one in place of the former.
     void exchangeProject(Project* project, const QString& id);
 

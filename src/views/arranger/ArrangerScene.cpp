@@ -3,6 +3,7 @@
 #include "model/Project.h"
 #include "music/ChordVoicer.h"
 #include "shell/theme/CanvasColors.h"
+#include "views/EmptyScene.h"
 #include "views/SectionWords.h"
 
 #include <QCoreApplication>
@@ -61,10 +62,8 @@ ArrangerScene::ArrangerScene(QObject* parent) : QGraphicsScene(parent)
 
 void ArrangerScene::rebuild(const Project& project, const QList<LaneInfo>& lanes, SceneWidth width)
 {
-    // Once for all: item by item, views would take longer to learn of the change than to paint it.
-    update();
     ++revision_;
-    clear();
+    emptyScene(*this);
     fit(project, lanes, width);
     addChords(project);
     addTracks(project, lanes);

@@ -164,7 +164,9 @@ void PianoRollCanvas::setContext(Project* project, PlaybackEngine* playback)
         disconnect(playback_, nullptr, this, nullptr);
     project_ = project;
     playback_ = playback;
-    activeTrack_ = project_ && !project_->tracks.isEmpty() ? 0 : -1;
+    const bool any = project_ && !project_->tracks.isEmpty();
+    activeTrack_ = any ? 0 : -1;
+    visibleTracks_ = any ? QList<int>{0} : QList<int>();
     activeBlockIndex_ = 0;
     ruler_->setProject(project);
     if (project_)

@@ -2,6 +2,7 @@
 
 #include "model/Project.h"
 #include "shell/theme/CanvasColors.h"
+#include "views/EmptyScene.h"
 #include "views/pianoroll/PianoRollLayout.h"
 
 #include <QGraphicsTextItem>
@@ -52,9 +53,7 @@ void PianoRollScene::fit(const Project& project, SceneWidth width)
 
 void PianoRollScene::empty()
 {
-    // Once for all: item by item, views would take longer to learn of the change than to paint it.
-    update();
-    clear();
+    emptyScene(*this);
     playhead_ = nullptr;
     message_ = nullptr;
 }
