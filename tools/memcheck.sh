@@ -1,7 +1,7 @@
 # Sourced by ./test: runs tests under valgrind's memcheck.
 
 # The folders whose tests need no window.
-memcheck_folders='files|music|suite|model|content|storage|voice|export'
+memcheck_folders='files|records|music|suite|model|content|storage|voice|export'
 
 # Under memcheck the one hears another exit code of its children, and the other is too slow for the
 # server that it holds to account.
