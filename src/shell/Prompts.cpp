@@ -1,5 +1,7 @@
 #include "shell/Prompts.h"
 
+#include "shell/SaveFolder.h"
+
 #include <QDialog>
 #include <QDir>
 #include <QFileDialog>
@@ -101,8 +103,7 @@ std::optional<QString> Prompts::askOpenFile(QWidget* parent, const QString& titl
 std::optional<QString> Prompts::askSaveFile(QWidget* parent, const QString& title,
                                             const QString& proposal, const QString& filter)
 {
-    const bool hasFolder = !saveFolder_.isEmpty() && QDir(saveFolder_).exists();
-    const QDir folder(hasFolder ? saveFolder_ : QDir::currentPath());
+    const QDir folder(SaveFolder::after(saveFolder_));
     QString path = QFileDialog::getSaveFileName(parent, title, inFolder(folder, proposal), filter);
     if (path.isEmpty())
         return std::nullopt;

@@ -48,8 +48,8 @@ public:
                                                const QString& filter);
 
     /// A path to write to, or nothing when the user gave up. `proposal` names a file without its
-    /// folder: that of the last answer, or the current one. A name that is typed without an ending
-    /// gets the one of the proposal.
+    /// folder: that of the last answer, or another that takes files (SaveFolder). A name that is
+    /// typed without an ending gets the one of the proposal.
     virtual std::optional<QString> askSaveFile(QWidget* parent, const QString& title,
                                                const QString& proposal, const QString& filter);
 

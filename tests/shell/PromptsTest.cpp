@@ -102,6 +102,7 @@ private slots:
 
     void anOfferIsTakenOrNot();
     void aFileIsProposedInTheCurrentFolder();
+    void aFileIsProposedWhereItCanBeWritten();
     void aFileIsGivenAsChosen();
     void aNameWithoutAnEndingGetsOne_data();
     void aNameWithoutAnEndingGetsOne();
@@ -395,6 +396,18 @@ void PromptsTest::aFileIsProposedInTheCurrentFolder()
     QCOMPARE(QDir(folder).canonicalPath(), QDir::current().canonicalPath());
     QCOMPARE(name, "Zamba.mid");
     QCOMPARE(filters, QStringList{"MIDI (*.mid)"});
+}
+
+void PromptsTest::aFileIsProposedWhereItCanBeWritten()
+{
+    QVERIFY(QDir::current().mkpath("Music"));
+    QVERIFY(QDir::current().mkdir("gone") && QDir::setCurrent("gone"));
+    QVERIFY(QDir(home_->filePath("gone")).removeRecursively());
+    QString folder;
+    withDialog<QFileDialog>(
+        [&] { prompts_.askSaveFile(window_.get(), "Exportar MIDI", "Zamba.mid", "MIDI (*.mid)"); },
+        [&](QFileDialog& dialog) { folder = dialog.directory().path(); });
+    QCOMPARE(folder, home_->filePath("Music"));
 }
 
 void PromptsTest::aFileIsGivenAsChosen()
