@@ -89,6 +89,8 @@ constexpr NamedColor kColors[] = {
     {"defaultButtonText", "#FFFFFF", "#0B1405"},
     {"veil", "rgba(124, 179, 66, 0.15)", "rgba(124, 179, 66, 0.3)"},
     {"rail", "#BBCCA7", "#405123"},
+    {"progress", "#9CCC65", "#4A7325"},
+    {"progressEdge", "#4A7325", "#9CCC65"},
 
     // Who has the keys: told from the faces of buttons and from what lies around them
     {"focus", "#0B1405", "#DCEDC8"},

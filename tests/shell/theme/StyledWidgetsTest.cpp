@@ -1,4 +1,6 @@
 #include "shell/theme/StyleSheet.h"
+#include "shell/theme/ThemeManager.h"
+#include "support/Contrast.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -13,6 +15,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -167,9 +170,12 @@ private slots:
     void toolButtons();
     void pushButtons();
     void sliders();
+    void progressBars();
     void lists();
     void tabs();
     void dialogs();
+    void signsOfMessagesAreInTheColoursOfTheProgram_data();
+    void signsOfMessagesAreInTheColoursOfTheProgram();
     void tipsAreLegible();
     void viewsHaveNoFrame();
     void scrollAreasAreTransparent();
@@ -693,6 +699,31 @@ void StyledWidgetsTest::sliders()
     QCOMPARE(image.pixelColor(150, 22), theme("#E5EDDD", "#0F1208"));
 }
 
+void StyledWidgetsTest::progressBars()
+{
+    QWidget panel;
+    panel.resize(320, 60);
+    auto* bar = new QProgressBar(&panel);
+    bar->setGeometry(10, 15, 300, 24);
+    bar->setRange(0, 100);
+    bar->setValue(70);
+    const QImage image = painted(&panel);
+    const int middle = bar->geometry().center().y();
+    const QColor done = image.pixelColor(40, middle);
+    const QColor todo = image.pixelColor(290, middle);
+    QCOMPARE(done, theme("#9CCC65", "#4A7325"));
+    QCOMPARE(todo, theme("#FFFFFF", "#242B15"));
+    const QColor text = theme("#2E5214", "#E7F3D9");
+    QCOMPARE(textColor(bar), text);
+    QVERIFY(Contrast::ratio(text, done) >= 4.5);
+    QVERIFY(Contrast::ratio(text, todo) >= 4.5);
+    // How far it has come is a line of its own.
+    double edge = 1.0;
+    for (int x = 210; x < 230; ++x)
+        edge = std::max(edge, Contrast::ratio(image.pixelColor(x, bar->y() + 4), todo));
+    QVERIFY2(edge >= 3.0, qPrintable(QString::number(edge)));
+}
+
 void StyledWidgetsTest::lists()
 {
     QListWidget list;
@@ -750,6 +781,34 @@ void StyledWidgetsTest::dialogs()
         QCOMPARE(textColor(text), theme("#2E5214", "#E7F3D9"));
     }
     QCOMPARE(colorAt(&box, {2, 2}), theme("#F5F9F2", "#242B15"));
+}
+
+void StyledWidgetsTest::signsOfMessagesAreInTheColoursOfTheProgram_data()
+{
+    QTest::addColumn<int>("icon");
+    QTest::newRow("question") << int(QMessageBox::Question);
+    QTest::newRow("information") << int(QMessageBox::Information);
+}
+
+void StyledWidgetsTest::signsOfMessagesAreInTheColoursOfTheProgram()
+{
+    QFETCH(int, icon);
+    QMessageBox box;
+    box.ensurePolished();
+    box.setIcon(static_cast<QMessageBox::Icon>(icon));
+    const QImage sign = box.iconPixmap().toImage().convertToFormat(QImage::Format_ARGB32);
+    QVERIFY(!sign.isNull());
+    int green = 0;
+    for (int y = 0; y < sign.height(); ++y) {
+        for (int x = 0; x < sign.width(); ++x) {
+            const QColor pixel = sign.pixelColor(x, y);
+            if (pixel.alpha() < 128)
+                continue;
+            QVERIFY2(pixel.blue() <= pixel.green() + 2, qPrintable(pixel.name()));
+            green += pixel == ThemeManager::kAccentDeep;
+        }
+    }
+    QVERIFY(green > sign.width() * sign.height() / 4);
 }
 
 void StyledWidgetsTest::tipsAreLegible()
