@@ -4,6 +4,7 @@
 #include <QDesktopServices>
 #include <QDirIterator>
 #include <QFile>
+#include <QImage>
 #include <QRegularExpression>
 #include <QSet>
 #include <QTest>
@@ -94,6 +95,7 @@ private slots:
     void whatThePagesNameIsInTheProgram_data();
     void whatThePagesNameIsInTheProgram();
     void everyPictureIsThereInBothLooks();
+    void screenshotsOfThePackageArePicturesOfTheGuide();
     void theKeyOfHelpOpensTheGuide();
     void aboutTellsTheVersion();
 
@@ -168,6 +170,26 @@ void GuideTest::everyPictureIsThereInBothLooks()
         QVERIFY(light > 0);
         QCOMPARE(light, dark);
     }
+}
+
+/// A software centre shows them from the program's home page, where the guide stands as it is.
+void GuideTest::screenshotsOfThePackageArePicturesOfTheGuide()
+{
+    const QString home = QStringLiteral("https://velta.example/guia/");
+    QXmlStreamReader reader(readText(VELTA_SOURCE_DIR "/desktop/org.ovelin.velta.metainfo.xml"));
+    int pictures = 0;
+    while (!reader.atEnd()) {
+        if (reader.readNext() != QXmlStreamReader::StartElement || reader.name() != u"image")
+            continue;
+        const QSize size(reader.attributes().value("width").toInt(),
+                         reader.attributes().value("height").toInt());
+        const QString address = reader.readElementText();
+        QVERIFY2(address.startsWith(home), qPrintable(address));
+        QCOMPARE(QImage(pathOf(address.sliced(home.size()))).size(), size);
+        ++pictures;
+    }
+    QCOMPARE(reader.errorString(), QString());
+    QCOMPARE(pictures, 2);
 }
 
 void GuideTest::theKeyOfHelpOpensTheGuide()
