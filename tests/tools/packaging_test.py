@@ -1,5 +1,6 @@
 """What the packages bring along agrees with the program, and a release is made of a clean clone."""
 
+import os
 import re
 import subprocess
 import tempfile
@@ -40,6 +41,32 @@ class ManualTest(TestCase):
         page = text_of("desktop", "man", "velta.1").replace("\\-", "-")
         for option in told:
             self.assertIn(option, page)
+
+
+class InstalledListenTest(TestCase):
+    """The script of velta-listen as it lies in a package: beside the program, without sources."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.home = Path(folder.name) / "home"
+        self.home.mkdir()
+        self.installed = Path(folder.name) / "velta"
+        tools = self.installed / "tools"
+        tools.mkdir(parents=True)
+        for program in (tools / "velta-content", self.installed / "velta-listen"):
+            program.write_text(f'#!/bin/sh\necho "{program.name} $*"\n', encoding="utf-8")
+            program.chmod(0o755)
+        script = tools / "velta-listen"
+        script.write_bytes((ROOT / "tools" / "velta-listen").read_bytes())
+        script.chmod(0o755)
+
+    def test_help_is_all_that_it_gives_when_asked_for_it(self):
+        for word in ("--help", "-h"):
+            run = subprocess.run([self.installed / "tools" / "velta-listen", word], check=True,
+                                 capture_output=True, text=True, env={"HOME": str(self.home), "PATH": os.environ["PATH"]})
+            self.assertEqual((run.stdout, run.stderr), ("velta-listen --help\n", ""))
+            self.assertEqual(list(self.home.iterdir()), [])
 
 
 class DesktopTest(TestCase):
