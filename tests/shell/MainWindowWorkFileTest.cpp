@@ -2,6 +2,7 @@
 #include "support/ProjectBuilder.h"
 #include "support/WindowStage.h"
 
+#include <QAbstractScrollArea>
 #include <QApplication>
 #include <QDialog>
 #include <QDragEnterEvent>
@@ -53,6 +54,8 @@ private slots:
     void withoutSavedWorksAFileMayBeOpened();
     void unsavedWorkIsAskedAboutFirst();
     void aFileIsDroppedOnTheWindow();
+    void aFileIsDroppedOnAView_data();
+    void aFileIsDroppedOnAView();
     void otherDropsAreNotTaken_data();
     void otherDropsAreNotTaken();
     void missingRhythmsAreNamed();
@@ -184,6 +187,34 @@ void MainWindowWorkFileTest::aFileIsDroppedOnTheWindow()
     drop.ignore();
     QVERIFY(QCoreApplication::sendEvent(&stage_->window(), &drop) && drop.isAccepted());
     QCOMPARE(stage_->window().currentProjectId(), "");
+    QTRY_COMPARE(stage_->window().currentProjectId(), "zamba_de_la_siesta");
+}
+
+void MainWindowWorkFileTest::aFileIsDroppedOnAView_data()
+{
+    QTest::addColumn<QByteArray>("view");
+    QTest::newRow("the piano roll") << QByteArray("PianoRollGridView");
+    QTest::newRow("the arranger") << QByteArray("ArrangerGridView");
+}
+
+/// Whoever takes a drag when it enters is given the drop too.
+void MainWindowWorkFileTest::aFileIsDroppedOnAView()
+{
+    QFETCH(QByteArray, view);
+    QVERIFY(carry());
+    QWidget* under = nullptr;
+    for (auto* area : stage_->window().findChildren<QAbstractScrollArea*>())
+        under = area->inherits(view) ? area->viewport() : under;
+    QVERIFY(under);
+    // The toolkit looks for the one to ask from the mouse outwards.
+    while (!under->acceptDrops())
+        under = under->parentWidget();
+    QMimeData mime;
+    mime.setUrls({QUrl::fromLocalFile(file())});
+    QDragEnterEvent enter(QPoint(20, 20), Qt::CopyAction, &mime, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(under, &enter);
+    QDropEvent drop(QPoint(20, 20), Qt::CopyAction, &mime, Qt::LeftButton, {});
+    QCoreApplication::sendEvent(under, &drop);
     QTRY_COMPARE(stage_->window().currentProjectId(), "zamba_de_la_siesta");
 }
 

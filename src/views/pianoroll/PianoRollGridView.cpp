@@ -33,6 +33,9 @@ PianoRollGridView::PianoRollGridView(PianoRollCanvas* canvas, QWidget* parent)
     setAlignment(Qt::AlignLeft | Qt::AlignTop);
     setMouseTracking(true);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    // A scene takes whatever is dragged over it, and the window would not get it any more.
+    setAcceptDrops(false);
+    viewport()->setAcceptDrops(false);
 }
 
 NoteItem* PianoRollGridView::noteItemAt(const QPointF& place) const
