@@ -15,7 +15,7 @@ struct Words {
     const char* spanish;
 };
 
-/// Where Qt's Spanish says "usted", or calls a folder by another word.
+/// Where Qt's Spanish says "usted", or calls a folder or a key by another word than the program.
 constexpr Words kWords[] = {
     {"%1 already exists.\nDo you want to replace it?", "%1 ya existe.\n¿Querés reemplazarlo?"},
     {"%1\nFile not found.\nPlease verify the correct file name was given.",
@@ -34,6 +34,8 @@ constexpr Words kWords[] = {
     {"File Folder", "Carpeta"},
     {"Folder", "Carpeta"},
     {"Date Modified", "Cambiado"},
+    {"Ctrl", "Ctrl"},
+    {"Shift", "Shift"},
 };
 
 } // namespace

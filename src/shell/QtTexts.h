@@ -3,7 +3,8 @@
 #include <QTranslator>
 
 /// What Qt's own dialogs and buttons say: its Spanish, where that is installed, in the words of the
-/// rest of the screen, which speaks to its users as "vos" and of files and folders as they do.
+/// rest of the screen, which speaks to its users as "vos" and of files, folders and keys as they
+/// do.
 class QtTexts : public QTranslator {
     Q_OBJECT
 

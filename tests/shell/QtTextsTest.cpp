@@ -5,7 +5,7 @@
 #include <QLineEdit>
 #include <QTest>
 
-/// What Qt's own dialogs say to the user.
+/// What Qt itself says to the user.
 class QtTextsTest : public QObject {
     Q_OBJECT
 
@@ -14,6 +14,8 @@ private slots:
     void cleanupTestCase();
     void questionsSpeakAsTheProgramDoes();
     void filesAndFoldersAreCalledAsTheProgramCallsThem();
+    void keysAreCalledAsTheProgramCallsThem_data();
+    void keysAreCalledAsTheProgramCallsThem();
     void whatIsNotSpokenOfStaysAsItIs();
 
 private:
@@ -52,6 +54,23 @@ void QtTextsTest::filesAndFoldersAreCalledAsTheProgramCallsThem()
     const auto* model = dialog.findChild<QAbstractItemModel*>("qt_filesystem_model");
     QVERIFY(model);
     QCOMPARE(model->headerData(3, Qt::Horizontal).toString(), "Cambiado");
+}
+
+void QtTextsTest::keysAreCalledAsTheProgramCallsThem_data()
+{
+    QTest::addColumn<QKeyCombination>("keys");
+    QTest::addColumn<QString>("words");
+    QTest::newRow("new work") << (Qt::CTRL | Qt::Key_N) << "Ctrl+N";
+    QTest::newRow("stop") << (Qt::SHIFT | Qt::Key_Space) << "Shift+Espacio";
+    QTest::newRow("redo") << (Qt::CTRL | Qt::SHIFT | Qt::Key_Z) << "Ctrl+Shift+Z";
+    QTest::newRow("MIDI") << (Qt::CTRL | Qt::ALT | Qt::Key_E) << "Ctrl+Alt+E";
+}
+
+void QtTextsTest::keysAreCalledAsTheProgramCallsThem()
+{
+    QFETCH(QKeyCombination, keys);
+    QFETCH(QString, words);
+    QCOMPARE(QKeySequence(keys).toString(QKeySequence::NativeText), words);
 }
 
 void QtTextsTest::whatIsNotSpokenOfStaysAsItIs()
