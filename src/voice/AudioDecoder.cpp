@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <memory>
 #include <mutex>
 
@@ -48,25 +49,50 @@ constexpr sf_count_t kReadFrames = 65536;
 /// Frames clamped and handed to libsndfile at once.
 constexpr sf_count_t kWriteFrames = 65536;
 
+/// Hands an open file over block by block, until it ends or nobody wants more of it.
+void visitBlocks(SNDFILE* file, const SF_INFO& info, const AudioDecoder::BlockVisitor& visit)
+{
+    QList<float> block(kReadFrames * info.channels);
+    sf_count_t framesLeft = info.frames;
+    while (framesLeft > 0) {
+        const sf_count_t wanted = std::min(framesLeft, kReadFrames);
+        const sf_count_t read = std::max<sf_count_t>(sf_readf_float(file, block.data(), wanted), 0);
+        const auto samples = static_cast<std::size_t>(read * info.channels);
+        if (samples > 0 && !visit({block.constData(), samples}, info.samplerate, info.channels))
+            return;
+        framesLeft -= read;
+        if (read < wanted)
+            return;
+    }
+}
+
 /// All samples of an open file, or none when they are more than AudioDecoder::kMaxSamples.
 QList<float> readSamples(SNDFILE* file, const SF_INFO& info)
 {
     QList<float> samples;
-    sf_count_t framesLeft = info.frames;
-    while (framesLeft > 0) {
-        const sf_count_t wanted = std::min(framesLeft, kReadFrames);
+    visitBlocks(file, info, [&samples](std::span<const float> block, int, int) {
         const qsizetype filled = samples.size();
-        if (filled + wanted * info.channels > AudioDecoder::kMaxSamples)
-            return {};
-        samples.resize(filled + wanted * info.channels);
-        const sf_count_t read = sf_readf_float(file, samples.data() + filled, wanted);
-        framesLeft -= read;
-        if (read < wanted) {
-            samples.resize(filled + std::max<sf_count_t>(read, 0) * info.channels);
-            break;
+        if (filled + std::ssize(block) > AudioDecoder::kMaxSamples) {
+            samples.clear();
+            return false;
         }
-    }
+        samples.resize(filled + std::ssize(block));
+        std::ranges::copy(block, samples.data() + filled);
+        return true;
+    });
     return samples;
+}
+
+/// A file that may be read and is open, or null with the reason.
+SndFile openToRead(const QString& path, SF_INFO* info, QString* error)
+{
+    if (!mayBeRead(path))
+        return nullptr;
+    const std::scoped_lock opening(openingMutex);
+    SndFile file = openFile(path, SFM_READ, info);
+    if (!file && error)
+        *error = QString::fromUtf8(sf_strerror(nullptr));
+    return file;
 }
 
 /// False if the file does not take all frames. libsndfile folds what lies beyond full scale over
@@ -138,16 +164,10 @@ AudioDecoder::Result AudioDecoder::decode(const QString& path)
 {
     Result result;
     result.error = tr("archivo vacío o ilegible");
-    if (!mayBeRead(path))
-        return result;
     SF_INFO info{};
-    std::unique_lock opening(openingMutex);
-    const SndFile file = openFile(path, SFM_READ, &info);
-    if (!file) {
-        result.error = QString::fromUtf8(sf_strerror(nullptr));
+    const SndFile file = openToRead(path, &info, &result.error);
+    if (!file)
         return result;
-    }
-    opening.unlock();
     result.sampleRate = info.samplerate;
     result.channels = info.channels;
     result.samples = readSamples(file.get(), info);
@@ -155,6 +175,13 @@ AudioDecoder::Result AudioDecoder::decode(const QString& path)
     if (result.ok)
         result.error.clear();
     return result;
+}
+
+void AudioDecoder::visit(const QString& path, const BlockVisitor& visit)
+{
+    SF_INFO info{};
+    if (const SndFile file = openToRead(path, &info, nullptr))
+        visitBlocks(file.get(), info, visit);
 }
 
 QList<float> AudioDecoder::toMono(const Result& result)

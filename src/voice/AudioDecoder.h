@@ -4,6 +4,9 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
+#include <span>
+
 class QIODevice;
 
 /// Reads and writes audio files through libsndfile.
@@ -29,6 +32,15 @@ public:
 
     /// Reads a whole file of any format that libsndfile knows.
     static Result decode(const QString& path);
+
+    /// Takes a stretch of a file, interleaved, with its rate in Hz and its number of channels.
+    /// False ends the reading.
+    using BlockVisitor =
+        std::function<bool(std::span<const float> block, int sampleRate, int channels)>;
+
+    /// Hands over the whole file of any format that libsndfile knows, a stretch at a time; nothing
+    /// of one that cannot be read.
+    static void visit(const QString& path, const BlockVisitor& visit);
 
     /// The mean of the channels, frame by frame; a mono result is shared without a copy.
     static QList<float> toMono(const Result& result);
