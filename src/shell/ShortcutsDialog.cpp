@@ -121,6 +121,17 @@ void ShortcutsDialog::addArranger()
     new QTreeWidgetItem(
         arranger, {tr("Mover el bloque seleccionado"), nativeText({Qt::Key_Left, Qt::Key_Right})});
     addBoth(arranger);
+    addClip(arranger);
+}
+
+void ShortcutsDialog::addClip(QTreeWidgetItem* arranger)
+{
+    new QTreeWidgetItem(arranger, {tr("Subir o bajar el volumen de la voz seleccionada"),
+                                   nativeText({Qt::Key_Up, Qt::Key_Down})});
+    new QTreeWidgetItem(arranger, {tr("Que la voz seleccionada entre de a poco"),
+                                   nativeText({Qt::ALT | Qt::Key_Right, Qt::ALT | Qt::Key_Left})});
+    new QTreeWidgetItem(arranger, {tr("Que la voz seleccionada se vaya de a poco"),
+                                   nativeText({Qt::ALT | Qt::Key_Up, Qt::ALT | Qt::Key_Down})});
 }
 
 void ShortcutsDialog::addBoth(QTreeWidgetItem* editor)

@@ -19,6 +19,7 @@ private:
     void addEditors();
     void addRoll();
     void addArranger();
+    static void addClip(QTreeWidgetItem* arranger);
 
     /// What keys do in either editor.
     void addBoth(QTreeWidgetItem* editor);

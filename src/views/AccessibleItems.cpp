@@ -42,8 +42,11 @@ public:
 
     QString text(QAccessible::Text kind) const override
     {
-        return kind == QAccessible::Name && isValid() ? owner_->source()->nameOf(place_)
-                                                      : QString();
+        if (!isValid())
+            return {};
+        if (kind == QAccessible::Value)
+            return owner_->source()->valueOf(place_);
+        return kind == QAccessible::Name ? owner_->source()->nameOf(place_) : QString();
     }
 
     void setText(QAccessible::Text, const QString&) override {}

@@ -19,6 +19,9 @@ public:
     /// What it is, in words.
     virtual QString nameOf(int place) const = 0;
 
+    /// How it is set, in words, where it can be set.
+    virtual QString valueOf(int /*place*/) const { return {}; }
+
     /// In the pixels of the widget that shows it; null for what is not drawn.
     virtual QRect rectOf(int place) const = 0;
 

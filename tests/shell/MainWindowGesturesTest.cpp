@@ -61,6 +61,7 @@ private slots:
     void whateverComesEndsADrag_data();
     void whateverComesEndsADrag();
     void aSaveInADragHoldsTheFinishedEdit();
+    void theLevelsOfAVoiceAreAStepEach();
 
     // Names
     void aTypedNameIsTaken_data();
@@ -97,6 +98,27 @@ private:
     QPoint onNotes(double beat, int pitch)
     {
         return roll().view()->mapFromScene(beat * 64, (96 - pitch) * 16 + 8);
+    }
+
+    QPoint onFirstVoice(double beat, int below)
+    {
+        return arranger().view()->mapFromScene(beat * 32,
+                                               arranger().laneTopForAudioTrack(0) + below);
+    }
+
+    void drag(QWidget* view, const QPoint& place, const QPoint& way)
+    {
+        QTest::mousePress(view, Qt::LeftButton, {}, place);
+        QTest::mouseMove(view, place + way / 2);
+        QTest::mouseMove(view, place + way);
+        QTest::mouseRelease(view, Qt::LeftButton, {}, place + way);
+    }
+
+    /// The work as it is on the disk after a save.
+    QByteArray savedBytes()
+    {
+        return stage_->window().saveCurrentProject() ? bytesOf(stage_->home().projectFile("work"))
+                                                     : QByteArray();
     }
 
     /// Opens a work on the screen.
@@ -241,6 +263,34 @@ void MainWindowGesturesTest::aSaveInADragHoldsTheFinishedEdit()
     QCOMPARE(notesOf(saved.tracks[0].melodyBlocks[0]), (QStringList{"67@3", "65@9"}));
     QVERIFY(stage_->canUndo());
     QTest::mouseRelease(roll().view()->viewport(), Qt::LeftButton, {}, onNotes(9.5, 65));
+}
+
+void MainWindowGesturesTest::theLevelsOfAVoiceAreAStepEach()
+{
+    const auto work = project();
+    work->audioTracks = {voiceTrack({clip("voz.wav", 0.0, 12.0)})};
+    QVERIFY(stage_->saveWork("work", *work));
+    stage_->window().openProject("work");
+    QVERIFY(stage_->showWindow());
+    QList<QByteArray> states{savedBytes()};
+    drag(lanes(), onFirstVoice(6.0, 21), {0, -6});
+    states.append(savedBytes());
+    drag(lanes(), onFirstVoice(0.0, 7) + QPoint(3, 0), {64, 0});
+    states.append(savedBytes());
+    drag(lanes(), onFirstVoice(12.0, 7) - QPoint(3, 0), {-64, 0});
+    states.append(savedBytes());
+    QTest::keyClick(&arranger(), Qt::Key_Down);
+    states.append(savedBytes());
+    for (qsizetype i = 1; i < states.size(); ++i)
+        QVERIFY(states.at(i) != states.at(i - 1));
+    for (qsizetype i = states.size() - 2; i >= 0; --i) {
+        stage_->window().undo();
+        QCOMPARE(savedBytes(), states.at(i));
+    }
+    for (qsizetype i = 1; i < states.size(); ++i) {
+        stage_->window().redo();
+        QCOMPARE(savedBytes(), states.at(i));
+    }
 }
 
 // ---- Names ---------------------------------------------------------------------------------

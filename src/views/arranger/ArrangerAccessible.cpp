@@ -12,6 +12,7 @@
 #include "views/arranger/ArrangerHeaderColumn.h"
 #include "views/arranger/ArrangerScene.h"
 #include "views/arranger/BlockEditor.h"
+#include "views/arranger/ClipWords.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -88,6 +89,12 @@ public:
     {
         return ArrangerAccessible::nameOf(*editor().project(), editor().library(),
                                           blocks().at(place));
+    }
+
+    QString valueOf(int place) const override
+    {
+        const auto levels = ClipEdits::levelsOf(*editor().project(), blocks().at(place));
+        return levels ? ClipWords::all(*levels) : QString();
     }
 
     QRect rectOf(int place) const override
@@ -239,9 +246,10 @@ QString ArrangerAccessible::nameOf(const Project& project, const LoopLibrary* li
     if (!span)
         return {};
     const double bar = project.beatsPerBar();
-    return MusicWords::list({recordWords(project, library, block),
-                             MusicWords::bar(span->start, bar),
-                             MusicWords::length(span->length, bar)});
+    const auto levels = ClipEdits::levelsOf(project, block);
+    return MusicWords::list(
+        {recordWords(project, library, block), MusicWords::bar(span->start, bar),
+         MusicWords::length(span->length, bar), levels ? ClipWords::changes(*levels) : QString()});
 }
 
 QString ArrangerAccessible::nameOf(const Project& project, const LaneInfo& lane)

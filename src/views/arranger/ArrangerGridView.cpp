@@ -8,9 +8,11 @@
 #include "views/arranger/ArrangerLayout.h"
 #include "views/arranger/ArrangerScene.h"
 #include "views/arranger/BlockEditor.h"
+#include "views/arranger/ClipGestures.h"
 
 #include <QMimeData>
 #include <QMouseEvent>
+#include <QToolTip>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -87,7 +89,18 @@ void ArrangerGridView::setLanes(const QList<LaneInfo>& lanes)
 
 bool ArrangerGridView::isDragging() const
 {
-    return blocks_->isDragging();
+    return blocks_->isDragging() || blocks_->clips()->isHeld();
+}
+
+void ArrangerGridView::tellClip()
+{
+    const auto block = blocks_->current();
+    const BlockItem* item = block ? scene_->itemOf(*block) : nullptr;
+    if (!item)
+        return;
+    QToolTip::showText(viewport()->mapToGlobal(mapFromScene(item->rect().bottomLeft())),
+                       blocks_->clips()->words(), viewport());
+    AccessibleItems::tellCurrent(this);
 }
 
 bool ArrangerGridView::event(QEvent* event)
@@ -145,9 +158,28 @@ void ArrangerGridView::pressOnBlock(const BlockItem& item, const QMouseEvent& ev
     if (event.button() == Qt::RightButton) {
         blocks_->remove(item.block());
         emit deletedByClick();
+    } else if (event.modifiers() == Qt::NoModifier &&
+               blocks_->clips()->press(place, transform().m11())) {
+        AccessibleItems::tellCurrent(this);
     } else {
         takeBlock(item, event, place);
     }
+}
+
+/// False where the mouse holds no clip, or holds its block by now.
+bool ArrangerGridView::moveClip(const QMouseEvent& event, const QPointF& place)
+{
+    ClipGestures& clips = *blocks_->clips();
+    if (!clips.isHeld())
+        return false;
+    if (const auto press = clips.move(place, event.buttons(), transform().m11())) {
+        if (const BlockItem* item = scene_->blockAt(*press))
+            takeBlock(*item, event, *press);
+        return false;
+    }
+    if (!clips.words().isEmpty())
+        QToolTip::showText(event.globalPosition().toPoint(), clips.words(), viewport());
+    return true;
 }
 
 /// Whether the press has done its work.
@@ -190,6 +222,8 @@ bool ArrangerGridView::isOnGrip(const BlockItem& item, const QPointF& place) con
 void ArrangerGridView::mouseMoveEvent(QMouseEvent* event)
 {
     const QPointF place = mapToScene(event->position().toPoint());
+    if (moveClip(*event, place))
+        return;
     if (blocks_->isDragging()) {
         const bool copying = event->modifiers() & Qt::AltModifier;
         viewport()->setCursor(copying ? Qt::DragCopyCursor : Qt::ArrowCursor);
@@ -202,13 +236,19 @@ void ArrangerGridView::mouseMoveEvent(QMouseEvent* event)
 
 void ArrangerGridView::showCursorAt(const QPointF& place)
 {
+    if (const auto handle = blocks_->clips()->handleAt(place, transform().m11())) {
+        viewport()->setCursor(handle == ClipHandle::Gain ? Qt::SizeVerCursor : Qt::SizeHorCursor);
+        return;
+    }
     const BlockItem* item = scene_->blockAt(place);
     viewport()->setCursor(item && isOnGrip(*item, place) ? Qt::SizeHorCursor : Qt::ArrowCursor);
 }
 
 void ArrangerGridView::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (!blocks_->isDragging()) {
+    if (blocks_->clips()->isHeld() && event->button() == Qt::LeftButton) {
+        blocks_->clips()->release();
+    } else if (!blocks_->isDragging()) {
         QGraphicsView::mouseReleaseEvent(event);
         if (event->button() == Qt::LeftButton)
             setDragMode(NoDrag);

@@ -27,6 +27,9 @@ public:
 
     bool isDragging() const;
 
+    /// Tells what keys have made of the clip that is selected, in a tip and to who cannot see it.
+    void tellClip();
+
     /// As if the user went to a block.
     void requestBlock(const BlockRef& block) { emit blockRequested(block); }
 
@@ -71,6 +74,7 @@ private:
     void pressOnBlock(const BlockItem& item, const QMouseEvent& event, const QPointF& place);
     bool pressOnEmpty(const QMouseEvent& event, const QPointF& place);
     void startRectangle(QMouseEvent* event);
+    bool moveClip(const QMouseEvent& event, const QPointF& place);
     void takeBlock(const BlockItem& item, const QMouseEvent& event, const QPointF& place);
     bool isOnGrip(const BlockItem& item, const QPointF& place) const;
     void showCursorAt(const QPointF& place);

@@ -1,10 +1,13 @@
 #include "views/arranger/ArrangerScene.h"
 
 #include "model/Project.h"
+#include "music/Beats.h"
 #include "music/ChordVoicer.h"
 #include "shell/theme/CanvasColors.h"
 #include "views/EmptyScene.h"
 #include "views/SectionWords.h"
+#include "views/arranger/AudioClipItem.h"
+#include "voice/WaveOutlines.h"
 
 #include <QCoreApplication>
 #include <QPen>
@@ -52,10 +55,23 @@ QString textOf(const LoopBlock& block)
                           QString::number(block.variantIndex));
 }
 
+/// The file of a clip as it is on the disk, whatever is done to its sound; of no path without a
+/// folder.
+ClipSource fileOf(const AudioClip& clip, const QString& folder)
+{
+    if (folder.isEmpty())
+        return {};
+    AudioClip untuned = clip;
+    untuned.tune = {};
+    return ClipSource::of(untuned, folder, {});
+}
+
 } // namespace
 
-ArrangerScene::ArrangerScene(QObject* parent) : QGraphicsScene(parent)
+ArrangerScene::ArrangerScene(QObject* parent)
+    : QGraphicsScene(parent), outlines_(new WaveOutlines(this))
 {
+    connect(outlines_, &WaveOutlines::arrived, this, [this] { update(); });
     // All items are made anew at each edit: an index of them would cost more than it saves.
     setItemIndexMethod(NoIndex);
 }
@@ -122,10 +138,28 @@ void ArrangerScene::addAudioTracks(const Project& project, const QList<LaneInfo>
             continue;
         const QList<AudioClip>& clips = project.audioTracks.at(t).clips;
         for (int i = 0; i < clips.size(); ++i)
-            addTrackBlock({BlockKind::Audio, t, i}, *lane,
-                          {clips.at(i).offsetBeats, clips.at(i).durationBeats},
-                          QCoreApplication::translate("TrackArranger", "Voz"));
+            addClip(project, {BlockKind::Audio, t, i}, *lane, clips.at(i));
     }
+}
+
+void ArrangerScene::addClip(const Project& project, const BlockRef& block, const LaneInfo& lane,
+                            const AudioClip& clip)
+{
+    const auto rect =
+        rectOf({clip.offsetBeats, clip.durationBeats}, lane.top + kBlockInset, kBlockHeight);
+    if (!rect)
+        return;
+    const ClipShape shape{.rect = *rect,
+                          .secondWidth = kBeatPixels * kSampleRate / framesPerBeat(project.bpm),
+                          .playedSeconds = ClipEdits::secondsOf(project, clip),
+                          .levels = ClipEdits::levelsOf(clip)};
+    addItem(new AudioClipItem(block, shape, QCoreApplication::translate("TrackArranger", "Voz"),
+                              fileOf(clip, clipFolder_), outlines_));
+}
+
+void ArrangerScene::forgetVoices()
+{
+    outlines_->forget();
 }
 
 void ArrangerScene::addTrackBlock(const BlockRef& block, const LaneInfo& lane,

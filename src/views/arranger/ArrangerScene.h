@@ -7,6 +7,8 @@
 #include <QGraphicsScene>
 
 class Project;
+class WaveOutlines;
+struct AudioClip;
 
 /// The blocks of a song and the playhead over them. Everything is made anew from the project at
 /// each rebuild, so pointers to items live until then.
@@ -20,6 +22,13 @@ public:
     /// or beyond ArrangerLayout::kMostBeats. The playhead stands at beat 0 afterwards.
     void rebuild(const Project& project, const QList<LaneInfo>& lanes,
                  SceneWidth width = SceneWidth::Fit);
+
+    /// Where the next rebuild finds the files of clips; an empty one has none, and no voice is
+    /// shown.
+    void setClipFolder(const QString& folder) { clipFolder_ = folder; }
+
+    /// Forgets how the voices of the work so far look.
+    void forgetVoices();
 
     /// Gives the scene the size of the song.
     void fit(const Project& project, const QList<LaneInfo>& lanes,
@@ -51,12 +60,16 @@ private:
     void addChords(const Project& project);
     void addTracks(const Project& project, const QList<LaneInfo>& lanes);
     void addAudioTracks(const Project& project, const QList<LaneInfo>& lanes);
+    void addClip(const Project& project, const BlockRef& block, const LaneInfo& lane,
+                 const AudioClip& clip);
     void addTrackBlock(const BlockRef& block, const LaneInfo& lane, const BlockSpan& span,
                        const QString& label);
     void addPlayhead();
 
     QPen playheadPen() const;
 
+    WaveOutlines* outlines_;
+    QString clipFolder_;
     QGraphicsLineItem* playhead_ = nullptr;
     bool recording_ = false;
     int revision_ = 0;

@@ -4,16 +4,23 @@
 #include "views/StepKeys.h"
 #include "views/arranger/ArrangerLayout.h"
 #include "views/arranger/ArrangerScene.h"
+#include "views/arranger/ClipGestures.h"
 
 #include <utility>
 
-BlockEditor::BlockEditor(ArrangerScene* scene, QObject* parent) : QObject(parent), scene_(scene)
-{}
+BlockEditor::BlockEditor(ArrangerScene* scene, QObject* parent)
+    : QObject(parent), scene_(scene), clips_(new ClipGestures(scene, this))
+{
+    connect(clips_, &ClipGestures::changed, this, &BlockEditor::changed);
+    connect(clips_, &ClipGestures::ended, this, &BlockEditor::dragEnded);
+    connect(clips_, &ClipGestures::edited, this, &BlockEditor::edited);
+}
 
 void BlockEditor::setContext(Project* project, const LoopLibrary* library)
 {
     forgetGestures();
     project_ = project;
+    clips_->setProject(project);
     library_ = library;
 }
 
@@ -124,6 +131,7 @@ void BlockEditor::release()
 
 bool BlockEditor::endDrag()
 {
+    clips_->end();
     if (!drag_)
         return false;
     const bool isEdit = drag_->records.isEdit(drag_->held.record(*project_));
@@ -178,13 +186,25 @@ bool BlockEditor::ownsRun() const
     return keyRun_->records.move({}, keyRun_->held.record(*project_)) != Records::Move::Drop;
 }
 
+bool BlockEditor::stepClip(const QKeyEvent& event)
+{
+    if (!clips_->acts(event))
+        return false;
+    if (!clips_->goesOn(event)) {
+        endDrag();
+        endKeyRun();
+    }
+    return clips_->step(event);
+}
+
 std::optional<int> BlockEditor::runningKey() const
 {
-    return keyRun_ ? std::optional(keyRun_->key) : std::nullopt;
+    return keyRun_ ? std::optional(keyRun_->key) : clips_->runningKey();
 }
 
 void BlockEditor::endKeyRun()
 {
+    clips_->end();
     if (!keyRun_)
         return;
     const KeyRun run = *std::exchange(keyRun_, std::nullopt);
@@ -199,6 +219,7 @@ void BlockEditor::endKeyRun()
 
 void BlockEditor::forgetGestures()
 {
+    clips_->cancel();
     cancelDrag();
     keyRun_.reset();
 }

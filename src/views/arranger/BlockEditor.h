@@ -8,8 +8,10 @@
 #include <optional>
 
 class ArrangerScene;
+class ClipGestures;
 class LoopLibrary;
 class Project;
+class QKeyEvent;
 struct ArrowKey;
 
 /// What mouse and keys do to the blocks of the arranger: it knows which are selected and which are
@@ -31,6 +33,9 @@ public:
 
     /// In beats: how far blocks go at a time.
     double snapBeats() const;
+
+    /// What changes the gains and the fades of clips.
+    ClipGestures* clips() const { return clips_; }
 
     // ---- Selection ----
 
@@ -84,6 +89,10 @@ public:
     /// none is selected.
     bool step(int key, bool heldOn, const ArrowKey& arrow);
 
+    /// Changes the gain or a fade of the clip that is selected, and alone: true where the key does
+    /// that.
+    bool stepClip(const QKeyEvent& event);
+
     /// The key of a run of arrows; nothing while there is none.
     std::optional<int> runningKey() const;
 
@@ -136,6 +145,7 @@ private:
     void forgetGestures();
 
     ArrangerScene* scene_;
+    ClipGestures* clips_;
     Project* project_ = nullptr;
     const LoopLibrary* library_ = nullptr;
     /// May be selected no longer.

@@ -5,6 +5,7 @@
 
 #include <QFontMetricsF>
 #include <QPainter>
+#include <QStyleOptionGraphicsItem>
 
 #include <algorithm>
 
@@ -20,6 +21,15 @@ QFont labelFont(QFont font)
 {
     font.setPointSizeF(std::max(font.pointSizeF() - 1.5, 6.5));
     return font;
+}
+
+/// What lies behind a label, so that it is read whatever is painted around it.
+QRectF plateOf(const QRectF& room, const QFontMetricsF& metrics, const QString& label)
+{
+    constexpr qreal kMargin = 2.0;
+    const QSizeF size(metrics.horizontalAdvance(label), metrics.height());
+    return QRectF({room.left(), room.center().y() - size.height() / 2.0}, size)
+        .adjusted(-kMargin, 0.0, kMargin, 0.0);
 }
 
 } // namespace
@@ -46,7 +56,7 @@ QColor BlockItem::fill() const
     return chordColor_;
 }
 
-void BlockItem::paint(QPainter* painter, const QStyleOptionGraphicsItem* /*option*/,
+void BlockItem::paint(QPainter* painter, const QStyleOptionGraphicsItem* option,
                       QWidget* /*widget*/)
 {
     const QColor color = isSelected() ? fill().lighter(kSelectedLightness) : fill();
@@ -54,10 +64,11 @@ void BlockItem::paint(QPainter* painter, const QStyleOptionGraphicsItem* /*optio
     painter->setPen(isSelected() ? QPen(kVeltaAccent, kSelectedOutline)
                                  : QPen(color.darker(kOutlineDarkness), 0));
     painter->drawRoundedRect(rect().adjusted(kInset, kInset, -kInset, -kInset), kRadius, kRadius);
-    paintLabel(*painter, inkOn(color));
+    paintContent(*painter, option ? option->exposedRect : rect(), color);
+    paintLabel(*painter, color);
 }
 
-void BlockItem::paintLabel(QPainter& painter, const QColor& ink) const
+void BlockItem::paintLabel(QPainter& painter, const QColor& color) const
 {
     const QRectF room = painter.worldTransform().mapRect(rect()).adjusted(4, 1, -2, -1);
     const QFont font = labelFont(painter.font());
@@ -69,7 +80,9 @@ void BlockItem::paintLabel(QPainter& painter, const QColor& ink) const
     // The letters keep their shape whatever the zoom.
     painter.resetTransform();
     painter.setFont(font);
-    painter.setPen(ink);
+    if (hasContent())
+        painter.fillRect(plateOf(room, QFontMetricsF(font), label), color);
+    painter.setPen(inkOn(color));
     painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter, label);
     painter.restore();
 }

@@ -28,8 +28,18 @@ public:
 
     void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
 
+protected:
+    /// Paints what there is to see of the record between the block and its label, in the pixels of
+    /// the scene; `color` is what fills the block.
+    virtual void paintContent(QPainter& /*painter*/, const QRectF& /*exposed*/,
+                              const QColor& /*color*/)
+    {}
+
+    /// Whether there is such a thing, which the label has to be told from.
+    virtual bool hasContent() const { return false; }
+
 private:
-    void paintLabel(QPainter& painter, const QColor& ink) const;
+    void paintLabel(QPainter& painter, const QColor& color) const;
 
     BlockRef block_;
     QString label_;

@@ -140,6 +140,7 @@ void TrackArranger::setContext(Project* project, PlaybackEngine* playback, LoopL
     if (playback_ && playback_ != playback)
         disconnect(playback_, nullptr, this, nullptr);
     blocks_->setContext(project, library);
+    scene_->forgetVoices();
     setKeyLane(LaneRef());
     project_ = project;
     playback_ = playback;
@@ -190,6 +191,7 @@ void TrackArranger::rebuildScene()
     if (!project_)
         return;
     rebuildLanes();
+    scene_->setClipFolder(playback_ ? playback_->projectDir : QString());
     scene_->rebuild(*project_, lanes_, view_->isDragging() ? SceneWidth::Keep : SceneWidth::Fit);
     view_->setLanes(lanes_);
     header_->setLanes(project_, lanes_);

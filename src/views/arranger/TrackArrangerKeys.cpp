@@ -65,6 +65,10 @@ bool TrackArranger::stepByKey(const QKeyEvent& event)
         return false;
     if (const int pages = StepKeys::pageOf(event); pages != 0)
         return movePlayhead(project_->beatsPerBar(), pages);
+    if (blocks_->stepClip(event)) {
+        view_->tellClip();
+        return true;
+    }
     const auto arrow = StepKeys::arrowOf(event);
     if (!arrow)
         return false;
