@@ -32,6 +32,17 @@ QList<bool> voicesHeard(const Project& project)
     return heard;
 }
 
+/// Gains and fades of all clips, one after the other.
+QList<float> voiceLevels(const Project& project)
+{
+    QList<float> levels;
+    for (const AudioTrack& track : project.audioTracks) {
+        for (const AudioClip& clip : track.clips)
+            levels.append({clip.gain, clip.fadeInSeconds, clip.fadeOutSeconds});
+    }
+    return levels;
+}
+
 /// Where the last clip of the voices that are heard ends, in beats.
 double endOfVoices(const Project& project)
 {
@@ -197,10 +208,22 @@ void PlaybackEngine::rescheduleIfPlaying()
     followProject();
     if (!playing_)
         return;
+    const QList<float> levels = voiceLevels(*project_);
+    // A clip more or less is another arrangement, which waits for the next start.
+    levelsAwaited_ = levels.size() == voiceLevels_.size() && levels != voiceLevels_;
     const double beat = playheadBeat();
     player_->allNotesOff(-1);
     buildSchedule();
     cursor_ = cursorForBeat(beat);
+}
+
+void PlaybackEngine::followLevels()
+{
+    if (!levelsAwaited_ || !voicesReady())
+        return;
+    levelsAwaited_ = false;
+    voiceLevels_ = voiceLevels(*project_);
+    voices_->goOnWith(mixedVoices());
 }
 
 void PlaybackEngine::followProject()
@@ -266,6 +289,8 @@ void PlaybackEngine::startTogether(double beat)
         return;
     tempo_ = project_->bpm;
     voicesHeard_ = voicesHeard(*project_);
+    voiceLevels_ = voiceLevels(*project_);
+    levelsAwaited_ = false;
     anchorBeat_ = beat;
     clock_.restart();
     playVoices(voices, beat);
@@ -278,6 +303,7 @@ void PlaybackEngine::onTick()
     followProject();
     if (!playing_)
         return;
+    followLevels();
     const TransportStep step = Transport::step(score_, cursor_, playheadBeat(), range_, tailBeats_);
     if (step.wrapped) {
         player_->allNotesOff(-1);

@@ -84,7 +84,8 @@ public:
     void clearLoopRange();
 
     /// Takes the project's notes anew without losing the place. Voices are taken anew at once where
-    /// others are muted or soloed, or the tempo is another; else at the next start or wrap only.
+    /// others are muted or soloed, or the tempo is another; as soon as they are mixed where the
+    /// gain or a fade of one is another; else at the next start or wrap only.
     void rescheduleIfPlaying();
 
     /// Gives every channel the instrument and the volume of its track, and has the voices prepared.
@@ -151,6 +152,9 @@ private:
     /// another tempo, or with other voices muted.
     void followProject();
 
+    /// Goes on with the voices as they are now, once they are mixed.
+    void followLevels();
+
     /// The whole project, from its first beat on; the position is a matter of the cursor.
     void buildSchedule();
     void setSongEnd();
@@ -189,6 +193,9 @@ private:
     qint32 tempo_ = 0;
     /// Which of the voice tracks were heard then.
     QList<bool> voicesHeard_;
+    /// Gains and fades of the clips as they are heard, and whether others are to be.
+    QList<float> voiceLevels_;
+    bool levelsAwaited_ = false;
     /// The playhead while nothing plays.
     double idleBeat_ = 0.0;
     bool playing_ = false;

@@ -25,20 +25,35 @@ QAudioFormat voiceFormat()
     return format;
 }
 
+} // namespace
+
 /// The mix of a whole song is large: it is read where it lies, not from a copy.
 class MixBuffer : public QBuffer {
 public:
-    MixBuffer(const QList<float>& mix, QObject* parent) : QBuffer(parent), mix_(mix)
+    MixBuffer(const QList<float>& mix, qint64 fromFrame, QObject* parent) : QBuffer(parent)
     {
-        setData(QByteArray::fromRawData(reinterpret_cast<const char*>(mix_.constData()),
-                                        mix_.size() * static_cast<qsizetype>(sizeof(float))));
+        start(mix, fromFrame * kBytesPerFrame);
+    }
+
+    void goOnWith(const QList<float>& mix)
+    {
+        const qint64 place = pos();
+        close();
+        start(mix, place);
     }
 
 private:
-    const QList<float> mix_;
-};
+    void start(const QList<float>& mix, qint64 place)
+    {
+        mix_ = mix;
+        setData(QByteArray::fromRawData(reinterpret_cast<const char*>(mix_.constData()),
+                                        mix_.size() * static_cast<qsizetype>(sizeof(float))));
+        open(QIODevice::ReadOnly);
+        seek(std::clamp<qint64>(place, 0, size()));
+    }
 
-} // namespace
+    QList<float> mix_;
+};
 
 VoiceOutput::VoiceOutput(QObject* parent) : QObject(parent)
 {}
@@ -62,12 +77,17 @@ void VoiceOutput::play(const QList<float>& mix, qint64 fromFrame)
     const QAudioDevice device = QMediaDevices::defaultAudioOutput();
     if (device.isNull() || !device.isFormatSupported(voiceFormat()))
         return;
-    buffer_ = new MixBuffer(mix, this);
-    buffer_->open(QIODevice::ReadOnly);
-    const qint64 frames = buffer_->size() / kBytesPerFrame;
-    buffer_->seek(std::clamp<qint64>(fromFrame, 0, frames) * kBytesPerFrame);
+    const qint64 frames = mix.size() / kChannels;
+    buffer_ = new MixBuffer(mix, std::clamp<qint64>(fromFrame, 0, frames), this);
     sink_ = new QAudioSink(device, voiceFormat(), this);
     sink_->start(buffer_);
+}
+
+void VoiceOutput::goOnWith(const QList<float>& mix)
+{
+    // The sink reads on this thread, so it never finds the mix half exchanged.
+    if (sink_)
+        buffer_->goOnWith(mix);
 }
 
 void VoiceOutput::stop()

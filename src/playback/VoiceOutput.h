@@ -3,8 +3,8 @@
 #include <QList>
 #include <QObject>
 
+class MixBuffer;
 class QAudioSink;
-class QBuffer;
 
 /// The sound device beside the synthesiser's: plays a finished mix of the voices. Where there is
 /// no device that takes it, nothing is heard and nothing is said.
@@ -19,6 +19,9 @@ public:
     /// outside the mix counts as its nearest end.
     void play(const QList<float>& mix, qint64 fromFrame);
 
+    /// Goes on with another mix of the same song where the former one is. Nothing where none plays.
+    void goOnWith(const QList<float>& mix);
+
     void stop();
 
     /// Whether a device was found for what was played last.
@@ -26,5 +29,5 @@ public:
 
 private:
     QAudioSink* sink_ = nullptr;
-    QBuffer* buffer_ = nullptr;
+    MixBuffer* buffer_ = nullptr;
 };

@@ -249,6 +249,7 @@ private slots:
     void metronomeClicksOnThePulse();
     void voiceSoundsBesideTheNotes();
     void voiceSetsOutFromThePlayhead();
+    void gainIsHeardWhileTheSongPlays();
     void repeatKeepsThePulse();
     void repeatBringsTheVoiceBack();
 
@@ -406,6 +407,28 @@ void PlaybackSoundTest::voiceSetsOutFromThePlayhead()
         const Heard heard = strokesAndBeeps(recorded(*song, 1.6, 2.0));
         return heard.strokes.size() == 1 && inTime(heard.beeps, {0.5, 1.0}) &&
                together(heard.beeps[0], heard.strokes[0] + 0.5);
+    }));
+}
+
+void PlaybackSoundTest::gainIsHeardWhileTheSongPlays()
+{
+    ContentFixture::write(files_.root() + "/voz.wav",
+                          WavFile::bytes(Tones::sine(kBeepHz, kRate, 6 * kRate, 0.5)));
+    const auto song = songAt(120, {strokes({12.0})});
+    song->audioTracks = {voiceTrack({clip("voz.wav", 0.0, 12.0)})};
+    QVERIFY(once([&] {
+        song->audioTracks[0].clips[0].gain = 1.0F;
+        QTimer::singleShot(1200, engine_.get(), [&] {
+            song->audioTracks[0].clips[0].gain = 0.25F;
+            engine_->refreshChannels();
+            engine_->rescheduleIfPlaying();
+        });
+        const QList<float> heard = recorded(*song, 3.0);
+        const double start = firstSound(heard);
+        const float before = peak(slice(heard, start + 0.4, 0.3));
+        const float after = peak(heard.last(std::min<qsizetype>(heard.size(), kRate / 3)));
+        qInfo("The voice peaks at %.3f, and at %.3f afterwards", double(before), double(after));
+        return after > 0.2F * before && after < 0.3F * before;
     }));
 }
 

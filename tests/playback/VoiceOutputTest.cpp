@@ -97,6 +97,8 @@ private slots:
     void nothingIsHeardBehindTheEnd();
     void emptyMixIsSilent();
     void laterMixTakesThePlaceOfTheFormer();
+    void mixMayBeExchangedOnTheWay();
+    void nothingIsExchangedWhereNothingPlays();
     void mixThatTheCallerChangesSoundsOn();
     void stopSilences();
     void stopBeforeAnythingPlays();
@@ -204,6 +206,29 @@ void VoiceOutputTest::laterMixTakesThePlaceOfTheFormer()
     QCOMPARE(tonesIn(tail(heard(0.5), 0.2)), QList<double>{500.0});
     output.play(tone(2000.0, 5.0), 0);
     QCOMPARE(tonesIn(tail(heard(0.5), 0.2)), QList<double>{2000.0});
+}
+
+void VoiceOutputTest::mixMayBeExchangedOnTheWay()
+{
+    VoiceOutput output;
+    output.play(tone(500.0, 5.0), 0);
+    QCOMPARE(tonesIn(tail(heard(0.5), 0.2)), QList<double>{500.0});
+    // Its beginning is behind the place where the former one is.
+    output.goOnWith(tone(1000.0, 0.2) + tone(2000.0, 5.0));
+    const QList<float> samples = heard(1.0);
+    QCOMPARE(tonesIn(tail(samples, 0.2)), QList<double>{2000.0});
+    QVERIFY(Tones::strengthAt(samples, kRate, 1000.0) < 0.02);
+}
+
+void VoiceOutputTest::nothingIsExchangedWhereNothingPlays()
+{
+    VoiceOutput output;
+    output.goOnWith(tone(500.0, 5.0));
+    QVERIFY(!output.isActive());
+    output.play(tone(500.0, 5.0), 0);
+    output.stop();
+    output.goOnWith(tone(500.0, 5.0));
+    QVERIFY(!output.isActive());
 }
 
 void VoiceOutputTest::mixThatTheCallerChangesSoundsOn()
