@@ -4,12 +4,19 @@
 #include "Editing.h"
 #include "RatioReporter.h"
 #include "model/Project.h"
+#include "music/Beats.h"
+#include "playback/PlaybackEngine.h"
 #include "views/arranger/ArrangerGridView.h"
 #include "views/arranger/ArrangerScene.h"
+#include "views/arranger/AudioClipItem.h"
 #include "views/arranger/TrackArranger.h"
+#include "voice/AudioDecoder.h"
 
 #include <QApplication>
+#include <QScrollBar>
+#include <QTemporaryDir>
 
+#include <cmath>
 #include <memory>
 
 namespace {
@@ -55,6 +62,51 @@ public:
     TrackArranger arranger;
 };
 
+/// A song of 13 tracks and 96 bars beside two voices of three minutes, which are seen.
+class VoicedStage : public Stage {
+public:
+    static constexpr int kBars = 96;
+    static constexpr double kVoiceSeconds = 180.0;
+
+    VoicedStage() : Stage(kMaxNoteTracks, kMaxNoteTracks * kBars, kBars)
+    {
+        engine.projectDir = folder.path();
+        AudioDecoder::writeWav(folder.filePath(QStringLiteral("voz.wav")), voice(), kSampleRate, 1);
+        AudioTrack track;
+        for (const double offset : {0.0, 16.0})
+            track.clips.append({.audioFilePath = QStringLiteral("voz.wav"),
+                                .offsetBeats = offset,
+                                .durationBeats = kVoiceSeconds * project->bpm / 60.0});
+        project->audioTracks = {track, track};
+        arranger.setContext(project.get(), &engine, nullptr);
+        const auto* item =
+            dynamic_cast<const AudioClipItem*>(arranger.scene()->itemOf({BlockKind::Audio, 0, 0}));
+        while (!item->isDrawn())
+            QCoreApplication::processEvents();
+        arranger.view()->verticalScrollBar()->setValue(arranger.laneTopForAudioTrack(0) - 100);
+    }
+
+    QPointF inTheVoice(double below) const
+    {
+        return arranger.view()->mapFromScene(
+            QPointF(200.0, arranger.laneTopForAudioTrack(0) + below));
+    }
+
+    static QList<float> voice()
+    {
+        QList<float> samples(static_cast<qsizetype>(kVoiceSeconds * kSampleRate));
+        for (qsizetype i = 0; i < samples.size(); ++i) {
+            const auto second = static_cast<double>(i) / kSampleRate;
+            samples[i] = static_cast<float>(0.9 * std::sin(second) * std::sin(2000.0 * second));
+        }
+        return samples;
+    }
+
+    QTemporaryDir folder;
+    PlaybackEngine engine{nullptr, nullptr, nullptr};
+};
+
+VoicedStage* voicedStage = nullptr;
 Stage* fullStage = nullptr;
 Stage* smallStage = nullptr;
 
@@ -105,6 +157,89 @@ void gridOfTenThousandBars(benchmark::State& state)
     paintGrid(state, 10000);
 }
 
+void dragStepOfAVoice(benchmark::State& state)
+{
+    Editing::dragSteps(state, voicedStage->grid(), voicedStage->inTheVoice(30.0));
+}
+
+/// One step of the line of a gain, up to the repainted screen.
+void gainStep(benchmark::State& state)
+{
+    const QPointF line = voicedStage->inTheVoice(21.0);
+    Editing::mouse(voicedStage->grid(), QEvent::MouseButtonPress, line);
+    int step = 0;
+    for (auto _ : state) {
+        Editing::mouse(voicedStage->grid(), QEvent::MouseMove,
+                       line + QPointF(0.0, ++step % 2 ? -6.0 : 6.0));
+        QCoreApplication::processEvents();
+    }
+    Editing::mouse(voicedStage->grid(), QEvent::MouseMove, line);
+    Editing::mouse(voicedStage->grid(), QEvent::MouseButtonRelease, line);
+}
+
+void scrollOverVoices(benchmark::State& state)
+{
+    QScrollBar* bar = voicedStage->arranger.view()->horizontalScrollBar();
+    int step = 0;
+    for (auto _ : state) {
+        bar->setValue(37 * (++step % 100));
+        QCoreApplication::processEvents();
+    }
+    bar->setValue(0);
+}
+
+/// A page is another place altogether.
+void pageOverVoices(benchmark::State& state)
+{
+    QScrollBar* bar = voicedStage->arranger.view()->horizontalScrollBar();
+    int step = 0;
+    for (auto _ : state) {
+        bar->setValue(++step % 2 ? 2000 : 0);
+        QCoreApplication::processEvents();
+    }
+    bar->setValue(0);
+}
+
+void playheadOverVoices(benchmark::State& state)
+{
+    int step = 0;
+    for (auto _ : state) {
+        voicedStage->engine.setPlayheadBeat(0.016 * (++step % 1000));
+        QCoreApplication::processEvents();
+    }
+}
+
+/// The grid with two voices in sight, from as far away and from as near as one gets.
+void gridOfVoices(benchmark::State& state, double zoom)
+{
+    voicedStage->arranger.zoomHorizontal(zoom);
+    Editing::paint(state, voicedStage->grid());
+    voicedStage->arranger.zoomHorizontal(1.0 / zoom);
+}
+
+void gridOfVoicesFromAfar(benchmark::State& state)
+{
+    gridOfVoices(state, 0.2);
+}
+
+void gridOfVoicesAtOnce(benchmark::State& state)
+{
+    gridOfVoices(state, 1.0);
+}
+
+void gridOfVoicesFromNear(benchmark::State& state)
+{
+    gridOfVoices(state, 6.0);
+}
+
+BENCHMARK(dragStepOfAVoice)->Unit(benchmark::kMillisecond);
+BENCHMARK(gainStep)->Unit(benchmark::kMillisecond);
+BENCHMARK(scrollOverVoices)->Unit(benchmark::kMillisecond);
+BENCHMARK(pageOverVoices)->Unit(benchmark::kMillisecond);
+BENCHMARK(playheadOverVoices)->Unit(benchmark::kMillisecond);
+BENCHMARK(gridOfVoicesFromAfar)->Unit(benchmark::kMillisecond);
+BENCHMARK(gridOfVoicesAtOnce)->Unit(benchmark::kMillisecond);
+BENCHMARK(gridOfVoicesFromNear)->Unit(benchmark::kMillisecond);
 BENCHMARK(rebuild)->Unit(benchmark::kMillisecond);
 BENCHMARK(refillOfPlainItems)->Unit(benchmark::kMillisecond);
 BENCHMARK(dragStepInAFullSong)->Unit(benchmark::kMillisecond);
@@ -119,6 +254,8 @@ int main(int argc, char** argv)
     QApplication application(argc, argv);
     Stage full(kMaxNoteTracks, 1000, 400);
     Stage small(8, 80, 40);
+    VoicedStage voiced;
+    voicedStage = &voiced;
     fullStage = &full;
     smallStage = &small;
     return runBenchmarks(argc, argv,
@@ -126,6 +263,10 @@ int main(int argc, char** argv)
                            "refillOfPlainItems", "below 6, and the rebuild itself below 20 ms"},
                           {"Drag step with 1400 blocks over one with 120", "dragStepInAFullSong",
                            "dragStepInASmallSong", "below 4, and the steps below 33 ms and 8 ms"},
+                          {"Drag step of a voice over one in a small song", "dragStepOfAVoice",
+                           "dragStepInASmallSong", "every step with voices below 16 ms"},
+                          {"Voices from near over voices from afar", "gridOfVoicesFromNear",
+                           "gridOfVoicesFromAfar", "1"},
                           {"Grid of 10000 bars over grid of 100 bars", "gridOfTenThousandBars",
                            "gridOfAHundredBars", "1"}});
 }
