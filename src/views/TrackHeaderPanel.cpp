@@ -73,8 +73,8 @@ float levelOf(int percent)
 } // namespace
 
 TrackHeaderPanel::TrackHeaderPanel(InstrumentLibrary* library, QWidget* parent)
-    : QWidget(parent), form_(new QFormLayout(this)), name_(new QLineEdit),
-      instrument_(new InstrumentSelector(library)), volume_(percentSlider()),
+    : QWidget(parent), form_(new QFormLayout(this)), chordsTitle_(title(tr("Acordes"))),
+      name_(new QLineEdit), instrument_(new InstrumentSelector(library)), volume_(percentSlider()),
       mute_(switchButton(tr("Mute"))), solo_(switchButton(tr("Solo"))),
       humanize_(new QCheckBox(tr("Activado"))), humanizeIntensity_(percentSlider()),
       vary_(new QPushButton(tr("Probar otra variación"))), tune_(new QCheckBox(tr("Activado"))),
@@ -100,6 +100,7 @@ TrackHeaderPanel::~TrackHeaderPanel()
 
 void TrackHeaderPanel::buildCommonRows()
 {
+    form_->addRow(chordsTitle_);
     addTallField(form_, tr("Nombre"), name_);
     addTallField(form_, tr("Instrumento"), instrument_);
     form_->addRow(tr("Volumen"), volume_);
@@ -151,19 +152,21 @@ void TrackHeaderPanel::connectCommonRows()
     });
     connect(name_, &QLineEdit::editingFinished, this, &TrackHeaderPanel::finishName);
     connect(volume_, &QSlider::valueChanged, this, [this](int percent) {
-        if (editEither([&](auto& track) { track.volume = levelOf(percent); }))
+        if (editAny([&](auto& track) { track.volume = levelOf(percent); }))
             emit mixingChanged();
     });
     const auto connectSwitch = [this](QToolButton* button, auto setOn) {
         connect(button, &QToolButton::toggled, this, [this, setOn](bool on) {
-            if (!editEither([&](auto& track) { setOn(track, on); }))
+            if (!setOn(on))
                 return;
             emit mixingChanged();
             emit audibilityChanged();
         });
     };
-    connectSwitch(mute_, [](auto& track, bool on) { track.muted = on; });
-    connectSwitch(solo_, [](auto& track, bool on) { track.solo = on; });
+    connectSwitch(mute_,
+                  [this](bool on) { return editAny([on](auto& track) { track.muted = on; }); });
+    connectSwitch(solo_,
+                  [this](bool on) { return editEither([on](auto& track) { track.solo = on; }); });
 }
 
 void TrackHeaderPanel::connectNoteRows()
@@ -221,6 +224,11 @@ const AudioTrack* TrackHeaderPanel::audioTrack() const
     return &project_->audioTracks.at(audioTrackIndex_);
 }
 
+const HarmonyTrack* TrackHeaderPanel::chords() const
+{
+    return project_ && showsChords_ ? &project_->harmonyTrack : nullptr;
+}
+
 std::optional<QString> TrackHeaderPanel::nameInView() const
 {
     if (track())
@@ -254,6 +262,17 @@ bool TrackHeaderPanel::editEither(Edit edit)
     return editTrack(edit) || editAudioTrack(edit);
 }
 
+template <typename Edit>
+bool TrackHeaderPanel::editAny(Edit edit)
+{
+    if (editEither(edit))
+        return true;
+    if (updating_ || !chords())
+        return false;
+    edit(project_->harmonyTrack);
+    return true;
+}
+
 void TrackHeaderPanel::setProject(Project* project)
 {
     takeTypedName();
@@ -273,8 +292,15 @@ void TrackHeaderPanel::showAudioTrack(int index)
     showEither(-1, index);
 }
 
-void TrackHeaderPanel::showEither(int trackIndex, int audioTrackIndex)
+void TrackHeaderPanel::showChords()
 {
+    takeTypedName();
+    showEither(-1, -1, true);
+}
+
+void TrackHeaderPanel::showEither(int trackIndex, int audioTrackIndex, bool chords)
+{
+    showsChords_ = chords;
     trackIndex_ = trackIndex;
     audioTrackIndex_ = audioTrackIndex;
     refresh();
@@ -291,13 +317,18 @@ void TrackHeaderPanel::refresh()
         fillTrack(*track());
     else if (audioTrack())
         fillAudioTrack(*audioTrack());
+    else if (chords())
+        fillChords(*chords());
     else
         fillCommonRows(AudioTrack());
 }
 
 void TrackHeaderPanel::showRows()
 {
-    setEnabled(track() || audioTrack());
+    setEnabled(track() || audioTrack() || chords());
+    form_->setRowVisible(chordsTitle_, chords() != nullptr);
+    form_->setRowVisible(name_, chords() == nullptr);
+    solo_->setVisible(chords() == nullptr);
     for (QWidget* row : noteRows_)
         form_->setRowVisible(row, track() != nullptr);
     for (QWidget* row : audioRows_)
@@ -327,6 +358,16 @@ void TrackHeaderPanel::refreshSwitches()
         fillSwitches(*track());
     else if (audioTrack())
         fillSwitches(*audioTrack());
+    else if (chords())
+        mute_->setChecked(chords()->muted);
+}
+
+void TrackHeaderPanel::fillChords(const HarmonyTrack& chords)
+{
+    typedOver_.reset();
+    name_->clear();
+    volume_->setValue(percentOf(chords.volume));
+    mute_->setChecked(chords.muted);
 }
 
 void TrackHeaderPanel::fillTrack(const Track& track)

@@ -11,11 +11,13 @@ class InstrumentSelector;
 class Project;
 class QCheckBox;
 class QFormLayout;
+class QLabel;
 class QLineEdit;
 class QPushButton;
 class QSlider;
 class QToolButton;
 struct AudioTrack;
+struct HarmonyTrack;
 struct Track;
 
 /// The properties of the one track that is selected. It writes straight into the project and says
@@ -36,6 +38,9 @@ public:
     /// An index of no track disables the panel.
     void showTrack(int index);
     void showAudioTrack(int index);
+
+    /// Shows the lane of chords, which has a volume and can be muted.
+    void showChords();
 
     /// Gives the track the name that is being typed, which is an edit; does nothing while nobody
     /// types. The field keeps the focus.
@@ -70,6 +75,7 @@ private:
     /// The tracks in view: one of them, or none.
     const Track* track() const;
     const AudioTrack* audioTrack() const;
+    const HarmonyTrack* chords() const;
     std::optional<QString> nameInView() const;
 
     /// Let a function change the record in view. False where there is none, and while the
@@ -80,28 +86,34 @@ private:
     bool editAudioTrack(Edit edit);
     template <typename Edit>
     bool editEither(Edit edit);
+    /// For what chords have too.
+    template <typename Edit>
+    bool editAny(Edit edit);
 
     void showRows();
     void fillTrack(const Track& track);
     void fillAudioTrack(const AudioTrack& track);
+    void fillChords(const HarmonyTrack& chords);
     template <typename AnyTrack>
     void fillCommonRows(const AnyTrack& track);
     template <typename AnyTrack>
     void fillSwitches(const AnyTrack& track);
 
-    void showEither(int trackIndex, int audioTrackIndex);
+    void showEither(int trackIndex, int audioTrackIndex, bool chords = false);
     bool writeTypedName();
     void finishName();
 
     Project* project_ = nullptr;
     int trackIndex_ = -1;
     int audioTrackIndex_ = -1;
+    bool showsChords_ = false;
     /// The controls are being filled: what they say is no edit.
     bool updating_ = false;
     /// What the track was called when the user began to type; nothing while nobody types.
     std::optional<QString> typedOver_;
 
     QFormLayout* form_;
+    QLabel* chordsTitle_;
     QLineEdit* name_;
     InstrumentSelector* instrument_;
     QSlider* volume_;

@@ -137,6 +137,7 @@ private slots:
 
     void aNoteTrackHasItsRows();
     void anAudioTrackHasItsRows();
+    void theChordsHaveAVolumeAndCanBeMuted();
     void withoutASelectionThePanelIsDisabled();
     void startsDisabled();
     void indicesOfNoTrackDisableIt_data();
@@ -290,6 +291,33 @@ void TrackHeaderPanelTest::anAudioTrackHasItsRows()
     QVERIFY(controls_->tuning->isVisibleTo(panel_.get()));
     QVERIFY(!controls_->humanizing->isVisibleTo(panel_.get()));
     QVERIFY(!controls_->instrument->isVisibleTo(panel_.get()));
+}
+
+void TrackHeaderPanelTest::theChordsHaveAVolumeAndCanBeMuted()
+{
+    panel_->showTrack(0);
+    panel_->showChords();
+    QVERIFY(panel_->isEnabled());
+    QCOMPARE(visibleRows(*panel_), (QStringList{"Acordes", "Volumen"}));
+    QVERIFY(!controls_->solo->isVisibleTo(panel_.get()));
+    QCOMPARE(controls_->volume->value(), 70);
+    const QSignalSpy mixed(panel_.get(), &TrackHeaderPanel::mixingChanged);
+    const QSignalSpy edited(panel_.get(), &TrackHeaderPanel::trackEdited);
+    controls_->volume->setValue(25);
+    QCOMPARE(song_->harmonyTrack.volume, 0.25F);
+    controls_->mute->click();
+    QVERIFY(song_->harmonyTrack.muted);
+    QCOMPARE(mixed.size(), 2);
+    QCOMPARE(edited.size(), 0);
+    // Others mute it too.
+    song_->harmonyTrack.muted = false;
+    panel_->refreshSwitches();
+    QVERIFY(!controls_->mute->isChecked());
+    panel_->showTrack(0);
+    QCOMPARE(visibleRows(*panel_), kNoteRows);
+    QVERIFY(controls_->solo->isVisibleTo(panel_.get()));
+    controls_->volume->setValue(60);
+    QCOMPARE(song_->harmonyTrack.volume, 0.25F);
 }
 
 void TrackHeaderPanelTest::withoutASelectionThePanelIsDisabled()
