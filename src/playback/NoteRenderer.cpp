@@ -71,6 +71,15 @@ QList<NoteEvent> melodyNotes(const Track& track)
     return notes;
 }
 
+std::optional<double> lengthOf(const LoopVariant& variant, const LoopBlock& block,
+                               const LoopLibrary& library, double projectBar)
+{
+    const Rhythm* rhythm = library.findRhythm(block.rhythmId);
+    const double bar = rhythm ? rhythm->timeSignature.beatsPerBar() : projectBar;
+    const double length = variant.durationBars * bar;
+    return isBarLength(length) ? std::optional(length) : std::nullopt;
+}
+
 /// Nothing when the block's content is not installed, or gives no length to repeat.
 std::optional<LoopCycle> cycleOf(const LoopBlock& block, const LoopLibrary& library,
                                  double projectBar)
@@ -79,14 +88,12 @@ std::optional<LoopCycle> cycleOf(const LoopBlock& block, const LoopLibrary& libr
         library.findVariant(block.layerId, block.section, block.variantIndex);
     if (!variant || !std::isfinite(block.startBeat) || !std::isfinite(block.durationBeats))
         return std::nullopt;
-    const Rhythm* rhythm = library.findRhythm(block.rhythmId);
     const LoopLayer* layer = library.findLayer(block.layerId);
-    const double bar = rhythm ? rhythm->timeSignature.beatsPerBar() : projectBar;
-    const double length = variant->durationBars * bar;
-    if (!isBarLength(length))
+    const auto length = lengthOf(*variant, block, library, projectBar);
+    if (!length)
         return std::nullopt;
     return LoopCycle{.variant = variant,
-                     .length = length,
+                     .length = *length,
                      .followsChords = !layer || layer->pitched,
                      .groove = library.grooveForRhythm(block.rhythmId)};
 }
@@ -205,6 +212,14 @@ QList<NoteEvent> NoteRenderer::harmonyNotes(const Project& project)
     }
     sortByStart(notes);
     return notes;
+}
+
+std::optional<double> NoteRenderer::loopBeats(const LoopBlock& block, const LoopLibrary& library,
+                                              double projectBar)
+{
+    const LoopVariant* variant =
+        library.findVariant(block.layerId, block.section, block.variantIndex);
+    return variant ? lengthOf(*variant, block, library, projectBar) : std::nullopt;
 }
 
 QList<double> NoteRenderer::releaseBeats(const QList<NoteEvent>& notes)

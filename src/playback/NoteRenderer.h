@@ -4,8 +4,11 @@
 
 #include <QList>
 
+#include <optional>
+
 class LoopLibrary;
 class Project;
+struct LoopBlock;
 struct Track;
 
 /// The one rule by which the blocks of a project become notes.
@@ -36,6 +39,11 @@ QList<NoteEvent> trackNotes(const Project& project, const Track& track, const Lo
 
 /// The chords of the harmony track as notes in absolute beats, sorted by start.
 QList<NoteEvent> harmonyNotes(const Project& project);
+
+/// Length in beats of the loop that a block repeats; `projectBar` is that of a bar of the song, for
+/// a rhythm that is not installed. Nothing where the loop is not, or has no length.
+std::optional<double> loopBeats(const LoopBlock& block, const LoopLibrary& library,
+                                double projectBar);
 
 /// Where each of the notes that share a channel is released, in beats and in the order of `notes`:
 /// at its end, kMinNoteBeats behind its start at least, but no later than the next start on its

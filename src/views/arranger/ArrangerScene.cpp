@@ -3,6 +3,7 @@
 #include "model/Project.h"
 #include "music/Beats.h"
 #include "music/ChordVoicer.h"
+#include "playback/NoteRenderer.h"
 #include "shell/theme/CanvasColors.h"
 #include "views/EmptyScene.h"
 #include "views/SectionWords.h"
@@ -14,7 +15,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <optional>
+#include <tuple>
 
 using namespace Qt::Literals::StringLiterals;
 using namespace ArrangerLayout;
@@ -64,6 +67,47 @@ ClipSource fileOf(const AudioClip& clip, const QString& folder)
     AudioClip untuned = clip;
     untuned.tune = {};
     return ClipSource::of(untuned, folder, {});
+}
+
+/// Lengths of loops in beats, each looked up once.
+class LoopLengths {
+public:
+    /// The library may be null.
+    LoopLengths(const LoopLibrary* library, double projectBar)
+        : library_(library), projectBar_(projectBar)
+    {}
+
+    /// 0 where nobody knows.
+    double of(const LoopBlock& loop)
+    {
+        if (!library_)
+            return 0.0;
+        const Key key(loop.rhythmId, loop.layerId, loop.section, loop.variantIndex);
+        const auto known = lengths_.find(key);
+        if (known != lengths_.end())
+            return known->second;
+        const double length = NoteRenderer::loopBeats(loop, *library_, projectBar_).value_or(0.0);
+        lengths_.emplace(key, length);
+        return length;
+    }
+
+private:
+    using Key = std::tuple<QString, QString, LoopSection, qint32>;
+
+    const LoopLibrary* library_;
+    double projectBar_;
+    std::map<Key, double> lengths_;
+};
+
+QList<BlockRef> refsOf(const QList<QGraphicsItem*>& items)
+{
+    QList<BlockRef> blocks;
+    for (const QGraphicsItem* item : items) {
+        if (const auto* block = qgraphicsitem_cast<const BlockItem*>(item))
+            blocks.append(block->block());
+    }
+    std::ranges::sort(blocks);
+    return blocks;
 }
 
 } // namespace
@@ -122,11 +166,20 @@ void ArrangerScene::addTracks(const Project& project, const QList<LaneInfo>& lan
             addTrackBlock({BlockKind::Melody, t, i}, *lane, {block.startBeat, block.durationBeats},
                           melodyLabel(block.notes.size()));
         }
-        for (int i = 0; i < track.loopBlocks.size(); ++i) {
-            const LoopBlock& block = track.loopBlocks.at(i);
-            addTrackBlock({BlockKind::Loop, t, i}, *lane, {block.startBeat, block.durationBeats},
-                          textOf(block));
-        }
+        addLoops(project, t, *lane);
+    }
+}
+
+void ArrangerScene::addLoops(const Project& project, int track, const LaneInfo& lane)
+{
+    LoopLengths lengths(library_, project.beatsPerBar());
+    const QList<LoopBlock>& loops = project.tracks.at(track).loopBlocks;
+    for (int i = 0; i < loops.size(); ++i) {
+        const LoopBlock& loop = loops.at(i);
+        BlockItem* item = addTrackBlock({BlockKind::Loop, track, i}, lane,
+                                        {loop.startBeat, loop.durationBeats}, textOf(loop));
+        if (item)
+            item->setRepeat(lengths.of(loop) * kBeatPixels);
     }
 }
 
@@ -162,11 +215,15 @@ void ArrangerScene::forgetVoices()
     outlines_->forget();
 }
 
-void ArrangerScene::addTrackBlock(const BlockRef& block, const LaneInfo& lane,
-                                  const BlockSpan& span, const QString& label)
+BlockItem* ArrangerScene::addTrackBlock(const BlockRef& block, const LaneInfo& lane,
+                                        const BlockSpan& span, const QString& label)
 {
-    if (const auto rect = rectOf(span, lane.top + kBlockInset, kBlockHeight))
-        addItem(new BlockItem(block, *rect, label));
+    const auto rect = rectOf(span, lane.top + kBlockInset, kBlockHeight);
+    if (!rect)
+        return nullptr;
+    auto* item = new BlockItem(block, *rect, label);
+    addItem(item);
+    return item;
 }
 
 void ArrangerScene::addPlayhead()
@@ -205,15 +262,14 @@ BlockItem* ArrangerScene::itemOf(const BlockRef& block) const
     return nullptr;
 }
 
+QList<BlockRef> ArrangerScene::blocks() const
+{
+    return refsOf(items());
+}
+
 QList<BlockRef> ArrangerScene::selectedBlocks() const
 {
-    QList<BlockRef> blocks;
-    for (const QGraphicsItem* item : selectedItems()) {
-        if (const auto* block = qgraphicsitem_cast<const BlockItem*>(item))
-            blocks.append(block->block());
-    }
-    std::ranges::sort(blocks);
-    return blocks;
+    return refsOf(selectedItems());
 }
 
 void ArrangerScene::selectBlocks(const QList<BlockRef>& blocks)

@@ -6,9 +6,11 @@
 
 #include <QGraphicsScene>
 
+class LoopLibrary;
 class Project;
 class WaveOutlines;
 struct AudioClip;
+struct LoopBlock;
 
 /// The blocks of a song and the playhead over them. Everything is made anew from the project at
 /// each rebuild, so pointers to items live until then.
@@ -30,6 +32,9 @@ public:
     /// Forgets how the voices of the work so far look.
     void forgetVoices();
 
+    /// Knows from the next rebuild on how long loops are. Not owned; may be null.
+    void setLibrary(const LoopLibrary* library) { library_ = library; }
+
     /// Gives the scene the size of the song.
     void fit(const Project& project, const QList<LaneInfo>& lanes,
              SceneWidth width = SceneWidth::Fit);
@@ -47,7 +52,10 @@ public:
     /// The item of a record, or null.
     BlockItem* itemOf(const BlockRef& block) const;
 
-    /// In the order of their references.
+    /// All blocks that are drawn, in the order of their references.
+    QList<BlockRef> blocks() const;
+
+    /// In the same order.
     QList<BlockRef> selectedBlocks() const;
 
     /// Selects some blocks and nothing else.
@@ -62,8 +70,10 @@ private:
     void addAudioTracks(const Project& project, const QList<LaneInfo>& lanes);
     void addClip(const Project& project, const BlockRef& block, const LaneInfo& lane,
                  const AudioClip& clip);
-    void addTrackBlock(const BlockRef& block, const LaneInfo& lane, const BlockSpan& span,
-                       const QString& label);
+    /// Null for one that is not drawn.
+    BlockItem* addTrackBlock(const BlockRef& block, const LaneInfo& lane, const BlockSpan& span,
+                             const QString& label);
+    void addLoops(const Project& project, int track, const LaneInfo& lane);
     void addPlayhead();
 
     QPen playheadPen() const;
@@ -71,6 +81,7 @@ private:
     WaveOutlines* outlines_;
     QString clipFolder_;
     QGraphicsLineItem* playhead_ = nullptr;
+    const LoopLibrary* library_ = nullptr;
     bool recording_ = false;
     int revision_ = 0;
 };

@@ -8,6 +8,7 @@
 #include <QStyleOptionGraphicsItem>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -16,6 +17,12 @@ constexpr int kOutlineDarkness = 150;
 constexpr qreal kSelectedOutline = 2.0;
 constexpr qreal kRadius = 3.0;
 constexpr qreal kInset = 0.5;
+
+/// Closer together, in pixels of the screen, repetitions are no longer told apart.
+constexpr double kLeastRepeat = 4.0;
+constexpr qreal kRepeatInset = 2.0;
+constexpr qreal kRepeatWidth = 2.0;
+constexpr int kRepeatAlpha = 140;
 
 QFont labelFont(QFont font)
 {
@@ -65,7 +72,28 @@ void BlockItem::paint(QPainter* painter, const QStyleOptionGraphicsItem* option,
                                  : QPen(color.darker(kOutlineDarkness), 0));
     painter->drawRoundedRect(rect().adjusted(kInset, kInset, -kInset, -kInset), kRadius, kRadius);
     paintContent(*painter, option ? option->exposedRect : rect(), color);
+    paintRepeats(*painter, inkOn(color));
     paintLabel(*painter, color);
+}
+
+void BlockItem::paintRepeats(QPainter& painter, QColor ink) const
+{
+    const QTransform toScreen = painter.worldTransform();
+    const double way = repeat_ * toScreen.m11();
+    if (way < kLeastRepeat)
+        return;
+    const QRectF block = toScreen.mapRect(rect());
+    const QRectF seen = QRectF(painter.viewport()).adjusted(-way, 0, way, 0);
+    const double first = std::max(1.0, std::floor((seen.left() - block.left()) / way));
+    const double end = std::min(block.right() - kInset, seen.right());
+    ink.setAlpha(kRepeatAlpha);
+    painter.save();
+    painter.resetTransform();
+    for (double x = block.left() + first * way; x < end; x += way)
+        painter.fillRect(QRectF(std::round(x), block.top() + kRepeatInset, kRepeatWidth,
+                                block.height() - 2 * kRepeatInset),
+                         ink);
+    painter.restore();
 }
 
 void BlockItem::paintLabel(QPainter& painter, const QColor& color) const

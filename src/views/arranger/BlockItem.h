@@ -23,6 +23,11 @@ public:
 
     const QString& label() const { return label_; }
 
+    /// Shows where a loop begins anew; 0 for what does not repeat. In scene pixels.
+    void setRepeat(double length) { repeat_ = length; }
+
+    double repeat() const { return repeat_; }
+
     /// What fills the block while it is not selected.
     QColor fill() const;
 
@@ -40,8 +45,10 @@ protected:
 
 private:
     void paintLabel(QPainter& painter, const QColor& color) const;
+    void paintRepeats(QPainter& painter, QColor ink) const;
 
     BlockRef block_;
     QString label_;
     QColor chordColor_;
+    double repeat_ = 0.0;
 };

@@ -120,6 +120,7 @@ private slots:
     void chordsWithoutAFinitePlaceAreNotDrawn_data();
     void chordsWithoutAFinitePlaceAreNotDrawn();
     void hostileSongsAreBuiltAndPainted();
+    void loopsKnowTheirRepetitions();
 
 private:
     void rebuild() { scene_.rebuild(song_, ArrangerLayout::lanes(song_, content_.library())); }
@@ -557,6 +558,25 @@ void ArrangerSceneTest::hostileSongsAreBuiltAndPainted()
         scene_.render(&painter, QRectF(), QRectF(0, 0, 300, 400), Qt::IgnoreAspectRatio);
     }
     QVERIFY(drawn > 1000);
+}
+
+void ArrangerSceneTest::loopsKnowTheirRepetitions()
+{
+    ContentFixture files;
+    files.addPackage("r",
+                     R"({"rhythm": {"id": "r", "timeSignature": {"numerator": 3, "denominator": 4}},
+        "loopLayers": [{"id": "bombo"}],
+        "loopVariants": [{"layerId": "bombo", "section": "Normal", "variantIndex": 1,
+                      "durationBars": 2, "notes": []}]})");
+    files.library().reload();
+    Project song;
+    song.tracks = {loopTrack({loop("r", "bombo", 0.0, 12.0), loop("r", "otro", 12.0, 12.0)})};
+    ArrangerScene scene;
+    scene.setLibrary(&files.library());
+    scene.rebuild(song, ArrangerLayout::lanes(song, &files.library()));
+    // Two bars of three beats.
+    QCOMPARE(scene.itemOf({BlockKind::Loop, 0, 0})->repeat(), 6.0 * 32.0);
+    QCOMPARE(scene.itemOf({BlockKind::Loop, 0, 1})->repeat(), 0.0);
 }
 
 QTEST_MAIN(ArrangerSceneTest)

@@ -99,6 +99,8 @@ private slots:
 
 private:
     UserHome home_;
+    void aLoopShowsWhereItRepeats();
+    void repetitionsTooCloseToTellApartAreNotShown();
 };
 
 void BlockItemTest::init()
@@ -355,6 +357,37 @@ void BlockItemTest::paintsIntoTinyAndHugeRectangles()
             QCOMPARE(image.pixelColor(300, 38) != kPaper, covers);
         }
     }
+}
+
+/// The columns of the middle of a block that are brighter than its fill.
+QList<int> linesOf(BlockItem& block, double zoom = 1.0)
+{
+    const QImage image = paintedItem(block, QApplication::font(), zoom);
+    QList<int> lines;
+    for (int x = qRound(14 * zoom); x < qRound(126 * zoom); ++x) {
+        if (image.pixelColor(x, 24).red() > block.fill().red() + 40)
+            lines.append(x);
+    }
+    return lines;
+}
+
+void BlockItemTest::aLoopShowsWhereItRepeats()
+{
+    BlockItem block = blockOf(BlockKind::Loop);
+    QCOMPARE(linesOf(block), QList<int>());
+    block.setRepeat(48.0);
+    QCOMPARE(linesOf(block), (QList<int>{58, 59, 106, 107}));
+    QCOMPARE(linesOf(block, 2.0), (QList<int>{116, 117, 212, 213}));
+    block.setRepeat(120.0);
+    QCOMPARE(linesOf(block), QList<int>());
+}
+
+void BlockItemTest::repetitionsTooCloseToTellApartAreNotShown()
+{
+    BlockItem block = blockOf(BlockKind::Loop);
+    block.setRepeat(3.0);
+    QCOMPARE(linesOf(block), QList<int>());
+    QVERIFY(!linesOf(block, 2.0).isEmpty());
 }
 
 QTEST_MAIN(BlockItemTest)
