@@ -120,7 +120,9 @@ bool HarmonyTrack::overlayEvent(double startBeat, double durationBeats, int degr
     const auto last = barAt(end, beatsPerBar);
     if (!first || !last || *first < 0 || !(durationBeats > 0.0))
         return false;
-    for (qint32 bar = *first; bar <= std::min(*last, *first + kMostBarsOfAChord); ++bar) {
+    const qint32 bars = std::min(*last - *first, kMostBarsOfAChord);
+    for (qint32 i = 0; i <= bars; ++i) {
+        const qint32 bar = *first + i;
         const double from = std::max(0.0, startBeat - bar * beatsPerBar);
         const double to = std::min(beatsPerBar, end - bar * beatsPerBar);
         if (to - from <= kShortestRemainder)
