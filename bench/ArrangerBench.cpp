@@ -13,6 +13,7 @@
 #include "voice/AudioDecoder.h"
 
 #include <QApplication>
+#include <QKeyEvent>
 #include <QScrollBar>
 #include <QTemporaryDir>
 
@@ -162,6 +163,43 @@ void dragStepOfAVoice(benchmark::State& state)
     Editing::dragSteps(state, voicedStage->grid(), voicedStage->inTheVoice(30.0));
 }
 
+void hit(int key, Qt::KeyboardModifiers modifiers = {})
+{
+    for (const auto type : {QEvent::KeyPress, QEvent::KeyRelease}) {
+        QKeyEvent event(type, key, modifiers);
+        QApplication::sendEvent(&voicedStage->arranger, &event);
+    }
+    QCoreApplication::processEvents();
+}
+
+/// One click after the other, up to the repainted screen.
+void clickOnAVoice(benchmark::State& state)
+{
+    const QPointF place = voicedStage->inTheVoice(30.0);
+    for (auto _ : state) {
+        Editing::mouse(voicedStage->grid(), QEvent::MouseButtonPress, place);
+        Editing::mouse(voicedStage->grid(), QEvent::MouseButtonRelease, place);
+        QCoreApplication::processEvents();
+    }
+}
+
+void dragStepOfAllBlocks(benchmark::State& state)
+{
+    hit(Qt::Key_A, Qt::ControlModifier);
+    Editing::dragSteps(state, voicedStage->grid(), voicedStage->inTheVoice(30.0));
+    hit(Qt::Key_Escape);
+}
+
+/// All of them to and fro, each hit an edit.
+void arrowOfAllBlocks(benchmark::State& state)
+{
+    hit(Qt::Key_A, Qt::ControlModifier);
+    bool right = false;
+    for (auto _ : state)
+        hit((right = !right) ? Qt::Key_Right : Qt::Key_Left);
+    hit(Qt::Key_Escape);
+}
+
 /// One step of the line of a gain, up to the repainted screen.
 void gainStep(benchmark::State& state)
 {
@@ -233,6 +271,9 @@ void gridOfVoicesFromNear(benchmark::State& state)
 }
 
 BENCHMARK(dragStepOfAVoice)->Unit(benchmark::kMillisecond);
+BENCHMARK(clickOnAVoice)->Unit(benchmark::kMillisecond);
+BENCHMARK(dragStepOfAllBlocks)->Unit(benchmark::kMillisecond);
+BENCHMARK(arrowOfAllBlocks)->Unit(benchmark::kMillisecond);
 BENCHMARK(gainStep)->Unit(benchmark::kMillisecond);
 BENCHMARK(scrollOverVoices)->Unit(benchmark::kMillisecond);
 BENCHMARK(pageOverVoices)->Unit(benchmark::kMillisecond);

@@ -19,6 +19,9 @@ public:
     /// a number typed into one of its spin boxes is confirmed.
     void returnFrom(const QWidget* panel);
 
+    /// The editor that had the keys last.
+    QWidget* last() const { return last_; }
+
     /// Gives the keys to the editor that had them last.
     void giveBack() const;
 

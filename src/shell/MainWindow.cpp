@@ -211,6 +211,7 @@ QWidget* MainWindow::buildSidePanel(QWidget* parent)
     connect(headerPanel_, &TrackHeaderPanel::audibilityChanged, this, [this] {
         engine_->rescheduleIfPlaying();
         arranger_->repaintHeader();
+        transport_->updateFromProject();
     });
 
     auto* layout = new QVBoxLayout(content);
@@ -273,6 +274,11 @@ void MainWindow::connectArranger()
     connect(arranger_, &TrackArranger::deletedByClick, this, [this] {
         statusBar()->showMessage(tr("Bloque borrado · Ctrl+Z lo trae de vuelta."), kDeletedMs);
     });
+    connect(arranger_, &TrackArranger::alreadyThere, this, [this](const QString& block) {
+        statusBar()->showMessage(tr("Ahí ya está %1.").arg(block), kDeletedMs);
+    });
+    connect(arranger_, &TrackArranger::tracksExhausted, this,
+            [this] { prompts_.inform(this, tr("Veltas"), tr("No quedan veltas libres.")); });
     connect(arranger_, &TrackArranger::openMelodyBlock, this, &MainWindow::openMelodyBlock);
     connect(arranger_, &TrackArranger::laneSelectionChanged, this,
             &MainWindow::syncSelectionToViews);
@@ -341,6 +347,9 @@ void MainWindow::syncSelectionToViews()
     if (!project_)
         return;
     showSelectedTrack();
+    // Who lays chords goes on with the notes that are shown.
+    if (arranger_->areChordsSelected())
+        return;
     if (arranger_->selectedAudioTrack() >= 0)
         pianoRoll_->setVisibleTracks({}, -1);
     else
@@ -350,7 +359,9 @@ void MainWindow::syncSelectionToViews()
 void MainWindow::showSelectedTrack()
 {
     const int voice = arranger_->selectedAudioTrack();
-    if (voice >= 0)
+    if (arranger_->areChordsSelected())
+        headerPanel_->showChords();
+    else if (voice >= 0)
         headerPanel_->showAudioTrack(voice);
     else
         headerPanel_->showTrack(arranger_->activeTrack());

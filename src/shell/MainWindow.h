@@ -15,6 +15,7 @@ class ContentCatalog;
 class ContentDownloadManager;
 class EditorFocus;
 class FirstSteps;
+class CommandedEditor;
 class InstalledContentRegistry;
 class InstrumentLibrary;
 class LoopBrowser;
@@ -184,6 +185,10 @@ private:
     void buildFileMenu();
     void fillRecentMenu();
     void buildEditMenu();
+    void addEditCommands(QMenu* menu);
+
+    /// The one that has the keys, or had them last.
+    CommandedEditor& keyEditor() const;
     void buildViewMenu();
     void buildPlaybackMenu();
     void buildOwnMenu();

@@ -1,5 +1,6 @@
 #include "model/Project.h"
 #include "playback/PlaybackEngine.h"
+#include "shell/EditorFocus.h"
 #include "shell/FocusAreas.h"
 #include "shell/GridLevelNames.h"
 #include "shell/LoopBrowser.h"
@@ -8,6 +9,7 @@
 #include "shell/controls/PlainText.h"
 #include "shell/theme/ThemeManager.h"
 #include "shell/theme/TitleBar.h"
+#include "views/EditCommand.h"
 #include "views/TrackHeaderPanel.h"
 #include "views/arranger/TrackArranger.h"
 #include "views/pianoroll/PianoRollCanvas.h"
@@ -15,6 +17,7 @@
 #include <QAction>
 #include <QActionGroup>
 #include <QApplication>
+#include <QHash>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -82,6 +85,35 @@ void MainWindow::buildEditMenu()
     redoAction_->setShortcuts(QKeySequence::Redo);
     undoAction_->setEnabled(false);
     redoAction_->setEnabled(false);
+    addEditCommands(menu);
+}
+
+void MainWindow::addEditCommands(QMenu* menu)
+{
+    const QHash<EditCommand, QString> texts{{EditCommand::Cut, tr("Cortar")},
+                                            {EditCommand::Copy, tr("Copiar")},
+                                            {EditCommand::Paste, tr("Pegar")},
+                                            {EditCommand::Duplicate, tr("Duplicar")},
+                                            {EditCommand::SelectAll, tr("Seleccionar todo")}};
+    menu->addSeparator();
+    for (const EditCommand command : kEditCommands) {
+        if (command == EditCommand::SelectAll)
+            menu->addSeparator();
+        QAction* entry = menu->addAction(texts.value(command), this,
+                                         [this, command] { keyEditor().perform(command); });
+        entry->setShortcut(EditKeys::keysOf(command));
+        connect(menu, &QMenu::aboutToShow, entry,
+                [this, entry, command] { entry->setEnabled(keyEditor().can(command)); });
+        // The keys ask again.
+        connect(menu, &QMenu::aboutToHide, entry, [entry] { entry->setEnabled(true); });
+    }
+}
+
+CommandedEditor& MainWindow::keyEditor() const
+{
+    if (editorFocus_->last() == arranger_)
+        return *arranger_;
+    return *pianoRoll_;
 }
 
 void MainWindow::buildViewMenu()

@@ -97,18 +97,15 @@ void ShortcutsDialog::addRoll()
     addBoth(roll);
     new QTreeWidgetItem(roll, {tr("Subir o bajar la vista"),
                                nativeText({Qt::CTRL | Qt::Key_Up, Qt::CTRL | Qt::Key_Down})});
-    new QTreeWidgetItem(
-        roll, {tr("Copiar, pegar, duplicar"),
-               nativeText({Qt::CTRL | Qt::Key_C, Qt::CTRL | Qt::Key_V, Qt::CTRL | Qt::Key_D})});
 }
 
 void ShortcutsDialog::addArranger()
 {
     QTreeWidgetItem* arranger = addHeading(list_, tr("En el arreglo"));
     new QTreeWidgetItem(arranger, {tr("Poner un acorde en el cabezal"), u"A-G"_s});
-    new QTreeWidgetItem(
-        arranger, {tr("Con séptima, con novena"), nativeText({Qt::CTRL | Qt::Key_A}) + u"-G, "_s +
-                                                      nativeText({Qt::ALT | Qt::Key_A}) + u"-G"_s});
+    new QTreeWidgetItem(arranger, {tr("Con séptima, sin nada seleccionado"),
+                                   nativeText({Qt::CTRL | Qt::Key_B}) + u", C, D, F, G"_s});
+    new QTreeWidgetItem(arranger, {tr("Con novena"), nativeText({Qt::ALT | Qt::Key_A}) + u"-G"_s});
     new QTreeWidgetItem(
         arranger, {tr("Elegir un acorde, en el carril de acordes"), nativeText({Qt::Key_Return})});
     new QTreeWidgetItem(arranger,
@@ -118,8 +115,11 @@ void ShortcutsDialog::addArranger()
                          nativeText({Qt::CTRL | Qt::Key_Left, Qt::CTRL | Qt::Key_Right})});
     new QTreeWidgetItem(arranger, {tr("Ir al carril de arriba o de abajo"),
                                    nativeText({Qt::CTRL | Qt::Key_Up, Qt::CTRL | Qt::Key_Down})});
-    new QTreeWidgetItem(
-        arranger, {tr("Mover el bloque seleccionado"), nativeText({Qt::Key_Left, Qt::Key_Right})});
+    new QTreeWidgetItem(arranger, {tr("Seleccionar también el de arriba o el de abajo"),
+                                   nativeText({Qt::CTRL | Qt::SHIFT | Qt::Key_Up,
+                                               Qt::CTRL | Qt::SHIFT | Qt::Key_Down})});
+    new QTreeWidgetItem(arranger, {tr("Mover los bloques seleccionados"),
+                                   nativeText({Qt::Key_Left, Qt::Key_Right})});
     addBoth(arranger);
     addClip(arranger);
 }
@@ -139,6 +139,9 @@ void ShortcutsDialog::addBoth(QTreeWidgetItem* editor)
     new QTreeWidgetItem(editor,
                         {tr("Alargar o acortar lo seleccionado"),
                          nativeText({Qt::SHIFT | Qt::Key_Left, Qt::SHIFT | Qt::Key_Right})});
+    new QTreeWidgetItem(editor, {tr("Seleccionar también lo anterior o lo siguiente"),
+                                 nativeText({Qt::CTRL | Qt::SHIFT | Qt::Key_Left,
+                                             Qt::CTRL | Qt::SHIFT | Qt::Key_Right})});
     new QTreeWidgetItem(editor, {tr("Borrar lo seleccionado"), nativeText({Qt::Key_Delete})});
     new QTreeWidgetItem(editor, {tr("No seleccionar nada"), nativeText({Qt::Key_Escape})});
     new QTreeWidgetItem(editor, {tr("Mover el cabezal, sin nada seleccionado"),

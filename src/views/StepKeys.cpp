@@ -23,6 +23,8 @@ std::optional<ArrowKey::Act> actOf(Qt::KeyboardModifiers modifiers)
         return ArrowKey::Act::Stretch;
     if (modifiers == Qt::ControlModifier)
         return ArrowKey::Act::Go;
+    if (modifiers == (Qt::ControlModifier | Qt::ShiftModifier))
+        return ArrowKey::Act::Extend;
     return std::nullopt;
 }
 

@@ -7,9 +7,10 @@
 class QKeyEvent;
 
 /// What an arrow asks of an editor. Both editors read the arrows alike: plain ones move what is
-/// selected, with Shift they stretch it, with Ctrl they go on to the next.
+/// selected, with Shift they stretch it, with Ctrl they go on to the next, and with both they take
+/// the next along.
 struct ArrowKey {
-    enum class Act { Move, Stretch, Go };
+    enum class Act { Move, Stretch, Go, Extend };
 
     Act act = Act::Move;
     /// 1 to later, -1 to earlier, 0 for an upright arrow.

@@ -1,10 +1,16 @@
 #include "support/ProjectBuilder.h"
 #include "support/WindowStage.h"
 #include "views/TimelineRuler.h"
+#include "views/TrackHeaderPanel.h"
 #include "views/arranger/ArrangerGridView.h"
 #include "views/arranger/ArrangerScene.h"
+#include "views/arranger/BlockEditor.h"
 #include "views/arranger/TrackArranger.h"
+#include "views/pianoroll/PianoRollCanvas.h"
+#include "views/pianoroll/PianoRollScene.h"
 
+#include <QJsonDocument>
+#include <QSlider>
 #include <QTest>
 
 using namespace ProjectBuilder;
@@ -29,8 +35,38 @@ private slots:
     void aMelodyBlockSelectsItsTrack();
     void changingTheThemePaintsTheBlocksAnew();
     void aWorkExchangedDuringADragIsLeftAlone();
+    void everyCommandIsOneStepOfUndo_data();
+    void everyCommandIsOneStepOfUndo();
+    void aDragOfSeveralBlocksIsOneStepOfUndo();
+    void theMenuServesTheEditorWithTheKeys();
+    void blocksThatLieThereAlreadyAreToldOf();
+    void theChordsHaveTheirVolumeInThePanel();
 
 private:
+    QByteArray bytes() { return QJsonDocument(stage_->song().toJson()).toJson(); }
+
+    /// Undo and redo give the very bytes.
+    void compareUndo(const QByteArray& before)
+    {
+        const QByteArray after = bytes();
+        QVERIFY(after != before);
+        stage_->choose("Deshacer");
+        QCOMPARE(bytes(), before);
+        stage_->choose("Rehacer");
+        QCOMPARE(bytes(), after);
+    }
+
+    void openSong()
+    {
+        Project work;
+        work.tracks = {melodyTrack({melody({note(60, 0)}), melody({note(64, 0)}, 6.0)}),
+                       loopTrack({loop("r", "bombo", 0.0, 8.0)})};
+        work.audioTracks = {voiceTrack({clip("a.wav", 1.25, 3.0)})};
+        work.harmonyTrack = harmony({1, 4, 0, 5});
+        QVERIFY(stage_->saveWork("vals", work));
+        stage_->window().openProject("vals");
+    }
+
     TrackArranger& arranger() { return *stage_->window().findChild<TrackArranger*>(); }
 
     /// Without the playhead, and the block that the piano roll gives to the first track.
@@ -187,6 +223,104 @@ void MainWindowArrangerTest::aWorkExchangedDuringADragIsLeftAlone()
     QTest::mouseRelease(canvas, Qt::LeftButton, {}, onBlock + QPoint(64, 0));
     QCOMPARE(stage_->song().tracks[0].melodyBlocks[0].startBeat, 2.0);
     QVERIFY(!stage_->canUndo());
+}
+
+// ---- Several blocks ------------------------------------------------------------------------
+
+void MainWindowArrangerTest::everyCommandIsOneStepOfUndo_data()
+{
+    QTest::addColumn<QList<QKeyCombination>>("keys");
+
+    using Keys = QList<QKeyCombination>;
+    QTest::newRow("cut") << Keys{Qt::CTRL | Qt::Key_X};
+    QTest::newRow("paste") << Keys{Qt::CTRL | Qt::Key_C, Qt::CTRL | Qt::Key_V};
+    QTest::newRow("duplicate") << Keys{Qt::CTRL | Qt::Key_D};
+    QTest::newRow("delete") << Keys{Qt::Key_Delete};
+    QTest::newRow("move") << Keys{Qt::Key_Right};
+    QTest::newRow("stretch") << Keys{Qt::SHIFT | Qt::Key_Right};
+}
+
+void MainWindowArrangerTest::everyCommandIsOneStepOfUndo()
+{
+    QFETCH(QList<QKeyCombination>, keys);
+    openSong();
+    stage_->engine().setPlayheadBeat(20.0);
+    const QByteArray before = bytes();
+    arranger().blocks()->selectAll(arranger().scene()->blocks());
+    for (const QKeyCombination& key : keys)
+        QTest::keyClick(&arranger(), key.key(), key.keyboardModifiers());
+    compareUndo(before);
+}
+
+void MainWindowArrangerTest::aDragOfSeveralBlocksIsOneStepOfUndo()
+{
+    openSong();
+    const QByteArray before = bytes();
+    BlockEditor& editor = *arranger().blocks();
+    for (const bool copying : {false, true}) {
+        editor.selectAll(arranger().scene()->blocks());
+        editor.take({BlockKind::Melody, 0, 0}, BlockEditor::Press::Plain, false, 0.0);
+        for (const double x : {40.0, 130.0, 70.0})
+            editor.dragTo(x, Qt::LeftButton, copying);
+        editor.release();
+        compareUndo(before);
+        stage_->choose("Deshacer");
+    }
+}
+
+void MainWindowArrangerTest::theMenuServesTheEditorWithTheKeys()
+{
+    QVERIFY(stage_->showWindow());
+    openSong();
+    auto& roll = *stage_->window().findChild<PianoRollCanvas*>();
+    roll.setFocus();
+    stage_->choose("Seleccionar todo");
+    QCOMPARE(roll.scene()->selectedNotes(), QList<int>{0});
+    QVERIFY(arranger().blocks()->selected().isEmpty());
+    arranger().setFocus();
+    stage_->choose("Seleccionar todo");
+    QCOMPARE(arranger().blocks()->selected().size(), 7);
+    stage_->choose("Duplicar");
+    QCOMPARE(stage_->song().tracks[1].loopBlocks.size(), 2);
+    roll.setFocus();
+    QMenu* menu = Widgets::menu(stage_->window(), "&Edición");
+    emit menu->aboutToShow();
+    QVERIFY(!Widgets::entry(stage_->window(), "Pegar")->isEnabled());
+    QVERIFY(Widgets::entry(stage_->window(), "Seleccionar todo")->isEnabled());
+    emit menu->aboutToHide();
+    QVERIFY(Widgets::entry(stage_->window(), "Pegar")->isEnabled());
+}
+
+void MainWindowArrangerTest::blocksThatLieThereAlreadyAreToldOf()
+{
+    openSong();
+    arranger().blocks()->select({BlockKind::Melody, 0, 0});
+    QTest::keyClick(&arranger(), Qt::Key_C, Qt::ControlModifier);
+    QTest::keyClick(&arranger(), Qt::Key_V, Qt::ControlModifier);
+    QCOMPARE(stage_->message(), "Ahí ya está Melodía (1 nota), compás 1, 1 compás.");
+    QVERIFY(!stage_->canUndo());
+}
+
+void MainWindowArrangerTest::theChordsHaveTheirVolumeInThePanel()
+{
+    openSong();
+    arranger().selectChords();
+    auto& panel = *stage_->window().findChild<TrackHeaderPanel*>();
+    auto* volume = panel.findChildren<QSlider*>().value(0);
+    QCOMPARE(volume->value(), 70);
+    volume->setValue(30);
+    QCOMPARE(stage_->song().harmonyTrack.volume, 0.3F);
+    QVERIFY(!stage_->canUndo());
+    Widgets::withText<QToolButton>(panel, "Mute")->click();
+    QVERIFY(stage_->song().harmonyTrack.muted);
+    // The roll still shows the notes that go with the chords.
+    QCOMPARE(stage_->window().findChild<PianoRollCanvas*>()->activeTrack(), 0);
+    // A step of undo leaves the panel where it is.
+    QTest::keyClick(&arranger(), Qt::Key_G);
+    stage_->choose("Deshacer");
+    QCOMPARE(volume->value(), qRound(100.0F * stage_->song().harmonyTrack.volume));
+    QVERIFY(panel.isEnabled());
+    QVERIFY(arranger().areChordsSelected());
 }
 
 QTEST_MAIN(MainWindowArrangerTest)

@@ -153,7 +153,10 @@ void MainWindowMenusTest::menusHoldTheirEntries_data()
                                             "Exportar obra completa…",
                                             "-",
                                             "Salir"};
-    QTest::newRow("Edición") << "&Edición" << QStringList{"Deshacer", "Rehacer"};
+    QTest::newRow("Edición") << "&Edición"
+                             << QStringList{"Deshacer", "Rehacer", "-",
+                                            "Cortar",   "Copiar",  "Pegar",
+                                            "Duplicar", "-",       "Seleccionar todo"};
     QTest::newRow("Ver") << "&Ver"
                          << QStringList{"Qué marca la grilla", "-", "Acercar (tiempo)",
                                         "Alejar (tiempo)"};
@@ -338,7 +341,9 @@ void MainWindowMenusTest::theListOfKeysIsThatOfTheMenus()
     for (const char* row : {"Escribir en el cabezal la última nota que tocaste|Return",
                             "Ir a la nota anterior o a la siguiente|Ctrl+Left; Ctrl+Right",
                             "Mover las notas seleccionadas|Left; Right; Up; Down",
-                            "Mover el bloque seleccionado|Left; Right",
+                            "Mover los bloques seleccionados|Left; Right",
+                            "Seleccionar también lo anterior o lo siguiente|"
+                            "Ctrl+Shift+Left; Ctrl+Shift+Right",
                             "Ir al carril de arriba o de abajo|Ctrl+Up; Ctrl+Down",
                             "Elegir un acorde, en el carril de acordes|Return",
                             "Alargar o acortar lo seleccionado|Shift+Left; Shift+Right",

@@ -43,6 +43,8 @@ void StepKeysTest::arrowsAreReadWithTheirModifiers_data()
     QTest::newRow("Shift") << Qt::Key_Left << int(Qt::ShiftModifier) << int(Act::Stretch) << -1
                            << 0;
     QTest::newRow("Ctrl") << Qt::Key_Down << int(Qt::ControlModifier) << int(Act::Go) << 0 << -1;
+    QTest::newRow("Ctrl and Shift") << Qt::Key_Right << int(Qt::ControlModifier | Qt::ShiftModifier)
+                                    << int(Act::Extend) << 1 << 0;
 }
 
 void StepKeysTest::arrowsAreReadWithTheirModifiers()
@@ -65,8 +67,7 @@ void StepKeysTest::otherKeysAreNoArrows_data()
     QTest::newRow("a letter") << Qt::Key_A << 0;
     QTest::newRow("a page") << Qt::Key_PageUp << 0;
     QTest::newRow("Alt") << Qt::Key_Left << int(Qt::AltModifier);
-    QTest::newRow("Ctrl and Shift")
-        << Qt::Key_Right << int(Qt::ControlModifier | Qt::ShiftModifier);
+    QTest::newRow("Ctrl and Alt") << Qt::Key_Right << int(Qt::ControlModifier | Qt::AltModifier);
 }
 
 void StepKeysTest::otherKeysAreNoArrows()

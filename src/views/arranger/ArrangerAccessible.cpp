@@ -2,7 +2,9 @@
 
 #include "content/LoopLibrary.h"
 #include "model/Project.h"
+#include "music/Beats.h"
 #include "music/ChordVoicer.h"
+#include "playback/NoteRenderer.h"
 #include "views/AccessibleItems.h"
 #include "views/AccessibleRuler.h"
 #include "views/MusicWords.h"
@@ -16,6 +18,9 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QLocale>
+
+#include <cmath>
 
 namespace {
 
@@ -63,6 +68,21 @@ QString recordWords(const Project& project, const LoopLibrary* library, const Bl
     const AudioClip& clip = project.audioTracks.at(block.trackIndex).clips.at(block.blockIndex);
     return MusicWords::list({QCoreApplication::translate("TrackArranger", "Voz"),
                              QFileInfo(clip.audioFilePath).fileName()});
+}
+
+/// How often a loop sounds in a block; nothing where that is no more than once.
+QString roundsWords(const Project& project, const LoopLibrary* library, const BlockRef& block)
+{
+    if (!library || block.kind != BlockKind::Loop)
+        return {};
+    const LoopBlock& loop = project.tracks.at(block.trackIndex).loopBlocks.at(block.blockIndex);
+    const auto length = NoteRenderer::loopBeats(loop, *library, project.beatsPerBar());
+    const double rounds = length ? loop.durationBeats / *length : 0.0;
+    if (!(rounds > 1.0 + kBeatEpsilon))
+        return {};
+    return QCoreApplication::translate("TrackArranger", "%1 vueltas")
+        .arg(QLocale().toString(std::round(rounds * 100.0) / 100.0, 'g',
+                                QLocale::FloatingPointShortest));
 }
 
 template <typename List>
@@ -159,6 +179,8 @@ public:
     bool isSelected(int place) const override
     {
         const LaneInfo& info = lane(place);
+        if (info.kind == LaneKind::Harmony)
+            return column_->selection().chords;
         if (info.kind == LaneKind::NoteTrack)
             return column_->selection().tracks.contains(info.trackIndex);
         return info.kind == LaneKind::AudioTrack &&
@@ -249,7 +271,8 @@ QString ArrangerAccessible::nameOf(const Project& project, const LoopLibrary* li
     const auto levels = ClipEdits::levelsOf(project, block);
     return MusicWords::list(
         {recordWords(project, library, block), MusicWords::bar(span->start, bar),
-         MusicWords::length(span->length, bar), levels ? ClipWords::changes(*levels) : QString()});
+         MusicWords::length(span->length, bar), roundsWords(project, library, block),
+         levels ? ClipWords::changes(*levels) : QString()});
 }
 
 QString ArrangerAccessible::nameOf(const Project& project, const LaneInfo& lane)

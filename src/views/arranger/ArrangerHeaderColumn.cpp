@@ -79,8 +79,8 @@ RowLook lookOf(const LaneInfo& lane, const Project& project, const LaneSelection
 {
     switch (lane.kind) {
     case LaneKind::Harmony:
-        return {.background = canvasColors().laneHarmony,
-                .text = canvasColors().headerText,
+        return {.background = selection.chords ? kLaneSelected : canvasColors().laneHarmony,
+                .text = selection.chords ? QColor(Qt::white) : canvasColors().headerText,
                 .muted = project.harmonyTrack.muted};
     case LaneKind::Section:
         return {.background = kLaneSelected, .text = Qt::white, .isHeading = true};
@@ -194,7 +194,7 @@ void ArrangerHeaderColumn::mousePressEvent(QMouseEvent* event)
     } else if (ArrangerLayout::muteSquare(rowOf(lane)).contains(place)) {
         emit mutePressed(lane);
         update();
-    } else if (lane.kind == LaneKind::NoteTrack || lane.kind == LaneKind::AudioTrack) {
+    } else if (lane.kind != LaneKind::Section) {
         emit lanePressed(BlockOrder::refOf(lane), event->modifiers() & Qt::ControlModifier);
     }
 }

@@ -1,11 +1,14 @@
 #include "views/arranger/BlockEditor.h"
 
 #include "model/Project.h"
+#include "music/Beats.h"
 #include "views/StepKeys.h"
 #include "views/arranger/ArrangerLayout.h"
 #include "views/arranger/ArrangerScene.h"
 #include "views/arranger/ClipGestures.h"
 
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 BlockEditor::BlockEditor(ArrangerScene* scene, QObject* parent)
@@ -19,6 +22,8 @@ BlockEditor::BlockEditor(ArrangerScene* scene, QObject* parent)
 void BlockEditor::setContext(Project* project, const LoopLibrary* library)
 {
     forgetGestures();
+    if (project_ != project)
+        copies_.forgetVoices();
     project_ = project;
     clips_->setProject(project);
     library_ = library;
@@ -242,4 +247,43 @@ void BlockEditor::removeSelected()
     forgetGestures();
     BlockEdits::removeAll(*project_, blocks);
     emit edited();
+}
+
+void BlockEditor::copySelected()
+{
+    const QList<BlockRef> blocks = selected();
+    if (project_ && !blocks.isEmpty())
+        copies_ = BlockCopies(*project_, blocks);
+}
+
+void BlockEditor::paste(double beat, int melodyTrack)
+{
+    if (project_ && hasCopies())
+        lay(copies_, beat, melodyTrack);
+}
+
+void BlockEditor::duplicateSelected()
+{
+    const QList<BlockRef> blocks = selected();
+    if (!project_ || blocks.isEmpty())
+        return;
+    const BlockCopies copies(*project_, blocks);
+    const double step = snapBeats();
+    const double steps = std::max(1.0, std::ceil((copies.span().length - kBeatEpsilon) / step));
+    lay(copies, copies.span().start + steps * step, -1);
+}
+
+void BlockEditor::lay(const BlockCopies& copies, double beat, int melodyTrack)
+{
+    forgetGestures();
+    const BlockCopies::Laid laid = copies.layAt(*project_, beat, melodyTrack);
+    if (!laid.blocks.isEmpty()) {
+        emit edited();
+        current_ = laid.blocks.first();
+        selectAll(laid.blocks);
+    }
+    if (laid.homeless > 0)
+        emit tracksExhausted();
+    else if (laid.blocks.isEmpty() && !laid.present.isEmpty())
+        emit alreadyThere(laid.present.first());
 }

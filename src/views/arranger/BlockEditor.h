@@ -1,6 +1,7 @@
 #pragma once
 
 #include "views/RecordDrag.h"
+#include "views/arranger/BlockCopies.h"
 #include "views/arranger/HeldBlocks.h"
 
 #include <QObject>
@@ -106,6 +107,19 @@ public:
 
     void removeSelected();
 
+    /// Takes copies of the selected blocks, in place of what was copied before. Where none is
+    /// selected that stays.
+    void copySelected();
+
+    bool hasCopies() const { return !copies_.isEmpty(); }
+
+    /// Lays what was copied from a beat on, and selects it. See BlockCopies::layAt().
+    void paste(double beat, int melodyTrack);
+
+    /// Repeats the selected blocks right behind the last of them, a whole number of steps later,
+    /// and selects what is new.
+    void duplicateSelected();
+
 signals:
     /// The records have changed on the way of a gesture: whoever shows them shows them anew.
     void changed();
@@ -115,6 +129,12 @@ signals:
 
     /// An edit of the song is done.
     void edited();
+
+    /// A block was to be laid where it lies already.
+    void alreadyThere(const BlockRef& block);
+
+    /// There was no track for what was to be laid, and no room for one.
+    void tracksExhausted();
 
 private:
     using Records = RecordDrag<HeldBlocks::Record>;
@@ -141,6 +161,7 @@ private:
     };
 
     bool ownsRun() const;
+    void lay(const BlockCopies& copies, double beat, int melodyTrack);
     void showAnew(const QList<BlockRef>& blocks);
     void forgetGestures();
 
@@ -152,4 +173,5 @@ private:
     BlockRef current_;
     std::optional<Drag> drag_;
     std::optional<KeyRun> keyRun_;
+    BlockCopies copies_;
 };

@@ -1,10 +1,9 @@
 #include "views/arranger/HeldBlocks.h"
 
 #include "model/Project.h"
-#include "music/Beats.h"
+#include "views/arranger/ChordPieces.h"
 
 #include <algorithm>
-#include <functional>
 #include <utility>
 
 namespace {
@@ -12,38 +11,6 @@ namespace {
 bool isChord(const BlockRef& block)
 {
     return block.kind == BlockKind::Chord;
-}
-
-const HarmonyDegreeEvent& eventOf(const Project& project, const BlockRef& chord)
-{
-    return project.harmonyTrack.blockForBar(chord.trackIndex)->events.at(chord.blockIndex);
-}
-
-/// Takes chords out of a lane, the last of a bar first, so that the others stay where they are.
-void takeOut(HarmonyTrack& harmony, QList<BlockRef> chords)
-{
-    std::ranges::sort(chords, std::greater());
-    for (const BlockRef& chord : chords)
-        harmony.ensureBlockForBar(chord.trackIndex).events.removeAt(chord.blockIndex);
-    harmony.removeEmptyBlocks();
-}
-
-/// What there is of a chord that was laid over some stretch of a lane.
-QList<BlockRef> piecesOf(const HarmonyTrack& harmony, const BlockSpan& span,
-                         const HarmonyDegreeEvent& chord, double beatsPerBar)
-{
-    QList<BlockRef> pieces;
-    for (const HarmonyBlock& bar : harmony.blocks) {
-        for (int i = 0; i < bar.events.size(); ++i) {
-            const HarmonyDegreeEvent& event = bar.events.at(i);
-            const double start = bar.barIndex * beatsPerBar + event.startBeat;
-            if (event.degree == chord.degree && event.extension == chord.extension &&
-                start > span.start - kBeatEpsilon &&
-                start + event.durationBeats < span.start + span.length + kBeatEpsilon)
-                pieces.append({BlockKind::Chord, bar.barIndex, i});
-        }
-    }
-    return pieces;
 }
 
 template <typename Record>
@@ -77,7 +44,7 @@ HeldBlocks::HeldBlocks(const Project& project, const QList<BlockRef>& blocks)
             continue;
         taken_.append({.block = block, .span = *span});
         if (isChord(block))
-            taken_.last().chord = eventOf(project, block);
+            taken_.last().chord = ChordPieces::eventOf(project, block);
         present_.append(block);
     }
     // In this order a later chord makes room for itself in an earlier one.
@@ -163,30 +130,15 @@ QList<BlockRef> HeldBlocks::setSpans(Project& project, Act act, double step) con
 /// Where one of the chords has no bar to go to, all of them stay.
 QList<BlockRef> HeldBlocks::layChords(Project& project, Act act, double step) const
 {
-    QList<Taken> laid;
+    QList<PlacedChord> laid;
     QList<BlockRef> chords;
     for (const Taken& taken : taken_) {
         if (!isChord(taken.block))
             continue;
-        laid.append(
-            {.block = taken.block, .span = spanAfter(taken, act, step), .chord = taken.chord});
+        laid.append({.span = spanAfter(taken, act, step), .event = taken.chord});
         chords.append(taken.block);
     }
-    const double bar = project.beatsPerBar();
-    HarmonyTrack harmony = project.harmonyTrack;
-    if (act != Act::Copy)
-        takeOut(harmony, chords);
-    const bool all = std::ranges::all_of(laid, [&](const Taken& chord) {
-        return harmony.overlayEvent(chord.span.start, chord.span.length, chord.chord.degree,
-                                    chord.chord.extension, bar);
-    });
-    if (!all)
-        return chords;
-    project.harmonyTrack = harmony;
-    QList<BlockRef> pieces;
-    for (const Taken& chord : laid)
-        pieces += piecesOf(harmony, chord.span, chord.chord, bar);
-    std::ranges::sort(pieces);
-    pieces.erase(std::ranges::unique(pieces).begin(), pieces.end());
-    return pieces;
+    const QList<BlockRef> pieces =
+        ChordPieces::lay(project, laid, act == Act::Copy ? QList<BlockRef>() : chords);
+    return pieces.isEmpty() ? chords : pieces;
 }

@@ -102,6 +102,10 @@ void TrackArranger::connectParts()
     connect(blocks_, &BlockEditor::changed, this, &TrackArranger::rebuildScene);
     connect(blocks_, &BlockEditor::dragEnded, this, &TrackArranger::fitScene);
     connect(blocks_, &BlockEditor::edited, this, &TrackArranger::edited);
+    connect(blocks_, &BlockEditor::tracksExhausted, this, &TrackArranger::tracksExhausted);
+    connect(blocks_, &BlockEditor::alreadyThere, this, [this](const BlockRef& block) {
+        emit alreadyThere(ArrangerAccessible::nameOf(*project_, library_, block));
+    });
     connect(header_, &ArrangerHeaderColumn::lanePressed, this, &TrackArranger::pressLane);
     connect(header_, &ArrangerHeaderColumn::laneRequested, this, &TrackArranger::goToLane);
     connect(header_, &ArrangerHeaderColumn::foldRequested, this, &TrackArranger::toggleGroup);
@@ -145,6 +149,7 @@ void TrackArranger::setContext(Project* project, PlaybackEngine* playback, LoopL
     project_ = project;
     playback_ = playback;
     library_ = library;
+    scene_->setLibrary(library);
     selectFirstTrack();
     ruler_->setProject(project);
     if (project_)
@@ -176,6 +181,7 @@ void TrackArranger::selectFirstTrack()
     selection_.activeTrack = any ? 0 : -1;
     selection_.tracks = any ? QList<int>{0} : QList<int>();
     selection_.audioTrack = -1;
+    selection_.chords = false;
     header_->setSelection(selection_);
 }
 
@@ -332,6 +338,7 @@ void TrackArranger::selectNoteTrack(int index, bool additive)
         tracks.removeAll(index);
     selection_.activeTrack = index;
     selection_.audioTrack = -1;
+    selection_.chords = false;
     setKeyLane({LaneKind::NoteTrack, index});
     emit laneSelectionChanged();
 }
@@ -341,7 +348,18 @@ void TrackArranger::selectAudioTrack(int index)
     selection_.tracks.clear();
     selection_.audioTrack = index;
     selection_.activeTrack = -1;
+    selection_.chords = false;
     setKeyLane({LaneKind::AudioTrack, index});
+    emit laneSelectionChanged();
+}
+
+void TrackArranger::selectChords()
+{
+    selection_.tracks.clear();
+    selection_.audioTrack = -1;
+    selection_.activeTrack = -1;
+    selection_.chords = true;
+    setKeyLane({});
     emit laneSelectionChanged();
 }
 
@@ -352,7 +370,7 @@ void TrackArranger::pressLane(const LaneRef& lane, bool additive)
     else if (lane.kind == LaneKind::AudioTrack)
         selectAudioTrack(lane.trackIndex);
     else
-        setKeyLane(lane);
+        selectChords();
 }
 
 void TrackArranger::setKeyLane(const LaneRef& lane, bool shows)

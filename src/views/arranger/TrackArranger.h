@@ -2,6 +2,7 @@
 
 #include "music/ChordVoicer.h"
 #include "music/LoopSection.h"
+#include "views/EditCommand.h"
 #include "views/Zoom.h"
 #include "views/arranger/LaneSelection.h"
 
@@ -21,7 +22,7 @@ struct ArrowKey;
 
 /// The timeline of a song: a lane for each part of it, with everything placed on it as a block. It
 /// holds nothing of the song; it writes gestures straight into the project and says so.
-class TrackArranger : public QWidget {
+class TrackArranger : public QWidget, public CommandedEditor {
     Q_OBJECT
 
 public:
@@ -45,6 +46,9 @@ public:
 
     /// -1 for none.
     int selectedAudioTrack() const { return selection_.audioTrack; }
+
+    /// Whether it is the lane of chords that is selected, and no track.
+    bool areChordsSelected() const { return selection_.chords; }
 
     /// The horizontal scale of the view, 0.2 to 6.0.
     double zoomX() const { return zoomX_; }
@@ -96,6 +100,11 @@ public:
 
     void selectAudioTrack(int index);
 
+    void selectChords();
+
+    bool can(EditCommand command) const override;
+    void perform(EditCommand command) override;
+
     /// The lane that the keys are on, which is that of the last block or track to be selected.
     const LaneRef& keyLane() const { return selection_.keyLane; }
 
@@ -140,6 +149,12 @@ public:
 signals:
     void edited();
 
+    /// Blocks were to be laid where they lie already: what one of them is, in words.
+    void alreadyThere(const QString& block);
+
+    /// Blocks were to be laid on a track that could not be made.
+    void tracksExhausted();
+
     /// A click has taken a block away, which not everybody expects of it.
     void deletedByClick();
 
@@ -163,8 +178,11 @@ private:
     bool stepByKey(const QKeyEvent& event);
     bool changeByArrow(const QKeyEvent& event, const ArrowKey& arrow);
     bool goByArrow(const ArrowKey& arrow);
-    void goAlongLane(int direction);
-    void goToLaneBeside(int up);
+    void goAlongLane(const ArrowKey& arrow);
+    void goToLaneBeside(const ArrowKey& arrow);
+    void takeAlong(const BlockRef& block);
+    bool areKeysOn(const LaneRef& lane) const;
+    bool commandByKey(const QKeyEvent& event);
     bool movePlayhead(double step, int direction);
     void showBlock(const BlockRef& block);
     void showLane(const LaneInfo& lane);

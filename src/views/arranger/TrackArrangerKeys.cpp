@@ -37,10 +37,12 @@ ChordExtension extensionOf(Qt::KeyboardModifiers modifiers)
 
 bool TrackArranger::event(QEvent* event)
 {
-    // Alt with a letter would open a menu of the window before it could lay a chord.
+    // Alt with a letter would open a menu of the window before it could lay a chord, and the keys
+    // of commands that have nothing to act on lay one too.
     if (event->type() == QEvent::ShortcutOverride) {
         const auto* key = static_cast<QKeyEvent*>(event);
-        if (project_ && key->modifiers() & Qt::AltModifier && pitchClassOfKey(key->key())) {
+        const bool laysANinth = key->modifiers() & Qt::AltModifier && pitchClassOfKey(key->key());
+        if (project_ && (laysANinth || EditKeys::commandOf(*key))) {
             event->accept();
             return true;
         }
@@ -55,7 +57,7 @@ void TrackArranger::keyPressEvent(QKeyEvent* event)
     if (event->isAutoRepeat())
         event->accept();
     else if (!enterByKey(*event) && !deselectByKey(*event) && !deleteByKey(*event) &&
-             !layChordOfKey(*event))
+             !commandByKey(*event) && !layChordOfKey(*event))
         QWidget::keyPressEvent(event);
 }
 
@@ -72,7 +74,7 @@ bool TrackArranger::stepByKey(const QKeyEvent& event)
     const auto arrow = StepKeys::arrowOf(event);
     if (!arrow)
         return false;
-    if (arrow->act == ArrowKey::Act::Go)
+    if (arrow->act == ArrowKey::Act::Go || arrow->act == ArrowKey::Act::Extend)
         return goByArrow(*arrow);
     if (arrow->right == 0)
         return false;
@@ -94,52 +96,72 @@ bool TrackArranger::goByArrow(const ArrowKey& arrow)
 {
     endDrag();
     if (arrow.right != 0)
-        goAlongLane(arrow.right);
+        goAlongLane(arrow);
     else
-        goToLaneBeside(arrow.up);
+        goToLaneBeside(arrow);
     return true;
 }
 
-void TrackArranger::goAlongLane(int direction)
+void TrackArranger::goAlongLane(const ArrowKey& arrow)
 {
     const auto block = BlockOrder::neighbour(BlockOrder::blocksOf(*project_, keyLane()),
-                                             blocks_->current(), direction, placeInSong());
-    if (block)
+                                             blocks_->current(), arrow.right, placeInSong());
+    if (block && arrow.act == ArrowKey::Act::Extend)
+        takeAlong(*block);
+    else if (block)
         goToBlock(*block);
 }
 
-void TrackArranger::goToLaneBeside(int up)
+void TrackArranger::goToLaneBeside(const ArrowKey& arrow)
 {
     const double beat = placeInSong();
-    const LaneInfo* lane = BlockOrder::laneBeside(lanes_, keyLane(), up);
+    const LaneInfo* lane = BlockOrder::laneBeside(lanes_, keyLane(), arrow.up);
     if (!lane || BlockOrder::refOf(*lane) == keyLane())
         return;
     const LaneRef ref = BlockOrder::refOf(*lane);
+    const bool extends = arrow.act == ArrowKey::Act::Extend;
     showLane(*lane);
-    goToLane(ref);
-    if (const auto block =
-            BlockOrder::neighbour(BlockOrder::blocksOf(*project_, ref), std::nullopt, 0, beat))
-        goToBlock(*block);
+    if (extends)
+        setKeyLane(ref, true);
     else
+        goToLane(ref);
+    const auto block =
+        BlockOrder::neighbour(BlockOrder::blocksOf(*project_, ref), std::nullopt, 0, beat);
+    if (!block)
         AccessibleItems::tellCurrent(header_);
+    else if (extends)
+        takeAlong(*block);
+    else
+        goToBlock(*block);
 }
 
 void TrackArranger::goToLane(const LaneRef& lane)
 {
     scene_->clearSelection();
-    if (lane.kind == LaneKind::NoteTrack)
-        selectNoteTrack(lane.trackIndex, false);
-    else if (lane.kind == LaneKind::AudioTrack)
-        selectAudioTrack(lane.trackIndex);
+    if (lane.kind != LaneKind::Group)
+        pressLane(lane, false);
     setKeyLane(lane, true);
+}
+
+/// The lane of the keys is not the selected one where blocks of several were taken along.
+bool TrackArranger::areKeysOn(const LaneRef& lane) const
+{
+    return lane == keyLane() &&
+           (lane.kind != LaneKind::NoteTrack || lane.trackIndex == activeTrack());
 }
 
 void TrackArranger::goToBlock(const BlockRef& block)
 {
     endDrag();
-    if (const LaneRef lane = BlockOrder::laneRefOf(block); lane != keyLane())
+    if (const LaneRef lane = BlockOrder::laneRefOf(block); !areKeysOn(lane))
         goToLane(lane);
     blocks_->select(block);
+    showBlock(block);
+}
+
+void TrackArranger::takeAlong(const BlockRef& block)
+{
+    blocks_->add(block);
     showBlock(block);
 }
 
@@ -209,6 +231,52 @@ bool TrackArranger::deleteByKey(const QKeyEvent& event)
         return false;
     blocks_->endKeyRun();
     blocks_->removeSelected();
+    return true;
+}
+
+bool TrackArranger::can(EditCommand command) const
+{
+    switch (command) {
+    case EditCommand::Cut:
+    case EditCommand::Copy:
+    case EditCommand::Duplicate:
+        return project_ && !blocks_->selected().isEmpty();
+    case EditCommand::Paste:
+        return project_ && blocks_->hasCopies();
+    case EditCommand::SelectAll:
+        break;
+    }
+    return project_ && !scene_->blocks().isEmpty();
+}
+
+void TrackArranger::perform(EditCommand command)
+{
+    if (!can(command))
+        return;
+    endDrag();
+    if (command == EditCommand::Copy || command == EditCommand::Cut)
+        blocks_->copySelected();
+    if (command == EditCommand::Cut)
+        blocks_->removeSelected();
+    else if (command == EditCommand::Paste)
+        blocks_->paste(stepUnderPlayhead(), activeTrack());
+    else if (command == EditCommand::Duplicate)
+        blocks_->duplicateSelected();
+    else if (command == EditCommand::SelectAll)
+        blocks_->selectAll(scene_->blocks());
+    const auto block = blocks_->current();
+    if (block && (command == EditCommand::Paste || command == EditCommand::Duplicate))
+        showBlock(*block);
+    else if (command == EditCommand::SelectAll)
+        AccessibleItems::tellCurrent(view_);
+}
+
+bool TrackArranger::commandByKey(const QKeyEvent& event)
+{
+    const auto command = EditKeys::commandOf(event);
+    if (!command || !can(*command))
+        return false;
+    perform(*command);
     return true;
 }
 

@@ -73,6 +73,15 @@ void append(MelodyBlock& block, QList<NoteEvent> notes, double shift)
     block.notes.append(notes);
 }
 
+/// Adds notes some beats later, ends the edit, and gives them as they are then.
+QList<NoteEvent> laid(MelodyBlock& block, const QList<NoteEvent>& notes, double shift)
+{
+    append(block, notes, shift);
+    const QList<NoteEvent> added = block.notes.last(notes.size());
+    NoteEdits::finish(block);
+    return added;
+}
+
 } // namespace
 
 double NoteEdits::snapped(double beat, double step)
@@ -219,24 +228,23 @@ QList<NoteEvent> NoteEdits::copied(const MelodyBlock& block, const QList<int>& i
     return notes;
 }
 
-void NoteEdits::paste(MelodyBlock& block, const QList<NoteEvent>& notes, double beat, double step)
+QList<NoteEvent> NoteEdits::paste(MelodyBlock& block, const QList<NoteEvent>& notes, double beat,
+                                  double step)
 {
     if (notes.isEmpty())
-        return;
-    append(block, notes, std::max(0.0, snapped(beat - block.startBeat, step)));
-    finish(block);
+        return {};
+    return laid(block, notes, std::max(0.0, snapped(beat - block.startBeat, step)));
 }
 
-void NoteEdits::duplicate(MelodyBlock& block, const QList<int>& indices, double step)
+QList<NoteEvent> NoteEdits::duplicate(MelodyBlock& block, const QList<int>& indices, double step)
 {
     const QList<NoteEvent> notes = notesAt(block, indices);
     if (notes.isEmpty())
-        return;
+        return {};
     const double length = latestEnd(notes) - earliestStart(notes);
     // Sums of starts and lengths miss the grid by some bits, which must not cost a step.
     const double shift = std::ceil((length - kBeatEpsilon) / step) * step;
-    append(block, notes, std::max(0.0, shift));
-    finish(block);
+    return laid(block, notes, std::max(0.0, shift));
 }
 
 void NoteEdits::record(MelodyBlock& block, int pitch, double startBeat, double endBeat, double step)

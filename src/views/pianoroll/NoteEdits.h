@@ -74,11 +74,13 @@ void remove(MelodyBlock& block, QList<int> indices);
 /// Notes in the order of the indices, counted from the earliest of them.
 QList<NoteEvent> copied(const MelodyBlock& block, const QList<int>& indices);
 
-/// Puts copied notes at the step of the block nearest to an absolute beat and ends the edit.
-void paste(MelodyBlock& block, const QList<NoteEvent>& notes, double beat, double step);
+/// Puts copied notes at the step of the block nearest to an absolute beat and ends the edit. The
+/// notes as they lie there.
+QList<NoteEvent> paste(MelodyBlock& block, const QList<NoteEvent>& notes, double beat, double step);
 
 /// Repeats notes right behind the last of them, a whole number of steps later, and ends the edit.
-void duplicate(MelodyBlock& block, const QList<int>& indices, double step);
+/// The notes that are new.
+QList<NoteEvent> duplicate(MelodyBlock& block, const QList<int>& indices, double step);
 
 /// Adds a note that was played and ends the edit. Both beats are absolute; the start is a snapped
 /// one, and the length comes out in whole steps, at least one.

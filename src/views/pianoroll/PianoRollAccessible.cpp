@@ -42,7 +42,7 @@ public:
         return canvas_->scene()->selectedNotes().contains(place);
     }
 
-    int current() const override { return canvas_->scene()->selectedNotes().value(0, -1); }
+    int current() const override { return canvas_->currentNote(); }
 
     void select(int place) override { canvas_->goToNote(place); }
 

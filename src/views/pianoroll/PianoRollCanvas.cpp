@@ -239,6 +239,20 @@ MelodyBlock* PianoRollCanvas::activeBlock()
     return &blocks[std::clamp<qsizetype>(activeBlockIndex_, 0, blocks.size() - 1)];
 }
 
+const MelodyBlock* PianoRollCanvas::shownBlock() const
+{
+    if (!track() || track()->isAccompaniment || track()->melodyBlocks.isEmpty())
+        return nullptr;
+    const QList<MelodyBlock>& blocks = track()->melodyBlocks;
+    return &blocks.at(std::clamp<qsizetype>(activeBlockIndex_, 0, blocks.size() - 1));
+}
+
+int PianoRollCanvas::currentNote() const
+{
+    const QList<int> selected = scene_->selectedNotes();
+    return selected.contains(currentNote_) ? currentNote_ : selected.value(0, -1);
+}
+
 bool PianoRollCanvas::hasEditableBlock()
 {
     return activeBlock() != nullptr;

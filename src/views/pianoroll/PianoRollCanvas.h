@@ -2,6 +2,7 @@
 
 #include "model/GridSubdivision.h"
 #include "music/NoteEvent.h"
+#include "views/EditCommand.h"
 #include "views/RecordDrag.h"
 #include "views/Zoom.h"
 #include "views/pianoroll/PianoRollLayout.h"
@@ -25,7 +26,7 @@ struct Track;
 
 /// Where the notes of one melody block are written, pitch against time. It holds nothing of the
 /// song; it writes gestures straight into the project and says so.
-class PianoRollCanvas : public QWidget {
+class PianoRollCanvas : public QWidget, public CommandedEditor {
     Q_OBJECT
 
 public:
@@ -124,12 +125,19 @@ public:
     /// Selects one note and shows it.
     void goToNote(int index);
 
+    /// The selected note that the keys are on; -1 where none is selected.
+    int currentNote() const;
+
+    bool can(EditCommand command) const override;
+    void perform(EditCommand command) override;
+
     /// What was copied before is gone, even if nothing is selected. Copies outlive their block.
     void copySelection();
 
+    /// Selects what it has pasted.
     void pasteAtPlayhead();
 
-    /// Repeats the selected notes right behind them.
+    /// Repeats the selected notes right behind them, and selects what is new.
     void duplicateSelection();
 
     // ---- Live notes ----
@@ -188,6 +196,7 @@ signals:
     void edited();
 
 protected:
+    bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
@@ -206,6 +215,9 @@ private:
     bool goByArrow(const ArrowKey& arrow);
     bool movePlayhead(double step, int direction);
     bool isPlayheadAtEndOf(const QList<int>& notes);
+    void takeNoteAlong(int index);
+    void selectAllNotes();
+    const MelodyBlock* shownBlock() const;
     void takePlayheadAlong(const QList<int>& notes);
     void showNotes(const QList<int>& indices);
     bool writeByKey(const QKeyEvent& event);
@@ -246,6 +258,8 @@ private:
     QHash<int, int> heldKeys_;
     int keyboardOctave_ = 4;
     int writtenPitch_ = 60;
+    /// May be selected no longer.
+    int currentNote_ = -1;
     std::optional<KeyRun> keyRun_;
 
     PianoRollScene* scene_;

@@ -2,6 +2,7 @@
 
 #include "model/Project.h"
 #include "playback/PlaybackEngine.h"
+#include "views/AccessibleItems.h"
 #include "views/pianoroll/NoteEdits.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 #include "views/pianoroll/PianoRollGridView.h"
@@ -10,6 +11,7 @@
 #include <QMetaMethod>
 
 #include <algorithm>
+#include <numeric>
 
 namespace {
 
@@ -70,9 +72,8 @@ void PianoRollCanvas::pasteAtPlayhead()
     MelodyBlock* block = activeBlock();
     if (!block || copyBuffer_.isEmpty() || !playback_)
         return;
-    scene_->clearSelection();
-    NoteEdits::paste(*block, copyBuffer_, playback_->playheadBeat(), snapBeats());
-    commitEdit();
+    commitSelecting(NoteEdits::paste(*block, copyBuffer_, playback_->playheadBeat(), snapBeats()));
+    showNotes(scene_->selectedNotes());
 }
 
 void PianoRollCanvas::duplicateSelection()
@@ -81,8 +82,56 @@ void PianoRollCanvas::duplicateSelection()
     const QList<int> selected = scene_->selectedNotes();
     if (!block || selected.isEmpty())
         return;
-    NoteEdits::duplicate(*block, selected, snapBeats());
-    commitEdit();
+    commitSelecting(NoteEdits::duplicate(*block, selected, snapBeats()));
+    showNotes(scene_->selectedNotes());
+}
+
+bool PianoRollCanvas::can(EditCommand command) const
+{
+    const MelodyBlock* block = shownBlock();
+    switch (command) {
+    case EditCommand::Cut:
+    case EditCommand::Copy:
+    case EditCommand::Duplicate:
+        return block && !scene_->selectedNotes().isEmpty();
+    case EditCommand::Paste:
+        return playback_ && track() && !track()->isAccompaniment && !copyBuffer_.isEmpty();
+    case EditCommand::SelectAll:
+        break;
+    }
+    return block && !block->notes.isEmpty();
+}
+
+void PianoRollCanvas::perform(EditCommand command)
+{
+    endDrag();
+    switch (command) {
+    case EditCommand::Cut:
+        copySelection();
+        deleteSelectedNotes();
+        break;
+    case EditCommand::Copy:
+        copySelection();
+        break;
+    case EditCommand::Paste:
+        pasteAtPlayhead();
+        break;
+    case EditCommand::Duplicate:
+        duplicateSelection();
+        break;
+    case EditCommand::SelectAll:
+        selectAllNotes();
+        break;
+    }
+}
+
+void PianoRollCanvas::selectAllNotes()
+{
+    const MelodyBlock* block = shownBlock();
+    QList<int> notes(block ? block->notes.size() : 0);
+    std::iota(notes.begin(), notes.end(), 0);
+    scene_->selectNotes(notes);
+    AccessibleItems::tellCurrent(view_);
 }
 
 std::optional<int> PianoRollCanvas::writeNote()

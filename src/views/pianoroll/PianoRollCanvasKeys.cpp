@@ -43,6 +43,17 @@ void PianoRollCanvas::endHeldKeys()
 
 // ---- Keys ----------------------------------------------------------------------------------
 
+bool PianoRollCanvas::event(QEvent* event)
+{
+    // The menu has the same keys for either editor.
+    if (event->type() == QEvent::ShortcutOverride &&
+        EditKeys::commandOf(*static_cast<QKeyEvent*>(event))) {
+        event->accept();
+        return true;
+    }
+    return QWidget::event(event);
+}
+
 void PianoRollCanvas::keyPressEvent(QKeyEvent* event)
 {
     if (stepByKey(*event))
@@ -67,15 +78,16 @@ bool PianoRollCanvas::stepByKey(const QKeyEvent& event)
     }
     if (!arrow || arrow->act == ArrowKey::Act::Stretch)
         return false;
-    return arrow->act == ArrowKey::Act::Go ? goByArrow(*arrow)
-                                           : movePlayhead(snapBeats(), arrow->right);
+    return arrow->act == ArrowKey::Act::Move ? movePlayhead(snapBeats(), arrow->right)
+                                             : goByArrow(*arrow);
 }
 
 /// Whether there is anything selected that the arrow acts on.
 bool PianoRollCanvas::changeByArrow(const QKeyEvent& event, const ArrowKey& arrow)
 {
     const bool stretchesUp = arrow.act == ArrowKey::Act::Stretch && arrow.right == 0;
-    if (arrow.act == ArrowKey::Act::Go || stretchesUp)
+    const bool goes = arrow.act == ArrowKey::Act::Go || arrow.act == ArrowKey::Act::Extend;
+    if (goes || stretchesUp)
         return false;
     const bool goesOn = keyRun_ && keyRun_->key == event.key() && event.isAutoRepeat();
     if (!goesOn) {
@@ -131,14 +143,26 @@ bool PianoRollCanvas::goByArrow(const ArrowKey& arrow)
                                           playhead - block->startBeat);
     if (note < 0)
         return false;
-    goToNote(note);
+    if (arrow.act == ArrowKey::Act::Extend)
+        takeNoteAlong(note);
+    else
+        goToNote(note);
     return true;
 }
 
 void PianoRollCanvas::goToNote(int index)
 {
     endDrag();
+    currentNote_ = index;
     scene_->selectNotes({index});
+    showNotes({index});
+}
+
+void PianoRollCanvas::takeNoteAlong(int index)
+{
+    endDrag();
+    currentNote_ = index;
+    scene_->selectNotes(scene_->selectedNotes() << index);
     showNotes({index});
 }
 
@@ -211,12 +235,8 @@ bool PianoRollCanvas::editByKey(const QKeyEvent& event)
         keyboardOctave_ = std::min(keyboardOctave_ + 1, kHighestOctave);
     else if (key == Qt::Key_Z && !ctrl)
         keyboardOctave_ = std::max(keyboardOctave_ - 1, kLowestOctave);
-    else if (key == Qt::Key_C && ctrl)
-        copySelection();
-    else if (key == Qt::Key_V && ctrl)
-        pasteAtPlayhead();
-    else if (key == Qt::Key_D && ctrl)
-        duplicateSelection();
+    else if (const auto command = EditKeys::commandOf(event))
+        perform(*command);
     else
         return false;
     return true;

@@ -30,6 +30,7 @@ private slots:
 
     void blocksAreChildrenOfTheGrid();
     void namesOfTheLibraryAreSaid();
+    void aStretchedLoopTellsItsRounds();
     void lanesAreChildrenOfTheColumn();
     void aBlockKnowsWhereItStands();
     void aBlockCanBeSelected();
@@ -108,6 +109,24 @@ void ArrangerAccessibleTest::namesOfTheLibraryAreSaid()
              QStringLiteral("Gato, Bajo, Intermedio 2, compás 3, 4 compases"));
     QCOMPARE(ArrangerAccessible::nameOf(song, nullptr, {BlockKind::Loop, 0, 0}),
              QStringLiteral("gato, gato_bajo, Intermedio 2, compás 3, 4 compases"));
+}
+
+void ArrangerAccessibleTest::aStretchedLoopTellsItsRounds()
+{
+    ContentFixture files;
+    files.addPackage("gato", R"({"rhythm": {"id": "gato", "displayName": "Gato"},
+        "loopLayers": [{"id": "gato_bajo", "label": "Bajo"}],
+        "loopVariants": [{"layerId": "gato_bajo", "section": "Normal", "variantIndex": 1,
+                          "durationBars": 2, "notes": []}]})");
+    files.library().reload();
+    Project song;
+    song.tracks = {
+        loopTrack({loop("gato", "gato_bajo", 0.0, 8.0), loop("gato", "gato_bajo", 8.0, 20.0)})};
+    QCOMPARE(ArrangerAccessible::nameOf(song, &files.library(), {BlockKind::Loop, 0, 0}),
+             QStringLiteral("Gato, Bajo, Normal 1, compás 1, 2 compases"));
+    QCOMPARE(ArrangerAccessible::nameOf(song, &files.library(), {BlockKind::Loop, 0, 1}),
+             QStringLiteral("Gato, Bajo, Normal 1, compás 3, 5 compases, ") +
+                 QLocale().toString(2.5) + QStringLiteral(" vueltas"));
 }
 
 void ArrangerAccessibleTest::lanesAreChildrenOfTheColumn()

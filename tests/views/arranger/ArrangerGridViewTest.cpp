@@ -345,7 +345,6 @@ void ArrangerGridViewTest::pressOutsideTheTracksSelectsNoLane_data()
     QTest::addColumn<double>("beat");
     QTest::addColumn<int>("y");
 
-    QTest::newRow("chord") << 1.0 << kChordsY;
     QTest::newRow("header of a section") << 1.0 << kVeltasY;
     QTest::newRow("header of a group") << 1.0 << kPercussionY;
     QTest::newRow("below the lanes") << 1.0 << 380;

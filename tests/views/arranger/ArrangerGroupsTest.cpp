@@ -1,20 +1,9 @@
 #include "ArrangerStage.h"
+#include "StageBlocks.h"
 #include "support/UserHome.h"
 #include "views/arranger/BlockEditor.h"
 
 using namespace ProjectBuilder;
-
-namespace {
-
-const BlockRef kFirstMelody{BlockKind::Melody, 0, 0};
-const BlockRef kSecondMelody{BlockKind::Melody, 0, 1};
-const BlockRef kFlute{BlockKind::Melody, 2, 0};
-const BlockRef kAna{BlockKind::Audio, 0, 0};
-const BlockRef kFirstBombo{BlockKind::Loop, 1, 0};
-const BlockRef kSecondBombo{BlockKind::Loop, 1, 1};
-const BlockRef kBajo{BlockKind::Loop, 3, 0};
-
-} // namespace
 
 /// Several blocks of the arranger at once, by mouse and by keys.
 class ArrangerGroupsTest : public QObject {

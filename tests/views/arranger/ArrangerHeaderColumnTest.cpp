@@ -63,6 +63,7 @@ private slots:
     void pressOnAVoiceSelectsIt();
     void pressOnAHeadingSelectsNothing_data();
     void pressOnAHeadingSelectsNothing();
+    void pressOnTheChordsSelectsThem();
     void rowsEndWhereTheNextOnesBegin();
 
     void pressOnAGroupFoldsIt_data();
@@ -193,7 +194,6 @@ void ArrangerHeaderColumnTest::pressOnAHeadingSelectsNothing_data()
 {
     QTest::addColumn<int>("y");
 
-    QTest::newRow("chords") << kChordsY;
     QTest::newRow("first section") << kVeltasY;
     QTest::newRow("second section") << kAccompanimentY;
     QTest::newRow("below the last lane") << 358;
@@ -207,6 +207,19 @@ void ArrangerHeaderColumnTest::pressOnAHeadingSelectsNothing()
     const QSignalSpy edited(&stage_->arranger, &TrackArranger::edited);
     press(20, y);
     QCOMPARE(selected.size() + edited.size(), 0);
+}
+
+void ArrangerHeaderColumnTest::pressOnTheChordsSelectsThem()
+{
+    press(20, kChordsY);
+    QVERIFY(stage_->arranger.areChordsSelected());
+    QCOMPARE(stage_->arranger.activeTrack(), -1);
+    QCOMPARE(stage_->arranger.selectedTracks(), QList<int>());
+    press(20, kFlautaY);
+    QVERIFY(!stage_->arranger.areChordsSelected());
+    press(20, kChordsY);
+    press(20, kBetoY);
+    QVERIFY(!stage_->arranger.areChordsSelected());
 }
 
 void ArrangerHeaderColumnTest::rowsEndWhereTheNextOnesBegin()
