@@ -1,10 +1,10 @@
 #include "content/InstallPlan.h"
 
-#include "content/ContentDownloadManager.h"
 #include "content/ContentFiles.h"
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
 
+#include <QCoreApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -19,11 +19,12 @@ namespace {
 QString flawOf(const Instrument& instrument, const QString& bankRoot)
 {
     if (!ContentFiles::isPlainFileName(instrument.id))
-        return ContentDownloadManager::tr(
-            "el id de un instrumento no sirve como nombre de archivo");
+        return QCoreApplication::translate(
+            "ContentDownloadManager", "el id de un instrumento no sirve como nombre de archivo");
     const QString bank = ContentFiles::bankFile(instrument.id);
     if (instrument.soundfontBankPath != bank || !ContentFiles::staysInside(bankRoot, bank))
-        return ContentDownloadManager::tr("el banco de %1 no está en su carpeta")
+        return QCoreApplication::translate("ContentDownloadManager",
+                                           "el banco de %1 no está en su carpeta")
             .arg(instrument.id);
     return {};
 }
@@ -39,12 +40,14 @@ QString flawOf(const QString& rhythmId, const QByteArray& package, const QByteAr
                                           &rhythm, nullptr, &layers, &variants, &error))
         return error;
     if (rhythm.id != rhythmId)
-        return ContentDownloadManager::tr("es de otro ritmo");
+        return QCoreApplication::translate("ContentDownloadManager", "es de otro ritmo");
     if (library.claimsShippedLayer(layers, variants))
-        return ContentDownloadManager::tr("cambia un ritmo que vino con el programa");
+        return QCoreApplication::translate("ContentDownloadManager",
+                                           "cambia un ritmo que vino con el programa");
     const QJsonObject offsets = QJsonDocument::fromJson(groove).object();
     if (!ContentPackage::isGrooveWithinBounds(offsets))
-        return ContentDownloadManager::tr("tiene un groove demasiado largo");
+        return QCoreApplication::translate("ContentDownloadManager",
+                                           "tiene un groove demasiado largo");
     return {};
 }
 

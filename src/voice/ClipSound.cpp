@@ -2,7 +2,7 @@
 
 #include "music/Beats.h"
 #include "voice/AudioDecoder.h"
-#include "voice/VoiceMix.h"
+#include "voice/Resampled.h"
 #include "voice/VoiceTuner.h"
 
 #include <QDateTime>
@@ -52,7 +52,7 @@ ClipSound ClipSound::read(const ClipSource& source, qint64 frames, const std::st
         return {};
     QList<float> mono = AudioDecoder::toMono(decoded);
     if (decoded.sampleRate != kSampleRate)
-        mono = VoiceMix::resampled(mono, decoded.sampleRate);
+        mono = resampled(mono, decoded.sampleRate);
     const qint64 length = mono.size();
     if (source.tune.enabled) {
         // Compared this way round, since a number of frames may be too large to add to.

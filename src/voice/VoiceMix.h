@@ -50,8 +50,4 @@ QList<float> renderToTheEnd(const Voices& voices, ClipCache& cache,
 /// and added. A clip that cannot be read, or whose place is not a finite number, is left out.
 QList<float> render(const Project& project, const QString& projectDir, qint64 frames);
 
-/// Mono samples at kSampleRate, by linear interpolation. The result is one sample shorter than
-/// it could be, so that every sample has a right neighbour.
-QList<float> resampled(const QList<float>& mono, int sampleRate);
-
 } // namespace VoiceMix

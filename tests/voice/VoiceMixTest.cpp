@@ -6,6 +6,7 @@
 #include "support/SoundFile.h"
 #include "support/Tones.h"
 #include "voice/AudioDecoder.h"
+#include "voice/Resampled.h"
 #include "voice/VoiceTuner.h"
 
 #include <QDir>
@@ -683,7 +684,7 @@ void VoiceMixTest::theLastSampleIsHeldBelowTheMixingRate()
 {
     QFETCH(int, sampleRate);
     QFETCH(QList<float>, samples);
-    QTEST(VoiceMix::resampled(samples, sampleRate), "expected");
+    QTEST(resampled(samples, sampleRate), "expected");
 }
 
 void VoiceMixTest::resamplingHasTheBitsOfThePlainForm()
@@ -692,7 +693,7 @@ void VoiceMixTest::resamplingHasTheBitsOfThePlainForm()
     for (int round = 0; round < 400; ++round) {
         const int sampleRate = static_cast<int>(random.magnitude(2000.0, 400000.0));
         const QList<float> mono = Tones::noise(random.between(0, 400), 12);
-        QVERIFY2(VoiceMix::resampled(mono, sampleRate) == plainlyResampled(mono, sampleRate),
+        QVERIFY2(resampled(mono, sampleRate) == plainlyResampled(mono, sampleRate),
                  qPrintable(QString("%1 samples at %2 Hz").arg(mono.size()).arg(sampleRate)));
     }
 }
@@ -710,8 +711,8 @@ void VoiceMixTest::resamplingFromNoRateGivesNothing_data()
 void VoiceMixTest::resamplingFromNoRateGivesNothing()
 {
     QFETCH(int, sampleRate);
-    QVERIFY(VoiceMix::resampled({}, sampleRate).isEmpty());
-    QVERIFY(VoiceMix::resampled(ramp(100), sampleRate).isEmpty());
+    QVERIFY(resampled({}, sampleRate).isEmpty());
+    QVERIFY(resampled(ramp(100), sampleRate).isEmpty());
 }
 
 void VoiceMixTest::tuningHappensAtTheMixingRate_data()
