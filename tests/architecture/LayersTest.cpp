@@ -118,6 +118,7 @@ private slots:
     void aFolderUsesOnlyFoldersAboveItself();
     void includesFollowTheTable_data();
     void includesFollowTheTable();
+    void noTwoKnowEachOther();
     void foreignHeadersStayInTheirOnePlace();
     void lowerFoldersKnowNoWidgets();
 };
@@ -166,6 +167,21 @@ void LayersTest::includesFollowTheTable()
                      qPrintable(source + " steps upward to " + header));
         }
     }
+}
+
+// Whoever shows a part knows it, and the part says what was asked of it.
+void LayersTest::noTwoKnowEachOther()
+{
+    QSet<QPair<QString, QString>> steps;
+    for (const QString& source : allSources()) {
+        for (const QString& header : includesOf(source).own) {
+            if (withoutSuffix(header) != withoutSuffix(source))
+                steps.insert({withoutSuffix(source), withoutSuffix(header)});
+        }
+    }
+    QVERIFY(!steps.isEmpty());
+    for (const auto& [from, to] : std::as_const(steps))
+        QVERIFY2(!steps.contains({to, from}), qPrintable(from + " and " + to));
 }
 
 void LayersTest::foreignHeadersStayInTheirOnePlace()

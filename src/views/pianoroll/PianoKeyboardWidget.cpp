@@ -2,7 +2,6 @@
 
 #include "music/KeySignature.h"
 #include "shell/theme/CanvasColors.h"
-#include "views/pianoroll/PianoRollCanvas.h"
 #include "views/pianoroll/PianoRollGridView.h"
 #include "views/pianoroll/PianoRollLayout.h"
 
@@ -52,8 +51,8 @@ double whiteKeyBottom(int pitch)
 
 } // namespace
 
-PianoKeyboardWidget::PianoKeyboardWidget(PianoRollCanvas* canvas, QWidget* parent)
-    : QWidget(parent), canvas_(canvas)
+PianoKeyboardWidget::PianoKeyboardWidget(const PianoRollGridView* view, QWidget* parent)
+    : QWidget(parent), view_(view)
 {
     const QFontMetrics metrics(sized(font(), kLargestLetters));
     blackKeyWidth_ = metrics.horizontalAdvance(u"G# / Sol#"_s) + kBlackKeyMargin;
@@ -63,7 +62,7 @@ PianoKeyboardWidget::PianoKeyboardWidget(PianoRollCanvas* canvas, QWidget* paren
 
 int PianoKeyboardWidget::pitchAtY(int y) const
 {
-    return sceneYToPitch(canvas_->view()->mapToScene(QPoint(0, y)).y());
+    return sceneYToPitch(view_->mapToScene(QPoint(0, y)).y());
 }
 
 // ---- Mouse ---------------------------------------------------------------------------------
@@ -115,7 +114,7 @@ void PianoKeyboardWidget::release()
 
 void PianoKeyboardWidget::wheelEvent(QWheelEvent* event)
 {
-    canvas_->wheelNotes(event->angleDelta().y());
+    emit wheelTurned(event->angleDelta().y());
     event->accept();
 }
 
@@ -123,7 +122,7 @@ void PianoKeyboardWidget::wheelEvent(QWheelEvent* event)
 
 QFont PianoKeyboardWidget::keyFont() const
 {
-    const int rowHeight = static_cast<int>(canvas_->view()->transform().m22() * kRowPixels);
+    const int rowHeight = static_cast<int>(view_->transform().m22() * kRowPixels);
     return sized(font(), std::clamp(static_cast<int>(rowHeight * kLettersOfRow), kSmallestLetters,
                                     kLargestLetters));
 }
@@ -145,7 +144,7 @@ void PianoKeyboardWidget::paintSeparators(QPainter& painter) const
     // A rectangle is rounded as the rows of the grid are, and a line is not.
     const double pixel = 1.0 / painter.deviceTransform().m11();
     for (int pitch = kLowestPitch; pitch <= kHighestPitch; ++pitch) {
-        const double y = canvas_->view()->viewportY(whiteKeyBottom(pitch));
+        const double y = view_->viewportY(whiteKeyBottom(pitch));
         if (!isBlackKey(pitch) && y >= 0.0 && y <= height())
             painter.fillRect(QRectF(0.0, y, width(), pixel), canvasColors().keyLine);
     }
@@ -153,8 +152,8 @@ void PianoKeyboardWidget::paintSeparators(QPainter& painter) const
 
 void PianoKeyboardWidget::paintKey(QPainter& painter, int pitch) const
 {
-    const double top = canvas_->view()->viewportY(pitchToSceneY(pitch));
-    const double bottom = canvas_->view()->viewportY(pitchToSceneY(pitch) + kRowPixels);
+    const double top = view_->viewportY(pitchToSceneY(pitch));
+    const double bottom = view_->viewportY(pitchToSceneY(pitch) + kRowPixels);
     if (bottom < 0.0 || top > height())
         return;
     const QRectF row(0.0, top, width(), bottom - top);

@@ -2,7 +2,7 @@
 
 #include <QWidget>
 
-class PianoRollCanvas;
+class PianoRollGridView;
 
 /// The keys at the left of the piano roll, each in line with the row of its pitch. They know
 /// nothing of music: they tell which key the mouse holds.
@@ -10,8 +10,10 @@ class PianoKeyboardWidget : public QWidget {
     Q_OBJECT
 
 public:
-    /// The canvas is not owned. Keys stand as its view does.
-    explicit PianoKeyboardWidget(PianoRollCanvas* canvas, QWidget* parent = nullptr);
+    /// The view is not owned. Keys stand as its rows do.
+    explicit PianoKeyboardWidget(const PianoRollGridView* view, QWidget* parent = nullptr);
+
+    const PianoRollGridView* view() const { return view_; }
 
     /// The pitch of the row at a height of the widget; -1 outside the rows.
     int pitchAtY(int y) const;
@@ -25,11 +27,12 @@ public:
     /// Pixels; the widest name fits at its largest.
     int blackKeyWidth() const { return blackKeyWidth_; }
 
-    PianoRollCanvas* canvas() const { return canvas_; }
-
 signals:
     void keyPressed(int pitch);
     void keyReleased(int pitch);
+
+    /// The wheel was turned by an angle over the keys.
+    void wheelTurned(int angleDelta);
 
 protected:
     bool event(QEvent* event) override;
@@ -48,7 +51,7 @@ private:
     void paintBlackKey(QPainter& painter, int pitch, const QRectF& row) const;
     void paintWhiteKey(QPainter& painter, int pitch, const QRectF& row) const;
 
-    PianoRollCanvas* canvas_;
+    const PianoRollGridView* view_;
     int pressedPitch_ = -1;
     int blackKeyWidth_ = 0;
 };

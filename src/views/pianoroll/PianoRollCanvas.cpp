@@ -28,9 +28,6 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr double kLeastZoom = 0.2;
-constexpr double kMostZoom = 6.0;
-
 constexpr int kCornerHeight = 34;
 constexpr int kScrollMs = 140;
 constexpr double kSnapWithoutProject = 0.5;
@@ -65,8 +62,8 @@ QToolButton* arrowButton(const QString& face, const QString& toolTip)
 
 PianoRollCanvas::PianoRollCanvas(QWidget* parent)
     : QWidget(parent), scene_(new PianoRollScene(this)), caption_(new ElidedLabel),
-      ruler_(new TimelineRuler), view_(new PianoRollGridView(this)),
-      keyboard_(new PianoKeyboardWidget(this))
+      ruler_(new TimelineRuler), view_(new PianoRollGridView(scene_, this)),
+      keyboard_(new PianoKeyboardWidget(view_))
 {
     auto* layout = new QGridLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -80,6 +77,12 @@ PianoRollCanvas::PianoRollCanvas(QWidget* parent)
     new WheelForwarder(ruler_, view_->viewport());
     setFocusPolicy(Qt::StrongFocus);
     view_->setFocusProxy(this);
+    connectParts();
+    nameParts();
+}
+
+void PianoRollCanvas::connectParts()
+{
     scrollAnimation_.setDuration(kScrollMs);
     scrollAnimation_.setEasingCurve(QEasingCurve::OutCubic);
     connect(&scrollAnimation_, &QVariantAnimation::valueChanged, this,
@@ -92,7 +95,12 @@ PianoRollCanvas::PianoRollCanvas(QWidget* parent)
     connect(keyboard_, &PianoKeyboardWidget::keyReleased, this, &PianoRollCanvas::liveNoteOff);
     connect(ruler_, &TimelineRuler::seekRequested, this, &PianoRollCanvas::seek);
     connect(ruler_, &TimelineRuler::placeRequested, this, &PianoRollCanvas::placePlayhead);
-    nameParts();
+    connect(keyboard_, &PianoKeyboardWidget::wheelTurned, this, &PianoRollCanvas::wheelNotes);
+    connect(view_, &PianoRollGridView::rowsTurned, this, &PianoRollCanvas::wheelNotes);
+    connect(view_, &PianoRollGridView::heightChanged, this, &PianoRollCanvas::applyVerticalFit);
+    connect(view_, &PianoRollGridView::rowZoomRequested, this, &PianoRollCanvas::zoomVertical);
+    connect(view_, &PianoRollGridView::zoomRequested, this,
+            [this](double factor) { zoomHorizontal(factor, Zoom::By::Wheel); });
     // Letters may come by way of the buttons, which have a focus of their own.
     connect(qApp, &QApplication::focusChanged, this, &PianoRollCanvas::endHeldKeys);
 }
@@ -320,84 +328,6 @@ QString PianoRollCanvas::captionOf(const MelodyBlock& block) const
         .arg(name.isEmpty() ? tr("Melodía") : name,
              KeySignature::solfegeName(key.rootPitchClass) + u' ' + modeName(key.mode),
              block.notes.isEmpty() ? tr("sin notas todavía") : length);
-}
-
-// ---- Rows and zoom -------------------------------------------------------------------------
-
-bool PianoRollCanvas::melodyVisible()
-{
-    const MelodyBlock* block = activeBlock();
-    return !block || block->notes.isEmpty() ||
-           std::ranges::any_of(
-               block->notes, [this](const NoteEvent& note) { return rows_.contains(note.pitch); });
-}
-
-void PianoRollCanvas::showWholeMelody()
-{
-    const MelodyBlock* block = activeBlock();
-    rows_ = block ? PitchRows::around(block->notes) : PitchRows();
-    applyVerticalFit();
-}
-
-void PianoRollCanvas::applyVerticalFit()
-{
-    const int height = view_->viewport()->height();
-    if (height <= 0)
-        return;
-    zoomY_ = static_cast<double>(height) / (rows_.count * PianoRollLayout::kRowPixels);
-    // The rows change, not the place in the song.
-    const int x = view_->horizontalScrollBar()->value();
-    view_->setTransform(QTransform::fromScale(zoomX_, zoomY_));
-    view_->horizontalScrollBar()->setValue(x);
-    scrollToTopPitch(rows_.top, false);
-    syncRulerAndKeyboard();
-}
-
-void PianoRollCanvas::zoomHorizontal(double factor, Zoom::By by)
-{
-    const double zoom = zoomX_ * factor;
-    if (std::isnan(zoom))
-        return;
-    zoomX_ = std::clamp(zoom, kLeastZoom, kMostZoom);
-    const double playhead = playback_ ? playback_->playheadBeat() : 0.0;
-    Zoom::set(*view_, QTransform::fromScale(zoomX_, zoomY_),
-              playhead * PianoRollLayout::kBeatPixels, by);
-    syncRulerAndKeyboard();
-}
-
-void PianoRollCanvas::zoomVertical(double factor)
-{
-    rows_ = factor > 1.0 ? rows_.withOneFewer() : rows_.withOneMore();
-    applyVerticalFit();
-}
-
-void PianoRollCanvas::scrollToTopPitch(int pitch, bool animated)
-{
-    rows_ = rows_.withTop(pitch);
-    const auto y =
-        static_cast<int>(std::lround(PianoRollLayout::pitchToSceneY(rows_.top) * zoomY_));
-    QScrollBar* bar = view_->verticalScrollBar();
-    scrollAnimation_.stop();
-    if (!animated) {
-        bar->setValue(y);
-        return;
-    }
-    scrollAnimation_.setStartValue(bar->value());
-    scrollAnimation_.setEndValue(y);
-    scrollAnimation_.start();
-}
-
-void PianoRollCanvas::scrollNotes(int delta)
-{
-    scrollToTopPitch(rows_.top + std::clamp(delta, -PitchRows::kMost, PitchRows::kMost), true);
-}
-
-void PianoRollCanvas::wheelNotes(int angleDelta)
-{
-    const WheelTurn turn = PianoRollLayout::turned(wheelRemainder_, angleDelta);
-    wheelRemainder_ = turn.remainder;
-    if (turn.rows != 0)
-        scrollNotes(turn.rows);
 }
 
 // ---- Playhead ------------------------------------------------------------------------------

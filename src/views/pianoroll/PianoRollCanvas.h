@@ -1,11 +1,11 @@
 #pragma once
 
-#include "model/GridSubdivision.h"
 #include "music/NoteEvent.h"
 #include "views/EditCommand.h"
 #include "views/RecordDrag.h"
 #include "views/Zoom.h"
 #include "views/pianoroll/PianoRollLayout.h"
+#include "views/pianoroll/RollNotes.h"
 
 #include <QHash>
 #include <QList>
@@ -26,7 +26,7 @@ struct Track;
 
 /// Where the notes of one melody block are written, pitch against time. It holds nothing of the
 /// song; it writes gestures straight into the project and says so.
-class PianoRollCanvas : public QWidget, public CommandedEditor {
+class PianoRollCanvas : public QWidget, public CommandedEditor, public RollNotes {
     Q_OBJECT
 
 public:
@@ -44,14 +44,14 @@ public:
 
     void setSubdivisionLevel(GridSubdivisionLevel level);
 
-    Project* project() const { return project_; }
+    Project* project() const override { return project_; }
 
     PlaybackEngine* playback() const { return playback_; }
 
     /// -1 for none.
     int activeTrack() const { return activeTrack_; }
 
-    GridSubdivisionLevel subdivisionLevel() const { return subdivisionLevel_; }
+    GridSubdivisionLevel subdivisionLevel() const override { return subdivisionLevel_; }
 
     PianoRollScene* scene() const { return scene_; }
 
@@ -61,32 +61,23 @@ public:
 
     TimelineRuler* ruler() const { return ruler_; }
 
-    /// What stands over the grid: the track, the key and the length of the block.
-    QString caption() const;
+    QString caption() const override;
 
-    /// Length of a step in beats.
-    double snapBeats() const;
-
-    /// The block whose notes can be edited, or null: for no track, and for one of the
-    /// accompaniment. A track without a melody block is given one, as long as the song, here and
-    /// without a word. Valid until the next change of the track's blocks.
-    MelodyBlock* activeBlock();
+    double snapBeats() const override;
+    MelodyBlock* activeBlock() override;
 
     /// As activeBlock().
     bool hasEditableBlock();
 
-    void rebuildScene();
-
-    /// Gives the scene the size of the song again, which a drag keeps it from getting.
-    void fitScene();
+    void rebuildScene() override;
+    void fitScene() override;
 
     /// Ends a drag of notes that is under way as if the mouse let go, and a run of arrows as if the
     /// key came up: whoever puts other records into the project, or reads it as a whole, does so
     /// first.
     void endDrag();
 
-    /// Makes one edit of what an arrow that is held down has done to the notes.
-    void endKeyRun();
+    void endKeyRun() override;
 
     /// Writes the track, the key and the length of the block over the grid.
     void updateCaption();
@@ -106,27 +97,21 @@ public:
 
     // ---- Edits ----
 
-    /// Adds a note to the block at an absolute beat, and says nothing of it.
-    void addNoteAt(double beat, int pitch, double duration);
-
-    /// Puts the notes of the block in order, and says that the project has been edited.
-    void commitEdit();
+    void addNoteAt(double beat, int pitch, double duration) override;
+    void commitEdit() override;
 
     /// As commitEdit(), and selects some notes of the block, by their values.
     void commitSelecting(const QList<NoteEvent>& notes);
 
-    void deleteSelectedNotes();
+    void deleteSelectedNotes() override;
 
     /// Writes a note of a step at the playhead, at the pitch that was played last, and selects it.
     /// While nothing plays the playhead goes on to its end. The pitch; nothing where there is no
     /// block to write in.
     std::optional<int> writeNote();
 
-    /// Selects one note and shows it.
-    void goToNote(int index);
-
-    /// The selected note that the keys are on; -1 where none is selected.
-    int currentNote() const;
+    void goToNote(int index) override;
+    int currentNote() const override;
 
     bool can(EditCommand command) const override;
     void perform(EditCommand command) override;
@@ -151,9 +136,8 @@ public:
     /// -1 for keys other than the letters A to G.
     int keyLetterToPitch(int key, bool sharp) const;
 
-    /// Sounds a pitch with the instrument of the track, until endPreview().
-    void startPreview(int pitch);
-    void endPreview(int pitch);
+    void startPreview(int pitch) override;
+    void endPreview(int pitch) override;
 
     /// Sounds a pitch until liveNoteOff(), which writes it into the block if the song was playing.
     void liveNoteOn(int pitch);
@@ -227,6 +211,7 @@ private:
     void endHeldKeys();
     void forgetGestures();
 
+    void connectParts();
     void nameParts();
     QWidget* makeBar();
     QWidget* makeCorner();

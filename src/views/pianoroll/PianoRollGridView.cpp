@@ -4,9 +4,9 @@
 #include "shell/theme/CanvasColors.h"
 #include "views/AccessibleItems.h"
 #include "views/pianoroll/PianoRollBackdrop.h"
-#include "views/pianoroll/PianoRollCanvas.h"
 #include "views/pianoroll/PianoRollLayout.h"
 #include "views/pianoroll/PianoRollScene.h"
+#include "views/pianoroll/RollNotes.h"
 
 #include <QMouseEvent>
 #include <QScrollBar>
@@ -22,10 +22,10 @@ constexpr double kWheelZoom = 1.15;
 
 } // namespace
 
-PianoRollGridView::PianoRollGridView(PianoRollCanvas* canvas, QWidget* parent)
-    : QGraphicsView(parent), canvas_(canvas)
+PianoRollGridView::PianoRollGridView(PianoRollScene* scene, RollNotes* notes, QWidget* parent)
+    : QGraphicsView(parent), scene_(scene), notes_(notes)
 {
-    setScene(canvas->scene());
+    setScene(scene);
     // The keys beside the grid stand in line with its rows.
     setFrameShape(QFrame::NoFrame);
     setRenderHint(QPainter::Antialiasing, false);
@@ -40,7 +40,7 @@ PianoRollGridView::PianoRollGridView(PianoRollCanvas* canvas, QWidget* parent)
 
 NoteItem* PianoRollGridView::noteItemAt(const QPointF& place) const
 {
-    return canvas_->scene()->noteAt(place);
+    return scene_->noteAt(place);
 }
 
 double PianoRollGridView::viewportY(double sceneY) const
@@ -51,7 +51,7 @@ double PianoRollGridView::viewportY(double sceneY) const
 void PianoRollGridView::resizeEvent(QResizeEvent* event)
 {
     QGraphicsView::resizeEvent(event);
-    canvas_->applyVerticalFit();
+    emit heightChanged();
 }
 
 void PianoRollGridView::showEvent(QShowEvent* event)
@@ -60,7 +60,7 @@ void PianoRollGridView::showEvent(QShowEvent* event)
     const int x = horizontalScrollBar()->value();
     QGraphicsView::showEvent(event);
     horizontalScrollBar()->setValue(x);
-    canvas_->applyVerticalFit();
+    emit heightChanged();
 }
 
 bool PianoRollGridView::event(QEvent* event)
@@ -75,7 +75,7 @@ bool PianoRollGridView::event(QEvent* event)
 
 std::optional<QList<NoteEvent>> PianoRollGridView::notesOfBlock() const
 {
-    const MelodyBlock* block = canvas_->activeBlock();
+    const MelodyBlock* block = notes_->activeBlock();
     return block ? std::optional(block->notes) : std::nullopt;
 }
 
@@ -86,7 +86,7 @@ void PianoRollGridView::endDrag()
     const bool edited = drag_->block.isEdit(notesOfBlock());
     cancelDrag();
     if (edited)
-        canvas_->commitEdit();
+        notes_->commitEdit();
 }
 
 void PianoRollGridView::cancelDrag()
@@ -96,20 +96,20 @@ void PianoRollGridView::cancelDrag()
     // Before the preview ends: who hears of that may look at the grid.
     const Drag drag = *std::exchange(drag_, std::nullopt);
     if (drag.mode == DragMode::Draw)
-        canvas_->endPreview(drag.drawPitch);
-    canvas_->fitScene();
+        notes_->endPreview(drag.drawPitch);
+    notes_->fitScene();
 }
 
 void PianoRollGridView::dragTo(const QPointF& place)
 {
-    applyTo(*canvas_->activeBlock(), place);
+    applyTo(*notes_->activeBlock(), place);
     if (drag_->block.leave(notesOfBlock()))
-        canvas_->rebuildScene();
+        notes_->rebuildScene();
 }
 
 void PianoRollGridView::applyTo(MelodyBlock& block, const QPointF& place)
 {
-    const double step = canvas_->snapBeats();
+    const double step = notes_->snapBeats();
     const QPointF way = place - drag_->start;
     const double beats = NoteEdits::snapped(way.x() / PianoRollLayout::kBeatPixels, step);
     if (drag_->mode == DragMode::Move) {
@@ -124,14 +124,14 @@ void PianoRollGridView::applyTo(MelodyBlock& block, const QPointF& place)
 
 void PianoRollGridView::applyMoveDelta(double beats, int pitches)
 {
-    if (MelodyBlock* block = canvas_->activeBlock())
+    if (MelodyBlock* block = notes_->activeBlock())
         NoteEdits::move(*block, drag_->notes, beats, pitches);
 }
 
 void PianoRollGridView::applyResizeDelta(double beats)
 {
-    if (MelodyBlock* block = canvas_->activeBlock())
-        NoteEdits::resize(*block, drag_->notes, beats, canvas_->snapBeats());
+    if (MelodyBlock* block = notes_->activeBlock())
+        NoteEdits::resize(*block, drag_->notes, beats, notes_->snapBeats());
 }
 
 // ---- Mouse ---------------------------------------------------------------------------------
@@ -140,11 +140,11 @@ void PianoRollGridView::mousePressEvent(QMouseEvent* event)
 {
     const bool left = event->button() == Qt::LeftButton;
     const bool right = event->button() == Qt::RightButton;
-    if ((!left && !right) || !canvas_->hasEditableBlock()) {
+    if ((!left && !right) || !notes_->activeBlock()) {
         QGraphicsView::mousePressEvent(event);
         return;
     }
-    canvas_->endKeyRun();
+    notes_->endKeyRun();
     const QPointF place = mapToScene(event->position().toPoint());
     if (right) {
         deleteAt(place);
@@ -167,7 +167,7 @@ void PianoRollGridView::deleteAt(const QPointF& place)
     if (!note)
         return;
     note->setSelected(true);
-    canvas_->deleteSelectedNotes();
+    notes_->deleteSelectedNotes();
 }
 
 void PianoRollGridView::startRubberBand(QMouseEvent* event)
@@ -184,11 +184,11 @@ void PianoRollGridView::pressOnNote(NoteItem* note, const QPointF& place,
             scene()->clearSelection();
         note->setSelected(true);
     }
-    const MelodyBlock& block = *canvas_->activeBlock();
+    const MelodyBlock& block = *notes_->activeBlock();
     const bool grip = PianoRollLayout::isOnGrip(place.x(), note->rect(), transform().m11());
     drag_ = Drag{.mode = grip ? DragMode::Resize : DragMode::Move,
                  .start = place,
-                 .notes = NoteEdits::dragged(block, canvas_->scene()->selectedNotes()),
+                 .notes = NoteEdits::dragged(block, scene_->selectedNotes()),
                  .block = RecordDrag(Qt::LeftButton, notesOfBlock())};
     AccessibleItems::tellCurrent(this);
 }
@@ -196,19 +196,19 @@ void PianoRollGridView::pressOnNote(NoteItem* note, const QPointF& place,
 void PianoRollGridView::drawNote(const QPointF& place)
 {
     scene()->clearSelection();
-    const double step = canvas_->snapBeats();
+    const double step = notes_->snapBeats();
     const int pitch = PianoRollLayout::sceneYToPitch(place.y());
     const double beat = std::floor(place.x() / PianoRollLayout::kBeatPixels / step) * step;
     if (pitch == -1 || beat < 0.0)
         return;
-    canvas_->addNoteAt(beat, pitch, step);
+    notes_->addNoteAt(beat, pitch, step);
     drag_ = Drag{.mode = DragMode::Draw,
                  .start = place,
                  .drawBeat = beat,
                  .drawPitch = pitch,
-                 .drawIndex = static_cast<int>(canvas_->activeBlock()->notes.size()) - 1,
+                 .drawIndex = static_cast<int>(notes_->activeBlock()->notes.size()) - 1,
                  .block = RecordDrag(Qt::LeftButton, notesOfBlock(), true)};
-    canvas_->startPreview(pitch);
+    notes_->startPreview(pitch);
 }
 
 void PianoRollGridView::mouseMoveEvent(QMouseEvent* event)
@@ -260,13 +260,13 @@ void PianoRollGridView::wheelEvent(QWheelEvent* event)
     const bool shift = event->modifiers() & Qt::ShiftModifier;
     const bool up = angle.y() > 0;
     if (ctrl && shift)
-        canvas_->zoomVertical(up ? kWheelZoom : 1.0 / kWheelZoom);
+        emit rowZoomRequested(up ? kWheelZoom : 1.0 / kWheelZoom);
     else if (ctrl)
-        canvas_->zoomHorizontal(up ? kWheelZoom : 1.0 / kWheelZoom, Zoom::By::Wheel);
+        emit zoomRequested(up ? kWheelZoom : 1.0 / kWheelZoom);
     else if (shift)
         scrollHorizontally(angle.x() != 0 ? angle.x() : angle.y());
     else if (std::abs(angle.x()) <= std::abs(angle.y()))
-        canvas_->wheelNotes(angle.y());
+        emit rowsTurned(angle.y());
     else
         scrollHorizontally(angle.x());
     event->accept();
@@ -281,8 +281,8 @@ void PianoRollGridView::scrollHorizontally(int pixels)
 
 void PianoRollGridView::drawBackground(QPainter* painter, const QRectF& rect)
 {
-    if (const Project* project = canvas_->project())
-        PianoRollBackdrop::paint(*painter, rect, *project, canvas_->subdivisionLevel());
+    if (const Project* project = notes_->project())
+        PianoRollBackdrop::paint(*painter, rect, *project, notes_->subdivisionLevel());
     else
         painter->fillRect(rect, canvasColors().canvasBackground);
 }

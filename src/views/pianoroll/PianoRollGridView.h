@@ -9,7 +9,8 @@
 #include <optional>
 
 class NoteItem;
-class PianoRollCanvas;
+class PianoRollScene;
+class RollNotes;
 
 /// The grid of the piano roll: paints the key, the chords and the lines of time under the notes,
 /// and turns the mouse into edits.
@@ -17,9 +18,13 @@ class PianoRollGridView : public QGraphicsView {
     Q_OBJECT
 
 public:
-    explicit PianoRollGridView(PianoRollCanvas* canvas, QWidget* parent = nullptr);
+    /// Neither is owned.
+    PianoRollGridView(PianoRollScene* scene, RollNotes* notes, QWidget* parent = nullptr);
 
-    PianoRollCanvas* canvas() const { return canvas_; }
+    RollNotes* notes() const { return notes_; }
+
+    /// The scene of the view.
+    PianoRollScene* roll() const { return scene_; }
 
     /// The topmost editable note at a place of the scene, or null.
     NoteItem* noteItemAt(const QPointF& place) const;
@@ -38,6 +43,17 @@ public:
 
     /// The height in the viewport of a height of the scene, in pixels and parts of them.
     double viewportY(double sceneY) const;
+
+signals:
+    /// There is another height for the rows.
+    void heightChanged();
+
+    /// The wheel asks for another scale of time or for another number of rows, by factors.
+    void zoomRequested(double factor);
+    void rowZoomRequested(double factor);
+
+    /// The wheel was turned by an angle over the rows.
+    void rowsTurned(int angleDelta);
 
 protected:
     bool event(QEvent* event) override;
@@ -79,6 +95,7 @@ private:
     void showCursorAt(const QPointF& place);
     void scrollHorizontally(int pixels);
 
-    PianoRollCanvas* canvas_;
+    PianoRollScene* scene_;
+    RollNotes* notes_;
     std::optional<Drag> drag_;
 };
