@@ -77,7 +77,8 @@ public:
         for (const double offset : {0.0, 16.0})
             track.clips.append({.audioFilePath = QStringLiteral("voz.wav"),
                                 .offsetBeats = offset,
-                                .durationBeats = kVoiceSeconds * project->bpm / 60.0});
+                                .durationBeats = kVoiceSeconds * project->bpm / 60.0,
+                                .tune = {}});
         project->audioTracks = {track, track};
         arranger.setContext(project.get(), &engine, nullptr);
         const auto* item =
