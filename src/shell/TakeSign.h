@@ -28,5 +28,5 @@ private:
     QToolButton* cancel_;
     QString caption_;
     QElapsedTimer elapsed_;
-    QTimer tick_;
+    QTimer tick_{this};
 };

@@ -10,6 +10,7 @@
 #include "shell/OnlineSearchDialog.h"
 #include "shell/OpenProjectDialog.h"
 #include "shell/QtTexts.h"
+#include "shell/TakeSign.h"
 #include "shell/TransportControls.h"
 #include "shell/theme/ThemeManager.h"
 #include "shots/PictureSong.h"
@@ -30,6 +31,7 @@
 #include <QStatusBar>
 #include <QStyleFactory>
 #include <QTimeZone>
+#include <QTimer>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -138,7 +140,10 @@ void ShotStage::abandonWork()
 void ShotStage::lookRecording()
 {
     window_->engine()->setPlayheadBeat(5.0);
-    window_->findChild<TransportControls*>()->showRecording(true);
+    auto* controls = window_->findChild<TransportControls*>();
+    controls->showRecording(true);
+    // However long it takes to paint the picture, the take has just begun.
+    controls->findChild<TakeSign*>()->findChild<QTimer*>()->stop();
     roll().setRecording(true);
     arranger().setRecording(true);
     window_->statusBar()->findChild<QLabel*>(u"grabando"_s)->show();
