@@ -4,6 +4,7 @@
 #include "shell/theme/CanvasColors.h"
 #include "views/AccessibleItems.h"
 #include "views/LoopDragPayload.h"
+#include "views/RubberBand.h"
 #include "views/ScreenPixels.h"
 #include "views/arranger/ArrangerLayout.h"
 #include "views/arranger/ArrangerScene.h"
@@ -76,6 +77,7 @@ ArrangerGridView::ArrangerGridView(ArrangerScene* scene, BlockEditor* blocks, QW
     setScene(scene);
     setAlignment(Qt::AlignLeft | Qt::AlignTop);
     setMouseTracking(true);
+    colorRubberBand(*this);
     setAcceptDrops(true);
     viewport()->setAcceptDrops(true);
 }

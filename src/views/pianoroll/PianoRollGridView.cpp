@@ -3,6 +3,7 @@
 #include "model/Track.h"
 #include "shell/theme/CanvasColors.h"
 #include "views/AccessibleItems.h"
+#include "views/RubberBand.h"
 #include "views/pianoroll/PianoRollBackdrop.h"
 #include "views/pianoroll/PianoRollLayout.h"
 #include "views/pianoroll/PianoRollScene.h"
@@ -32,6 +33,7 @@ PianoRollGridView::PianoRollGridView(PianoRollScene* scene, RollNotes* notes, QW
     setTransformationAnchor(AnchorUnderMouse);
     setAlignment(Qt::AlignLeft | Qt::AlignTop);
     setMouseTracking(true);
+    colorRubberBand(*this);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     // A scene takes whatever is dragged over it, and the window would not get it any more.
     setAcceptDrops(false);
