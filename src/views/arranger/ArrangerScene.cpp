@@ -2,6 +2,7 @@
 
 #include "model/Project.h"
 #include "music/Beats.h"
+#include "music/ChordNames.h"
 #include "music/ChordVoicer.h"
 #include "playback/NoteRenderer.h"
 #include "shell/theme/CanvasColors.h"
@@ -148,8 +149,11 @@ void ArrangerScene::addChords(const Project& project)
                 continue;
             const QString label =
                 ChordVoicer::degreeLabel(project.keySignature, event.degree, event.extension);
-            addItem(new BlockItem({BlockKind::Chord, block.barIndex, i}, *rect, label,
-                                  degreeColor(event.degree)));
+            auto* item = new BlockItem({BlockKind::Chord, block.barIndex, i}, *rect, label,
+                                       degreeColor(event.degree));
+            item->setFullLabel(
+                ChordNames::labelOf(project.keySignature, event.degree, event.extension));
+            addItem(item);
         }
     }
 }

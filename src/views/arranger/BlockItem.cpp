@@ -48,6 +48,12 @@ BlockItem::BlockItem(const BlockRef& block, const QRectF& rect, const QString& l
     setFlag(ItemIsSelectable);
 }
 
+void BlockItem::setFullLabel(const QString& label)
+{
+    fullLabel_ = label;
+    setToolTip(label);
+}
+
 QColor BlockItem::fill() const
 {
     switch (block_.kind) {
@@ -100,8 +106,11 @@ void BlockItem::paintLabel(QPainter& painter, const QColor& color) const
 {
     const QRectF room = painter.worldTransform().mapRect(rect()).adjusted(4, 1, -2, -1);
     const QFont font = labelFont(painter.font());
+    const QFontMetricsF metrics(font);
+    const bool fits =
+        !fullLabel_.isEmpty() && metrics.horizontalAdvance(fullLabel_) <= room.width();
     const QString label =
-        QFontMetricsF(font).elidedText(label_, Qt::ElideRight, std::max(room.width(), 0.0));
+        metrics.elidedText(fits ? fullLabel_ : label_, Qt::ElideRight, std::max(room.width(), 0.0));
     if (label.isEmpty())
         return;
     painter.save();

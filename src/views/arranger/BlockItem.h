@@ -28,6 +28,12 @@ public:
 
     double repeat() const { return repeat_; }
 
+    /// What the block says in place of its label where there is room for it, and always in its
+    /// tool tip.
+    void setFullLabel(const QString& label);
+
+    const QString& fullLabel() const { return fullLabel_; }
+
     /// What fills the block while it is not selected.
     QColor fill() const;
 
@@ -49,6 +55,7 @@ private:
 
     BlockRef block_;
     QString label_;
+    QString fullLabel_;
     QColor chordColor_;
     double repeat_ = 0.0;
 };

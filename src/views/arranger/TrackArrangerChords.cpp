@@ -1,6 +1,7 @@
 // How chords are chosen and laid.
 
 #include "model/Project.h"
+#include "music/ChordNames.h"
 #include "playback/PlaybackEngine.h"
 #include "views/ScrollIntoView.h"
 #include "views/arranger/ArrangerGridView.h"
@@ -10,8 +11,6 @@
 
 #include <cmath>
 #include <optional>
-
-using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
@@ -26,11 +25,10 @@ struct Chord {
     ChordExtension extension = ChordExtension::Triad;
 };
 
-void addChords(QMenu* menu, const KeySignature& key, ChordExtension extension,
-               const QString& suffix)
+void addChords(QMenu* menu, const KeySignature& key, ChordExtension extension)
 {
     for (int degree = 1; degree <= kDegrees; ++degree)
-        menu->addAction(ChordVoicer::degreeLabel(key, degree, ChordExtension::Triad) + suffix)
+        menu->addAction(ChordNames::labelOf(key, degree, extension))
             ->setData(QVariant::fromValue(qMakePair(degree, static_cast<int>(extension))));
 }
 
@@ -39,9 +37,9 @@ std::optional<Chord> askChord(QWidget* parent, const KeySignature& key, const QP
                               TrackArranger::OpenedBy by)
 {
     QMenu menu(parent);
-    addChords(menu.addMenu(TrackArranger::tr("Con séptima")), key, ChordExtension::Seventh, u"7"_s);
-    addChords(menu.addMenu(TrackArranger::tr("Con novena")), key, ChordExtension::Ninth, u"9"_s);
-    addChords(&menu, key, ChordExtension::Triad, QString());
+    addChords(menu.addMenu(TrackArranger::tr("Con séptima")), key, ChordExtension::Seventh);
+    addChords(menu.addMenu(TrackArranger::tr("Con novena")), key, ChordExtension::Ninth);
+    addChords(&menu, key, ChordExtension::Triad);
     if (by == TrackArranger::OpenedBy::Key)
         menu.setActiveAction(menu.actions().at(kSubmenus));
     const QAction* chosen = menu.exec(globalPos);

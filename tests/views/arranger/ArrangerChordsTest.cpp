@@ -483,7 +483,7 @@ void ArrangerChordsTest::damagedMetersAreSurvived()
     band_->engine().setPlayheadBeat(5.0);
     stage_->key(Qt::Key_C);
     QCOMPARE(chordsOf(stage_->song), QStringList());
-    const MenuAnswer answer({"IV"});
+    const MenuAnswer answer({"IV · Fa"});
     stage_->click(QPoint(70, kChordsY));
     QVERIFY(answer.wasAsked());
     QCOMPARE(chordsOf(stage_->song), QStringList());
@@ -507,25 +507,29 @@ void ArrangerChordsTest::menuHasEveryChordOfTheKey_data()
     QTest::addColumn<QStringList>("entries");
 
     QTest::newRow("C major") << kCMajor
-                             << QStringList{"Con séptima: I7 ii7 iii7 IV7 V7 vi7 vii°7",
-                                            "Con novena: I9 ii9 iii9 IV9 V9 vi9 vii°9",
-                                            "I",
-                                            "ii",
-                                            "iii",
-                                            "IV",
-                                            "V",
-                                            "vi",
-                                            "vii°"};
+                             << QStringList{"Con séptima: I7 · Domaj7 ii7 · Rem7 iii7 · Mim7 "
+                                            "IV7 · Famaj7 V7 · Sol7 vi7 · Lam7 vii°7 · Sim7♭5",
+                                            "Con novena: I9 · Domaj9 ii9 · Rem9 iii9 · Mim7♭9 "
+                                            "IV9 · Famaj9 V9 · Sol9 vi9 · Lam9 vii°9 · Sim7♭5♭9",
+                                            "I · Do",
+                                            "ii · Rem",
+                                            "iii · Mim",
+                                            "IV · Fa",
+                                            "V · Sol",
+                                            "vi · Lam",
+                                            "vii° · Si°"};
     QTest::newRow("A minor") << kAMinor
-                             << QStringList{"Con séptima: i7 ii°7 III7 iv7 v7 VI7 VII7",
-                                            "Con novena: i9 ii°9 III9 iv9 v9 VI9 VII9",
-                                            "i",
-                                            "ii°",
-                                            "III",
-                                            "iv",
-                                            "v",
-                                            "VI",
-                                            "VII"};
+                             << QStringList{"Con séptima: i7 · Lam7 ii°7 · Sim7♭5 III7 · Domaj7 "
+                                            "iv7 · Rem7 v7 · Mim7 VI7 · Famaj7 VII7 · Sol7",
+                                            "Con novena: i9 · Lam9 ii°9 · Sim7♭5♭9 III9 · Domaj9 "
+                                            "iv9 · Rem9 v9 · Mim7♭9 VI9 · Famaj9 VII9 · Sol9",
+                                            "i · Lam",
+                                            "ii° · Si°",
+                                            "III · Do",
+                                            "iv · Rem",
+                                            "v · Mim",
+                                            "VI · Fa",
+                                            "VII · Sol"};
 }
 
 void ArrangerChordsTest::menuHasEveryChordOfTheKey()
@@ -563,10 +567,10 @@ void ArrangerChordsTest::menuLaysTheChosenChord_data()
     QTest::addColumn<QStringList>("choice");
     QTest::addColumn<QString>("chord");
 
-    QTest::newRow("triad") << QStringList{"IV"} << "2: 4.0 1+3";
-    QTest::newRow("last triad") << QStringList{"vii°"} << "2: 7.0 1+3";
-    QTest::newRow("seventh") << QStringList{"Con séptima", "V7"} << "2: 5.1 1+3";
-    QTest::newRow("ninth") << QStringList{"Con novena", "ii9"} << "2: 2.2 1+3";
+    QTest::newRow("triad") << QStringList{"IV · Fa"} << "2: 4.0 1+3";
+    QTest::newRow("last triad") << QStringList{"vii° · Si°"} << "2: 7.0 1+3";
+    QTest::newRow("seventh") << QStringList{"Con séptima", "V7 · Sol7"} << "2: 5.1 1+3";
+    QTest::newRow("ninth") << QStringList{"Con novena", "ii9 · Rem9"} << "2: 2.2 1+3";
 }
 
 void ArrangerChordsTest::menuLaysTheChosenChord()
@@ -624,7 +628,7 @@ void ArrangerChordsTest::clickOnTheChordLaneAsks()
     QFETCH(QString, chord);
     stage_->song.timeSignature = meter;
     emit stage_->song.changed();
-    const MenuAnswer answer({"IV"});
+    const MenuAnswer answer({"IV · Fa"});
     stage_->press(place, button);
     QCOMPARE(laid(), QStringList{chord});
     QCOMPARE(edits_, 1);
@@ -644,7 +648,7 @@ void ArrangerChordsTest::clickOnAChordAsksNothing()
 {
     stage_->song.harmonyTrack = harmony({1, 4});
     emit stage_->song.changed();
-    const MenuAnswer answer({"IV"});
+    const MenuAnswer answer({"IV · Fa"});
     stage_->click(stage_->at(5.0, kChordsY));
     QCoreApplication::processEvents();
     stage_->click(stage_->at(5.0, kChordsY), Qt::RightButton);
@@ -657,7 +661,7 @@ void ArrangerChordsTest::clickOfAZoomedAndScrolledSongAsks()
 {
     stage_->arranger.zoomHorizontal(2.0);
     stage_->arranger.view()->horizontalScrollBar()->setValue(600);
-    const MenuAnswer answer({"I"});
+    const MenuAnswer answer({"I · Do"});
     // Pixel 100 is place 350 of the scene, in beat 10.
     stage_->click(QPoint(100, kChordsY));
     QCOMPARE(laid(), QStringList{"2: 1.0 2+2"});
@@ -679,7 +683,7 @@ void ArrangerChordsTest::projectThatChangesUnderTheMenuGetsNoChord()
     QTimer::singleShot(0, this, [this, another, &other] {
         stage_->arranger.setContext(another ? &other : nullptr, nullptr, nullptr);
     });
-    const MenuAnswer answer({"IV"});
+    const MenuAnswer answer({"IV · Fa"});
     stage_->arranger.openHarmonyMenu(0.0, QPoint(100, 100));
     QVERIFY(answer.wasAsked());
     QCOMPARE(chordsOf(other), QStringList());
@@ -723,7 +727,7 @@ void ArrangerChordsTest::mutedChordsAreLaidInSilence()
 {
     stage_->song.harmonyTrack.muted = true;
     stage_->key(Qt::Key_C);
-    const MenuAnswer answer({"IV"});
+    const MenuAnswer answer({"IV · Fa"});
     stage_->click(stage_->at(4.5, kChordsY));
     QCOMPARE(laid(), QStringList({"0: 1.0 0+4", "1: 4.0 0+4"}));
     QCOMPARE(edits_, 2);
@@ -738,7 +742,7 @@ void ArrangerChordsTest::chordOutsideTheKeyIsNotHeard()
 
 void ArrangerChordsTest::menuIsHeardToo()
 {
-    const MenuAnswer answer({"Con séptima", "V7"});
+    const MenuAnswer answer({"Con séptima", "V7 · Sol7"});
     stage_->click(stage_->at(4.0, kChordsY));
     QCOMPARE(Band::notes(), QStringList({"13 55 80", "13 59 80", "13 62 80", "13 65 80"}));
 }

@@ -397,7 +397,7 @@ void ArrangerKeysTest::thePlayheadComesIntoSight()
 void ArrangerKeysTest::returnOnTheChordLaneOpensTheMenu()
 {
     engine_->setPlayheadBeat(5.7);
-    const MenuAnswer answer({"ii"});
+    const MenuAnswer answer({"ii · Rem"});
     key(Qt::Key_Return);
     QVERIFY(answer.wasAsked());
     const QPoint playhead = stage_->grid()->mapToGlobal(stage_->at(5.0, kChordsY));
@@ -414,7 +414,7 @@ void ArrangerKeysTest::returnBeginsAtTheFirstTriad()
         auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
         QVERIFY(menu);
         QVERIFY(menu->activeAction());
-        QCOMPARE(menu->activeAction()->text(), "I");
+        QCOMPARE(menu->activeAction()->text(), "I · Do");
         QTest::keyClick(menu, Qt::Key_Down);
         QTest::keyClick(menu, Qt::Key_Return);
     });

@@ -88,6 +88,7 @@ private slots:
     void cornersAreRound();
 
     void labelIsWhiteInItsPlace();
+    void fullLabelTakesThePlaceOfTheShortOneWhereItFits();
     void labelIsSmallerThanTheFont_data();
     void labelIsSmallerThanTheFont();
     void longLabelIsElided();
@@ -244,6 +245,20 @@ void BlockItemTest::cornersAreRound()
 }
 
 // ---- Label ---------------------------------------------------------------------------------
+
+void BlockItemTest::fullLabelTakesThePlaceOfTheShortOneWhereItFits()
+{
+    BlockItem plain = blockOf(BlockKind::Chord, "HH");
+    BlockItem named = blockOf(BlockKind::Chord, "HH");
+    named.setFullLabel("HH · HHH");
+    BlockItem whole = blockOf(BlockKind::Chord, "HH · HHH");
+    QCOMPARE(named.toolTip(), "HH · HHH");
+    QCOMPARE(named.label(), "HH");
+    QCOMPARE(paintedItem(named), paintedItem(whole));
+    constexpr double kNarrow = 0.35;
+    QCOMPARE(paintedItem(named, QApplication::font(), kNarrow),
+             paintedItem(plain, QApplication::font(), kNarrow));
+}
 
 void BlockItemTest::labelIsWhiteInItsPlace()
 {
