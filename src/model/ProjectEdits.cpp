@@ -37,14 +37,19 @@ std::optional<qsizetype> addAccompaniment(Project& project, const QString& layer
     return project.tracks.size() - 1;
 }
 
-std::optional<qsizetype> findAccompaniment(const Project& project, const QString& layerId)
+/// Whether the same loop, wherever it lies and however long it is.
+bool isSameLoop(const LoopBlock& one, const LoopBlock& other)
 {
-    const auto track = std::ranges::find_if(project.tracks, [&](const Track& candidate) {
-        return candidate.isAccompaniment && ProjectEdits::effectiveLayer(candidate) == layerId;
-    });
-    if (track == project.tracks.cend())
-        return std::nullopt;
-    return track - project.tracks.cbegin();
+    return one.rhythmId == other.rhythmId && one.layerId == other.layerId &&
+           one.section == other.section && one.variantIndex == other.variantIndex;
+}
+
+QList<LoopBlock> loopsOf(const Song& work)
+{
+    QList<LoopBlock> loops;
+    for (const Track& track : work.tracks)
+        loops.append(track.loopBlocks);
+    return loops;
 }
 
 template <typename TrackList>
@@ -138,11 +143,43 @@ double ProjectEdits::barStart(const Project& project, double beat)
     return isBarLength(bar) ? std::floor(beat / bar) * bar : 0.0;
 }
 
+std::optional<qsizetype> ProjectEdits::accompanimentOf(const Project& project,
+                                                       const QString& layerId)
+{
+    const auto track = std::ranges::find_if(project.tracks, [&](const Track& candidate) {
+        return candidate.isAccompaniment && effectiveLayer(candidate) == layerId;
+    });
+    if (track == project.tracks.cend())
+        return std::nullopt;
+    return track - project.tracks.cbegin();
+}
+
+bool ProjectEdits::hasLoop(const Project& project, const LoopBlock& block)
+{
+    const auto track = accompanimentOf(project, block.layerId);
+    return track &&
+           std::ranges::any_of(project.tracks.at(*track).loopBlocks, [&](const LoopBlock& other) {
+               return isSameLoop(other, block) &&
+                      std::abs(other.startBeat - block.startBeat) < kBeatEpsilon &&
+                      other.durationBeats > block.durationBeats - kBeatEpsilon;
+           });
+}
+
+std::optional<LoopBlock> ProjectEdits::loopMissingIn(const Song& lacking, const Song& work)
+{
+    const QList<LoopBlock> fewer = loopsOf(lacking);
+    const QList<LoopBlock> loops = loopsOf(work);
+    if (loops.size() != fewer.size() + 1)
+        return std::nullopt;
+    const auto [missing, next] = std::ranges::mismatch(loops, fewer);
+    return std::equal(missing + 1, loops.end(), next) ? std::optional(*missing) : std::nullopt;
+}
+
 std::optional<qsizetype> ProjectEdits::addLoop(Project& project, const LoopBlock& block,
                                                const QString& instrumentId,
                                                const QString& newTrackName)
 {
-    auto index = findAccompaniment(project, block.layerId);
+    auto index = accompanimentOf(project, block.layerId);
     if (!index)
         index = addAccompaniment(project, block.layerId, instrumentId, newTrackName);
     if (!index)

@@ -46,6 +46,17 @@ QString effectiveLayer(const Track& track);
 /// The start, in beats, of the bar that holds a beat; 0.0 where the meter has no bars.
 double barStart(const Project& project, double beat);
 
+/// Index of the first accompaniment track of a layer; nothing where there is none.
+std::optional<qsizetype> accompanimentOf(const Project& project, const QString& layerId);
+
+/// Whether a loop would add nothing but loudness: the same one begins at its place already, and
+/// lasts at least as long.
+bool hasLoop(const Project& project, const LoopBlock& block);
+
+/// The one loop block that another state of the work lacks; nothing where the two differ otherwise
+/// in their loops.
+std::optional<LoopBlock> loopMissingIn(const Song& lacking, const Song& work);
+
 /// Lays a loop on the first accompaniment track of its layer and returns the index of that track. A
 /// layer without one gets a new track at the end, with a name and an instrument. Nothing is laid
 /// where that would be one track too many.

@@ -1,6 +1,7 @@
 #include "shell/LoopBrowser.h"
 
 #include "content/InstrumentLibrary.h"
+#include "content/LoopLength.h"
 #include "content/LoopLibrary.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/ChoiceBox.h"
@@ -389,15 +390,14 @@ void LoopBrowser::previewVariant(LoopSection section, int variantIndex)
 
 void LoopBrowser::placeVariant(LoopSection section, int variantIndex)
 {
-    const LoopVariant* variant =
-        library_->findVariant(layerCombo_->currentId(), section, variantIndex);
     const LoopLayer* layer = library_->findLayer(layerCombo_->currentId());
     const Rhythm* rhythm = layer ? library_->findRhythm(layer->rhythmId) : nullptr;
-    if (!project_ || !variant || !rhythm)
+    const auto beats =
+        rhythm ? loopBeats(*library_, rhythm->id, layer->id, section, variantIndex) : std::nullopt;
+    if (!project_ || !beats)
         return;
     const LoopBlock block{.startBeat = kAtThePlayhead,
-                          .durationBeats =
-                              rhythm->timeSignature.beatsPerBar() * variant->durationBars,
+                          .durationBeats = *beats,
                           .rhythmId = rhythm->id,
                           .layerId = layer->id,
                           .section = section,

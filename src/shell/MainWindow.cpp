@@ -411,7 +411,9 @@ void MainWindow::undo()
     finishGestures();
     if (!project_ || !undoStack_->canUndo())
         return;
+    const Song former = *project_;
     restore(*undoStack_->undoSong(*project_));
+    takePlayheadBack(former);
 }
 
 void MainWindow::redo()
@@ -419,7 +421,9 @@ void MainWindow::redo()
     finishGestures();
     if (!project_ || !undoStack_->canRedo())
         return;
+    const Song former = *project_;
     restore(*undoStack_->redoSong());
+    takePlayheadOn(former);
 }
 
 void MainWindow::restore(const Song& state)

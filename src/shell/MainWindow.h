@@ -106,7 +106,8 @@ public:
     void removeSelectedTrack();
 
     /// Lays a loop on the accompaniment track of its layer, which is made where there is none. A
-    /// block with a negative start goes to the bar of the playhead.
+    /// block with a negative start goes to the bar of the playhead, which goes on to its end unless
+    /// the song plays. A loop that lies there already is refused.
     void handleLoopChosen(const LoopBlock& block, const QString& instrumentId,
                           const QString& trackName);
 
@@ -239,6 +240,14 @@ private:
 
     /// Names in the status bar what content the library has refused, each of it once.
     void nameRefusedContent();
+
+    /// Puts the playhead behind a block, so that the next one goes there.
+    void goOnBehind(const LoopBlock& block);
+
+    /// Undo and redo take the playhead along where placing a loop has moved it. `former` is the
+    /// work as it was before them.
+    void takePlayheadBack(const Song& former);
+    void takePlayheadOn(const Song& former);
 
     void startTake();
 

@@ -1,3 +1,4 @@
+#include "content/LoopLength.h"
 #include "content/LoopLibrary.h"
 #include "model/Project.h"
 #include "model/ProjectEdits.h"
@@ -5,6 +6,7 @@
 #include "playback/PlaybackEngine.h"
 #include "shell/MainWindow.h"
 #include "views/SectionWords.h"
+#include "views/arranger/TrackArranger.h"
 
 #include <QStatusBar>
 
@@ -57,14 +59,14 @@ void MainWindow::placeLoop(const QString& rhythmId, const QString& layerId, int 
                            int variantIndex, double startBeat)
 {
     const auto loopSection = static_cast<LoopSection>(section);
-    const LoopVariant* variant = loopLibrary_->findVariant(layerId, loopSection, variantIndex);
+    const auto beats = loopBeats(*loopLibrary_, rhythmId, layerId, loopSection, variantIndex);
+    if (!project_ || !beats)
+        return;
     const LoopLayer* layer = loopLibrary_->findLayer(layerId);
     const Rhythm* rhythm = loopLibrary_->findRhythm(rhythmId);
-    if (!project_ || !variant || !layer || !rhythm)
-        return;
     LoopBlock block;
     block.startBeat = startBeat > 0.0 ? startBeat : 0.0;
-    block.durationBeats = rhythm->timeSignature.beatsPerBar() * variant->durationBars;
+    block.durationBeats = *beats;
     block.rhythmId = rhythmId;
     block.layerId = layerId;
     block.section = loopSection;
@@ -79,17 +81,46 @@ void MainWindow::handleLoopChosen(const LoopBlock& block, const QString& instrum
     if (!project_)
         return;
     LoopBlock placed = block;
-    if (placed.startBeat < 0.0)
+    const bool atPlayhead = placed.startBeat < 0.0;
+    if (atPlayhead)
         placed.startBeat = ProjectEdits::barStart(*project_, engine_->playheadBeat());
+    const QString section = tr(sectionWord(placed.section));
+    const QString number = QString::number(placed.variantIndex);
+    if (ProjectEdits::hasLoop(*project_, placed)) {
+        statusBar()->showMessage(tr("Ahí ya está %1.").arg(section + u' ' + number), kPlacedMs);
+        return;
+    }
     const auto track = ProjectEdits::addLoop(*project_, placed, instrumentId, trackName);
     if (!track) {
         prompts_.inform(this, tr("Veltas"), tr("No quedan veltas libres."));
         return;
     }
     snapshotAndRefresh();
-    statusBar()->showMessage(
-        tr("%1 %2 agregada a «%3» en el compás %4.")
-            .arg(tr(sectionWord(placed.section)), QString::number(placed.variantIndex),
-                 project_->tracks.at(*track).name, barNumber(*project_, placed.startBeat)),
-        kPlacedMs);
+    if (atPlayhead)
+        goOnBehind(placed);
+    statusBar()->showMessage(tr("%1 %2 agregada a «%3» en el compás %4.")
+                                 .arg(section, number, project_->tracks.at(*track).name,
+                                      barNumber(*project_, placed.startBeat)),
+                             kPlacedMs);
+}
+
+void MainWindow::goOnBehind(const LoopBlock& block)
+{
+    if (!engine_->isPlaying())
+        arranger_->placePlayhead(block.startBeat + block.durationBeats);
+}
+
+void MainWindow::takePlayheadBack(const Song& former)
+{
+    const auto gone = ProjectEdits::loopMissingIn(*project_, former);
+    if (gone && !engine_->isPlaying() &&
+        engine_->playheadBeat() == gone->startBeat + gone->durationBeats)
+        arranger_->placePlayhead(gone->startBeat);
+}
+
+void MainWindow::takePlayheadOn(const Song& former)
+{
+    const auto come = ProjectEdits::loopMissingIn(former, *project_);
+    if (come && engine_->playheadBeat() == come->startBeat)
+        goOnBehind(*come);
 }

@@ -1,5 +1,6 @@
 #include "content/LoopLibrary.h"
 
+#include "content/LoopLength.h"
 #include "support/ContentFixture.h"
 #include "support/FullDisk.h"
 
@@ -170,6 +171,7 @@ private slots:
     void variantMatchesInAllThree_data();
     void variantMatchesInAllThree();
     void firstOfEqualVariantsIsFound();
+    void aVariantLastsBarsOfItsRhythm();
     void variantsOfASectionAscendByIndex();
     void queriesOfAListGiveItsOrder();
 
@@ -488,6 +490,22 @@ void LoopLibraryTest::variantMatchesInAllThree()
     content.library().reload();
     const LoopVariant* found = content.library().findVariant(layer, section, index);
     QTEST(found ? found->durationBars : 0, "bars");
+}
+
+void LoopLibraryTest::aVariantLastsBarsOfItsRhythm()
+{
+    ContentFixture content;
+    content.addPackage("r", R"({"rhythm": {"id": "r",
+        "timeSignature": {"numerator": 6, "denominator": 8}}, "loopLayers": [{"id": "l"}],
+        "loopVariants": [{"layerId": "l", "section": "Final", "variantIndex": 2,
+                          "durationBars": 4}]})");
+    LoopLibrary& library = content.library();
+    library.reload();
+    QCOMPARE(loopBeats(library, "r", "l", LoopSection::Final, 2), 12.0);
+    QVERIFY(!loopBeats(library, "x", "l", LoopSection::Final, 2));
+    QVERIFY(!loopBeats(library, "r", "x", LoopSection::Final, 2));
+    QVERIFY(!loopBeats(library, "r", "l", LoopSection::Intro, 2));
+    QVERIFY(!loopBeats(library, "r", "l", LoopSection::Final, 1));
 }
 
 void LoopLibraryTest::firstOfEqualVariantsIsFound()

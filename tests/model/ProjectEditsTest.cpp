@@ -65,6 +65,9 @@ private slots:
     void theLayerOfATrackIsItsOwnOrThatOfItsFirstLoop();
     void aBeatBelongsToTheBarThatHoldsIt_data();
     void aBeatBelongsToTheBarThatHoldsIt();
+    void theSameLoopAtItsPlaceAddsNothing_data();
+    void theSameLoopAtItsPlaceAddsNothing();
+    void theLoopThatAStateLacksIsFound();
     void aLoopOfANewLayerMakesATrackAtTheEnd();
     void loopsOfOneLayerGatherOnOneTrack();
     void aLoopGoesToTheFirstTrackOfItsLayer_data();
@@ -337,6 +340,52 @@ void ProjectEditsTest::aBeatBelongsToTheBarThatHoldsIt()
     const auto song = project();
     song->timeSignature = meter;
     QTEST(ProjectEdits::barStart(*song, beat), "start");
+}
+
+void ProjectEditsTest::theSameLoopAtItsPlaceAddsNothing_data()
+{
+    QTest::addColumn<LoopBlock>("block");
+    QTest::addColumn<bool>("there");
+
+    const LoopBlock there = loop("zamba", "bombo", 4.0, 6.0);
+    LoopBlock rounded = there;
+    rounded.startBeat += 1e-12;
+    QTest::newRow("equal") << there << true;
+    QTest::newRow("equal but for rounding") << rounded << true;
+    QTest::newRow("shorter") << loop("zamba", "bombo", 4.0, 3.0) << true;
+    QTest::newRow("longer") << loop("zamba", "bombo", 4.0, 9.0) << false;
+    QTest::newRow("a bar later") << loop("zamba", "bombo", 7.0, 6.0) << false;
+    QTest::newRow("another variant")
+        << loop("zamba", "bombo", 4.0, 6.0, LoopSection::Normal, 2) << false;
+    QTest::newRow("another section")
+        << loop("zamba", "bombo", 4.0, 6.0, LoopSection::Final) << false;
+    QTest::newRow("another rhythm") << loop("cueca", "bombo", 4.0, 6.0) << false;
+    QTest::newRow("another layer") << loop("zamba", "bajo", 4.0, 6.0) << false;
+}
+
+void ProjectEditsTest::theSameLoopAtItsPlaceAddsNothing()
+{
+    QFETCH(LoopBlock, block);
+    const auto song = project({plain("a"), loopTrack({loop("zamba", "bombo", 4.0, 6.0)})});
+    QTEST(ProjectEdits::hasLoop(*song, block), "there");
+}
+
+void ProjectEditsTest::theLoopThatAStateLacksIsFound()
+{
+    const LoopBlock first = loop("r", "bombo", 0.0, 4.0);
+    const LoopBlock second = loop("r", "bombo", 4.0, 4.0);
+    const LoopBlock other = loop("r", "bajo", 0.0, 4.0);
+    const auto lacking = project({plain("a"), loopTrack({first})});
+    using ProjectEdits::loopMissingIn;
+    QCOMPARE(loopMissingIn(*lacking, *project({plain("a"), loopTrack({first, second})})), second);
+    QCOMPARE(
+        loopMissingIn(*lacking, *project({plain("a"), loopTrack({first}), loopTrack({other})})),
+        other);
+    QCOMPARE(loopMissingIn(*project(), *project({loopTrack({first})})), first);
+    QVERIFY(!loopMissingIn(*lacking, *lacking));
+    QVERIFY(!loopMissingIn(*lacking, *project()));
+    QVERIFY(!loopMissingIn(*lacking, *project({loopTrack({first, second, other})})));
+    QVERIFY(!loopMissingIn(*lacking, *project({loopTrack({second, other})})));
 }
 
 void ProjectEditsTest::aLoopOfANewLayerMakesATrackAtTheEnd()

@@ -72,6 +72,11 @@ private slots:
     void aPlaceBeforeTheSongIsItsStart();
     void aChosenLoopGoesToTheBarOfThePlayhead_data();
     void aChosenLoopGoesToTheBarOfThePlayhead();
+    void clicksLayLoopsOneBehindTheOther();
+    void aClickWhileTheSongPlaysLeavesThePlayheadAlone();
+    void aDropLeavesThePlayheadAlone();
+    void undoAndRedoTakeThePlayheadAlong();
+    void theSameLoopIsNotLaidOnItself();
     void aLoopThatTheLibraryLacksIsNotPlaced_data();
     void aLoopThatTheLibraryLacksIsNotPlaced();
     void aThirteenthTrackTakesLoopsOfItsLayer();
@@ -87,6 +92,21 @@ private:
     void place(const QString& layer, LoopSection section, int index, double beat)
     {
         stage_->window().placeLoop("zamba", layer, static_cast<int>(section), index, beat);
+    }
+
+    void choose(const QString& layer, int index = 1)
+    {
+        LoopBlock block = loop("zamba", layer, -1.0, 6.0);
+        block.variantIndex = index;
+        stage_->window().handleLoopChosen(block, "gm_bajo", "Bajo");
+    }
+
+    QList<double> startsOn(qsizetype track)
+    {
+        QList<double> starts;
+        for (const LoopBlock& block : stage_->song().tracks.at(track).loopBlocks)
+            starts.append(block.startBeat);
+        return starts;
     }
 
     std::unique_ptr<WindowStage> stage_;
@@ -173,6 +193,73 @@ void MainWindowLoopsTest::aChosenLoopGoesToTheBarOfThePlayhead()
     stage_->engine().setPlayheadBeat(playhead);
     stage_->window().handleLoopChosen(loop("zamba", "zamba_bajo", -1.0, 6.0), "gm_bajo", "Bajo");
     QTEST(stage_->song().tracks.at(1).loopBlocks.at(0).startBeat, "start");
+}
+
+void MainWindowLoopsTest::clicksLayLoopsOneBehindTheOther()
+{
+    stage_->song().timeSignature = {.numerator = 6, .denominator = 8, .isCompound = true};
+    stage_->engine().setPlayheadBeat(4.0);
+    for (const int index : {1, 1, 2})
+        choose("zamba_bajo", index);
+    QCOMPARE(startsOn(1), (QList{3.0, 9.0, 15.0}));
+    QCOMPARE(stage_->engine().playheadBeat(), 21.0);
+    QVERIFY(!stage_->engine().isPlaying());
+}
+
+void MainWindowLoopsTest::aClickWhileTheSongPlaysLeavesThePlayheadAlone()
+{
+    stage_->song().tracks[0].melodyBlocks = {melody({note(60, 0.0, 400.0)}, 0.0, 400.0)};
+    stage_->engine().play(200.0);
+    choose("zamba_bajo");
+    QCOMPARE(startsOn(1), QList{200.0});
+    QVERIFY(stage_->engine().isPlaying());
+    QVERIFY(stage_->engine().playheadBeat() < 206.0);
+    stage_->engine().stop();
+}
+
+void MainWindowLoopsTest::aDropLeavesThePlayheadAlone()
+{
+    stage_->engine().setPlayheadBeat(4.0);
+    place("zamba_bombo", LoopSection::Normal, 1, 8.0);
+    QCOMPARE(stage_->engine().playheadBeat(), 4.0);
+}
+
+void MainWindowLoopsTest::undoAndRedoTakeThePlayheadAlong()
+{
+    const QJsonObject blank = stage_->song().toJson();
+    stage_->song().timeSignature = {.numerator = 3, .denominator = 4};
+    choose("zamba_bajo", 1);
+    choose("zamba_bombo", 2);
+    const QJsonObject whole = stage_->song().toJson();
+    stage_->choose("Deshacer");
+    QCOMPARE(stage_->engine().playheadBeat(), 6.0);
+    stage_->choose("Deshacer");
+    QCOMPARE(stage_->engine().playheadBeat(), 0.0);
+    QCOMPARE(stage_->song().toJson(), blank);
+    stage_->choose("Rehacer");
+    stage_->choose("Rehacer");
+    QCOMPARE(stage_->song().toJson(), whole);
+    QCOMPARE(stage_->engine().playheadBeat(), 12.0);
+    // Who has gone elsewhere stays there.
+    stage_->engine().setPlayheadBeat(3.0);
+    stage_->choose("Deshacer");
+    QCOMPARE(stage_->engine().playheadBeat(), 3.0);
+    stage_->choose("Rehacer");
+    QCOMPARE(stage_->engine().playheadBeat(), 3.0);
+}
+
+void MainWindowLoopsTest::theSameLoopIsNotLaidOnItself()
+{
+    place("zamba_bajo", LoopSection::Normal, 1, 0.0);
+    const QJsonObject before = stage_->song().toJson();
+    place("zamba_bajo", LoopSection::Normal, 1, 0.0);
+    QCOMPARE(stage_->message(), "Ahí ya está Normal 1.");
+    choose("zamba_bajo");
+    QCOMPARE(stage_->message(), "Ahí ya está Normal 1.");
+    QCOMPARE(stage_->engine().playheadBeat(), 0.0);
+    QCOMPARE(stage_->song().toJson(), before);
+    stage_->choose("Deshacer");
+    QVERIFY(!stage_->canUndo());
 }
 
 void MainWindowLoopsTest::aLoopThatTheLibraryLacksIsNotPlaced_data()

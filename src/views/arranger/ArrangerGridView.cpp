@@ -61,6 +61,12 @@ bool isLoop(const QMimeData* data)
     return data->hasFormat(QLatin1StringView(kLoopVariantMimeType));
 }
 
+std::optional<LoopDragPayload> loopOf(const QDropEvent& event)
+{
+    return LoopDragPayload::fromJson(
+        event.mimeData()->data(QLatin1StringView(kLoopVariantMimeType)));
+}
+
 void acceptLoop(QDropEvent* event)
 {
     if (isLoop(event->mimeData()))
@@ -292,12 +298,35 @@ void ArrangerGridView::dragEnterEvent(QDragEnterEvent* event)
 void ArrangerGridView::dragMoveEvent(QDragMoveEvent* event)
 {
     acceptLoop(event);
+    showGhost(ghostOf(*event));
+}
+
+void ArrangerGridView::dragLeaveEvent(QDragLeaveEvent* /*event*/)
+{
+    showGhost(std::nullopt);
+}
+
+std::optional<LoopGhost> ArrangerGridView::ghostOf(const QDropEvent& event) const
+{
+    const auto loop = loopOf(event);
+    if (!loop || !blocks_->project() || !library_)
+        return std::nullopt;
+    return LoopGhost::of(*loop, mapToScene(event.position().toPoint()).x(), *blocks_->project(),
+                         lanes_, *library_);
+}
+
+void ArrangerGridView::showGhost(const std::optional<LoopGhost>& ghost)
+{
+    if (ghost_ == ghost)
+        return;
+    ghost_ = ghost;
+    viewport()->update();
 }
 
 void ArrangerGridView::dropEvent(QDropEvent* event)
 {
-    const auto loop =
-        LoopDragPayload::fromJson(event->mimeData()->data(QLatin1StringView(kLoopVariantMimeType)));
+    showGhost(std::nullopt);
+    const auto loop = loopOf(*event);
     if (!loop || !blocks_->project()) {
         event->ignore();
         return;
@@ -316,4 +345,10 @@ void ArrangerGridView::drawBackground(QPainter* painter, const QRectF& rect)
     paintLanes(*painter, lanes_, rect);
     if (const Project* project = blocks_->project())
         paintLines(*painter, project->timeSignature, rect);
+}
+
+void ArrangerGridView::drawForeground(QPainter* painter, const QRectF& /*rect*/)
+{
+    if (ghost_)
+        ghost_->paint(*painter, mapToScene(viewport()->rect()).boundingRect());
 }

@@ -2,12 +2,16 @@
 
 #include "music/LoopSection.h"
 #include "views/arranger/BlockOrder.h"
+#include "views/arranger/LoopGhost.h"
 
 #include <QGraphicsView>
+
+#include <optional>
 
 class ArrangerScene;
 class BlockEditor;
 class BlockItem;
+class LoopLibrary;
 
 /// The grid of the arranger: paints the lanes and the lines of time under the blocks, and turns
 /// the mouse into edits. What goes beyond blocks it asks for.
@@ -24,6 +28,12 @@ public:
     void setLanes(const QList<LaneInfo>& lanes);
 
     const QList<LaneInfo>& lanes() const { return lanes_; }
+
+    /// Says how long the loops are that are dragged over the view. Not owned; may be null.
+    void setLibrary(const LoopLibrary* library) { library_ = library; }
+
+    /// Where the loop would lie that is dragged over the view; nothing while none is.
+    const std::optional<LoopGhost>& ghost() const { return ghost_; }
 
     bool isDragging() const;
 
@@ -65,7 +75,9 @@ protected:
     void wheelEvent(QWheelEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
+    void drawForeground(QPainter* painter, const QRectF& rect) override;
     void drawBackground(QPainter* painter, const QRectF& rect) override;
 
 private:
@@ -78,8 +90,12 @@ private:
     void takeBlock(const BlockItem& item, const QMouseEvent& event, const QPointF& place);
     bool isOnGrip(const BlockItem& item, const QPointF& place) const;
     void showCursorAt(const QPointF& place);
+    std::optional<LoopGhost> ghostOf(const QDropEvent& event) const;
+    void showGhost(const std::optional<LoopGhost>& ghost);
 
     ArrangerScene* scene_;
     BlockEditor* blocks_;
     QList<LaneInfo> lanes_;
+    const LoopLibrary* library_ = nullptr;
+    std::optional<LoopGhost> ghost_;
 };

@@ -108,6 +108,7 @@ void TrackArranger::setContext(Project* project, PlaybackEngine* playback, LoopL
     playback_ = playback;
     library_ = library;
     scene_->setLibrary(library);
+    view_->setLibrary(library);
     selectFirstTrack();
     ruler_->setProject(project);
     if (project_)

@@ -1,6 +1,7 @@
 #include "views/arranger/ArrangerGridView.h"
 
 #include "ArrangerStage.h"
+#include "shell/theme/CanvasColors.h"
 #include "shell/theme/ThemeManager.h"
 #include "support/SeededRandom.h"
 #include "support/UserHome.h"
@@ -94,6 +95,13 @@ std::unique_ptr<QMimeData> loopData(const QByteArray& json)
 }
 
 const QByteArray kLoop = R"({"rhythmId":"r","layerId":"bombo","section":"Final","variantIndex":3})";
+
+/// The rhythm of the stage with that loop, two bars long, in two of its layers.
+const QByteArray kPlayable = R"({"rhythm": {"id": "r"}, "loopLayers": [
+    {"id": "bombo", "pitched": false}, {"id": "palmas", "pitched": false},
+    {"id": "bajo", "pitched": true}, {"id": "piano", "pitched": true}], "loopVariants": [
+    {"layerId": "bombo", "section": "Final", "variantIndex": 3, "durationBars": 2},
+    {"layerId": "piano", "section": "Final", "variantIndex": 3, "durationBars": 2}]})";
 
 bool enter(const ArrangerStage& stage, const QPoint& place, const QMimeData& data)
 {
@@ -230,6 +238,10 @@ private slots:
     void dropInAnotherMeter_data();
     void dropInAnotherMeter();
     void dropOfAZoomedAndScrolledSong();
+    void loopShowsWhereItWouldLie_data();
+    void loopShowsWhereItWouldLie();
+    void nothingButALoopOfTheLibraryShowsWhereItWouldLie();
+    void whereALoopWouldLieIsPainted();
     void dropThatIsNoLoopIsRefused_data();
     void dropThatIsNoLoopIsRefused();
     void dropChangesNothingByItself();
@@ -1312,6 +1324,70 @@ void ArrangerGridViewTest::dropOfAZoomedAndScrolledSong()
     // Pixel 100 is scene place 550, in the fifth bar.
     QVERIFY(dragAndDrop(*stage_, QPoint(100, kQuenaY), *loopData(kLoop)));
     QCOMPARE(dropped[0][4].toDouble(), 16.0);
+}
+
+void ArrangerGridViewTest::loopShowsWhereItWouldLie_data()
+{
+    QTest::addColumn<QString>("layer");
+    QTest::addColumn<double>("beat");
+    QTest::addColumn<QRectF>("block");
+    QTest::addColumn<QString>("label");
+
+    QTest::newRow("on the lane of its layer, of two bars")
+        << "bombo" << 21.0 << QRectF(640, 255, 256, 36) << "Final 3 · compás 6";
+    QTest::newRow("in a lane that is still to be made")
+        << "piano" << 0.5 << QRectF(0, 361, 256, 36) << "Final 3 · compás 1";
+}
+
+void ArrangerGridViewTest::loopShowsWhereItWouldLie()
+{
+    QFETCH(QString, layer);
+    QFETCH(double, beat);
+    stage_->content.files().addPackage("r", kPlayable);
+    stage_->content.library()->reload();
+    QByteArray json = kLoop;
+    const auto data = loopData(json.replace("bombo", layer.toUtf8()));
+    QVERIFY(enter(*stage_, stage_->at(1.0, kQuenaY), *data));
+    QVERIFY(hover(*stage_, stage_->at(beat, kQuenaY), *data));
+    const auto& ghost = stage_->arranger.view()->ghost();
+    QVERIFY(ghost);
+    QTEST(ghost->block, "block");
+    QTEST(ghost->label, "label");
+    QDragLeaveEvent leave;
+    QApplication::sendEvent(stage_->grid(), &leave);
+    QVERIFY(!ghost);
+    QVERIFY(dragAndDrop(*stage_, stage_->at(beat, kQuenaY), *data));
+    QVERIFY(!ghost);
+}
+
+void ArrangerGridViewTest::nothingButALoopOfTheLibraryShowsWhereItWouldLie()
+{
+    QMimeData text;
+    text.setText("Zamba");
+    QVERIFY(enter(*stage_, stage_->at(1.0, kQuenaY), *loopData(kLoop)));
+    QVERIFY(hover(*stage_, stage_->at(9.0, kQuenaY), *loopData(kLoop)));
+    QVERIFY(!stage_->arranger.view()->ghost());
+    QVERIFY(!enter(*stage_, stage_->at(1.0, kQuenaY), text));
+    QVERIFY(!hover(*stage_, stage_->at(9.0, kQuenaY), text));
+    QVERIFY(!stage_->arranger.view()->ghost());
+}
+
+void ArrangerGridViewTest::whereALoopWouldLieIsPainted()
+{
+    stage_->content.files().addPackage("r", kPlayable);
+    stage_->content.library()->reload();
+    const QPoint inBlock = stage_->at(25.5, kBomboY);
+    const QPoint inBars = stage_->at(25.5, kQuenaY);
+    const QPoint beside = stage_->at(19.5, kQuenaY);
+    const QImage before = stage_->grid()->grab().toImage();
+    QVERIFY(enter(*stage_, stage_->at(1.0, kQuenaY), *loopData(kLoop)));
+    QVERIFY(hover(*stage_, stage_->at(21.0, kQuenaY), *loopData(kLoop)));
+    const QImage during = stage_->grid()->grab().toImage();
+    QCOMPARE(during.pixelColor(inBlock * during.devicePixelRatio()), kLoopBlock);
+    QVERIFY(during.pixelColor(inBars * during.devicePixelRatio()) !=
+            before.pixelColor(inBars * before.devicePixelRatio()));
+    QCOMPARE(during.pixelColor(beside * during.devicePixelRatio()),
+             before.pixelColor(beside * before.devicePixelRatio()));
 }
 
 void ArrangerGridViewTest::dropThatIsNoLoopIsRefused_data()
