@@ -74,6 +74,7 @@ MainWindow::MainWindow(QWidget* parent, Prompts& prompts) : QMainWindow(parent),
     buildMenus();
     buildStatusBar();
     updateTitleBar(ThemeManager::instance()->isDark());
+    restoreFollowing();
     startBlankProject();
     // A message makes room for itself only among what is seen already.
     QTimer::singleShot(0, this, &MainWindow::nameRefusedContent);
@@ -250,6 +251,7 @@ void MainWindow::connectTransport()
     connect(transport_, &Ribbon::importVoiceRequested, this, &MainWindow::importVoiceFile);
     connect(transport_, &Ribbon::zoomInRequested, this, &MainWindow::zoomIn);
     connect(transport_, &Ribbon::zoomOutRequested, this, &MainWindow::zoomOut);
+    connect(transport_, &Ribbon::followToggled, this, &MainWindow::setFollowing);
     connect(engine_, &PlaybackEngine::waitingForVoices, this, &MainWindow::showWaiting);
 }
 

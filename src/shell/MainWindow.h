@@ -278,6 +278,10 @@ private:
     void layClip(Project& work, const AudioClip& clip);
     void zoomIn();
     void zoomOut();
+
+    /// Has the editors follow the playhead, in this window and in those to come, or not.
+    void setFollowing(bool on);
+    void restoreFollowing();
     void showWaiting(bool waiting);
 
     /// Puts a state that undo has kept in place of the present one.

@@ -1,4 +1,8 @@
 #include "shell/MainWindow.h"
+#include "shell/TransportControls.h"
+#include "views/PlayheadFollower.h"
+#include "views/arranger/TrackArranger.h"
+#include "views/pianoroll/PianoRollCanvas.h"
 
 #include <QSettings>
 #include <QSplitter>
@@ -8,6 +12,7 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr auto kGeometryKey = "ventana/geometria"_L1;
+constexpr auto kFollowKey = "seguirCabezal"_L1;
 
 QString keyOf(const QSplitter& splitter)
 {
@@ -30,4 +35,17 @@ bool MainWindow::restoreLayout()
     for (auto* splitter : findChildren<QSplitter*>())
         splitter->restoreState(kept.value(keyOf(*splitter)).toByteArray());
     return restoreGeometry(kept.value(kGeometryKey).toByteArray());
+}
+
+void MainWindow::setFollowing(bool on)
+{
+    pianoRoll_->follower()->setOn(on);
+    arranger_->follower()->setOn(on);
+    QSettings(u"Ovelin"_s, u"Velta"_s).setValue(kFollowKey, on);
+}
+
+void MainWindow::restoreFollowing()
+{
+    const QSettings kept(u"Ovelin"_s, u"Velta"_s);
+    transport_->setFollowing(kept.value(kFollowKey, true).toBool());
 }

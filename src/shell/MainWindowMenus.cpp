@@ -138,6 +138,9 @@ void MainWindow::buildViewMenu()
     QAction* zoomOut = menu->addAction(tr("Alejar (tiempo)"), this, &MainWindow::zoomOut);
     zoomOut->setShortcuts(QKeySequence::ZoomOut);
     transport_->tellShortcut(Card::ZoomOut, zoomOut->shortcut());
+    menu->addSeparator();
+    transport_->bindSwitch(Card::Follow, withKeys(menu->addAction(tr("Seguir el cabezal")),
+                                                  Qt::CTRL | Qt::Key_J, transport_, Card::Follow));
 }
 
 void MainWindow::buildPlaybackMenu()

@@ -202,6 +202,11 @@ RibbonGroup* TransportControls::viewGroup()
             &QToolButton::clicked, this, &TransportControls::zoomOutRequested);
     grid_ = comboBox({QString(), QString(), QString()},
                      tr("Qué está marcando la grilla: el pulso, su división o la subdivisión"));
+    QToolButton* follow =
+        addCard(Card::Follow, group, u"⇥"_s, tr("Seguir"),
+                tr("Pasar de página cuando el cabezal sale de lo que se ve"), true);
+    follow->setChecked(true);
+    connect(follow, &QToolButton::toggled, this, &TransportControls::followToggled);
     // The words of a compound meter are longer.
     grid_->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     grid_->setCurrentIndex(static_cast<int>(GridSubdivisionLevel::Division));
@@ -233,6 +238,11 @@ void TransportControls::bindSwitch(Card card, QAction* action)
     action->setChecked(button->isChecked());
     connect(button, &QToolButton::toggled, action, &QAction::setChecked);
     connect(action, &QAction::toggled, button, &QToolButton::setChecked);
+}
+
+void TransportControls::setFollowing(bool on)
+{
+    cards_.value(Card::Follow)->setChecked(on);
 }
 
 void TransportControls::chooseSubdivision(GridSubdivisionLevel level)

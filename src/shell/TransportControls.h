@@ -37,7 +37,8 @@ public:
         ExportWav,
         ExportMidi,
         ZoomIn,
-        ZoomOut
+        ZoomOut,
+        Follow
     };
     Q_ENUM(Card)
 
@@ -56,13 +57,17 @@ public:
     /// Has the tool tip of a button say which keys do the same.
     void tellShortcut(Card card, const QKeySequence& keys);
 
-    /// Makes an entry of a menu another switch for Repeat or Metronome: both are on or both off.
+    /// Makes an entry of a menu another switch for Repeat, Metronome or Follow: both are on or both
+    /// off.
     void bindSwitch(Card card, QAction* action);
 
     /// What the grid shall mark, as if it were chosen in the ribbon.
     void chooseSubdivision(GridSubdivisionLevel level);
 
     GridSubdivisionLevel subdivision() const;
+
+    /// Whether the views shall follow the playhead. Announced as if the user had switched it.
+    void setFollowing(bool on);
 
     /// Shows that a voice is being recorded, and for how long, or that no voice is.
     void showRecording(bool recording);
@@ -87,6 +92,9 @@ signals:
     void exportMidiRequested();
     void zoomInRequested();
     void zoomOutRequested();
+
+    /// The views shall follow the playhead, or no more.
+    void followToggled(bool on);
 
     /// Quarter notes per minute.
     void bpmEdited(int bpm);

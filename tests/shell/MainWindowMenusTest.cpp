@@ -157,9 +157,8 @@ void MainWindowMenusTest::menusHoldTheirEntries_data()
                              << QStringList{"Deshacer", "Rehacer", "-",
                                             "Cortar",   "Copiar",  "Pegar",
                                             "Duplicar", "-",       "Seleccionar todo"};
-    QTest::newRow("Ver") << "&Ver"
-                         << QStringList{"Qué marca la grilla", "-", "Acercar (tiempo)",
-                                        "Alejar (tiempo)"};
+    QTest::newRow("Ver") << "&Ver" << QStringList{"Qué marca la grilla", "-", "Acercar (tiempo)",
+                                                  "Alejar (tiempo)",     "-", "Seguir el cabezal"};
     QTest::newRow("Reproducción") << "&Reproducción"
                                   << QStringList{"Reproducir/Pausar", "Detener", "Repetir",
                                                  "Metrónomo",         "-",       "Grabar voz"};
@@ -242,6 +241,8 @@ void MainWindowMenusTest::theKeysStandInTheTips_data()
                                       << "Acercar";
     QTest::newRow("Alejar (tiempo)") << "Ctrl+-"
                                      << "Alejar";
+    QTest::newRow("Seguir el cabezal") << "Ctrl+J"
+                                       << "Seguir";
 }
 
 void MainWindowMenusTest::theKeysStandInTheTips()

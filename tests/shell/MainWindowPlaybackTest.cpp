@@ -4,12 +4,16 @@
 #include "support/Tones.h"
 #include "support/WindowStage.h"
 #include "views/TrackHeaderPanel.h"
+#include "views/arranger/ArrangerGridView.h"
 #include "views/arranger/ArrangerHeaderColumn.h"
 #include "views/arranger/TrackArranger.h"
+#include "views/pianoroll/PianoRollCanvas.h"
+#include "views/pianoroll/PianoRollGridView.h"
 
 #include <QEvent>
 #include <QLabel>
 #include <QPointer>
+#include <QScrollBar>
 #include <QSpinBox>
 #include <QTest>
 
@@ -63,6 +67,8 @@ private slots:
     void voicesOfAWorkWithoutAFolderAreLeftOut();
     void theWindowMayGoDuringPlayback();
     void theWindowMayGoWithAVoice();
+    void theEditorsFollowThePlayheadWhileItPlays();
+    void theEditorsFollowNoMoreWhenThatIsSwitchedOff();
     void windowsPlayApart();
     void withoutASynthesiserTheWindowWorks();
 
@@ -321,6 +327,45 @@ void MainWindowPlaybackTest::theWindowMayGoWithAVoice()
     stage_->destroyWindow();
     QTest::qWait(5);
     QVERIFY(!stage_->window().projectHasContent());
+}
+
+void MainWindowPlaybackTest::theEditorsFollowThePlayheadWhileItPlays()
+{
+    QVERIFY(stage_->showWindow());
+    openLongSong();
+    auto* roll = stage_->window().findChild<PianoRollCanvas*>()->view()->horizontalScrollBar();
+    auto* arranger = stage_->window().findChild<TrackArranger*>()->view()->horizontalScrollBar();
+    stage_->engine().setPlayheadBeat(50.0);
+    QCOMPARE(roll->value(), 0);
+    QCOMPARE(arranger->value(), 0);
+    stage_->engine().play(50.0);
+    // The playhead stands 24 pixels from the left edge.
+    QCOMPARE(roll->value(), 50 * 64 - 24);
+    QCOMPARE(arranger->value(), 50 * 32 - 24);
+    stage_->engine().stop();
+    QCOMPARE(roll->value(), 50 * 64 - 24);
+    stage_->window().openProject("long");
+    QCOMPARE(roll->value(), 0);
+    QCOMPARE(arranger->value(), 0);
+}
+
+void MainWindowPlaybackTest::theEditorsFollowNoMoreWhenThatIsSwitchedOff()
+{
+    QVERIFY(stage_->showWindow());
+    openLongSong();
+    stage_->clickRibbon("Seguir");
+    QVERIFY(!Widgets::entry(stage_->window(), "Seguir el cabezal")->isChecked());
+    stage_->engine().play(50.0);
+    const auto views = stage_->window().findChildren<QGraphicsView*>();
+    QCOMPARE(views.size(), 2);
+    for (const QGraphicsView* view : views)
+        QCOMPARE(view->horizontalScrollBar()->value(), 0);
+    stage_->destroyWindow();
+    QVERIFY(!stage_->card("Seguir")->isChecked());
+    stage_->choose("Seguir el cabezal");
+    QVERIFY(stage_->card("Seguir")->isChecked());
+    stage_->destroyWindow();
+    QVERIFY(stage_->card("Seguir")->isChecked());
 }
 
 void MainWindowPlaybackTest::windowsPlayApart()

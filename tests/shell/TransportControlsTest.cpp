@@ -87,7 +87,7 @@ const QList<Group>& groupTable()
         {"VELTAS", 1, "0", {"Agregar", "Quitar"}},
         {"VOZ", 1, "1", {"Grabar", "Importar"}},
         {"EXPORTAR", 1, "2", {"Audio", "Audio HQ", "Partitura"}},
-        {"VISTA", 1, "0", {"Acercar", "Alejar", "Grilla"}}};
+        {"VISTA", 1, "0", {"Acercar", "Alejar", "Seguir", "Grilla"}}};
     return table;
 }
 
@@ -371,6 +371,7 @@ void TransportControlsTest::buttonsAreTheRowsOfTheTable_data()
     row("Partitura", "MIDI", "Guardar las notas como MIDI para abrir en otros programas");
     row("Acercar", "⊕", "Ver el tiempo más de cerca");
     row("Alejar", "⊖", "Ver más compases a la vez");
+    row("Seguir", "⇥", "Pasar de página cuando el cabezal sale de lo que se ve", true, true);
 }
 
 void TransportControlsTest::buttonsAreTheRowsOfTheTable()
@@ -492,7 +493,7 @@ void TransportControlsTest::otherButtonsHaveNoSheetOfTheirOwn()
         if (found->styleSheet().isEmpty())
             ++plain;
     }
-    QCOMPARE(plain, 15);
+    QCOMPARE(plain, 16);
 }
 
 void TransportControlsTest::theRibbonPaintsItsOwnBackground()

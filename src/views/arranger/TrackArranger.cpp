@@ -4,6 +4,7 @@
 #include "playback/PlaybackEngine.h"
 #include "views/AccessibleItems.h"
 #include "views/AccessibleRuler.h"
+#include "views/PlayheadFollower.h"
 #include "views/ScrollIntoView.h"
 #include "views/TimelineRuler.h"
 #include "views/WheelForwarder.h"
@@ -29,7 +30,7 @@ constexpr double kMostZoom = 6.0;
 TrackArranger::TrackArranger(QWidget* parent)
     : QWidget(parent), scene_(new ArrangerScene(this)), blocks_(new BlockEditor(scene_, this)),
       ruler_(new TimelineRuler), header_(new ArrangerHeaderColumn),
-      view_(new ArrangerGridView(scene_, blocks_))
+      view_(new ArrangerGridView(scene_, blocks_)), follower_(new PlayheadFollower(view_))
 {
     auto* corner = new QWidget;
     corner->setFixedSize(ArrangerLayout::kHeaderWidth, ArrangerLayout::kCornerHeight);
@@ -123,6 +124,7 @@ void TrackArranger::setContext(Project* project, PlaybackEngine* playback, LoopL
         rebuildScene();
     else
         showNothing();
+    showStart();
     emit laneSelectionChanged();
 }
 
@@ -132,6 +134,15 @@ void TrackArranger::showNothing()
     scene_->rebuild(Project(), lanes_);
     view_->setLanes(lanes_);
     header_->setLanes(nullptr, lanes_);
+}
+
+void TrackArranger::showStart()
+{
+    zoomX_ = 1.0;
+    view_->setTransform(QTransform());
+    follower_->showStart();
+    view_->verticalScrollBar()->setValue(0);
+    syncRuler();
 }
 
 void TrackArranger::selectFirstTrack()
@@ -247,6 +258,8 @@ void TrackArranger::updatePlayhead(double beat)
 {
     scene_->setPlayheadBeat(beat);
     ruler_->setPlayheadBeat(beat);
+    if (playback_ && playback_->isPlaying())
+        follower_->follow(beat * ArrangerLayout::kBeatPixels);
 }
 
 void TrackArranger::placePlayhead(double beat)

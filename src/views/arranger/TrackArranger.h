@@ -15,6 +15,7 @@ class ArrangerScene;
 class BlockEditor;
 class LoopLibrary;
 class PlaybackEngine;
+class PlayheadFollower;
 class Project;
 class QGraphicsItem;
 class TimelineRuler;
@@ -29,7 +30,8 @@ public:
     explicit TrackArranger(QWidget* parent = nullptr);
     ~TrackArranger() override;
 
-    /// Shows a project from its first track on. Nothing is owned, and each may be null.
+    /// Shows a project from its first track and its first bar on, in the scale 1. Nothing is owned,
+    /// and each may be null.
     void setContext(Project* project, PlaybackEngine* playback, LoopLibrary* library);
 
     Project* project() const { return project_; }
@@ -62,6 +64,9 @@ public:
     ArrangerHeaderColumn* headerColumn() const { return header_; }
 
     TimelineRuler* ruler() const { return ruler_; }
+
+    /// Keeps the playhead of a song that plays in sight.
+    PlayheadFollower* follower() const { return follower_; }
 
     void rebuildLanes();
     void rebuildScene();
@@ -199,6 +204,7 @@ private:
     void selectFirstTrack();
     void pressLane(const LaneRef& lane, bool additive);
     void setKeyLane(const LaneRef& lane, bool shows = false);
+    void showStart();
     void showNothing();
     void layChord(double beat, int degree, ChordExtension extension);
     bool layChordOfKey(const QKeyEvent& event);
@@ -215,4 +221,5 @@ private:
     TimelineRuler* ruler_;
     ArrangerHeaderColumn* header_;
     ArrangerGridView* view_;
+    PlayheadFollower* follower_;
 };

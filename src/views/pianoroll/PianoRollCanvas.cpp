@@ -6,6 +6,7 @@
 #include "shell/controls/ElidedLabel.h"
 #include "views/AccessibleItems.h"
 #include "views/AccessibleRuler.h"
+#include "views/PlayheadFollower.h"
 #include "views/ScrollIntoView.h"
 #include "views/TimelineRuler.h"
 #include "views/WheelForwarder.h"
@@ -63,7 +64,7 @@ QToolButton* arrowButton(const QString& face, const QString& toolTip)
 PianoRollCanvas::PianoRollCanvas(QWidget* parent)
     : QWidget(parent), scene_(new PianoRollScene(this)), caption_(new ElidedLabel),
       ruler_(new TimelineRuler), view_(new PianoRollGridView(scene_, this)),
-      keyboard_(new PianoKeyboardWidget(view_))
+      follower_(new PlayheadFollower(view_)), keyboard_(new PianoKeyboardWidget(view_))
 {
     auto* layout = new QGridLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -187,7 +188,10 @@ void PianoRollCanvas::setContext(Project* project, PlaybackEngine* playback)
     }
     rebuildScene();
     rows_ = PitchRows();
+    zoomX_ = 1.0;
     applyVerticalFit();
+    follower_->showStart();
+    syncRulerAndKeyboard();
     if (!melodyVisible())
         showWholeMelody();
 }
@@ -344,6 +348,8 @@ void PianoRollCanvas::updatePlayhead(double beat)
 {
     scene_->setPlayheadBeat(beat);
     ruler_->setPlayheadBeat(beat);
+    if (playback_ && playback_->isPlaying())
+        follower_->follow(beat * PianoRollLayout::kBeatPixels);
 }
 
 void PianoRollCanvas::placePlayhead(double beat)

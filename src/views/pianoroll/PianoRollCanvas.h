@@ -18,6 +18,7 @@ class PianoKeyboardWidget;
 class PianoRollGridView;
 class PianoRollScene;
 class PlaybackEngine;
+class PlayheadFollower;
 class Project;
 class QLabel;
 class TimelineRuler;
@@ -33,7 +34,8 @@ public:
     explicit PianoRollCanvas(QWidget* parent = nullptr);
     ~PianoRollCanvas() override;
 
-    /// Shows a project from its first track on. Nothing is owned, and each may be null.
+    /// Shows a project from its first track and its first bar on, in the scale 1. Nothing is owned,
+    /// and each may be null.
     void setContext(Project* project, PlaybackEngine* playback);
 
     /// Shows the first block of a track, and the notes of others behind it.
@@ -60,6 +62,9 @@ public:
     PianoKeyboardWidget* keyboard() const { return keyboard_; }
 
     TimelineRuler* ruler() const { return ruler_; }
+
+    /// Keeps the playhead of a song that plays in sight.
+    PlayheadFollower* follower() const { return follower_; }
 
     QString caption() const override;
 
@@ -251,5 +256,6 @@ private:
     QLabel* caption_;
     TimelineRuler* ruler_;
     PianoRollGridView* view_;
+    PlayheadFollower* follower_;
     PianoKeyboardWidget* keyboard_;
 };

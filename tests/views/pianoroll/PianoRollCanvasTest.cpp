@@ -98,7 +98,7 @@ private slots:
     void buttonsHaveTheirWords();
 
     void contextShowsTheFirstTrack();
-    void contextResetsTheRowsAndKeepsTheZoom();
+    void contextResetsTheRowsAndStartsAtTheFirstBarInTheScaleOne();
     void contextShowsAMelodyOutOfSight();
     void projectWithoutTracksHasAMessage();
     void noProjectShowsNothing();
@@ -278,15 +278,20 @@ void PianoRollCanvasTest::contextShowsTheFirstTrack()
     QCOMPARE(stage_->noteItems().size(), 4);
 }
 
-void PianoRollCanvasTest::contextResetsTheRowsAndKeepsTheZoom()
+void PianoRollCanvasTest::contextResetsTheRowsAndStartsAtTheFirstBarInTheScaleOne()
 {
     canvas().zoomHorizontal(2.0);
     canvas().zoomVertical(0.5);
     canvas().scrollToTopPitch(90, false);
+    canvas().view()->horizontalScrollBar()->setValue(300);
+    QCOMPARE(canvas().view()->horizontalScrollBar()->value(), 300);
     canvas().setContext(&song(), &band_->engine());
     QCOMPARE(canvas().visibleRows(), 13);
     QCOMPARE(canvas().topPitch(), 72);
-    QCOMPARE(canvas().zoomX(), 2.0);
+    QCOMPARE(canvas().zoomX(), 1.0);
+    QCOMPARE(canvas().view()->transform().m11(), 1.0);
+    QCOMPARE(canvas().view()->horizontalScrollBar()->value(), 0);
+    QCOMPARE(canvas().ruler()->viewport(), (RulerViewport{0.0, 64.0, 0}));
 }
 
 void PianoRollCanvasTest::contextShowsAMelodyOutOfSight()
