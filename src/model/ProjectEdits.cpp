@@ -2,6 +2,7 @@
 
 #include "model/Project.h"
 #include "music/Beats.h"
+#include "music/CountedBars.h"
 
 #include <algorithm>
 #include <cmath>
@@ -108,6 +109,13 @@ void ProjectEdits::setKey(Project& project, int rootPitchClass, int mode)
 {
     project.keySignature.rootPitchClass = rootPitchClass;
     project.keySignature.mode = mode == 1 ? KeyMode::Minor : KeyMode::Major;
+}
+
+void ProjectEdits::setMeter(Project& project, const TimeSignature& meter)
+{
+    project.harmonyTrack =
+        withBarsCountedAnew(project.harmonyTrack, project.beatsPerBar(), meter.beatsPerBar());
+    project.timeSignature = meter;
 }
 
 bool ProjectEdits::removeNoteTrack(Project& project, qsizetype index)

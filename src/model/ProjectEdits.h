@@ -9,6 +9,7 @@ struct AudioClip;
 struct LoopBlock;
 struct MelodyBlock;
 struct Song;
+struct TimeSignature;
 struct Track;
 
 /// What the commands of the window do to a project. Nothing is announced from here.
@@ -66,5 +67,8 @@ std::optional<qsizetype> addLoop(Project& project, const LoopBlock& block,
 /// Sets the key to Minor for a `mode` of 1 and to Major for any other: the key that a work came
 /// with may be in another mode, and loses it here.
 void setKey(Project& project, int rootPitchClass, int mode);
+
+/// Gives a work another meter. Everything stays at its beats, and bars are counted anew.
+void setMeter(Project& project, const TimeSignature& meter);
 
 } // namespace ProjectEdits

@@ -7,6 +7,7 @@
 #include "shell/ChoiceBox.h"
 #include "shell/FittingArea.h"
 #include "shell/IgualadorSimbolos.h"
+#include "shell/Meters.h"
 #include "shell/OnlineSearchDialog.h"
 #include "shell/VariationButton.h"
 #include "shell/WrappingRow.h"
@@ -64,11 +65,6 @@ bool isForeign(const TimeSignature& meter, const Project* project)
     return project && meter != project->timeSignature;
 }
 
-QString meterText(const TimeSignature& meter)
-{
-    return u"%1/%2"_s.arg(QString::number(meter.numerator), QString::number(meter.denominator));
-}
-
 QString rhythmText(const Rhythm& rhythm)
 {
     return u"%1 (%2)"_s.arg(rhythm.displayName, meterText(rhythm.timeSignature));
@@ -98,7 +94,8 @@ QString firstRhythmOf(const Project& project)
 bool choose(QComboBox& box, const QString& id)
 {
     const int index = box.findData(id);
-    if (index < 0 || index == box.currentIndex())
+    if (index < 0 || index == box.currentIndex() ||
+        !(box.model()->flags(box.model()->index(index, 0)) & Qt::ItemIsEnabled))
         return false;
     const QSignalBlocker blocker(box);
     box.setCurrentIndex(index);
@@ -193,6 +190,8 @@ int LoopBrowser::heightInSight() const
 
 void LoopBrowser::setProject(Project* project)
 {
+    if (project_)
+        disconnect(project_, nullptr, this, nullptr);
     project_ = project;
     const Rhythm* rhythm = project ? library_->findRhythm(firstRhythmOf(*project)) : nullptr;
     const bool shown = rhythm && !isForeign(rhythm->timeSignature, project);
@@ -200,6 +199,17 @@ void LoopBrowser::setProject(Project* project)
         choose(*styleCombo_, rhythm->styleId);
     reloadRhythms();
     if (shown && choose(*rhythmCombo_, rhythm->id))
+        reloadLayers();
+}
+
+void LoopBrowser::followMeter()
+{
+    if (meter_ == project_->timeSignature)
+        return;
+    meter_ = project_->timeSignature;
+    const QString rhythm = rhythmCombo_->currentId();
+    reloadRhythms();
+    if (choose(*rhythmCombo_, rhythm))
         reloadLayers();
 }
 

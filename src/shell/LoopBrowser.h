@@ -51,6 +51,9 @@ private:
     QFormLayout* buildChoices();
     QWidget* buildCards();
 
+    /// Offers other rhythms where the work has got another meter.
+    void followMeter();
+
     // Each fills its own step and then runs the next.
     void reloadStyles();
     void reloadRhythms();
@@ -85,6 +88,8 @@ private:
     InstalledContentRegistry* registry_;
     PlaybackEngine* engine_;
     QPointer<Project> project_;
+    /// Which the rhythms have been measured by.
+    TimeSignature meter_;
     /// Their items hold ids.
     ChoiceBox* styleCombo_;
     ChoiceBox* rhythmCombo_;

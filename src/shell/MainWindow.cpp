@@ -235,6 +235,7 @@ void MainWindow::connectTransport()
 {
     using Ribbon = TransportControls;
     connect(transport_, &Ribbon::bpmEdited, this, &MainWindow::setBpm);
+    connect(transport_, &Ribbon::meterEdited, this, &MainWindow::setMeter);
     connect(transport_, &Ribbon::keySignatureEdited, this, &MainWindow::setKey);
     connect(transport_, &Ribbon::harmonyMuteToggled, this, &MainWindow::setHarmonyMuted);
     connect(transport_, &Ribbon::saveRequested, this, &MainWindow::saveCurrentProject);
@@ -318,6 +319,8 @@ void MainWindow::adoptProject()
     showProjectName();
     showFirstSteps();
     connect(project_, &Project::changed, this, &MainWindow::showFirstSteps, Qt::UniqueConnection);
+    connect(project_, &Project::changed, this, &MainWindow::updateSubdivisionMenu,
+            Qt::UniqueConnection);
     // A new song begins with notes.
     pianoRoll_->setFocus(Qt::OtherFocusReason);
     // What the views add to a work that they show is no change of its user's.
@@ -445,6 +448,14 @@ void MainWindow::setBpm(int bpm)
     if (!project_)
         return;
     project_->bpm = bpm;
+    snapshotAndRefresh();
+}
+
+void MainWindow::setMeter(const TimeSignature& meter)
+{
+    if (!project_)
+        return;
+    ProjectEdits::setMeter(*project_, meter);
     snapshotAndRefresh();
 }
 

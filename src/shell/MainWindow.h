@@ -288,6 +288,7 @@ private:
     void restore(const Song& state);
 
     void setBpm(int bpm);
+    void setMeter(const TimeSignature& meter);
     void setKey(int rootPitchClass, int mode);
     void setHarmonyMuted(bool muted);
 

@@ -1,12 +1,12 @@
 #include "shell/NewProjectDialog.h"
 
+#include "shell/Meters.h"
+
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLineEdit>
 #include <QSpinBox>
-
-#include <array>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -14,22 +14,11 @@ namespace {
 
 constexpr int kPitchClasses = 12;
 
-struct Meter {
-    const char* text;
-    TimeSignature timeSignature;
-};
-
-constexpr std::array<Meter, 4> kMeters{
-    {{"4/4", {.numerator = 4, .denominator = 4, .isCompound = false}},
-     {"3/4", {.numerator = 3, .denominator = 4, .isCompound = false}},
-     {"2/4", {.numerator = 2, .denominator = 4, .isCompound = false}},
-     {"6/8", {.numerator = 6, .denominator = 8, .isCompound = true}}}};
-
 QComboBox* meterBox()
 {
     auto* box = new QComboBox;
-    for (const Meter& meter : kMeters)
-        box->addItem(QString::fromLatin1(meter.text), QVariant::fromValue(meter.timeSignature));
+    for (const TimeSignature& meter : kOfferedMeters)
+        box->addItem(meterText(meter), QVariant::fromValue(meter));
     return box;
 }
 

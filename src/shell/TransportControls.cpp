@@ -4,6 +4,7 @@
 #include "music/Beats.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/GridLevelNames.h"
+#include "shell/Meters.h"
 #include "shell/RibbonGroup.h"
 #include "shell/TakeSign.h"
 #include "shell/controls/WheelGuard.h"
@@ -133,6 +134,10 @@ RibbonGroup* TransportControls::keyGroup()
     bpm_ = spinBox(40, 240, Project::kDefaultBpm, 56,
                    tr("Velocidad de la canción, en pulsos por minuto"));
     group->addLabeledWidget(bpm_, tr("Velocidad"));
+    meter_ = comboBox({}, tr("Compás de la canción: cuántos pulsos tiene cada compás"));
+    for (const TimeSignature& meter : kOfferedMeters)
+        meter_->addItem(meterText(meter), QVariant::fromValue(meter));
+    group->addLabeledWidget(meter_, tr("Compás"));
     key_ = comboBox(keyNames(), tr("Nota principal de la canción"));
     key_->setMaxVisibleItems(kPitchClasses);
     group->addLabeledWidget(key_, tr("Tonalidad"));
@@ -280,6 +285,9 @@ void TransportControls::connectEdits()
     };
     connect(bpm_, &QSpinBox::valueChanged, this,
             unlessUpdating([this](int bpm) { emit bpmEdited(bpm); }));
+    connect(meter_, &QComboBox::currentIndexChanged, this, unlessUpdating([this](int index) {
+                emit meterEdited(meter_->itemData(index).value<TimeSignature>());
+            }));
     connect(key_, &QComboBox::currentIndexChanged, this,
             unlessUpdating([this](int) { emitKeyEdit(); }));
     connect(mode_, &QComboBox::currentIndexChanged, this,
@@ -318,9 +326,20 @@ void TransportControls::updateFromProject()
         return;
     const QScopedValueRollback guard(updatingFromProject_, true);
     bpm_->setValue(project_->bpm);
+    showMeter(project_->timeSignature);
     key_->setCurrentIndex(project_->keySignature.rootPitchClass);
     mode_->setCurrentIndex(project_->keySignature.mode == KeyMode::Minor ? 1 : 0);
     chords_->setChecked(!project_->harmonyTrack.muted);
+}
+
+void TransportControls::showMeter(const TimeSignature& meter)
+{
+    while (meter_->count() > static_cast<int>(kOfferedMeters.size()))
+        meter_->removeItem(meter_->count() - 1);
+    const auto offered = std::ranges::find(kOfferedMeters, meter);
+    if (offered == kOfferedMeters.end())
+        meter_->addItem(meterText(meter), QVariant::fromValue(meter));
+    meter_->setCurrentIndex(static_cast<int>(offered - kOfferedMeters.begin()));
 }
 
 void TransportControls::showRecording(bool recording)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/GridSubdivision.h"
+#include "music/TimeSignature.h"
 
 #include <QHash>
 #include <QPointer>
@@ -99,6 +100,8 @@ signals:
     /// Quarter notes per minute.
     void bpmEdited(int bpm);
 
+    void meterEdited(const TimeSignature& meter);
+
     void harmonyMuteToggled(bool muted);
 
     /// `mode` is 0 for Major and 1 for Minor.
@@ -123,6 +126,7 @@ private:
                          const QString& tooltip, bool checkable = false);
     void applyRepeatRange();
     void emitKeyEdit();
+    void showMeter(const TimeSignature& meter);
     void updateSubdivisionLabels();
     void updatePlayhead(double beat);
     void showPlaying(bool playing);
@@ -138,6 +142,8 @@ private:
     QToolButton* metronome_ = nullptr;
     QLabel* position_ = nullptr;
     QSpinBox* bpm_ = nullptr;
+    /// The meters that can be chosen, and behind them that of the work where it is another.
+    QComboBox* meter_ = nullptr;
     QComboBox* key_ = nullptr;
     QComboBox* mode_ = nullptr;
     QToolButton* chords_ = nullptr;

@@ -1,5 +1,6 @@
 #include "music/HarmonyTrack.h"
 
+#include "ChordLane.h"
 #include "support/Exact.h"
 
 #include <QRandomGenerator>
@@ -10,53 +11,11 @@
 #include <limits>
 #include <optional>
 
+using namespace ChordLane;
+
 namespace {
 
 using Doubles = std::numeric_limits<double>;
-
-constexpr double kBar = 4.0;
-
-HarmonyDegreeEvent chord(int degree, double startBeat, double durationBeats)
-{
-    return {.degree = degree,
-            .extension = ChordExtension::Triad,
-            .startBeat = startBeat,
-            .durationBeats = durationBeats};
-}
-
-HarmonyTrack trackOf(const QList<HarmonyBlock>& blocks)
-{
-    HarmonyTrack track;
-    track.blocks = blocks;
-    return track;
-}
-
-/// A track whose bar 0 holds these chords.
-HarmonyTrack barOf(const QList<HarmonyDegreeEvent>& events)
-{
-    return trackOf({{.barIndex = 0, .events = events}});
-}
-
-void insert(HarmonyTrack& track, double startBeat, double durationBeats, int degree,
-            double beatsPerBar = kBar)
-{
-    track.insertEvent(startBeat, durationBeats, degree, ChordExtension::Triad, beatsPerBar);
-}
-
-/// Degree of the chord in force, 0 where none is.
-int degreeAt(const HarmonyTrack& track, double beat, double beatsPerBar = kBar)
-{
-    const HarmonyDegreeEvent* event = track.eventAt(beat, beatsPerBar);
-    return event ? event->degree : 0;
-}
-
-QList<qint32> barsOf(const HarmonyTrack& track)
-{
-    QList<qint32> bars;
-    for (const HarmonyBlock& block : track.blocks)
-        bars.append(block.barIndex);
-    return bars;
-}
 
 /// What an edited track promises, as the first promise that it breaks. Ends of chords are sums
 /// and may lie a rounding behind what they were cut at.

@@ -175,8 +175,8 @@ void AccessibleWindowTest::boxesAreCalledByTheirCaptions()
         QCOMPARE(partOf(box)->child(0)->parent(), partOf(box));
     }
     names.sort();
-    QCOMPARE(names, QStringList(
-                        {"Capa", "Estilo", "Grilla", "Instrumento", "Modo", "Ritmo", "Tonalidad"}));
+    QCOMPARE(names, QStringList({"Capa", "Compás", "Estilo", "Grilla", "Instrumento", "Modo",
+                                 "Ritmo", "Tonalidad"}));
     auto* mode = Widgets::over<QComboBox>(stage_->ribbon(), "Modo");
     partOf(mode)->actionInterface()->doAction(QAccessibleActionInterface::showMenuAction());
     QVERIFY(mode->view()->isVisible());

@@ -59,6 +59,8 @@ private slots:
 
     // Tempo, key and chords
     void aTempoIsSetAndUndone();
+    void aMeterIsSetAndUndone();
+    void whatGoesByBarsFollowsTheMeter();
     void aTypedTempoIsOneStep();
     void aTempoOfAFileStaysUntilItIsTouched();
     void aKeyIsSetAndUndone();
@@ -186,6 +188,51 @@ void MainWindowEditsTest::aTempoIsSetAndUndone()
     QCOMPARE(stage_->song().bpm, 121);
     QCOMPARE(bpmBox()->value(), 121);
     QCOMPARE(available(), (QList{true, false}));
+}
+
+void MainWindowEditsTest::aMeterIsSetAndUndone()
+{
+    stage_->song().tracks[0].melodyBlocks = {melody({note(60, 5.0)}, 0.0, 8.0)};
+    stage_->song().harmonyTrack = harmony({1, 4});
+    stage_->window().snapshotAndRefresh();
+    const QJsonObject before = stage_->song().toJson();
+    auto* box = Widgets::over<QComboBox>(stage_->ribbon(), "Compás");
+    box->setCurrentText("6/8");
+    const TimeSignature sixEight{.numerator = 6, .denominator = 8, .isCompound = true};
+    QCOMPARE(stage_->song().timeSignature, sixEight);
+    QCOMPARE(stage_->song().tracks.at(0).melodyBlocks, QList{melody({note(60, 5.0)}, 0.0, 8.0)});
+    QList<int> degrees;
+    for (double beat = 0.5; beat < 9.0; beat += 1.0) {
+        const auto* chord = stage_->song().harmonyTrack.eventAt(beat, 3.0);
+        degrees.append(chord ? chord->degree : 0);
+    }
+    QCOMPARE(degrees, (QList{1, 1, 1, 1, 4, 4, 4, 4, 0}));
+    const QJsonObject after = stage_->song().toJson();
+    stage_->window().undo();
+    QCOMPARE(stage_->song().toJson(), before);
+    QCOMPARE(box->currentText(), "4/4");
+    stage_->window().redo();
+    QCOMPARE(stage_->song().toJson(), after);
+    QCOMPARE(box->currentText(), "6/8");
+}
+
+void MainWindowEditsTest::whatGoesByBarsFollowsTheMeter()
+{
+    stage_->clickRibbon("Repetir");
+    Widgets::over<QSpinBox>(stage_->ribbon(), "Del compás")->setValue(3);
+    auto* box = Widgets::over<QComboBox>(stage_->ribbon(), "Compás");
+    const auto startOfRepeat = [this] {
+        stage_->engine().stop();
+        return stage_->engine().playheadBeat();
+    };
+    QCOMPARE(startOfRepeat(), 8.0);
+    QVERIFY(Widgets::entry(stage_->window(), "División binaria (de a 2)"));
+    box->setCurrentText("6/8");
+    QCOMPARE(startOfRepeat(), 6.0);
+    QVERIFY(Widgets::entry(stage_->window(), "División ternaria (de a 3)"));
+    stage_->window().undo();
+    QCOMPARE(startOfRepeat(), 8.0);
+    QVERIFY(Widgets::entry(stage_->window(), "División binaria (de a 2)"));
 }
 
 void MainWindowEditsTest::aTypedTempoIsOneStep()

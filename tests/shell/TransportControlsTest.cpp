@@ -54,6 +54,9 @@ private:
         using Ribbon = TransportControls;
         QObject::connect(&ribbon, &Ribbon::bpmEdited,
                          [this](int bpm) { texts_.append(QString("bpm %1").arg(bpm)); });
+        QObject::connect(&ribbon, &Ribbon::meterEdited, [this](const TimeSignature& meter) {
+            texts_.append(QString("meter %1/%2").arg(meter.numerator).arg(meter.denominator));
+        });
         QObject::connect(&ribbon, &Ribbon::harmonyMuteToggled,
                          [this](bool muted) { texts_.append(muted ? "muted" : "heard"); });
         QObject::connect(&ribbon, &Ribbon::keySignatureEdited, [this](int root, int mode) {
@@ -83,7 +86,7 @@ const QList<Group>& groupTable()
          0,
          "1",
          {"Reproducir", "Detener", "Repetir", "Del compás", "al compás", "Metrónomo", "Posición"}},
-        {"TEMPO Y TONALIDAD", 0, "2", {"Velocidad", "Tonalidad", "Modo", "Acordes"}},
+        {"TEMPO Y TONALIDAD", 0, "2", {"Velocidad", "Compás", "Tonalidad", "Modo", "Acordes"}},
         {"VELTAS", 1, "0", {"Agregar", "Quitar"}},
         {"VOZ", 1, "1", {"Grabar", "Importar"}},
         {"EXPORTAR", 1, "2", {"Audio", "Audio HQ", "Partitura"}},
@@ -244,6 +247,7 @@ private slots:
     void loadingAnnouncesNothing();
     void changesAnnounceNothing();
     void changesAreFollowed();
+    void theMeterOfTheWorkIsShownAndAskedFor();
     void theGuardEndsWithTheUpdate();
     void aModeOfTwoNames_data();
     void aModeOfTwoNames();
@@ -419,6 +423,8 @@ void TransportControlsTest::comboBoxesAreTheRowsOfTheTable_data()
     QTest::addColumn<QString>("tooltip");
     QTest::addColumn<QStringList>("entries");
     QTest::addColumn<int>("index");
+    QTest::newRow("Compás") << "Compás de la canción: cuántos pulsos tiene cada compás"
+                            << QStringList{"4/4", "3/4", "2/4", "6/8"} << 0;
     QTest::newRow("Tonalidad") << "Nota principal de la canción"
                                << QStringList{"C / Do",    "C# / Do#", "D / Re",   "D# / Re#",
                                               "E / Mi",    "F / Fa",   "F# / Fa#", "G / Sol",
@@ -534,8 +540,8 @@ void TransportControlsTest::everyControlHasAName()
 
 void TransportControlsTest::everyCaptionOfAControlIsItsBuddy_data()
 {
-    addCaptions(
-        {"Del compás", "al compás", "Posición", "Velocidad", "Tonalidad", "Modo", "Grilla"});
+    addCaptions({"Del compás", "al compás", "Posición", "Velocidad", "Compás", "Tonalidad", "Modo",
+                 "Grilla"});
 }
 
 void TransportControlsTest::everyCaptionOfAControlIsItsBuddy()
@@ -551,7 +557,7 @@ void TransportControlsTest::theTabKeyGoesFromLeftToRight()
     QVERIFY(QTest::qWaitForWindowActive(ribbon_.get()));
     spin(*ribbon_, "Del compás")->setFocus();
     for (const char* next :
-         {"al compás", "Velocidad", "Tonalidad", "Modo", "Grilla", "Del compás"}) {
+         {"al compás", "Velocidad", "Compás", "Tonalidad", "Modo", "Grilla", "Del compás"}) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         QCOMPARE(QApplication::focusWidget(), Widgets::over(*ribbon_, next));
     }
@@ -785,6 +791,26 @@ void TransportControlsTest::changesAreFollowed()
     song.timeSignature = kSixEight;
     ribbon_->updateFromProject();
     QCOMPARE(entriesOf(combo(*ribbon_, "Grilla")), compoundWords());
+}
+
+void TransportControlsTest::theMeterOfTheWorkIsShownAndAskedFor()
+{
+    Project song;
+    ribbon_->setProject(&song);
+    Said said(*ribbon_);
+    QComboBox* box = combo(*ribbon_, "Compás");
+    QCOMPARE(box->currentText(), "4/4");
+    song.timeSignature = {.numerator = 5, .denominator = 4, .isCompound = false};
+    emit song.changed();
+    QCOMPARE(box->currentText(), "5/4");
+    QCOMPARE(entriesOf(box), (QStringList{"4/4", "3/4", "2/4", "6/8", "5/4"}));
+    QCOMPARE(said.take(), QStringList());
+    box->setCurrentIndex(3);
+    QCOMPARE(said.take(), QStringList{"meter 6/8"});
+    song.timeSignature = kSixEight;
+    emit song.changed();
+    QCOMPARE(box->currentText(), "6/8");
+    QCOMPARE(entriesOf(box), (QStringList{"4/4", "3/4", "2/4", "6/8"}));
 }
 
 void TransportControlsTest::theGuardEndsWithTheUpdate()
