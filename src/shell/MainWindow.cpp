@@ -382,7 +382,8 @@ void MainWindow::openMelodyBlock(int track, int block)
 
 void MainWindow::showProjectName()
 {
-    setWindowTitle(tr("Velta — %1").arg(plainTitle(project_->name)));
+    setWindowTitle(tr("Velta — %1").arg(plainTitle(project_->name)) + "[*]"_L1);
+    showUnsaved();
 }
 
 void MainWindow::showFirstSteps()

@@ -316,6 +316,9 @@ private:
     /// Whether anything would be lost with the work as it stands here.
     bool hasUnsavedWork() const;
 
+    /// Marks the title for as long as anything would be lost.
+    void showUnsaved();
+
     /// Takes the work as it is now for what its file holds.
     void markSaved();
 

@@ -36,11 +36,17 @@ bool MainWindow::hasUnsavedWork() const
     return !saved_ || !ProjectEdits::isSameWork(*saved_, *project_);
 }
 
+void MainWindow::showUnsaved()
+{
+    setWindowModified(hasUnsavedWork());
+}
+
 void MainWindow::markSaved()
 {
     saved_ = detachedCopy(*project_);
     keepTimer_->stop();
     copy_->remove();
+    showUnsaved();
 }
 
 bool MainWindow::confirmDiscardChanges()
@@ -105,6 +111,7 @@ void MainWindow::keepSoon()
 {
     if (!keepTimer_->isActive())
         keepTimer_->start();
+    showUnsaved();
 }
 
 KeptWork MainWindow::presentWork() const
@@ -146,6 +153,7 @@ void MainWindow::recover()
         engine_->projectDir = copy->clipsFolder();
     storage_->setLastSeen(copy->id(), copy->lastSeen());
     saved_.reset();
+    showUnsaved();
     // The work changes hands only when it is kept by this program.
     if (copy_->keepNow(presentWork()))
         recoveryBar_->dropOffered();

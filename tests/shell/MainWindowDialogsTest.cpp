@@ -130,7 +130,7 @@ void MainWindowDialogsTest::aNewWorkIsFilledInAndOpened()
     }});
     choose("Obra nueva…");
     QVERIFY(steps.allDone());
-    QCOMPARE(window_->windowTitle(), "Velta — Chacarera");
+    QCOMPARE(window_->windowTitle(), "Velta — Chacarera[*]");
     QCOMPARE(window_->project()->timeSignature,
              (TimeSignature{.numerator = 6, .denominator = 8, .isCompound = true}));
     QVERIFY(QFile::exists(home_->projectFile("chacarera")));
@@ -146,7 +146,7 @@ void MainWindowDialogsTest::aWorkIsNamedAndSaved()
     choose("Guardar");
     QVERIFY(steps.allDone());
     QCOMPARE(label, "¿Cómo se llama esta obra?");
-    QCOMPARE(window_->windowTitle(), "Velta — Zamba");
+    QCOMPARE(window_->windowTitle(), "Velta — Zamba[*]");
     QCOMPARE(window_->statusBar()->currentMessage(), "Obra guardada.");
     QVERIFY(QFile::exists(home_->projectFile("zamba")));
 }

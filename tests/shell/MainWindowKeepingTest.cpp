@@ -51,6 +51,8 @@ private slots:
     void lookingAtAnotherTrackIsNoChange();
     void somebodyElsesChordsOutliveAWindowThatCloses();
 
+    void theTitleMarksWhatIsNotSaved();
+
     // Works without a file
     void afterAFailedFirstSaveTheUserIsAsked_data();
     void afterAFailedFirstSaveTheUserIsAsked();
@@ -359,6 +361,40 @@ void MainWindowKeepingTest::aChangedFileAsksBeforeItIsOverwritten()
     QCOMPARE(stage_->savedWork(id), stage_->song().toJson());
 }
 
+void MainWindowKeepingTest::theTitleMarksWhatIsNotSaved()
+{
+    MainWindow& window = stage_->window();
+    const auto addChord = [&](int degree) {
+        stage_->song().harmonyTrack.insertEvent(0.0, 4.0, degree, ChordExtension::Triad, 4.0);
+        window.snapshotAndRefresh();
+    };
+    QVERIFY(window.windowTitle().endsWith("[*]"));
+    QVERIFY(!window.isWindowModified());
+    addChord(1);
+    QVERIFY(window.isWindowModified());
+    window.undo();
+    QVERIFY(!window.isWindowModified());
+    window.redo();
+    QVERIFY(stage_->saveAs("Zamba"));
+    QVERIFY(!window.isWindowModified());
+    addChord(4);
+    QVERIFY(window.isWindowModified());
+    window.undo();
+    QVERIFY(!window.isWindowModified());
+    window.undo();
+    QVERIFY(window.isWindowModified());
+    QVERIFY(window.saveCurrentProject());
+    QVERIFY(!window.isWindowModified());
+    stage_->blockWorks();
+    window.redo();
+    QVERIFY(!window.saveCurrentProject());
+    QVERIFY(window.isWindowModified());
+    stage_->prompts().takeCalls();
+    stage_->unblockWorks();
+    window.startBlankProject();
+    QVERIFY(!window.isWindowModified());
+}
+
 void MainWindowKeepingTest::aCopyTakesItsClipsAlong()
 {
     QVERIFY(stage_->saveAs("Zamba"));
@@ -485,7 +521,8 @@ void MainWindowKeepingTest::theWorkComesBackAsItWas()
     press("Recuperar");
     QCOMPARE(stage_->song().toJson(), lost.toJson());
     QVERIFY(bar().isHidden());
-    QCOMPARE(stage_->window().windowTitle(), "Velta — Mi vals");
+    QCOMPARE(stage_->window().windowTitle(), "Velta — Mi vals[*]");
+    QVERIFY(stage_->window().isWindowModified());
     QCOMPARE(stage_->window().currentProjectId(), QString());
     QCOMPARE(copies().size(), 1);
     QVERIFY(stage_->saveAs("Mi vals"));
@@ -502,6 +539,7 @@ void MainWindowKeepingTest::aWorkWithAFolderComesBackIntoIt()
     leaveCopy("zamba", work);
     press("Recuperar");
     QCOMPARE(stage_->window().currentProjectId(), "zamba");
+    QVERIFY(stage_->window().isWindowModified());
     QCOMPARE(stage_->song().bpm, 77);
     QCOMPARE(stage_->engine().projectDir, stage_->home().works() + "/zamba");
     QCOMPARE(stage_->savedWork("zamba")["bpm"].toInt(), 120);

@@ -463,7 +463,7 @@ void MainWindowMenusTest::textsBelongToTheWindow()
     QCoreApplication::installTranslator(&translator);
     WindowStage stage;
     QCOMPARE(stage.song().name, "MainWindow: Obra sin título");
-    QCOMPARE(stage.window().windowTitle(), "MainWindow: Velta — MainWindow: Obra sin título");
+    QCOMPARE(stage.window().windowTitle(), "MainWindow: Velta — MainWindow: Obra sin título[*]");
     for (const char* title : {"&Archivo", "&Edición", "&Ver", "Qué marca la grilla"})
         QVERIFY(Widgets::menu(stage.window(), QString("MainWindow: ") + title));
     for (const char* entry : {"Obra nueva…", "Salir", "Deshacer", "Alejar (tiempo)"})

@@ -103,7 +103,7 @@ void MainWindowSaveTest::theFirstSaveGivesAWorkItsFolder()
     QCOMPARE(&stage_->song(), present);
     QCOMPARE(stage_->song().name, "Zamba de mi pueblo");
     QCOMPARE(stage_->window().currentProjectId(), "zamba_de_mi_pueblo");
-    QCOMPARE(stage_->window().windowTitle(), "Velta — Zamba de mi pueblo");
+    QCOMPARE(stage_->window().windowTitle(), "Velta — Zamba de mi pueblo[*]");
     QCOMPARE(stage_->engine().projectDir, stage_->home().works() + "/zamba_de_mi_pueblo");
     QCOMPARE(stage_->message(), "Obra guardada.");
     QCOMPARE(stage_->savedIds(), QStringList{"zamba_de_mi_pueblo"});
@@ -145,7 +145,7 @@ void MainWindowSaveTest::theFolderIsNamedAfterTheWork()
     QVERIFY(stage_->saveWork("tarea", Project()));
     QVERIFY(stage_->saveAs(name));
     QCOMPARE(stage_->window().currentProjectId(), id);
-    QCOMPARE(stage_->window().windowTitle(), "Velta — " + name);
+    QCOMPARE(stage_->window().windowTitle(), "Velta — " + name + "[*]");
     QCOMPARE(stage_->savedWork(id)["name"].toString(), name);
 }
 
@@ -176,7 +176,7 @@ void MainWindowSaveTest::withoutANameNothingHappens()
     QCOMPARE(stage_->song().toJson(), before);
     QCOMPARE(stage_->window().currentProjectId(), QString());
     QCOMPARE(stage_->engine().projectDir, QString());
-    QCOMPARE(stage_->window().windowTitle(), "Velta — Obra sin título");
+    QCOMPARE(stage_->window().windowTitle(), "Velta — Obra sin título[*]");
     QCOMPARE(stage_->message(), QString());
     QCOMPARE(stage_->savedIds(), QStringList());
 }
@@ -203,7 +203,7 @@ void MainWindowSaveTest::undoingBehindTheFirstSaveKeepsTheName()
     QCOMPARE(stage_->savedWork("zamba")["name"].toString(), "Zamba");
     stage_->window().redo();
     QCOMPARE(stage_->song().name, "Zamba");
-    QCOMPARE(stage_->window().windowTitle(), "Velta — Zamba");
+    QCOMPARE(stage_->window().windowTitle(), "Velta — Zamba[*]");
 }
 
 /// The name is no part of what undo takes back, and so no reason to give up what can be redone.
@@ -280,7 +280,7 @@ void MainWindowSaveTest::afterAFailureTheNameIsNotAskedAgain()
     stage_->prompts().answerText("Zamba");
     QVERIFY(!stage_->window().saveCurrentProject());
     QCOMPARE(stage_->window().currentProjectId(), "zamba");
-    QCOMPARE(stage_->window().windowTitle(), "Velta — Zamba");
+    QCOMPARE(stage_->window().windowTitle(), "Velta — Zamba[*]");
     stage_->prompts().takeCalls();
     QVERIFY(!stage_->window().saveCurrentProject());
     QCOMPARE(stage_->prompts().takeCalls(), QStringList{kCannotSave});

@@ -48,7 +48,7 @@ void MainWindowTest::cleanup()
 void MainWindowTest::opensOnABlankWork()
 {
     const MainWindow window;
-    QCOMPARE(window.windowTitle(), "Velta — Obra sin título");
+    QCOMPARE(window.windowTitle(), "Velta — Obra sin título[*]");
     QCOMPARE(window.size(), QSize(1360, 860));
 
     const Project* project = window.project();
@@ -77,7 +77,7 @@ void MainWindowTest::aFreshWorkReplacesTheFormerOne()
     QCOMPARE(window.project()->parent(), &window);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QVERIFY(former.isNull());
-    QCOMPARE(window.windowTitle(), "Velta — Obra sin título");
+    QCOMPARE(window.windowTitle(), "Velta — Obra sin título[*]");
 }
 
 void MainWindowTest::knowsTheInstalledContent()
@@ -102,7 +102,7 @@ void MainWindowTest::opensASavedWorkById()
 
     MainWindow window;
     window.openProjectById("zamba");
-    QCOMPARE(window.windowTitle(), "Velta — Zamba de mi pueblo");
+    QCOMPARE(window.windowTitle(), "Velta — Zamba de mi pueblo[*]");
     QCOMPARE(window.project()->toJson(), saved.toJson());
 }
 
@@ -122,7 +122,7 @@ void MainWindowTest::aWorkThatCannotBeOpenedLeavesThePresentOne()
     QCOMPARE(title, "Abrir proyecto");
     QCOMPARE(text, "No pude abrir el proyecto.");
     QCOMPARE(window.project(), present);
-    QCOMPARE(window.windowTitle(), "Velta — Obra sin título");
+    QCOMPARE(window.windowTitle(), "Velta — Obra sin título[*]");
 }
 
 QTEST_MAIN(MainWindowTest)

@@ -116,7 +116,7 @@ void MainWindowWorkFileTest::aFileBecomesANewWorkAndIsOpened()
     stage_->window().openWorkFile(file());
     QCOMPARE(stage_->prompts().calls(), QStringList());
     QCOMPARE(stage_->window().currentProjectId(), "zamba_de_la_siesta");
-    QCOMPARE(stage_->window().windowTitle(), "Velta — Zamba de la siesta");
+    QCOMPARE(stage_->window().windowTitle(), "Velta — Zamba de la siesta[*]");
     QCOMPARE(stage_->song().toJson(), zamba()->toJson());
     QCOMPARE(bytesOf(stage_->home().works() + "/zamba_de_la_siesta/toma.wav"), "voz");
     stage_->window().openWorkFile(file());
