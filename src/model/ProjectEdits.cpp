@@ -145,6 +145,18 @@ QString ProjectEdits::effectiveLayer(const Track& track)
     return track.layerId;
 }
 
+QString ProjectEdits::firstRhythm(const Song& song)
+{
+    const LoopBlock* first = nullptr;
+    for (const Track& track : song.tracks) {
+        for (const LoopBlock& block : track.loopBlocks) {
+            if (!first || block.startBeat < first->startBeat)
+                first = &block;
+        }
+    }
+    return first ? first->rhythmId : QString();
+}
+
 double ProjectEdits::barStart(const Project& project, double beat)
 {
     const double bar = project.beatsPerBar();

@@ -44,6 +44,9 @@ void addClip(Project& project, const QString& newTrackName, const AudioClip& cli
 /// a track without either.
 QString effectiveLayer(const Track& track);
 
+/// The rhythm of the loop that begins before all others; empty for a work without loops.
+QString firstRhythm(const Song& song);
+
 /// The start, in beats, of the bar that holds a beat; 0.0 where the meter has no bars.
 double barStart(const Project& project, double beat);
 

@@ -3,6 +3,7 @@
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLength.h"
 #include "content/LoopLibrary.h"
+#include "model/ProjectEdits.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/ChoiceBox.h"
 #include "shell/FittingArea.h"
@@ -77,21 +78,9 @@ QString layerText(const LoopLayer& layer, const Instrument* instrument)
     return u"%1 · %2"_s.arg(layer.label, instrument->name);
 }
 
-/// The rhythm of the loop that begins before all others; empty for a work without loops.
-QString firstRhythmOf(const Project& project)
-{
-    const LoopBlock* first = nullptr;
-    for (const Track& track : project.tracks) {
-        for (const LoopBlock& block : track.loopBlocks) {
-            if (!first || block.startBeat < first->startBeat)
-                first = &block;
-        }
-    }
-    return first ? first->rhythmId : QString();
-}
-
-/// Makes the entry of an id the current one, in silence. False where that changes nothing.
-bool choose(QComboBox& box, const QString& id)
+/// Makes the entry of an id the current one, in silence, if it can be. False where that changes
+/// nothing.
+bool choose(ChoiceBox& box, const QString& id)
 {
     const int index = box.findData(id);
     if (index < 0 || index == box.currentIndex() ||
@@ -193,7 +182,12 @@ void LoopBrowser::setProject(Project* project)
     if (project_)
         disconnect(project_, nullptr, this, nullptr);
     project_ = project;
-    const Rhythm* rhythm = project ? library_->findRhythm(firstRhythmOf(*project)) : nullptr;
+    if (project) {
+        meter_ = project->timeSignature;
+        connect(project, &Project::changed, this, &LoopBrowser::followMeter);
+    }
+    const Rhythm* rhythm =
+        project ? library_->findRhythm(ProjectEdits::firstRhythm(*project)) : nullptr;
     const bool shown = rhythm && !isForeign(rhythm->timeSignature, project);
     if (shown)
         choose(*styleCombo_, rhythm->styleId);

@@ -304,6 +304,9 @@ private:
     /// As openWorkFile(), with the user's leave.
     void takeWorkFile(const QString& path);
 
+    /// What a rhythm is called, here or on the content server; its id where nobody knows.
+    QString rhythmName(const QString& id) const;
+
     /// Names the rhythms that the work uses and this computer lacks, and leads to where they are.
     void offerMissingRhythms();
 

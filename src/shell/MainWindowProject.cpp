@@ -111,7 +111,8 @@ void MainWindow::openProjectDialog()
     }
     if (!confirmDiscardChanges())
         return;
-    OpenProjectDialog dialog(works, storage_.get(), prompts_, this);
+    OpenProjectDialog dialog(works, storage_.get(), prompts_, this,
+                             [this](const QString& id) { return rhythmName(id); });
     if (!prompts_.run(dialog))
         return;
     if (dialog.wantsFile()) {

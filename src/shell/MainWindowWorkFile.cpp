@@ -1,4 +1,5 @@
 #include "content/ContentCatalog.h"
+#include "content/LoopLibrary.h"
 #include "export/ExportError.h"
 #include "model/Project.h"
 #include "shell/LoopBrowser.h"
@@ -82,16 +83,22 @@ void MainWindow::takeWorkFile(const QString& path)
     offerMissingRhythms();
 }
 
+QString MainWindow::rhythmName(const QString& id) const
+{
+    if (const Rhythm* rhythm = loopLibrary_->findRhythm(id))
+        return OnlineSearchModel::oneLine(rhythm->displayName);
+    const CatalogEntry* offered = catalog_->findEntry(id);
+    return OnlineSearchModel::oneLine(offered ? offered->displayName : id);
+}
+
 void MainWindow::offerMissingRhythms()
 {
     const QStringList missing = missingRhythms(*project_, *loopLibrary_);
     if (missing.isEmpty())
         return;
     QStringList names;
-    for (const QString& id : missing.first(std::min(missing.size(), kNamedRhythms))) {
-        const CatalogEntry* offered = catalog_->findEntry(id);
-        names.append(OnlineSearchModel::oneLine(offered ? offered->displayName : id));
-    }
+    for (const QString& id : missing.first(std::min(missing.size(), kNamedRhythms)))
+        names.append(rhythmName(id));
     if (missing.size() > kNamedRhythms)
         names.append(tr("%1 más").arg(missing.size() - kNamedRhythms));
     const QString sentence = missing.size() == 1

@@ -1,5 +1,6 @@
 #include "shell/OpenProjectDialog.h"
 
+#include "shell/Meters.h"
 #include "shell/Prompts.h"
 #include "shell/controls/ClockText.h"
 #include "storage/ProjectStorageProvider.h"
@@ -48,12 +49,13 @@ QString keyWords(const KeySignature& key)
     return words(QT_TRANSLATE_NOOP("OpenProjectDialog", "%1 mayor"));
 }
 
-QString factsOf(const SongFacts& song)
+/// With the name of the rhythm, if there is one.
+QString factsOf(const SongFacts& song, const QString& rhythm)
 {
-    const TimeSignature& meter = song.timeSignature;
-    return QStringList{clockText(qRound64(song.seconds)),
-                       u"%1/%2"_s.arg(meter.numerator).arg(meter.denominator), keyWords(song.key)}
-        .join(kGap);
+    QStringList facts{clockText(qRound64(song.seconds)), meterText(song.timeSignature),
+                      keyWords(song.key), rhythm};
+    facts.removeAll(QString());
+    return facts.join(kGap);
 }
 
 /// Letters without their accents and case.
@@ -73,7 +75,7 @@ bool holdsAll(const QString& text, const QStringList& words)
 
 OpenProjectDialog::OpenProjectDialog(const QList<ProjectInfo>& works,
                                      ProjectStorageProvider* storage, Prompts& prompts,
-                                     QWidget* parent)
+                                     QWidget* parent, const RhythmNames& rhythmNames)
     : QDialog(parent), storage_(storage), prompts_(prompts), list_(new QListWidget)
 {
     setWindowTitle(tr("Abrir obra"));
@@ -81,7 +83,7 @@ OpenProjectDialog::OpenProjectDialog(const QList<ProjectInfo>& works,
     QList<ProjectInfo> sorted = works;
     std::ranges::stable_sort(sorted, std::ranges::greater(), &ProjectInfo::modifiedAt);
     for (const ProjectInfo& work : sorted)
-        addWork(work);
+        addWork(work, rhythmNames);
 
     auto* label = new QLabel(tr("Obras guardadas:"));
     label->setBuddy(list_);
@@ -112,10 +114,11 @@ OpenProjectDialog::OpenProjectDialog(const QList<ProjectInfo>& works,
     list_->setFocus();
 }
 
-void OpenProjectDialog::addWork(const ProjectInfo& work)
+void OpenProjectDialog::addWork(const ProjectInfo& work, const RhythmNames& rhythmNames)
 {
     const QString time = work.modifiedAt.toString(u"dd/MM/yyyy HH:mm"_s);
-    const QString facts = work.song ? kGap + factsOf(*work.song) : QString();
+    const QString rhythm = work.song && rhythmNames ? rhythmNames(work.song->rhythmId) : QString();
+    const QString facts = work.song ? kGap + factsOf(*work.song, rhythm) : QString();
     auto* item = new QListWidgetItem(work.name + u'\n' + time + facts, list_);
     item->setData(kIdRole, work.id);
     item->setData(kTitleRole, QString(work.name + kGap + time));

@@ -4,6 +4,7 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 class Prompts;
@@ -21,9 +22,14 @@ public:
     /// Works from which on there is a field to search them with.
     static constexpr qsizetype kManyWorks = 8;
 
-    /// Shows a listing of the storage. Storage and prompts are not owned.
+    /// What a rhythm is called, by its id.
+    using RhythmNames = std::function<QString(const QString& id)>;
+
+    /// Shows a listing of the storage. Storage and prompts are not owned. Without names of rhythms
+    /// none is told.
     OpenProjectDialog(const QList<ProjectInfo>& works, ProjectStorageProvider* storage,
-                      Prompts& prompts, QWidget* parent = nullptr);
+                      Prompts& prompts, QWidget* parent = nullptr,
+                      const RhythmNames& rhythmNames = {});
 
     /// Whether the user would rather have a work that lies elsewhere in one file.
     bool wantsFile() const { return wantsFile_; }
@@ -36,7 +42,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void addWork(const ProjectInfo& work);
+    void addWork(const ProjectInfo& work, const RhythmNames& rhythmNames);
     QLineEdit* searchField();
 
     /// Leaves the works whose names hold all words, with whatever accents and in whatever case.

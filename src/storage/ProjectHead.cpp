@@ -2,6 +2,7 @@
 
 #include "files/JsonFile.h"
 #include "model/Project.h"
+#include "model/ProjectEdits.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -122,7 +123,8 @@ ProjectHead headOf(const QJsonObject& json)
     Project work;
     work.loadJson(json);
     return {.name = name.isString() ? std::optional(name.toString()) : std::nullopt,
-            .song = SongFacts{work.timeSignature, work.keySignature, secondsOf(work)}};
+            .song = SongFacts{work.timeSignature, work.keySignature, secondsOf(work),
+                              ProjectEdits::firstRhythm(work)}};
 }
 
 } // namespace

@@ -31,6 +31,7 @@ private slots:
     void theWorkThatWasWrittenLastIsFirst();
     void aWorkSaysWhatTellsItFromOthers_data();
     void aWorkSaysWhatTellsItFromOthers();
+    void aWorkSaysItsRhythm();
     void aLargeWorkSaysItsTimeAlone();
     void everyItemHoldsItsId();
     void theFirstWorkIsCurrent();
@@ -155,6 +156,26 @@ void OpenProjectDialogTest::aWorkSaysWhatTellsItFromOthers()
     const OpenProjectDialog dialog({info}, &works_->storage(), *prompts_);
     QCOMPARE(dialog.findChild<QListWidget*>()->item(0)->text(),
              "Tarea\n22/11/2026 08:05  ·  " + line);
+}
+
+void OpenProjectDialogTest::aWorkSaysItsRhythm()
+{
+    const auto textOf = [this](const QString& rhythmId) {
+        SongFacts song;
+        song.seconds = 24.0;
+        song.rhythmId = rhythmId;
+        const ProjectInfo info{.id = "x",
+                               .name = "Tarea",
+                               .modifiedAt = QDateTime(QDate(2026, 11, 22), QTime(8, 5)),
+                               .folderPath = QString(),
+                               .song = song};
+        const auto nameOf = [](const QString& id) { return id == "z" ? "Zamba" : QString(); };
+        const OpenProjectDialog dialog({info}, &works_->storage(), *prompts_, nullptr, nameOf);
+        return dialog.findChild<QListWidget*>()->item(0)->text();
+    };
+    const QString line = "Tarea\n22/11/2026 08:05  ·  0:24  ·  4/4  ·  Do mayor";
+    QCOMPARE(textOf("z"), line + "  ·  Zamba");
+    QCOMPARE(textOf(QString()), line);
 }
 
 void OpenProjectDialogTest::aLargeWorkSaysItsTimeAlone()

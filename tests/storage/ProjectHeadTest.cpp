@@ -92,10 +92,15 @@ void ProjectHeadTest::aWorkSaysWhatItsMusicIsLike()
     work.timeSignature = {.numerator = 6, .denominator = 8, .isCompound = true};
     work.keySignature = {.rootPitchClass = 9, .mode = KeyMode::Minor};
     work.tracks.append(ProjectBuilder::melodyTrack({ProjectBuilder::melody({}, 0.0, 5.5)}));
+    work.tracks.append(
+        ProjectBuilder::loopTrack({ProjectBuilder::loop("cueca", "bombo", 3.0, 3.0),
+                                   ProjectBuilder::loop("zamba", "bombo", 0.0, 3.0)}));
     const auto head = headOf(QJsonDocument(work.toJson()).toJson());
     QVERIFY(head && head->song);
-    const SongFacts expected{
-        .timeSignature = work.timeSignature, .key = work.keySignature, .seconds = 4.0};
+    const SongFacts expected{.timeSignature = work.timeSignature,
+                             .key = work.keySignature,
+                             .seconds = 4.0,
+                             .rhythmId = "zamba"};
     QCOMPARE(*head->song, expected);
 }
 
