@@ -87,6 +87,16 @@ public:
     /// Saves the work, asking for its name if it is in no folder yet. True when it is on disk.
     bool saveCurrentProject();
 
+    /// Saves the work under a name and an id of its own, and goes on with that. The former one
+    /// stays as it was saved last.
+    void saveAs();
+
+    /// Saves the work, and goes on with a copy of it.
+    void duplicateWork();
+
+    /// Gives the work another name, in its file too. Its folder keeps its own.
+    void renameWork();
+
     /// Exports the work itself with its voices, as one file to be carried elsewhere.
     void exportWork();
 
@@ -309,6 +319,13 @@ private:
 
     /// Names the rhythms that the work uses and this computer lacks, and leads to where they are.
     void offerMissingRhythms();
+
+    /// A name for the work, or nothing when the user gave up.
+    std::optional<QString> askName(const QString& title);
+
+    /// Saves the work as another one, with copies of its clips, and goes on with that. False, with
+    /// nothing changed and nothing left behind, where it cannot be saved.
+    bool goOnInCopy(const QString& name);
 
     /// Gives a work that is in no folder a name and an id. False when the user gave up.
     bool nameForFirstSave();

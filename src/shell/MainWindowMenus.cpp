@@ -61,6 +61,10 @@ void MainWindow::buildFileMenu()
     connect(recentMenu_, &QMenu::aboutToShow, this, &MainWindow::fillRecentMenu);
     menu->addAction(tr("Guardar"), this, &MainWindow::saveCurrentProject)
         ->setShortcuts(QKeySequence::Save);
+    menu->addAction(tr("Guardar como…"), this, &MainWindow::saveAs)
+        ->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_S);
+    menu->addAction(tr("Duplicar obra"), this, &MainWindow::duplicateWork);
+    menu->addAction(tr("Cambiar nombre…"), this, &MainWindow::renameWork);
     menu->addSeparator();
     withKeys(menu->addAction(tr("Importar audio de voz…"), this, &MainWindow::importVoiceFile),
              Qt::CTRL | Qt::Key_I, transport_, Card::Import);

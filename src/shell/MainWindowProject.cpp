@@ -169,21 +169,28 @@ bool MainWindow::saveCurrentProject()
     return true;
 }
 
-bool MainWindow::nameForFirstSave()
+std::optional<QString> MainWindow::askName(const QString& title)
 {
     QString name;
     while (name.isEmpty()) {
-        const auto answer = prompts_.askText(this, tr("Guardar obra"),
-                                             tr("¿Cómo se llama esta obra?"), project_->name);
+        const auto answer =
+            prompts_.askText(this, title, tr("¿Cómo se llama esta obra?"), project_->name);
         if (!answer)
-            return false;
+            return std::nullopt;
         name = answer->trimmed();
         if (name.isEmpty())
-            prompts_.inform(this, tr("Guardar obra"),
-                            tr("Para guardarla, la obra necesita un nombre."));
+            prompts_.inform(this, title, tr("Para guardarla, la obra necesita un nombre."));
     }
-    project_->name = name;
-    currentProjectId_ = storage_->createProjectId(name);
+    return name;
+}
+
+bool MainWindow::nameForFirstSave()
+{
+    const auto name = askName(tr("Guardar obra"));
+    if (!name)
+        return false;
+    project_->name = *name;
+    currentProjectId_ = storage_->createProjectId(*name);
     showProjectName();
     return true;
 }

@@ -4,6 +4,8 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
+
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
@@ -30,12 +32,6 @@ bool liesIn(const QString& folder, const QString& name)
     return QFileInfo(name).fileName() == name && QFileInfo(folder + u'/' + name).isFile();
 }
 
-void removeAll(const QString& folder, const ClipFiles::Copies& copies)
-{
-    for (const QString& copy : copies)
-        QFile::remove(folder + u'/' + copy);
-}
-
 } // namespace
 
 QString ClipFiles::freePath(const QString& folder, const QString& baseName, const QString& suffix)
@@ -55,7 +51,7 @@ std::optional<ClipFiles::Copies> ClipFiles::copyInto(const QStringList& names, c
             continue;
         const QString copy = copyOf(QFileInfo(from + u'/' + name), to);
         if (copy.isEmpty()) {
-            removeAll(to, copies);
+            discard(copies, to);
             return std::nullopt;
         }
         copies.insert(name, copy);
@@ -95,4 +91,29 @@ ClipFiles::Copies ClipFiles::gather(const QStringList& names, const QString& fol
             copies.insert(path, name);
     }
     return copies;
+}
+
+std::optional<ClipFiles::Copies> ClipFiles::copyAll(const QStringList& names, const QString& from,
+                                                    const QString& to)
+{
+    auto copies = copyInto(names, from, to);
+    if (!copies)
+        return std::nullopt;
+    const Copies gathered = gather(names, to);
+    copies->insert(gathered);
+    const bool whole = std::ranges::all_of(names, [&](const QString& name) {
+        const QFileInfo file(name);
+        return !file.isAbsolute() || !file.isFile() || gathered.contains(name);
+    });
+    if (whole)
+        return copies;
+    discard(*copies, to);
+    return std::nullopt;
+}
+
+void ClipFiles::discard(const Copies& copies, const QString& folder)
+{
+    for (const QString& copy : copies)
+        QFile::remove(folder + u'/' + copy);
+    QDir().rmdir(folder);
 }

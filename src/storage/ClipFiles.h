@@ -34,4 +34,11 @@ QStringList namesIn(const QList<AudioTrack>& tracks);
 /// another computer. A file that cannot be copied, or is not there, is left out.
 Copies gather(const QStringList& names, const QString& folder);
 
+/// All files that the clips of a work name, whether by a whole path or in its own folder, copied
+/// into the folder of another. Nothing if one that is there cannot be copied: no copy is left then.
+std::optional<Copies> copyAll(const QStringList& names, const QString& from, const QString& to);
+
+/// Removes copies from a folder, and the folder itself if nothing else is in it.
+void discard(const Copies& copies, const QString& folder);
+
 } // namespace ClipFiles
