@@ -89,8 +89,10 @@ void dragANoteOfALargeSong(benchmark::State& state)
 void turnPagesOfALargeSong(benchmark::State& state)
 {
     openLargeSong();
-    for (PlayheadFollower* follower : {arranger().follower(), pianoRoll().follower()})
+    for (PlayheadFollower* follower : {arranger().follower(), pianoRoll().follower()}) {
         follower->setClock([now = qint64{0}]() mutable { return now += 10000; });
+        follower->showStart();
+    }
     int page = 0;
     for (auto _ : state) {
         const double beat = 20.0 * (++page % 9);
