@@ -108,6 +108,8 @@ QList<BlockRef> refsOf(const QList<QGraphicsItem*>& items)
             blocks.append(block->block());
     }
     std::ranges::sort(blocks);
+    // A damaged file may have two bars of one number.
+    blocks.erase(std::ranges::unique(blocks).begin(), blocks.end());
     return blocks;
 }
 

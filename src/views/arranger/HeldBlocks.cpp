@@ -13,6 +13,14 @@ bool isChord(const BlockRef& block)
     return block.kind == BlockKind::Chord;
 }
 
+/// A damaged file may have two bars of one number, and so two blocks of one reference.
+QList<BlockRef> once(QList<BlockRef> blocks)
+{
+    std::ranges::sort(blocks);
+    blocks.erase(std::ranges::unique(blocks).begin(), blocks.end());
+    return blocks;
+}
+
 template <typename Record>
 int appendCopy(QList<Record>& list, int index)
 {
@@ -38,7 +46,7 @@ BlockRef appendCopy(Project& project, const BlockRef& block)
 
 HeldBlocks::HeldBlocks(const Project& project, const QList<BlockRef>& blocks)
 {
-    for (const BlockRef& block : blocks) {
+    for (const BlockRef& block : once(blocks)) {
         const auto span = BlockEdits::spanOf(project, block);
         if (!span)
             continue;
