@@ -9,6 +9,7 @@
 #include "model/Project.h"
 #include "model/ProjectEdits.h"
 #include "model/UndoStack.h"
+#include "playback/CountIn.h"
 #include "playback/PlaybackEngine.h"
 #include "playback/SoundfontPlayer.h"
 #include "shell/AccessibleControls.h"
@@ -126,6 +127,10 @@ void MainWindow::createServices()
     engine_ = new PlaybackEngine(player_, loopLibrary_, instruments_, this);
     recorder_ = new AudioRecorder(this);
     connect(recorder_, &AudioRecorder::recordingFailed, this, &MainWindow::onRecordingFailed);
+    countIn_ = new CountIn(player_, this);
+    connect(countIn_, &CountIn::ended, this, &MainWindow::beginTake);
+    // Who plays the song meanwhile does not want to wait for it.
+    connect(engine_, &PlaybackEngine::playingChanged, this, &MainWindow::cancelCountIn);
     undoStack_ = new UndoStack(this);
     createRecovery();
     connect(loopLibrary_, &LoopLibrary::libraryChanged, this, &MainWindow::onLibraryChanged);
@@ -249,6 +254,8 @@ void MainWindow::connectTransport()
     connect(transport_, &Ribbon::recordVoiceRequested, this, &MainWindow::toggleVoiceRecording);
     connect(transport_, &Ribbon::cancelVoiceRequested, this, &MainWindow::cancelVoiceRecording);
     connect(transport_, &Ribbon::stopRequested, this, &MainWindow::finishTake);
+    connect(countIn_, &CountIn::counted, transport_, &Ribbon::showCount);
+    connect(recorder_, &AudioRecorder::levelHeard, transport_, &Ribbon::showLevel);
     connect(transport_, &Ribbon::importVoiceRequested, this, &MainWindow::importVoiceFile);
     connect(transport_, &Ribbon::zoomInRequested, this, &MainWindow::zoomIn);
     connect(transport_, &Ribbon::zoomOutRequested, this, &MainWindow::zoomOut);
@@ -488,7 +495,7 @@ bool MainWindow::event(QEvent* event)
 
 void MainWindow::keyPressEvent(QKeyEvent* event)
 {
-    if (take_ && event->matches(QKeySequence::Cancel))
+    if (isSinging() && event->matches(QKeySequence::Cancel))
         cancelVoiceRecording();
     else if (!FocusedControl::pressByReturn(*event, focusWidget()))
         QMainWindow::keyPressEvent(event);

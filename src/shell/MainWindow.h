@@ -13,6 +13,7 @@
 class AudioRecorder;
 class ContentCatalog;
 class ContentDownloadManager;
+class CountIn;
 class EditorFocus;
 class FirstSteps;
 class CommandedEditor;
@@ -259,7 +260,20 @@ private:
     void takePlayheadBack(const Song& former);
     void takePlayheadOn(const Song& former);
 
+    /// Begins to sing at once, or counts a bar first where the user has set that and the song
+    /// stands still: one that plays counts by itself.
     void startTake();
+
+    /// The microphone is open, and what comes from now on is the take.
+    void beginTake();
+
+    /// Ends a count before its take has begun; nothing is left of either.
+    void cancelCountIn();
+
+    bool isSinging() const;
+
+    /// Says in the status bar what is under way.
+    void tellTake();
 
     /// Shows in the ribbon, in the editors and in the status bar whether a voice is recorded.
     void showRecording(bool recording);
@@ -404,6 +418,8 @@ private:
     QTimer* keepTimer_ = nullptr;
     /// Null while nobody sings.
     std::unique_ptr<VoiceTake> take_;
+    CountIn* countIn_ = nullptr;
+    QAction* countInAction_ = nullptr;
 
     QStackedWidget* stackedWidget_ = nullptr;
     RecoveryBar* recoveryBar_ = nullptr;

@@ -22,6 +22,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
+#include <QSettings>
 #include <QStatusBar>
 
 using namespace Qt::Literals::StringLiterals;
@@ -29,6 +30,8 @@ using namespace Qt::Literals::StringLiterals;
 using Card = TransportControls::Card;
 
 namespace {
+
+constexpr auto kCountInKey = "contarAntesDeGrabar"_L1;
 
 /// Gives an entry its keys, and has the button of the ribbon that does the same tell them.
 QAction* withKeys(QAction* entry, const QKeySequence& keys, TransportControls* ribbon, Card card)
@@ -161,6 +164,12 @@ void MainWindow::buildPlaybackMenu()
     menu->addSeparator();
     withKeys(menu->addAction(tr("Grabar voz"), this, &MainWindow::toggleVoiceRecording),
              Qt::CTRL | Qt::Key_R, transport_, Card::Record);
+    countInAction_ = menu->addAction(tr("Contar un compás antes de grabar"));
+    countInAction_->setCheckable(true);
+    countInAction_->setChecked(QSettings(u"Ovelin"_s, u"Velta"_s).value(kCountInKey).toBool());
+    connect(countInAction_, &QAction::toggled, this,
+            [](bool on) { QSettings(u"Ovelin"_s, u"Velta"_s).setValue(kCountInKey, on); });
+    transport_->addSetting(Card::Record, countInAction_);
 }
 
 void MainWindow::buildOwnMenu()
@@ -217,7 +226,8 @@ void MainWindow::buildStatusBar()
     connect(statusBar(), &QStatusBar::messageChanged, this, &MainWindow::updateHint);
     // What lasts has to be permanent: a message takes everything else out of sight, and any menu
     // wipes a message away.
-    takeNotice_ = new QLabel(tr("Grabando voz… tocá «Grabar voz» de nuevo para terminar."));
+    takeNotice_ = new QLabel;
+    tellTake();
     takeNotice_->setObjectName(u"grabando"_s);
     takeNotice_->setVisible(false);
     statusBar()->addPermanentWidget(takeNotice_);
@@ -239,7 +249,7 @@ void MainWindow::buildStatusBar()
 
 void MainWindow::updateHint()
 {
-    hint_->setVisible(!take_ && statusBar()->currentMessage().isEmpty());
+    hint_->setVisible(!isSinging() && statusBar()->currentMessage().isEmpty());
 }
 
 void MainWindow::addMissingBankMark()

@@ -1,5 +1,6 @@
 #include "model/Project.h"
 #include "model/ProjectEdits.h"
+#include "playback/CountIn.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/MainWindow.h"
 #include "shell/TransportControls.h"
@@ -88,6 +89,8 @@ void MainWindow::toggleVoiceRecording()
         return;
     if (take_)
         finishTake();
+    else if (countIn_->isCounting())
+        cancelCountIn();
     else
         startTake();
 }
@@ -102,14 +105,48 @@ void MainWindow::startTake()
 {
     if (!recorder_->startRecording())
         return;
+    if (!countInAction_->isChecked() || engine_->isPlaying())
+        return beginTake();
+    engine_->refreshChannels();
+    countIn_->start(project_->timeSignature, project_->bpm);
+    showRecording(true);
+}
+
+void MainWindow::beginTake()
+{
+    // What came while one counted is not sung.
+    recorder_->beginAnew();
     if (!engine_->isPlaying())
         engine_->play();
     take_ = std::make_unique<VoiceTake>(*project_, *engine_, clipsFolder());
     showRecording(true);
 }
 
+void MainWindow::cancelCountIn()
+{
+    if (!countIn_->isCounting())
+        return;
+    countIn_->stop();
+    recorder_->cancelRecording();
+    showRecording(false);
+    statusBar()->showMessage(tr("Grabación descartada."), kTakeMs);
+}
+
+bool MainWindow::isSinging() const
+{
+    return take_ || countIn_->isCounting();
+}
+
+void MainWindow::tellTake()
+{
+    takeNotice_->setText(countIn_->isCounting()
+                             ? tr("Un compás y grabamos… Esc cancela.")
+                             : tr("Grabando voz… tocá «Grabar voz» de nuevo para terminar."));
+}
+
 void MainWindow::showRecording(bool recording)
 {
+    tellTake();
     transport_->showRecording(recording);
     pianoRoll_->setRecording(recording);
     arranger_->setRecording(recording);
@@ -119,6 +156,9 @@ void MainWindow::showRecording(bool recording)
 
 void MainWindow::cancelVoiceRecording()
 {
+    // Nothing is sung yet.
+    if (countIn_->isCounting())
+        return cancelCountIn();
     if (!take_ ||
         prompts_.ask(this, tr("Grabación"), tr("¿Descartar lo que se está grabando?"),
                      QMessageBox::Yes | QMessageBox::No, QMessageBox::No) != QMessageBox::Yes)
@@ -134,6 +174,7 @@ void MainWindow::cancelVoiceRecording()
 
 void MainWindow::finishTake()
 {
+    cancelCountIn();
     if (!take_)
         return;
     const auto take = std::exchange(take_, nullptr);

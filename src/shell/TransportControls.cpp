@@ -4,6 +4,7 @@
 #include "music/Beats.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/GridLevelNames.h"
+#include "shell/LevelMeter.h"
 #include "shell/Meters.h"
 #include "shell/RibbonGroup.h"
 #include "shell/TakeSign.h"
@@ -13,6 +14,7 @@
 #include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMenu>
 #include <QScopedValueRollback>
 #include <QSpinBox>
 #include <QToolButton>
@@ -170,7 +172,9 @@ RibbonGroup* TransportControls::voiceGroup()
     QToolButton* cancel = group->addCard(u"✕"_s, tr("Cancelar"),
                                          tr("Descartar lo que se está grabando (Esc)"), false);
     connect(cancel, &QToolButton::clicked, this, &TransportControls::cancelVoiceRequested);
-    takeSign_ = new TakeSign(record, cancel, this);
+    auto* meter = new LevelMeter;
+    group->addLabeledWidget(meter, tr("Nivel"));
+    takeSign_ = new TakeSign(record, cancel, meter, this);
     connect(addCard(Card::Import, group, u"⇩"_s, tr("Importar"),
                     tr("Traer un audio ya grabado (WAV, MP3, ogg, opus)")),
             &QToolButton::clicked, this, &TransportControls::importVoiceRequested);
@@ -345,6 +349,29 @@ void TransportControls::showMeter(const TimeSignature& meter)
 void TransportControls::showRecording(bool recording)
 {
     takeSign_->show(recording);
+}
+
+void TransportControls::showCount(int click)
+{
+    takeSign_->showCount(click);
+}
+
+void TransportControls::showLevel(float peak)
+{
+    takeSign_->showLevel(peak);
+}
+
+void TransportControls::addSetting(Card card, QAction* setting)
+{
+    QToolButton* button = cards_.value(card);
+    button->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(button, &QWidget::customContextMenuRequested, this,
+            [this, button, setting](const QPoint& place) {
+                // Of the button it would have the letters of its face.
+                QMenu menu(this);
+                menu.addAction(setting);
+                menu.exec(button->mapToGlobal(place));
+            });
 }
 
 void TransportControls::updateSubdivisionLabels()

@@ -73,6 +73,15 @@ public:
     /// Shows that a voice is being recorded, and for how long, or that no voice is.
     void showRecording(bool recording);
 
+    /// Shows a click of those that count the voice in, from 1, in the place of the time.
+    void showCount(int click);
+
+    /// Shows how loud the microphone is, 0 to 1.
+    void showLevel(float peak);
+
+    /// Offers a setting in the menu of a button's right click. It is not owned.
+    void addSetting(Card card, QAction* setting);
+
 signals:
     void saveRequested();
     void newProjectRequested();

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <optional>
 #include <utility>
@@ -66,6 +67,18 @@ QList<float> monoOf(const QByteArray& pcm, int channels)
     return mono;
 }
 
+/// The greatest magnitude, 0 to 1.
+float peakOf(const QByteArray& pcm)
+{
+    int peak = 0;
+    for (qsizetype at = 0; at + qsizetype(sizeof(qint16)) <= pcm.size(); at += sizeof(qint16)) {
+        qint16 sample = 0;
+        std::memcpy(&sample, pcm.constData() + at, sizeof sample);
+        peak = std::max(peak, std::abs(static_cast<int>(sample)));
+    }
+    return static_cast<float>(peak) / 32768.0F;
+}
+
 } // namespace
 
 AudioRecorder::AudioRecorder(QObject* parent) : QObject(parent)
@@ -111,13 +124,25 @@ bool AudioRecorder::startRecording()
         emit recordingFailed(tr("No pude abrir el micrófono."));
         return false;
     }
-    connect(inputDevice_, &QIODevice::readyRead, this,
-            [this] { pcm_.append(inputDevice_->readAll()); });
+    connect(inputDevice_, &QIODevice::readyRead, this, &AudioRecorder::takeWhatCame);
     seenBytes_ = 0;
     silentLooks_ = 0;
     watch_.start();
     recording_ = true;
     return true;
+}
+
+void AudioRecorder::takeWhatCame()
+{
+    const QByteArray came = inputDevice_->readAll();
+    pcm_.append(came);
+    emit levelHeard(peakOf(came));
+}
+
+void AudioRecorder::beginAnew()
+{
+    pcm_.clear();
+    seenBytes_ = 0;
 }
 
 /// A server that dies ends the source. One that hangs, or loses its last microphone, says nothing.

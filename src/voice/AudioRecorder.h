@@ -22,6 +22,9 @@ public:
     /// record with, which recordingFailed() tells.
     bool startRecording();
 
+    /// Forgets what has come of the take so far: it begins here.
+    void beginAnew();
+
     /// Ends the take and writes it at the rate at which the device recorded, its channels folded
     /// into one. The length in seconds; 0.0 if there was no take, nothing came or the file cannot
     /// be written: then the take stays in memory.
@@ -45,9 +48,13 @@ signals:
     /// it, and what had come by then is there for stopRecording().
     void recordingFailed(const QString& message);
 
+    /// Each time that sound has come during a take: its greatest magnitude, 0 to 1.
+    void levelHeard(float peak);
+
 private:
     /// Looks whether the take still has a microphone, and tells once when it has not.
     void watch();
+    void takeWhatCame();
     void endSource();
 
     QAudioSource* source_ = nullptr;

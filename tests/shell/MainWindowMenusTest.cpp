@@ -163,8 +163,13 @@ void MainWindowMenusTest::menusHoldTheirEntries_data()
     QTest::newRow("Ver") << "&Ver" << QStringList{"Qué marca la grilla", "-", "Acercar (tiempo)",
                                                   "Alejar (tiempo)",     "-", "Seguir el cabezal"};
     QTest::newRow("Reproducción") << "&Reproducción"
-                                  << QStringList{"Reproducir/Pausar", "Detener", "Repetir",
-                                                 "Metrónomo",         "-",       "Grabar voz"};
+                                  << QStringList{"Reproducir/Pausar",
+                                                 "Detener",
+                                                 "Repetir",
+                                                 "Metrónomo",
+                                                 "-",
+                                                 "Grabar voz",
+                                                 "Contar un compás antes de grabar"};
     QTest::newRow("Velta") << "Ve&lta"
                            << QStringList{"Agregar velta", "Quitar velta", "-", "Área siguiente",
                                           "Área anterior"};

@@ -1,3 +1,4 @@
+#include "shell/LevelMeter.h"
 #include "shell/controls/ClockText.h"
 #include "support/FullDisk.h"
 #include "support/ProjectBuilder.h"
@@ -26,6 +27,8 @@ namespace {
 
 /// The server makes its tone in stretches of up to two seconds.
 constexpr int kTakeMs = 4500;
+
+const QString kCountIn = QStringLiteral("Contar un compás antes de grabar");
 
 } // namespace
 
@@ -59,6 +62,14 @@ private slots:
     void aTakeThatIsNotDroppedGoesOn();
     void withoutATakeEscapeAsksNothing();
 
+    // The bar before a take, and its level
+    void aTakeBeginsAtOnceUnlessABarIsToBeCounted();
+    void aBarIsCountedBeforeTheTake();
+    void aCountThatIsCalledOffLeavesNothing_data();
+    void aCountThatIsCalledOffLeavesNothing();
+    void aSongThatPlaysIsNotCountedIn();
+    void theLevelOfTheMicrophoneIsSeen();
+
     // A take and its place
     void aTakeThatOutlastsPlaybackLiesWhereItBegan_data();
     void aTakeThatOutlastsPlaybackLiesWhereItBegan();
@@ -81,6 +92,10 @@ private:
     QStringList voicesIn(const QString& id);
 
     void beginTake(int ms);
+
+    const QLabel* clock() { return stage_->card("Grabar")->parentWidget()->findChild<QLabel*>(); }
+
+    bool isRecording() { return stage_->window().findChild<AudioRecorder*>()->isRecording(); }
 
     /// Whether the status bar says that a voice is recorded.
     bool showsTake();
@@ -410,6 +425,104 @@ void MainWindowTakeTest::withoutATakeEscapeAsksNothing()
     QTest::keyClick(stage_->window().focusWidget(), Qt::Key_Escape);
     QCOMPARE(stage_->prompts().calls(), QStringList());
     QVERIFY(stage_->window().isVisible());
+}
+
+// ---- The bar before a take, and its level --------------------------------------------------
+
+void MainWindowTakeTest::aTakeBeginsAtOnceUnlessABarIsToBeCounted()
+{
+    const QAction* setting = Widgets::entry(stage_->window(), kCountIn);
+    QVERIFY(setting && !setting->isChecked());
+    QCOMPARE(stage_->card("Grabar")->contextMenuPolicy(), Qt::CustomContextMenu);
+    beginTake(0);
+    QVERIFY(stage_->engine().isPlaying());
+    stage_->clickRibbon("Grabar");
+
+    // The next window remembers.
+    stage_->choose(kCountIn);
+    const MainWindow next(nullptr, stage_->prompts());
+    QVERIFY(Widgets::entry(next, kCountIn)->isChecked());
+}
+
+void MainWindowTakeTest::aBarIsCountedBeforeTheTake()
+{
+    // A beat in half a second.
+    stage_->engine().setPlayheadBeat(8.0);
+    stage_->choose(kCountIn);
+    QVERIFY(stage_->showWindow());
+    stage_->clickRibbon("Grabar");
+    QVERIFY(isRecording());
+    QVERIFY(!stage_->engine().isPlaying());
+    QVERIFY(!showsTake());
+    QVERIFY(Widgets::withText<QLabel>(stage_->window(),
+                                      QStringLiteral("Un compás y grabamos… Esc cancela.")));
+    for (const char* click : {"1", "2", "3", "4"})
+        QTRY_COMPARE(clock()->text(), click);
+    QCOMPARE(stage_->engine().playheadBeat(), 8.0);
+    QTRY_VERIFY(stage_->engine().isPlaying());
+    QCOMPARE(clock()->text(), "0:00");
+    QVERIFY(showsTake());
+    QTest::qWait(kTakeMs);
+    stage_->clickRibbon("Grabar");
+    QVERIFY2(stage_->song().audioTracks.size() == 1, qPrintable(stage_->message()));
+    const AudioClip clip = stage_->song().audioTracks[0].clips.value(0);
+    QVERIFY(clip.durationBeats > 0.0);
+}
+
+void MainWindowTakeTest::aCountThatIsCalledOffLeavesNothing_data()
+{
+    QTest::addColumn<QString>("by");
+    for (const char* by : {"Escape", "Cancelar", "Grabar", "Detener", "Reproducir", "Abrir"})
+        QTest::newRow(by) << by;
+}
+
+void MainWindowTakeTest::aCountThatIsCalledOffLeavesNothing()
+{
+    QFETCH(QString, by);
+    stage_->choose(kCountIn);
+    QVERIFY(stage_->showWindow());
+    stage_->clickRibbon("Grabar");
+    QTRY_COMPARE(clock()->text(), "2");
+    if (by == "Escape")
+        QTest::keyClick(stage_->window().focusWidget(), Qt::Key_Escape);
+    else if (by == "Abrir")
+        stage_->window().openProject("coplas");
+    else
+        stage_->clickRibbon(by);
+    QCOMPARE(stage_->prompts().calls(), QStringList());
+    QVERIFY(!isRecording());
+    QVERIFY(!showsTake());
+    QCOMPARE(clock()->text(), "Grabar");
+    QCOMPARE(stage_->engine().isPlaying(), by == "Reproducir");
+    QTest::qWait(2500);
+    QVERIFY(!isRecording());
+    QVERIFY(stage_->song().audioTracks.isEmpty());
+    QVERIFY(!stage_->canUndo());
+    QCOMPARE(QDir(stage_->home().works() + "/coplas").entryList(QDir::Files),
+             QStringList{"project.json"});
+}
+
+void MainWindowTakeTest::aSongThatPlaysIsNotCountedIn()
+{
+    stage_->choose(kCountIn);
+    stage_->engine().play(0.0);
+    beginTake(0);
+    QVERIFY(isRecording());
+    QVERIFY(stage_->engine().isPlaying());
+}
+
+void MainWindowTakeTest::theLevelOfTheMicrophoneIsSeen()
+{
+    QVERIFY(stage_->showWindow());
+    const auto* meter = stage_->window().findChild<LevelMeter*>();
+    QVERIFY(!meter->isVisible());
+    beginTake(0);
+    QVERIFY(meter->isVisible());
+    // The microphone hears a tone.
+    QTRY_VERIFY(meter->decibels() > -30.0);
+    stage_->clickRibbon("Grabar");
+    QVERIFY(!meter->isVisible());
+    QCOMPARE(meter->decibels(), LevelMeter::kLeast);
 }
 
 // ---- A take and its place ------------------------------------------------------------------

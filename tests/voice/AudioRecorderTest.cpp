@@ -228,6 +228,8 @@ private slots:
     void takeWithoutSoundWritesNothing();
     void cancelledTakeLeavesNothing();
     void cancelWithoutATakeIsHarmless();
+    void aTakeMayBeginAnew();
+    void itTellsHowLoudTheMicrophoneIs();
     void takesFollowOneAnother();
     void takeThatCannotBeWrittenGivesZero_data();
     void takeThatCannotBeWrittenGivesZero();
@@ -401,6 +403,40 @@ void AudioRecorderTest::cancelWithoutATakeIsHarmless()
     recorder_->cancelRecording();
     QVERIFY(!recorder_->isRecording());
     QCOMPARE(failures_->size(), 0);
+}
+
+void AudioRecorderTest::aTakeMayBeginAnew()
+{
+    needMicrophone();
+    QVERIFY(recorder_->startRecording());
+    listen(0.3);
+    recorder_->beginAnew();
+    QVERIFY(recorder_->isRecording());
+    // Nothing has come since.
+    QCOMPARE(recorder_->stopRecording(path()), 0.0);
+    QVERIFY(!QFile::exists(path()));
+
+    QVERIFY(recorder_->startRecording());
+    recorder_->beginAnew();
+    listen(0.3);
+    QVERIFY(recorder_->stopRecording(path()) > 0.0);
+}
+
+void AudioRecorderTest::itTellsHowLoudTheMicrophoneIs()
+{
+    needMicrophone();
+    QSignalSpy levels(recorder_.get(), &AudioRecorder::levelHeard);
+    QVERIFY(recorder_->startRecording());
+    listen(0.3);
+    QVERIFY(!levels.isEmpty());
+    recorder_->stopRecording(path());
+    float loudest = 0.0F;
+    for (const QList<QVariant>& level : levels)
+        loudest = std::max(loudest, level.first().toFloat());
+    int most = 0;
+    for (const int sample : WavFile::read(bytesOf(path())).samples)
+        most = std::max(most, std::abs(sample));
+    QVERIFY(std::abs(loudest - static_cast<float>(most) / 32768.0F) < 0.001F);
 }
 
 void AudioRecorderTest::takesFollowOneAnother()
