@@ -34,6 +34,7 @@ test_packages=(
     locales
     pulseaudio pulseaudio-utils libasound2-plugins
     xvfb openbox dbus-daemon at-spi2-core python3-pyatspi
+    poppler-utils
 )
 
 # What the fuzzers need on top of it: a compiler that brings a fuzzer along.

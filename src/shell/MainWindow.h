@@ -42,6 +42,7 @@ struct AudioClip;
 struct KeptWork;
 struct KeySignature;
 struct LoopBlock;
+struct SongSheet;
 struct TimeSignature;
 
 /// The one window. It owns every long-lived object and is the only place where they meet: the
@@ -392,6 +393,12 @@ private:
 
     /// Asks for a file and exports to it. Nothing plays and nothing can be edited meanwhile.
     void exportFile(const ExportKind& kind);
+
+    /// Shows the sheet of the song, to be printed or saved.
+    void printSheet();
+
+    /// Asks for a file and writes the sheet to it: true where it is there.
+    bool saveSheet(const SongSheet& sheet, QWidget* over);
 
     Prompts& prompts_;
     std::unique_ptr<ProjectStorageProvider> storage_;

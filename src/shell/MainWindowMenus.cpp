@@ -78,6 +78,8 @@ void MainWindow::buildFileMenu()
              Qt::CTRL | Qt::Key_E, transport_, Card::ExportMp3);
     withKeys(menu->addAction(tr("Exportar MIDI…"), this, &MainWindow::exportMidi),
              Qt::CTRL | Qt::ALT | Qt::Key_E, transport_, Card::ExportMidi);
+    menu->addAction(tr("Imprimir o guardar hoja…"), this, &MainWindow::printSheet)
+        ->setShortcuts(QKeySequence::Print);
     menu->addAction(tr("Exportar obra completa…"), this, &MainWindow::exportWork);
     menu->addSeparator();
     menu->addAction(tr("Salir"), this, &MainWindow::close)->setShortcuts(QKeySequence::Quit);

@@ -4,6 +4,7 @@
 #include "shell/Prompts.h"
 #include "shell/controls/ClockText.h"
 #include "storage/ProjectStorageProvider.h"
+#include "views/MusicWords.h"
 
 #include <QCoreApplication>
 #include <QDialogButtonBox>
@@ -30,30 +31,11 @@ constexpr int kNameRole = Qt::UserRole + 2;
 
 const QString kGap = u"  ·  "_s;
 
-QString keyWords(const KeySignature& key)
-{
-    const auto words = [&](const char* pattern) {
-        return QCoreApplication::translate("OpenProjectDialog", pattern)
-            .arg(KeySignature::solfegeName(key.rootPitchClass));
-    };
-    switch (key.mode) {
-    case KeyMode::Minor:
-        return words(QT_TRANSLATE_NOOP("OpenProjectDialog", "%1 menor"));
-    case KeyMode::Dorian:
-        return words(QT_TRANSLATE_NOOP("OpenProjectDialog", "%1 dórico"));
-    case KeyMode::Lydian:
-        return words(QT_TRANSLATE_NOOP("OpenProjectDialog", "%1 lidio"));
-    case KeyMode::Major:
-        break;
-    }
-    return words(QT_TRANSLATE_NOOP("OpenProjectDialog", "%1 mayor"));
-}
-
 /// With the name of the rhythm, if there is one.
 QString factsOf(const SongFacts& song, const QString& rhythm)
 {
     QStringList facts{clockText(qRound64(song.seconds)), meterText(song.timeSignature),
-                      keyWords(song.key), rhythm};
+                      MusicWords::key(song.key), rhythm};
     facts.removeAll(QString());
     return facts.join(kGap);
 }

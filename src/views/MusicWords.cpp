@@ -102,6 +102,24 @@ QString MusicWords::place(double beat, const TimeSignature& meter)
         .arg(QString::number(qint64{*bar} + 1), number(pulse));
 }
 
+QString MusicWords::key(const KeySignature& key)
+{
+    const auto words = [&](const char* pattern) {
+        return said(pattern).arg(KeySignature::solfegeName(key.rootPitchClass));
+    };
+    switch (key.mode) {
+    case KeyMode::Minor:
+        return words(QT_TRANSLATE_NOOP("MusicWords", "%1 menor"));
+    case KeyMode::Dorian:
+        return words(QT_TRANSLATE_NOOP("MusicWords", "%1 dórico"));
+    case KeyMode::Lydian:
+        return words(QT_TRANSLATE_NOOP("MusicWords", "%1 lidio"));
+    case KeyMode::Major:
+        break;
+    }
+    return words(QT_TRANSLATE_NOOP("MusicWords", "%1 mayor"));
+}
+
 QString MusicWords::list(const QStringList& words)
 {
     QStringList said = words;

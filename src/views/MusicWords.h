@@ -1,5 +1,6 @@
 #pragma once
 
+#include "music/KeySignature.h"
 #include "music/TimeSignature.h"
 
 #include <QString>
@@ -22,6 +23,9 @@ QString bar(double beat, double beatsPerBar);
 
 /// "compás 3, pulso 2,5": a beat of a song in a meter, both from 1.
 QString place(double beat, const TimeSignature& meter);
+
+/// "Do mayor".
+QString key(const KeySignature& key);
 
 /// Names and such with commas between them, without those that are empty.
 QString list(const QStringList& words);

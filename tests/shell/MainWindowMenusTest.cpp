@@ -153,6 +153,7 @@ void MainWindowMenusTest::menusHoldTheirEntries_data()
                                             "Exportar WAV…",
                                             "Exportar MP3…",
                                             "Exportar MIDI…",
+                                            "Imprimir o guardar hoja…",
                                             "Exportar obra completa…",
                                             "-",
                                             "Salir"};
