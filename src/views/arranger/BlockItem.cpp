@@ -24,19 +24,13 @@ constexpr qreal kRepeatInset = 2.0;
 constexpr qreal kRepeatWidth = 2.0;
 constexpr int kRepeatAlpha = 140;
 
+/// Around a label that is to be read whatever is painted behind it.
+constexpr qreal kPlateMargin = 2.0;
+
 QFont labelFont(QFont font)
 {
     font.setPointSizeF(std::max(font.pointSizeF() - 1.5, 6.5));
     return font;
-}
-
-/// What lies behind a label, so that it is read whatever is painted around it.
-QRectF plateOf(const QRectF& room, const QFontMetricsF& metrics, const QString& label)
-{
-    constexpr qreal kMargin = 2.0;
-    const QSizeF size(metrics.horizontalAdvance(label), metrics.height());
-    return QRectF({room.left(), room.center().y() - size.height() / 2.0}, size)
-        .adjusted(-kMargin, 0.0, kMargin, 0.0);
 }
 
 } // namespace
@@ -51,6 +45,7 @@ BlockItem::BlockItem(const BlockRef& block, const QRectF& rect, const QString& l
 void BlockItem::setFullLabel(const QString& label)
 {
     fullLabel_ = label;
+    shownWidth_ = -1.0;
     setToolTip(label);
 }
 
@@ -106,20 +101,31 @@ void BlockItem::paintLabel(QPainter& painter, const QColor& color) const
 {
     const QRectF room = painter.worldTransform().mapRect(rect()).adjusted(4, 1, -2, -1);
     const QFont font = labelFont(painter.font());
-    const QFontMetricsF metrics(font);
-    const bool fits =
-        !fullLabel_.isEmpty() && metrics.horizontalAdvance(fullLabel_) <= room.width();
-    const QString label =
-        metrics.elidedText(fits ? fullLabel_ : label_, Qt::ElideRight, std::max(room.width(), 0.0));
-    if (label.isEmpty())
+    layLabelOut(std::max(room.width(), 0.0), font);
+    if (shown_.text().isEmpty())
         return;
+    const QRectF place({room.left(), room.center().y() - shown_.size().height() / 2.0},
+                       shown_.size());
     painter.save();
     // The letters keep their shape whatever the zoom.
     painter.resetTransform();
     painter.setFont(font);
     if (hasContent())
-        painter.fillRect(plateOf(room, QFontMetricsF(font), label), color);
+        painter.fillRect(place.adjusted(-kPlateMargin, 0.0, kPlateMargin, 0.0), color);
     painter.setPen(inkOn(color));
-    painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter, label);
+    painter.drawStaticText(place.topLeft(), shown_);
     painter.restore();
+}
+
+/// What a label costs is its shaping, and a drag paints all blocks again and again.
+void BlockItem::layLabelOut(qreal width, const QFont& font) const
+{
+    if (width == shownWidth_)
+        return;
+    const QFontMetricsF metrics(font);
+    const bool fits = !fullLabel_.isEmpty() && metrics.horizontalAdvance(fullLabel_) <= width;
+    shown_.setTextFormat(Qt::PlainText);
+    shown_.setText(metrics.elidedText(fits ? fullLabel_ : label_, Qt::ElideRight, width));
+    shown_.prepare({}, font);
+    shownWidth_ = width;
 }

@@ -4,6 +4,7 @@
 
 #include <QColor>
 #include <QGraphicsRectItem>
+#include <QStaticText>
 #include <QString>
 
 /// One placed thing of the song, drawn as a coloured rectangle. It holds nothing of the song but
@@ -51,6 +52,7 @@ protected:
 
 private:
     void paintLabel(QPainter& painter, const QColor& color) const;
+    void layLabelOut(qreal width, const QFont& font) const;
     void paintRepeats(QPainter& painter, QColor ink) const;
 
     BlockRef block_;
@@ -58,4 +60,7 @@ private:
     QString fullLabel_;
     QColor chordColor_;
     double repeat_ = 0.0;
+    /// What of the label fits into a width, in pixels of the screen; a negative one is none.
+    mutable QStaticText shown_;
+    mutable qreal shownWidth_ = -1.0;
 };
