@@ -212,8 +212,9 @@ void SoundfontPlayerTest::settingsAreMadeBeforeTheSynthesiser()
     QCOMPARE(calls.last(), "new_synth");
     QStringList settings = calls.mid(1, calls.size() - 2);
     settings.sort();
-    QCOMPARE(settings, QStringList({"setint audio.realtime-prio 0", "setint synth.midi-channels 16",
-                                    "setnum synth.gain 0.6", "setnum synth.sample-rate 44100"}));
+    QCOMPARE(settings, QStringList({"setint audio.periods 24", "setint audio.realtime-prio 0",
+                                    "setint synth.midi-channels 16", "setnum synth.gain 0.6",
+                                    "setnum synth.sample-rate 44100"}));
 }
 
 void SoundfontPlayerTest::onlyRealtimeAsksForADriver()
@@ -408,7 +409,7 @@ void SoundfontPlayerTest::liveSamplesAreReadAsTheyAreChosen()
         QVERIFY(player.loadInstrumentBank("erke", noDrums()));
         const QString chosen = QString::number(mode == Mode::Realtime ? 1 : 0);
         QCOMPARE(
-            FluidSpy::calls({"setint", "sfload"}).mid(2),
+            FluidSpy::calls({"setint", "sfload"}).mid(3),
             QStringList({"setint synth.dynamic-sample-loading " + chosen, "sfload " + gm() + " 0",
                          "setint synth.dynamic-sample-loading 0", "sfload " + noDrums() + " 0"}));
     }
