@@ -44,9 +44,9 @@ void appendClick(QList<ScheduledEvent>& events, double beat, const Click& click)
 
 void Metronome::appendClicks(QList<ScheduledEvent>& events, const TimeSignature& meter, double end)
 {
-    const double step = meter.isCompound ? 1.5 : 1.0;
+    const double step = meter.pulseBeats();
     // A damaged meter may have no click to a bar; then each is the first of its own.
-    const int clicksPerBar = std::max(meter.isCompound ? meter.numerator / 3 : meter.numerator, 1);
+    const int clicksPerBar = std::max(meter.pulsesPerBar(), 1);
     const double until = clicksUntil(meter, end);
     double beat = 0.0;
     for (int index = 0; beat < until && index < kMaxClicks; ++index) {

@@ -423,7 +423,7 @@ void TransportControls::updatePlayhead(double beat)
     const auto bar = barAt(beat, beatsPerBar);
     if (!bar)
         return;
-    const double pulse = project_->timeSignature.isCompound ? 1.5 : 1.0;
+    const double pulse = project_->timeSignature.pulseBeats();
     const double pulses = std::floor((beat - *bar * beatsPerBar) / pulse);
     position_->setText(u"%1.%2"_s.arg(*bar + 1.0, 0, 'f', 0).arg(pulses + 1.0, 0, 'f', 0));
 }

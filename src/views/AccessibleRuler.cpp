@@ -95,5 +95,5 @@ QVariant AccessibleRuler::minimumValue() const
 QVariant AccessibleRuler::minimumStepSize() const
 {
     const Project* project = isValid() ? ruler()->project() : nullptr;
-    return project ? pulseBeats(project->timeSignature) : 1.0;
+    return project ? project->timeSignature.pulseBeats() : 1.0;
 }

@@ -97,7 +97,7 @@ QString MusicWords::place(double beat, const TimeSignature& meter)
     const auto bar = barAt(beat + kTolerance, beatsPerBar);
     if (!bar)
         return {};
-    const double pulse = (beat - *bar * beatsPerBar) / pulseBeats(meter) + 1.0;
+    const double pulse = (beat - *bar * beatsPerBar) / meter.pulseBeats() + 1.0;
     return said(QT_TRANSLATE_NOOP("MusicWords", "compás %1, pulso %2"))
         .arg(QString::number(qint64{*bar} + 1), number(pulse));
 }

@@ -40,17 +40,7 @@ QPen linePen(const QColor& color, double width)
     return pen;
 }
 
-int pulsesPerBar(const TimeSignature& meter)
-{
-    return std::max(meter.isCompound ? meter.numerator / 3 : meter.numerator, 0);
-}
-
 } // namespace
-
-double pulseBeats(const TimeSignature& meter)
-{
-    return meter.isCompound ? 1.5 : 1.0;
-}
 
 double RulerViewport::beatAtX(int x) const
 {
@@ -97,7 +87,7 @@ void TimelineRuler::mousePressEvent(QMouseEvent* event)
 {
     if (event->button() != Qt::LeftButton || !showsTime())
         return;
-    const double pulse = pulseBeats(project_->timeSignature);
+    const double pulse = project_->timeSignature.pulseBeats();
     const double beat = std::round(beatAtX(event->position().toPoint().x()) / pulse) * pulse;
     emit seekRequested(std::max(0.0, beat));
 }
@@ -121,8 +111,8 @@ void TimelineRuler::paintBars(QPainter& painter) const
     const double first = std::floor(std::max(0.0, viewport_.scrollPixels) / pixelsPerBar);
     const double last = std::ceil((width() + viewport_.scrollPixels) / pixelsPerBar);
     const double pulsesInSight =
-        width() / (viewport_.pixelsPerBeat * pulseBeats(project_->timeSignature));
-    const double pulses = std::min<double>(pulsesPerBar(project_->timeSignature), pulsesInSight);
+        width() / (viewport_.pixelsPerBeat * project_->timeSignature.pulseBeats());
+    const double pulses = std::min<double>(project_->timeSignature.pulsesPerBar(), pulsesInSight);
     if ((last - first) * (1.0 + pulses) > kMostMarks)
         return;
     for (double k = first; k <= last; ++k)
@@ -145,8 +135,8 @@ void TimelineRuler::paintBar(QPainter& painter, double bar) const
 
 void TimelineRuler::paintPulses(QPainter& painter, double barStart) const
 {
-    const double pulse = pulseBeats(project_->timeSignature);
-    const int count = pulsesPerBar(project_->timeSignature);
+    const double pulse = project_->timeSignature.pulseBeats();
+    const int count = project_->timeSignature.pulsesPerBar();
     // A bar may be far longer than the ruler: only what is near it is looked at.
     const double hidden = (viewport_.scrollPixels / viewport_.pixelsPerBeat - barStart) / pulse;
     const int first = static_cast<int>(std::clamp<double>(std::floor(hidden) - 1.0, 0.0, count));

@@ -24,9 +24,6 @@ struct RulerViewport {
     friend bool operator==(const RulerViewport&, const RulerViewport&) = default;
 };
 
-/// Length of a pulse in beats: 1.5 in a compound meter and 1.0 in any other.
-double pulseBeats(const TimeSignature& meter);
-
 /// The strip of bars and beats above an editor. Its owner tells it where it stands; a click on it
 /// asks for the playhead.
 class TimelineRuler : public QWidget {

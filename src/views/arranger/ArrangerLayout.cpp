@@ -164,7 +164,7 @@ QSizeF ArrangerLayout::sceneSize(const Project& project, const QList<LaneInfo>& 
 
 double ArrangerLayout::snapBeats(const TimeSignature& meter)
 {
-    return meter.isCompound ? 1.5 : 1.0;
+    return meter.pulseBeats();
 }
 
 double ArrangerLayout::stepAt(double sceneX, double step)

@@ -178,18 +178,18 @@ double PianoRollLayout::snapBeats(const TimeSignature& meter, GridSubdivisionLev
     case GridSubdivisionLevel::Pulse:
         break;
     case GridSubdivisionLevel::Division:
-        return pulseBeats(meter) / (meter.isCompound ? 3.0 : 2.0);
+        return meter.pulseBeats() / (meter.isCompound ? 3.0 : 2.0);
     case GridSubdivisionLevel::Subdivision:
         return 0.25;
     }
-    return pulseBeats(meter);
+    return meter.pulseBeats();
 }
 
 QList<PianoRollLine> PianoRollLayout::gridLines(double left, double right,
                                                 const TimeSignature& meter,
                                                 GridSubdivisionLevel level)
 {
-    const double pulse = pulseBeats(meter);
+    const double pulse = meter.pulseBeats();
     const double step = snapBeats(meter, level);
     const double bar = meter.beatsPerBar();
     const double last = std::min(right / kBeatPixels + pulse, kMostBeats);
