@@ -21,5 +21,10 @@ struct GrooveTemplate {
     /// In file order, which decides between offsets at equal distance.
     QList<GrooveOffset> offsets;
 
+    /// The offset nearest to a position in the bar, the first of the list among equals, or null
+    /// when none is within an eighth of a beat. A note at the end of the bar is not drawn to an
+    /// offset at its start.
+    const GrooveOffset* nearest(double position) const;
+
     friend bool operator==(const GrooveTemplate&, const GrooveTemplate&) = default;
 };

@@ -1,7 +1,5 @@
 #include "music/Humanizer.h"
 
-#include "music/GrooveIndex.h"
-
 #include <algorithm>
 #include <cmath>
 
@@ -45,8 +43,6 @@ QList<NoteEvent> Humanizer::apply(const QList<NoteEvent>& notes, const HumanizeS
         return notes;
     const double intensity = std::min(static_cast<double>(settings.intensity), 1.0);
     const bool hasGroove = groove && beatsPerBar > 0.0;
-    const QList<GrooveOffset> offsets = hasGroove ? groove->offsets : QList<GrooveOffset>();
-    const GrooveIndex index(offsets);
 
     QRandomGenerator generator = start;
     QList<NoteEvent> humanized = notes;
@@ -54,7 +50,7 @@ QList<NoteEvent> Humanizer::apply(const QList<NoteEvent>& notes, const HumanizeS
         double timing = 0.0;
         double velocity = note.velocity;
         const GrooveOffset* offset =
-            hasGroove ? index.nearest(positionInBar(note.startBeat, beatsPerBar)) : nullptr;
+            hasGroove ? groove->nearest(positionInBar(note.startBeat, beatsPerBar)) : nullptr;
         if (offset) {
             timing = offset->timingOffsetBeats * intensity;
             velocity += offset->velocityOffset * intensity;
