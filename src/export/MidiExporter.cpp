@@ -199,8 +199,7 @@ std::optional<QList<QByteArray>> buildChunks(const Project& project, const LoopL
         if (!progress(static_cast<double>(chunks.size()) /
                       static_cast<double>(project.tracks.size() + 1)))
             return std::nullopt;
-        bool cut = false;
-        const QList<NoteEvent> notes = NoteRenderer::trackNotes(project, track, library, &cut);
+        const auto [notes, cut] = NoteRenderer::render(project, track, library);
         noteCount += notes.size();
         if (cut || noteCount > NoteRenderer::kMaxSongNotes)
             return std::nullopt;

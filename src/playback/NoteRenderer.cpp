@@ -164,8 +164,8 @@ private:
 
 } // namespace
 
-QList<NoteEvent> NoteRenderer::trackNotes(const Project& project, const Track& track,
-                                          const LoopLibrary* library, bool* cut)
+NoteRenderer::TrackNotes NoteRenderer::render(const Project& project, const Track& track,
+                                              const LoopLibrary* library)
 {
     const double bar = project.beatsPerBar();
     const QRandomGenerator generator = Humanizer::generatorFor(track.humanize.seed);
@@ -173,20 +173,26 @@ QList<NoteEvent> NoteRenderer::trackNotes(const Project& project, const Track& t
         return Humanizer::apply(notes, track.humanize, groove, bar, generator);
     };
 
-    QList<NoteEvent> notes = humanized(melodyNotes(track), nullptr);
+    TrackNotes rendered{.notes = humanized(melodyNotes(track), nullptr)};
+    QList<NoteEvent>& notes = rendered.notes;
     if (library && !track.loopBlocks.isEmpty()) {
         LoopUnroller unroller(project);
         for (const LoopBlock& block : track.loopBlocks) {
             if (const auto cycle = cycleOf(block, *library, bar))
                 notes.append(humanized(unroller.unroll(block, *cycle), cycle->groove));
         }
-        if (cut && unroller.cut())
-            *cut = true;
+        rendered.cut = unroller.cut();
     }
     // A groove may throw a note beyond all numbers.
     notes.removeIf([](const NoteEvent& note) { return !hasPlace(note); });
     sortByStart(notes);
-    return notes;
+    return rendered;
+}
+
+QList<NoteEvent> NoteRenderer::trackNotes(const Project& project, const Track& track,
+                                          const LoopLibrary* library)
+{
+    return render(project, track, library).notes;
 }
 
 QList<NoteEvent> NoteRenderer::harmonyNotes(const Project& project)

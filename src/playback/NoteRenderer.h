@@ -31,11 +31,20 @@ inline constexpr double kMinNoteBeats = 0.05;
 inline constexpr int kHarmonyVelocity = 72;
 inline constexpr int kHarmonyOctave = 4;
 
+/// What is rendered of a track.
+struct TrackNotes {
+    QList<NoteEvent> notes;
+    /// Whether kMaxTrackNotes has cut them.
+    bool cut = false;
+};
+
 /// All notes of a track in absolute beats, humanized and sorted by start. Mute and solo are not
 /// looked at. Without a library the loop blocks yield nothing, and so does a block whose content
 /// is not installed. A note whose place is not a finite number is left out.
-QList<NoteEvent> trackNotes(const Project& project, const Track& track, const LoopLibrary* library,
-                            bool* cut = nullptr);
+TrackNotes render(const Project& project, const Track& track, const LoopLibrary* library);
+
+/// As render(), whether they are cut or not.
+QList<NoteEvent> trackNotes(const Project& project, const Track& track, const LoopLibrary* library);
 
 /// The chords of the harmony track as notes in absolute beats, sorted by start.
 QList<NoteEvent> harmonyNotes(const Project& project);

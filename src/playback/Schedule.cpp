@@ -38,10 +38,9 @@ bool Schedule::appendSong(Score& score, const Project& project, const LoopLibrar
         const Track& track = project.tracks.at(channel);
         if (!Audibility::sounds(track, anySolo))
             continue;
-        bool cut = false;
-        appendNotes(score.events, NoteRenderer::trackNotes(project, track, library, &cut), channel,
-                    score.end);
-        if (cut || score.events.size() > 2 * NoteRenderer::kMaxSongNotes)
+        const auto rendered = NoteRenderer::render(project, track, library);
+        appendNotes(score.events, rendered.notes, channel, score.end);
+        if (rendered.cut || score.events.size() > 2 * NoteRenderer::kMaxSongNotes)
             return false;
     }
     if (!project.harmonyTrack.muted)

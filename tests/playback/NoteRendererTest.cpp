@@ -642,9 +642,9 @@ void NoteRendererTest::blockWithoutLengthYieldsNothing()
 void NoteRendererTest::variantWithoutNotesEndsAtOnce()
 {
     SmallLibrary content(Notes{});
-    bool cut = false;
     const Track track = loopTrack({loop("r", "l", 0.0, 1e300)});
-    QVERIFY(NoteRenderer::trackNotes(*project({track}), track, &content.library(), &cut).isEmpty());
+    const auto [notes, cut] = NoteRenderer::render(*project({track}), track, &content.library());
+    QVERIFY(notes.isEmpty());
     QVERIFY(!cut);
 }
 
@@ -1037,16 +1037,15 @@ void NoteRendererTest::lastNoteWithinTheBoundIsRendered()
     SmallLibrary content(Notes(1000, note(60, 0.0)), 1, false);
     const auto passes = static_cast<double>(NoteRenderer::kMaxTrackNotes / 1000);
     Track track = straight(loopTrack({loop("r", "l", 0.0, 4.0 * passes)}));
-    bool cut = false;
     const auto song = project({track});
-    QCOMPARE(NoteRenderer::trackNotes(*song, track, &content.library(), &cut).size(),
-             NoteRenderer::kMaxTrackNotes);
-    QVERIFY(!cut);
+    const auto most = NoteRenderer::render(*song, track, &content.library());
+    QCOMPARE(most.notes.size(), NoteRenderer::kMaxTrackNotes);
+    QVERIFY(!most.cut);
 
     track.loopBlocks.first().durationBeats += 1.0;
-    const Notes notes = NoteRenderer::trackNotes(*song, track, &content.library(), &cut);
-    QVERIFY(cut);
-    QVERIFY(notes.size() <= NoteRenderer::kMaxTrackNotes);
+    const auto more = NoteRenderer::render(*song, track, &content.library());
+    QVERIFY(more.cut);
+    QVERIFY(more.notes.size() <= NoteRenderer::kMaxTrackNotes);
 }
 
 void NoteRendererTest::boundCutsTheTrack_data()
@@ -1072,9 +1071,7 @@ void NoteRendererTest::boundCutsTheTrack()
     SmallLibrary content(rhythm("r", 4, denominator), {variant("l", {note(60, noteStart)}),
                                                        variant("l", {note(62, 0.0)}, 1, 2)});
     const Track track = straight(loopTrack({loop("r", "l", blockStart, length)}));
-    bool cut = false;
-    const Notes notes =
-        NoteRenderer::trackNotes(*project({track}), track, &content.library(), &cut);
+    const auto [notes, cut] = NoteRenderer::render(*project({track}), track, &content.library());
     QVERIFY(cut);
     QVERIFY(notes.size() <= NoteRenderer::kMaxTrackNotes);
     QVERIFY(isSorted(notes));
@@ -1085,12 +1082,10 @@ void NoteRendererTest::boundCountsAllBlocksOfATrack()
     SmallLibrary content(Notes(1000, note(60, 0.0)), 1, false);
     const auto passes = static_cast<double>(NoteRenderer::kMaxTrackNotes / 1000);
     const LoopBlock block = loop("r", "l", 0.0, 0.6 * 4.0 * passes);
-    bool cut = false;
     const Track one = straight(loopTrack({block}));
-    NoteRenderer::trackNotes(*project(), one, &content.library(), &cut);
-    QVERIFY(!cut);
+    QVERIFY(!NoteRenderer::render(*project(), one, &content.library()).cut);
     const Track three = straight(loopTrack({block, block, block}));
-    const Notes notes = NoteRenderer::trackNotes(*project(), three, &content.library(), &cut);
+    const auto [notes, cut] = NoteRenderer::render(*project(), three, &content.library());
     QVERIFY(cut);
     QVERIFY(notes.size() <= NoteRenderer::kMaxTrackNotes);
 }
@@ -1100,8 +1095,7 @@ void NoteRendererTest::variantBeyondTheBoundYieldsNothing()
     SmallLibrary content(Notes(3000, note(60, 0.0)), 1, false);
     Track track = straight(loopTrack(QList<LoopBlock>(400, loop("r", "l", 0.0, 1.0))));
     track.melodyBlocks = {melody({note(80, 0.0)})};
-    bool cut = false;
-    const Notes notes = NoteRenderer::trackNotes(*project(), track, &content.library(), &cut);
+    const auto [notes, cut] = NoteRenderer::render(*project(), track, &content.library());
     QVERIFY(cut);
     // 333 passes of 3000 notes fit; the melody is not counted.
     QCOMPARE(notes.size(), 999001);
@@ -1111,10 +1105,9 @@ void NoteRendererTest::nobodyNeedsToHearOfTheCut()
 {
     SmallLibrary content(Notes(1000, note(60, 0.0)), 1, false);
     const Track track = straight(loopTrack({loop("r", "l", 0.0, 1e12)}));
-    QVERIFY(!NoteRenderer::trackNotes(*project(), track, &content.library(), nullptr).isEmpty());
-    bool cut = true;
-    NoteRenderer::trackNotes(*project(), Track(), &content.library(), &cut);
+    const auto [notes, cut] = NoteRenderer::render(*project(), track, &content.library());
     QVERIFY(cut);
+    QCOMPARE(NoteRenderer::trackNotes(*project(), track, &content.library()), notes);
 }
 
 void NoteRendererTest::notesWithoutAPlaceAreLeftOut_data()
@@ -1214,8 +1207,7 @@ void NoteRendererTest::hostileProjectsAreRendered()
             draw.pointTracksHere(song);
         QVERIFY(isSorted(NoteRenderer::harmonyNotes(song)));
         for (const Track& track : song.tracks) {
-            bool cut = false;
-            const Notes notes = NoteRenderer::trackNotes(song, track, &content.library(), &cut);
+            const auto [notes, cut] = NoteRenderer::render(song, track, &content.library());
             cuts += cut;
             QVERIFY(isSorted(notes));
             QVERIFY(notes.size() <= NoteRenderer::kMaxTrackNotes + 16);
