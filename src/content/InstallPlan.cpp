@@ -36,8 +36,8 @@ QString flawOf(const QString& rhythmId, const QByteArray& package, const QByteAr
     QList<LoopLayer> layers;
     QList<LoopVariant> variants;
     QString error;
-    if (!LoopLibrary::parseContentPackage(QJsonDocument::fromJson(package).object(), nullptr,
-                                          &rhythm, nullptr, &layers, &variants, &error))
+    if (!ContentPackage::parse(QJsonDocument::fromJson(package).object(), nullptr, &rhythm, nullptr,
+                               &layers, &variants, &error))
         return error;
     if (rhythm.id != rhythmId)
         return QCoreApplication::translate("ContentDownloadManager", "es de otro ritmo");
@@ -58,9 +58,8 @@ bool InstallPlan::readRecorded(const QByteArray& package, QList<Instrument>* rec
 {
     QList<Instrument> instruments;
     const QJsonDocument document = QJsonDocument::fromJson(package);
-    if (!document.isObject() ||
-        !LoopLibrary::parseContentPackage(document.object(), nullptr, nullptr, &instruments,
-                                          nullptr, nullptr, error))
+    if (!document.isObject() || !ContentPackage::parse(document.object(), nullptr, nullptr,
+                                                       &instruments, nullptr, nullptr, error))
         return false;
     std::ranges::copy_if(instruments, std::back_inserter(*recorded), [](const Instrument& each) {
         return each.source == InstrumentSource::CustomRecordedBank;

@@ -231,8 +231,8 @@ LoopLibrary::Package LoopLibrary::readPackage(const QString& path, bool own)
     if (!json)
         return package;
     const bool kept =
-        parseContentPackage(*json, &package.style, &package.rhythm, &package.instruments,
-                            &package.layers, &package.variants, nullptr) &&
+        ContentPackage::parse(*json, &package.style, &package.rhythm, &package.instruments,
+                              &package.layers, &package.variants, nullptr) &&
         !ShippedRhythms::isImpostor(package.fileName, package.rhythm.id);
     package.state = kept ? Package::State::Kept : Package::State::Refused;
     return package;
@@ -297,11 +297,4 @@ bool LoopLibrary::writeManifest() const
         QDir().mkpath(root_.written());
     // The disk is not made to wait for what it already holds.
     return WholeFile::read(path, text.size()) == text || WholeFile::rewrite(path, text);
-}
-
-bool LoopLibrary::parseContentPackage(const QJsonObject& json, MusicalStyle* style, Rhythm* rhythm,
-                                      QList<Instrument>* instruments, QList<LoopLayer>* layers,
-                                      QList<LoopVariant>* variants, QString* error)
-{
-    return ContentPackage::parse(json, style, rhythm, instruments, layers, variants, error);
 }

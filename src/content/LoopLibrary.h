@@ -84,11 +84,6 @@ public:
     /// the disk.
     bool writeManifest() const;
 
-    /// See ContentPackage::parse().
-    static bool parseContentPackage(const QJsonObject& json, MusicalStyle* style, Rhythm* rhythm,
-                                    QList<Instrument>* instruments, QList<LoopLayer>* layers,
-                                    QList<LoopVariant>* variants, QString* error);
-
 signals:
     void libraryChanged();
 

@@ -300,7 +300,6 @@ private slots:
     void instrumentsThatTheCallerHadCountAndComeFirst();
     void listsAreAppendedTo();
     void outputThatNobodyAsksForIsSkipped();
-    void libraryOffersTheSameParser();
 
     void grooveIsReadInFileOrder();
     void grooveWithoutARhythmIdBelongsToNobody();
@@ -831,19 +830,6 @@ void ContentPackageTest::outputThatNobodyAsksForIsSkipped()
         QCOMPARE(result.layers, skipped == 3 ? QList<LoopLayer>() : whole.layers);
         QCOMPARE(result.variants, skipped == 4 ? QList<LoopVariant>() : whole.variants);
     }
-}
-
-void ContentPackageTest::libraryOffersTheSameParser()
-{
-    Parsed result;
-    result.ok = LoopLibrary::parseContentPackage(jsonObject(kWholePackage), &result.style,
-                                                 &result.rhythm, &result.instruments,
-                                                 &result.layers, &result.variants, &result.error);
-    QVERIFY(result == parsed(jsonObject(kWholePackage)));
-    QString error;
-    QVERIFY(
-        !LoopLibrary::parseContentPackage({}, nullptr, nullptr, nullptr, nullptr, nullptr, &error));
-    QCOMPARE(error, "falta rhythm.id");
 }
 
 // ---- Grooves -------------------------------------------------------------------------------
