@@ -40,6 +40,43 @@ public:
 
     void redo() { project.loadJson(stack.redo()); }
 
+    /// Edits everything again and again; returns the texts of the states, the first one included.
+    QList<QByteArray> editAtRandom(Generator& generator, int edits)
+    {
+        QList<QByteArray> states{text()};
+        for (int edit = 0; edit < edits; ++edit) {
+            generator.fill(project);
+            // What JSON makes of a project is what it comes back as.
+            project.loadJson(project.toJson());
+            stack.snapshot(project);
+            states.append(text());
+        }
+        return states;
+    }
+
+    /// Undoes down to the first of so many states and redoes up to the last; returns the texts on
+    /// the way up, or what the first difference between the two ways is in place of its state.
+    QList<QByteArray> backAndForth(qsizetype states)
+    {
+        QList<QByteArray> down{text()};
+        while (down.size() < states) {
+            undo();
+            down.prepend(text());
+        }
+        QList<QByteArray> up{text()};
+        while (up.size() < states) {
+            redo();
+            up.append(text());
+        }
+        for (qsizetype i = 0; i < states; ++i) {
+            if (down[i] != up[i])
+                up[i] = "down " + down[i] + ", up " + up[i];
+        }
+        return up;
+    }
+
+    QByteArray text() const { return textOf(project.toJson()); }
+
     /// Announcements since the last call, as "<canUndo> <canRedo>".
     QStringList announced()
     {
@@ -126,6 +163,7 @@ private slots:
     void tracksAreSharedAcrossOneThatCameOrWent();
     void whatIsBeyondTheBoundIsPacked();
     void aGivenUpFutureGivesItsMemoryBack();
+    void aHundredStepsOfALongMelodyAreLight();
     void packedStatesComeBack();
     void walksOverPackedStatesAgreeWithAPlainStack();
 
@@ -502,27 +540,27 @@ void UndoStackTest::aGivenUpFutureGivesItsMemoryBack()
     QCOMPARE(desk.stack.plainBytes(), empty);
 }
 
+void UndoStackTest::aHundredStepsOfALongMelodyAreLight()
+{
+    constexpr qint64 kBound = 30'000'000;
+    Desk desk;
+    desk.project.tracks.append(melodyTrack({melody(QList<NoteEvent>(5000), 1250.0)}, "gm_flauta"));
+    desk.stack.reset(desk.project);
+    for (int edit = 0; edit < 100; ++edit) {
+        desk.project.tracks[0].melodyBlocks[0].notes[edit].pitch = 61;
+        desk.stack.snapshot(desk.project);
+    }
+    QVERIFY2(desk.stack.plainBytes() <= kBound,
+             qPrintable(QString::number(desk.stack.plainBytes())));
+}
+
 void UndoStackTest::packedStatesComeBack()
 {
     Desk desk(0);
     Generator generator(24, Numbers::AnyFinite);
-    QList<QByteArray> states{textOf(desk.project.toJson())};
-    for (int edit = 0; edit < 60; ++edit) {
-        generator.fill(desk.project);
-        desk.project.loadJson(desk.project.toJson());
-        desk.stack.snapshot(desk.project);
-        states.append(textOf(desk.project.toJson()));
-    }
-    for (int way = 0; way < 2; ++way) {
-        for (qsizetype i = states.size() - 2; i >= 0; --i) {
-            desk.undo();
-            QCOMPARE(textOf(desk.project.toJson()), states[i]);
-        }
-        for (qsizetype i = 1; i < states.size(); ++i) {
-            desk.redo();
-            QCOMPARE(textOf(desk.project.toJson()), states[i]);
-        }
-    }
+    const QList<QByteArray> states = desk.editAtRandom(generator, 60);
+    for (int way = 0; way < 2; ++way)
+        QCOMPARE(desk.backAndForth(states.size()), states);
 }
 
 void UndoStackTest::walksOverPackedStatesAgreeWithAPlainStack()
@@ -684,22 +722,8 @@ void UndoStackTest::wayBackAndForthMeetsEveryState()
 {
     Desk desk;
     Generator generator(22, Numbers::AnyFinite);
-    QList<QByteArray> states{textOf(desk.project.toJson())};
-    for (int edit = 0; edit < 60; ++edit) {
-        generator.fill(desk.project);
-        // What JSON makes of a project is what it comes back as.
-        desk.project.loadJson(desk.project.toJson());
-        desk.stack.snapshot(desk.project);
-        states.append(textOf(desk.project.toJson()));
-    }
-    for (qsizetype i = states.size() - 2; i >= 0; --i) {
-        desk.undo();
-        QCOMPARE(textOf(desk.project.toJson()), states[i]);
-    }
-    for (qsizetype i = 1; i < states.size(); ++i) {
-        desk.redo();
-        QCOMPARE(textOf(desk.project.toJson()), states[i]);
-    }
+    const QList<QByteArray> states = desk.editAtRandom(generator, 60);
+    QCOMPARE(desk.backAndForth(states.size()), states);
 }
 
 void UndoStackTest::hostileProjectsAreSurvived()
