@@ -83,6 +83,7 @@ private slots:
     void anOverlaidChordCutsWhatLiesThere_data();
     void anOverlaidChordCutsWhatLiesThere();
     void anOverlaidChordGoesOnOverBarLines();
+    void aMillionthIsNeitherLeftNorLaid();
     void withoutABarNothingIsOverlaid_data();
     void withoutABarNothingIsOverlaid();
 };
@@ -505,6 +506,17 @@ void HarmonyTrackTest::anOverlaidChordGoesOnOverBarLines()
     QCOMPARE(degrees, (QList<int>{0, 4, 4, 4, 4, 5, 5}));
     QCOMPARE(track.blocks[1].events.first().extension, ChordExtension::Ninth);
     QCOMPARE(brokenPromise(track, kBar), QString());
+}
+
+void HarmonyTrackTest::aMillionthIsNeitherLeftNorLaid()
+{
+    const HarmonyTrack before = barOf({chord(2, 0.0, 2.0)});
+    HarmonyTrack track = before;
+    QVERIFY(track.overlayEvent(1e-6, 1.0, 7, ChordExtension::Triad, kBar));
+    QCOMPARE(degreeAt(track, 0.0), 0);
+    track = before;
+    QVERIFY(track.overlayEvent(0.0, 1e-6, 7, ChordExtension::Triad, kBar));
+    QVERIFY(track == before);
 }
 
 void HarmonyTrackTest::withoutABarNothingIsOverlaid_data()
