@@ -76,6 +76,8 @@ private slots:
     void aFullListTakesLoopsOfItsOwnLayersOnly();
 
     void nothingIsAnnounced();
+    void theTrackOfAnIndexIsRemoved_data();
+    void theTrackOfAnIndexIsRemoved();
 };
 
 // ---- Content -------------------------------------------------------------------------------
@@ -507,6 +509,41 @@ void ProjectEditsTest::everyOtherChangeIsADifference()
     QVERIFY(differs([](Song& song) { song.tracks[1].melodyBlocks.append(melody({})); }));
     QVERIFY(differs([](Song& song) { song.tracks[1].melodyBlocks = {melody({})}; }));
     QVERIFY(differs([](Song& song) { song.tracks[0].melodyBlocks = {melody({}), melody({})}; }));
+}
+
+// ---- Removing ------------------------------------------------------------------------------
+
+void ProjectEditsTest::theTrackOfAnIndexIsRemoved_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<QStringList>("left");
+    QTest::newRow("the first") << 0 << QStringList{"b", "c"};
+    QTest::newRow("the last") << 2 << QStringList{"a", "b"};
+    QTest::newRow("none behind the last") << 3 << QStringList{"a", "b", "c"};
+    QTest::newRow("none before the first") << -1 << QStringList{"a", "b", "c"};
+}
+
+void ProjectEditsTest::theTrackOfAnIndexIsRemoved()
+{
+    QFETCH(int, index);
+    QFETCH(QStringList, left);
+    Project song;
+    for (const char* name : {"a", "b", "c"}) {
+        song.tracks.append(Track());
+        song.tracks.last().name = name;
+        song.audioTracks.append(AudioTrack());
+        song.audioTracks.last().name = name;
+    }
+    QCOMPARE(ProjectEdits::removeNoteTrack(song, index), left.size() < 3);
+    QCOMPARE(ProjectEdits::removeAudioTrack(song, index), left.size() < 3);
+    QStringList notes;
+    QStringList voices;
+    for (const Track& track : song.tracks)
+        notes.append(track.name);
+    for (const AudioTrack& track : song.audioTracks)
+        voices.append(track.name);
+    QCOMPARE(notes, left);
+    QCOMPARE(voices, left);
 }
 
 QTEST_GUILESS_MAIN(ProjectEditsTest)

@@ -163,6 +163,8 @@ private slots:
     void tracksAreSharedAcrossOneThatCameOrWent();
     void whatIsBeyondTheBoundIsPacked();
     void aGivenUpFutureGivesItsMemoryBack();
+    void justAsManyBytesAsAllowedStayAsTheyAre();
+    void everyKindOfRecordCounts();
     void aHundredStepsOfALongMelodyAreLight();
     void packedStatesComeBack();
     void walksOverPackedStatesAgreeWithAPlainStack();
@@ -524,8 +526,45 @@ void UndoStackTest::whatIsBeyondTheBoundIsPacked()
     while (desk.stack.canUndo()) {
         desk.undo();
         QVERIFY(desk.stack.plainBytes() <= kBound);
+        // The present state is never packed.
+        QVERIFY(desk.stack.plainBytes() >= qint64{13 * 100 * sizeof(NoteEvent)});
     }
     QVERIFY(desk.project.tracks == manyTracks(100));
+}
+
+void UndoStackTest::justAsManyBytesAsAllowedStayAsTheyAre()
+{
+    const auto bytesAfterAnEdit = [](qint64 bound) {
+        Desk desk(bound);
+        desk.project.tracks = manyTracks(100);
+        desk.stack.snapshot(desk.project);
+        desk.project.tracks.clear();
+        desk.stack.snapshot(desk.project);
+        return desk.stack.plainBytes();
+    };
+    const qint64 all = bytesAfterAnEdit(kUndoBytes);
+    QCOMPARE(bytesAfterAnEdit(all), all);
+    QVERIFY(bytesAfterAnEdit(all - 1) < all);
+}
+
+void UndoStackTest::everyKindOfRecordCounts()
+{
+    Track loops;
+    loops.loopBlocks = QList<LoopBlock>(100);
+    AudioTrack clips;
+    clips.clips = QList<AudioClip>(100);
+    Desk desk;
+    const auto added = [&](auto& list, const auto& record) {
+        const qint64 before = desk.stack.plainBytes();
+        list.append(record);
+        desk.stack.reset(desk.project);
+        return desk.stack.plainBytes() - before;
+    };
+    QVERIFY(added(desk.project.tracks, loops) >= qint64{100 * sizeof(LoopBlock)});
+    QVERIFY(added(desk.project.audioTracks, clips) >= qint64{100 * sizeof(AudioClip)});
+    QVERIFY(added(desk.project.harmonyTrack.blocks,
+                  HarmonyBlock{.events = QList<HarmonyDegreeEvent>(100)}) >=
+            qint64{100 * sizeof(HarmonyDegreeEvent)});
 }
 
 void UndoStackTest::aGivenUpFutureGivesItsMemoryBack()
