@@ -119,6 +119,7 @@ private slots:
     void includesFollowTheTable_data();
     void includesFollowTheTable();
     void noTwoKnowEachOther();
+    void noTwoFilesIncludeEachOther();
     void foreignHeadersStayInTheirOnePlace();
     void lowerFoldersKnowNoWidgets();
 };
@@ -182,6 +183,21 @@ void LayersTest::noTwoKnowEachOther()
     QVERIFY(!steps.isEmpty());
     for (const auto& [from, to] : std::as_const(steps))
         QVERIFY2(!steps.contains({to, from}), qPrintable(from + " and " + to));
+}
+
+/// A source and its header are one file here.
+void LayersTest::noTwoFilesIncludeEachOther()
+{
+    QMap<QString, QSet<QString>> included;
+    for (const QString& source : allSources()) {
+        for (const QString& header : includesOf(source).own)
+            included[withoutSuffix(source)].insert(withoutSuffix(header));
+    }
+    for (const auto& [file, others] : included.asKeyValueRange()) {
+        for (const QString& other : others)
+            QVERIFY2(other == file || !included.value(other).contains(file),
+                     qPrintable(file + " and " + other + " include each other"));
+    }
 }
 
 void LayersTest::foreignHeadersStayInTheirOnePlace()
