@@ -247,7 +247,7 @@ void StyledDialogsTest::theOfferToRecoverIsWhole_data()
     QTest::addColumn<QString>("name");
     QTest::newRow("a short name") << 1360 << "Zamba";
     QTest::newRow("a long name in a narrow window")
-        << 840 << QString("Zamba de mi pueblo ").repeated(10).trimmed();
+        << 900 << QString("Zamba de mi pueblo ").repeated(10).trimmed();
 }
 
 void StyledDialogsTest::theOfferToRecoverIsWhole()

@@ -141,6 +141,21 @@ void ArrangerScene::fit(const Project& project, const QList<LaneInfo>& lanes, Sc
 
 void ArrangerScene::addChords(const Project& project)
 {
+    struct Names {
+        QString degree;
+        QString full;
+    };
+
+    // A song has hundreds of chords, and few that differ.
+    std::map<std::pair<int, ChordExtension>, Names> known;
+    const auto namesOf = [&](const HarmonyDegreeEvent& event) -> const Names& {
+        const auto [degree, extension] = std::pair(event.degree, event.extension);
+        Names& names = known[{degree, extension}];
+        if (names.degree.isEmpty())
+            names = {ChordVoicer::degreeLabel(project.keySignature, degree, extension),
+                     ChordNames::labelOf(project.keySignature, degree, extension)};
+        return names;
+    };
     const double bar = project.beatsPerBar();
     for (const HarmonyBlock& block : project.harmonyTrack.blocks) {
         for (int i = 0; i < block.events.size(); ++i) {
@@ -149,12 +164,10 @@ void ArrangerScene::addChords(const Project& project)
                                      kChordTop, kChordHeight);
             if (!rect)
                 continue;
-            const QString label =
-                ChordVoicer::degreeLabel(project.keySignature, event.degree, event.extension);
-            auto* item = new BlockItem({BlockKind::Chord, block.barIndex, i}, *rect, label,
+            const Names& names = namesOf(event);
+            auto* item = new BlockItem({BlockKind::Chord, block.barIndex, i}, *rect, names.degree,
                                        degreeColor(event.degree));
-            item->setFullLabel(
-                ChordNames::labelOf(project.keySignature, event.degree, event.extension));
+            item->setFullLabel(names.full);
             addItem(item);
         }
     }

@@ -122,10 +122,13 @@ void BlockItem::layLabelOut(qreal width, const QFont& font) const
 {
     if (width == shownWidth_)
         return;
-    const QFontMetricsF metrics(font);
-    const bool fits = !fullLabel_.isEmpty() && metrics.horizontalAdvance(fullLabel_) <= width;
     shown_.setTextFormat(Qt::PlainText);
-    shown_.setText(metrics.elidedText(fits ? fullLabel_ : label_, Qt::ElideRight, width));
-    shown_.prepare({}, font);
+    const auto fits = [&](const QString& text) {
+        shown_.setText(text);
+        shown_.prepare({}, font);
+        return shown_.size().width() <= width;
+    };
+    if ((fullLabel_.isEmpty() || !fits(fullLabel_)) && !fits(label_))
+        fits(QFontMetricsF(font).elidedText(label_, Qt::ElideRight, width));
     shownWidth_ = width;
 }
