@@ -102,10 +102,10 @@ void BlockItem::paintLabel(QPainter& painter, const QColor& color) const
     const QRectF room = painter.worldTransform().mapRect(rect()).adjusted(4, 1, -2, -1);
     const QFont font = labelFont(painter.font());
     layLabelOut(std::max(room.width(), 0.0), font);
-    if (shown_.text().isEmpty())
+    if (shown_->text().isEmpty())
         return;
-    const QRectF place({room.left(), room.center().y() - shown_.size().height() / 2.0},
-                       shown_.size());
+    const QRectF place({room.left(), room.center().y() - shown_->size().height() / 2.0},
+                       shown_->size());
     painter.save();
     // The letters keep their shape whatever the zoom.
     painter.resetTransform();
@@ -113,7 +113,7 @@ void BlockItem::paintLabel(QPainter& painter, const QColor& color) const
     if (hasContent())
         painter.fillRect(place.adjusted(-kPlateMargin, 0.0, kPlateMargin, 0.0), color);
     painter.setPen(inkOn(color));
-    painter.drawStaticText(place.topLeft(), shown_);
+    painter.drawStaticText(place.topLeft(), *shown_);
     painter.restore();
 }
 
@@ -122,11 +122,11 @@ void BlockItem::layLabelOut(qreal width, const QFont& font) const
 {
     if (width == shownWidth_)
         return;
-    shown_.setTextFormat(Qt::PlainText);
+    shown_.emplace().setTextFormat(Qt::PlainText);
     const auto fits = [&](const QString& text) {
-        shown_.setText(text);
-        shown_.prepare({}, font);
-        return shown_.size().width() <= width;
+        shown_->setText(text);
+        shown_->prepare({}, font);
+        return shown_->size().width() <= width;
     };
     if ((fullLabel_.isEmpty() || !fits(fullLabel_)) && !fits(label_))
         fits(QFontMetricsF(font).elidedText(label_, Qt::ElideRight, width));

@@ -7,6 +7,8 @@
 #include <QStaticText>
 #include <QString>
 
+#include <optional>
+
 /// One placed thing of the song, drawn as a coloured rectangle. It holds nothing of the song but
 /// which record it stands for.
 class BlockItem : public QGraphicsRectItem {
@@ -60,7 +62,8 @@ private:
     QString fullLabel_;
     QColor chordColor_;
     double repeat_ = 0.0;
-    /// What of the label fits into a width, in pixels of the screen; a negative one is none.
-    mutable QStaticText shown_;
+    /// What of the label fits into a width, in pixels of the screen; a negative one is none. Most
+    /// blocks of a long song are never painted.
+    mutable std::optional<QStaticText> shown_;
     mutable qreal shownWidth_ = -1.0;
 };
