@@ -1,5 +1,7 @@
 #include "voice/WaveOutlines.h"
 
+#include <algorithm>
+
 WaveOutlines::WaveOutlines(QObject* parent) : QObject(parent)
 {
     thread_.setMaxThreadCount(1);
@@ -41,6 +43,11 @@ void WaveOutlines::take(const ClipSource& file, const std::shared_ptr<const Wave
         return;
     known->peaks = peaks;
     emit arrived();
+}
+
+bool WaveOutlines::isReading() const
+{
+    return std::ranges::any_of(outlines_, [](const Outline& outline) { return !outline.peaks; });
 }
 
 void WaveOutlines::forget()

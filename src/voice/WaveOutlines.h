@@ -26,6 +26,9 @@ public:
     /// length.
     std::shared_ptr<const WavePeaks> of(const ClipSource& file);
 
+    /// Whether a file that was asked for is not read yet.
+    bool isReading() const;
+
     /// Keeps nothing of the files so far: those of another work are asked for next.
     void forget();
 

@@ -18,6 +18,7 @@
 #include "storage/RecoveryCopy.h"
 #include "views/arranger/TrackArranger.h"
 #include "views/pianoroll/PianoRollCanvas.h"
+#include "voice/WaveOutlines.h"
 
 #include <QApplication>
 #include <QDir>
@@ -197,8 +198,16 @@ void ShotStage::showOnlineDialog()
 
 QWidget& ShotStage::subject()
 {
-    for (int turn = 0; turn < kTurns; ++turn)
-        QApplication::processEvents(QEventLoop::AllEvents, 50);
+    const auto settle = [] {
+        for (int turn = 0; turn < kTurns; ++turn)
+            QApplication::processEvents(QEventLoop::AllEvents, 50);
+    };
+    settle();
+    // Voices are read beside the window, as soon as it shows them.
+    const auto* voices = window_->findChild<WaveOutlines*>();
+    while (voices && voices->isReading())
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    settle();
     if (QWidget* menu = QApplication::activePopupWidget())
         return *menu;
     return subject_ ? *subject_ : *window_;
