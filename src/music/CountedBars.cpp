@@ -9,9 +9,6 @@
 
 namespace {
 
-/// What is left of a chord below this length, in beats, is dropped.
-constexpr double kShortestRemainder = 1e-6;
-
 /// Of a bar of one length in bars of another.
 constexpr double kMostBarsInABar = 1000.0;
 
@@ -30,7 +27,8 @@ QList<PlacedChord> placed(const QList<HarmonyBlock>& blocks, double beatsPerBar)
     for (const HarmonyBlock& block : blocks) {
         for (HarmonyDegreeEvent event : block.events) {
             event.durationBeats = std::min(event.durationBeats, beatsPerBar - event.startBeat);
-            if (std::isfinite(event.startBeat) && event.durationBeats > kShortestRemainder)
+            if (std::isfinite(event.startBeat) &&
+                event.durationBeats > HarmonyTrack::kShortestRemainder)
                 chords.append({block.barIndex * beatsPerBar + event.startBeat, event});
         }
     }
@@ -63,7 +61,7 @@ QList<PlacedChord> joined(const QList<PlacedChord>& chords, double beatsPerBar)
 void cutAtBarLines(PlacedChord chord, double beatsPerBar,
                    QMap<qint32, QList<HarmonyDegreeEvent>>& bars)
 {
-    while (chord.event.durationBeats > kShortestRemainder) {
+    while (chord.event.durationBeats > HarmonyTrack::kShortestRemainder) {
         const auto bar = barAt(chord.start + kBeatEpsilon, beatsPerBar);
         if (!bar)
             return;

@@ -6,9 +6,6 @@
 
 namespace {
 
-/// What is left of a cut chord below this length, in beats, is dropped.
-constexpr double kShortestRemainder = 1e-6;
-
 /// No chord that a user lays is longer; one that a damaged file holds may be, and is cut.
 constexpr qint32 kMostBarsOfAChord = 4096;
 
@@ -24,7 +21,7 @@ QList<HarmonyDegreeEvent> withRoomFor(const QList<HarmonyDegreeEvent>& events, d
         } else if (event.startBeat < start + duration) {
             continue;
         }
-        if (event.durationBeats > kShortestRemainder)
+        if (event.durationBeats > HarmonyTrack::kShortestRemainder)
             kept.append(event);
     }
     return kept;
@@ -38,7 +35,7 @@ QList<HarmonyDegreeEvent> withHole(const QList<HarmonyDegreeEvent>& events, doub
     const auto keep = [&](HarmonyDegreeEvent event, double from, double to) {
         event.startBeat = from;
         event.durationBeats = to - from;
-        if (event.durationBeats > kShortestRemainder)
+        if (event.durationBeats > HarmonyTrack::kShortestRemainder)
             kept.append(event);
     };
     for (const HarmonyDegreeEvent& event : events) {

@@ -39,6 +39,9 @@ struct HarmonyBlock {
 ///
 /// Pointers into the track live until its next change.
 struct HarmonyTrack {
+    /// What is left of a cut chord below this length, in beats, is dropped.
+    static constexpr double kShortestRemainder = 1e-6;
+
     /// Silences the chords themselves; loops go on following them.
     bool muted = false;
     float volume = 0.7F;

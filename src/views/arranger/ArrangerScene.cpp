@@ -139,6 +139,12 @@ void ArrangerScene::fit(const Project& project, const QList<LaneInfo>& lanes, Sc
     setSceneRect(sceneRectFor(sceneSize(project, lanes), sceneRect(), width));
 }
 
+void ArrangerScene::addBlock(BlockItem* item)
+{
+    item->setLabels(&labels_);
+    addItem(item);
+}
+
 void ArrangerScene::addChords(const Project& project)
 {
     struct Names {
@@ -168,7 +174,7 @@ void ArrangerScene::addChords(const Project& project)
             auto* item = new BlockItem({BlockKind::Chord, block.barIndex, i}, *rect, names.degree,
                                        degreeColor(event.degree));
             item->setFullLabel(names.full);
-            addItem(item);
+            addBlock(item);
         }
     }
 }
@@ -225,8 +231,8 @@ void ArrangerScene::addClip(const Project& project, const BlockRef& block, const
                           .secondWidth = kBeatPixels * kSampleRate / framesPerBeat(project.bpm),
                           .playedSeconds = ClipEdits::secondsOf(project, clip),
                           .levels = ClipEdits::levelsOf(clip)};
-    addItem(new AudioClipItem(block, shape, QCoreApplication::translate("TrackArranger", "Voz"),
-                              fileOf(clip, clipFolder_), outlines_));
+    addBlock(new AudioClipItem(block, shape, QCoreApplication::translate("TrackArranger", "Voz"),
+                               fileOf(clip, clipFolder_), outlines_));
 }
 
 void ArrangerScene::forgetVoices()
@@ -241,7 +247,7 @@ BlockItem* ArrangerScene::addTrackBlock(const BlockRef& block, const LaneInfo& l
     if (!rect)
         return nullptr;
     auto* item = new BlockItem(block, *rect, label);
-    addItem(item);
+    addBlock(item);
     return item;
 }
 

@@ -3,6 +3,7 @@
 #include "views/SceneWidth.h"
 #include "views/arranger/ArrangerLayout.h"
 #include "views/arranger/BlockItem.h"
+#include "views/arranger/BlockLabels.h"
 
 #include <QGraphicsScene>
 
@@ -65,6 +66,9 @@ public:
     BlockItem* blockAt(const QPointF& place) const;
 
 private:
+    /// Takes it over.
+    void addBlock(BlockItem* item);
+
     void addChords(const Project& project);
     void addTracks(const Project& project, const QList<LaneInfo>& lanes);
     void addAudioTracks(const Project& project, const QList<LaneInfo>& lanes);
@@ -79,6 +83,7 @@ private:
     QPen playheadPen() const;
 
     WaveOutlines* outlines_;
+    BlockLabels labels_;
     QString clipFolder_;
     QGraphicsLineItem* playhead_ = nullptr;
     const LoopLibrary* library_ = nullptr;

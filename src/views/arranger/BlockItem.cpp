@@ -2,8 +2,8 @@
 
 #include "shell/theme/CanvasColors.h"
 #include "shell/theme/Ink.h"
+#include "views/arranger/BlockLabels.h"
 
-#include <QFontMetricsF>
 #include <QPainter>
 #include <QStyleOptionGraphicsItem>
 
@@ -45,7 +45,6 @@ BlockItem::BlockItem(const BlockRef& block, const QRectF& rect, const QString& l
 void BlockItem::setFullLabel(const QString& label)
 {
     fullLabel_ = label;
-    shownWidth_ = -1.0;
     setToolTip(label);
 }
 
@@ -101,11 +100,13 @@ void BlockItem::paintLabel(QPainter& painter, const QColor& color) const
 {
     const QRectF room = painter.worldTransform().mapRect(rect()).adjusted(4, 1, -2, -1);
     const QFont font = labelFont(painter.font());
-    layLabelOut(std::max(room.width(), 0.0), font);
-    if (shown_->text().isEmpty())
+    BlockLabels own;
+    const QStaticText label =
+        (labels_ ? *labels_ : own).of(label_, fullLabel_, std::max(room.width(), 0.0), font);
+    if (label.text().isEmpty())
         return;
-    const QRectF place({room.left(), room.center().y() - shown_->size().height() / 2.0},
-                       shown_->size());
+    const QRectF place({room.left(), room.center().y() - label.size().height() / 2.0},
+                       label.size());
     painter.save();
     // The letters keep their shape whatever the zoom.
     painter.resetTransform();
@@ -113,22 +114,6 @@ void BlockItem::paintLabel(QPainter& painter, const QColor& color) const
     if (hasContent())
         painter.fillRect(place.adjusted(-kPlateMargin, 0.0, kPlateMargin, 0.0), color);
     painter.setPen(inkOn(color));
-    painter.drawStaticText(place.topLeft(), *shown_);
+    painter.drawStaticText(place.topLeft(), label);
     painter.restore();
-}
-
-/// What a label costs is its shaping, and a drag paints all blocks again and again.
-void BlockItem::layLabelOut(qreal width, const QFont& font) const
-{
-    if (width == shownWidth_)
-        return;
-    shown_.emplace().setTextFormat(Qt::PlainText);
-    const auto fits = [&](const QString& text) {
-        shown_->setText(text);
-        shown_->prepare({}, font);
-        return shown_->size().width() <= width;
-    };
-    if ((fullLabel_.isEmpty() || !fits(fullLabel_)) && !fits(label_))
-        fits(QFontMetricsF(font).elidedText(label_, Qt::ElideRight, width));
-    shownWidth_ = width;
 }

@@ -4,10 +4,9 @@
 
 #include <QColor>
 #include <QGraphicsRectItem>
-#include <QStaticText>
 #include <QString>
 
-#include <optional>
+class BlockLabels;
 
 /// One placed thing of the song, drawn as a coloured rectangle. It holds nothing of the song but
 /// which record it stands for.
@@ -37,6 +36,9 @@ public:
 
     const QString& fullLabel() const { return fullLabel_; }
 
+    /// Who keeps labels shaped; not owned. Without one, each painting shapes its own.
+    void setLabels(BlockLabels* labels) { labels_ = labels; }
+
     /// What fills the block while it is not selected.
     QColor fill() const;
 
@@ -54,7 +56,6 @@ protected:
 
 private:
     void paintLabel(QPainter& painter, const QColor& color) const;
-    void layLabelOut(qreal width, const QFont& font) const;
     void paintRepeats(QPainter& painter, QColor ink) const;
 
     BlockRef block_;
@@ -62,8 +63,5 @@ private:
     QString fullLabel_;
     QColor chordColor_;
     double repeat_ = 0.0;
-    /// What of the label fits into a width, in pixels of the screen; a negative one is none. Most
-    /// blocks of a long song are never painted.
-    mutable std::optional<QStaticText> shown_;
-    mutable qreal shownWidth_ = -1.0;
+    BlockLabels* labels_ = nullptr;
 };
