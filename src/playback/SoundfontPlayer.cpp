@@ -3,12 +3,16 @@
 #include "music/Beats.h"
 #include "playback/AlsaSilence.h"
 #include "playback/GlibSilence.h"
+#include "playback/SoundThreads.h"
 #include "voice/SoundServer.h"
 
 #include <QFileInfo>
+#include <QThreadPool>
+#include <QTimer>
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 
 namespace {
 
@@ -18,6 +22,10 @@ constexpr double kGain = 0.6;
 /// Of the driver's own size, 64 frames.
 constexpr int kPeriods = 24;
 #endif
+
+/// By then the threads of the libraries have begun, and bear the names that tell them.
+constexpr std::chrono::seconds kNamedThreads(1);
+
 constexpr int kDrumBank = 128;
 constexpr int kVolumeController = 7;
 
@@ -51,18 +59,22 @@ SoundfontPlayer::SoundfontPlayer(Mode mode, QObject* parent) : QObject(parent), 
     fluid_settings_setnum(settings_.get(), "synth.sample-rate", kSampleRate);
     fluid_settings_setint(settings_.get(), "synth.midi-channels", kChannels);
     fluid_settings_setnum(settings_.get(), "synth.gain", kGain);
-    // Sound mostly goes through a sound server, and there through a thread of its client library,
-    // at ordinary priority. One of higher priority that fills the buffer keeps it from its lock.
-    fluid_settings_setint(settings_.get(), "audio.realtime-prio", 0);
 #ifdef Q_OS_LINUX
-    // A buffer of 35 ms in place of 23: beside other programs it runs empty less than half as
-    // often, and a key is still heard within 40 ms. A larger one takes longer and hardly helps.
+    // The driver would hurry its own thread alone, and not that of the sound server's library,
+    // whose lock it needs: SoundThreads hurries both.
+    fluid_settings_setint(settings_.get(), "audio.realtime-prio", 0);
+    // A buffer of 35 ms in place of 23: where no thread may be hurried it runs empty less than half
+    // as often, and a key is still heard within 40 ms. A larger one takes longer and hardly helps.
     fluid_settings_setint(settings_.get(), "audio.periods", kPeriods);
 #endif
     synth_.reset(new_fluid_synth(settings_.get()));
     // A server that hangs would hang whoever asks for its devices.
     if (synth_ && mode_ == Mode::Realtime && SoundServer::answers())
         driver_.reset(new_fluid_audio_driver(settings_.get(), synth_.get()));
+    if (driver_)
+        QTimer::singleShot(kNamedThreads, this, [] {
+            QThreadPool::globalInstance()->start([] { SoundThreads::hurry(); });
+        });
 }
 
 SoundfontPlayer::~SoundfontPlayer()
