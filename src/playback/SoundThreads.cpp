@@ -1,5 +1,11 @@
 #include "playback/SoundThreads.h"
 
+#include <QCoreApplication>
+#include <QThreadPool>
+#include <QTimer>
+
+#include <chrono>
+
 #ifdef __linux__
 
 #include <QDBusConnection>
@@ -32,6 +38,9 @@ constexpr int kPatienceMs = 1000;
 /// The threads that have been hurried, for a signal handler; 0 where there is none.
 std::array<std::atomic<pid_t>, 8> hurried;
 
+/// One of them never rested.
+std::atomic<bool> outran = false;
+
 void restore(pid_t thread)
 {
     const sched_param ordinary = {};
@@ -40,6 +49,7 @@ void restore(pid_t thread)
 
 void restoreAll(int)
 {
+    outran = true;
     for (const std::atomic<pid_t>& thread : hurried) {
         if (const pid_t id = thread)
             restore(id);
@@ -132,7 +142,9 @@ bool hurryAll(const QList<pid_t>& threads)
 
 int SoundThreads::hurry()
 {
-    QList<pid_t> threads = soundThreads();
+    QList<pid_t> threads;
+    if (!outran)
+        threads = soundThreads();
     threads.resize(std::min<qsizetype>(threads.size(), hurried.size()));
     std::ranges::copy(threads, hurried.begin());
     if (threads.isEmpty() || hurryAll(threads))
@@ -149,3 +161,9 @@ int SoundThreads::hurry()
 }
 
 #endif
+
+void SoundThreads::hurrySoon()
+{
+    QTimer::singleShot(std::chrono::seconds(1), QCoreApplication::instance(),
+                       [] { QThreadPool::globalInstance()->start([] { hurry(); }); });
+}

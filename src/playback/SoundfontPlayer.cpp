@@ -7,12 +7,9 @@
 #include "voice/SoundServer.h"
 
 #include <QFileInfo>
-#include <QThreadPool>
-#include <QTimer>
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 
 namespace {
 
@@ -22,9 +19,6 @@ constexpr double kGain = 0.6;
 /// Of the driver's own size, 64 frames.
 constexpr int kPeriods = 24;
 #endif
-
-/// By then the threads of the libraries have begun, and bear the names that tell them.
-constexpr std::chrono::seconds kNamedThreads(1);
 
 constexpr int kDrumBank = 128;
 constexpr int kVolumeController = 7;
@@ -72,9 +66,7 @@ SoundfontPlayer::SoundfontPlayer(Mode mode, QObject* parent) : QObject(parent), 
     if (synth_ && mode_ == Mode::Realtime && SoundServer::answers())
         driver_.reset(new_fluid_audio_driver(settings_.get(), synth_.get()));
     if (driver_)
-        QTimer::singleShot(kNamedThreads, this, [] {
-            QThreadPool::globalInstance()->start([] { SoundThreads::hurry(); });
-        });
+        SoundThreads::hurrySoon();
 }
 
 SoundfontPlayer::~SoundfontPlayer()

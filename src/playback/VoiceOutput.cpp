@@ -1,6 +1,7 @@
 #include "playback/VoiceOutput.h"
 
 #include "music/Beats.h"
+#include "playback/SoundThreads.h"
 #include "voice/SoundServer.h"
 
 #include <QAudioDevice>
@@ -81,6 +82,7 @@ void VoiceOutput::play(const QList<float>& mix, qint64 fromFrame)
     buffer_ = new MixBuffer(mix, std::clamp<qint64>(fromFrame, 0, frames), this);
     sink_ = new QAudioSink(device, voiceFormat(), this);
     sink_->start(buffer_);
+    SoundThreads::hurrySoon();
 }
 
 void VoiceOutput::goOnWith(const QList<float>& mix)

@@ -119,7 +119,9 @@ private slots:
     void allAreHurriedOrNone();
     void withoutTheServiceNothingIsHurried();
     void withoutThreadsOfSoundNobodyIsAsked();
-    void aThreadThatNeverRestsIsOrdinaryAgain();
+    void aDeviceThatOpensIsFoundInASecond();
+    /// The last: what this one proves lasts as long as the process.
+    void aThreadThatNeverRestsIsOrdinaryFromThenOn();
 
 private:
     /// What hurry() answers on a thread of its own, while this one serves the bus.
@@ -230,7 +232,14 @@ void SoundThreadsTest::withoutThreadsOfSoundNobodyIsAsked()
     QVERIFY(service_->asked.isEmpty());
 }
 
-void SoundThreadsTest::aThreadThatNeverRestsIsOrdinaryAgain()
+void SoundThreadsTest::aDeviceThatOpensIsFoundInASecond()
+{
+    SoundThreads::hurrySoon();
+    const NamedThread client("threaded-ml");
+    QTRY_VERIFY_WITH_TIMEOUT(client.policy() == kRoundRobin || !service_->asked.isEmpty(), 30000);
+}
+
+void SoundThreadsTest::aThreadThatNeverRestsIsOrdinaryFromThenOn()
 {
     const NamedThread client("threaded-ml");
     QCOMPARE(hurriedAfter(giveUpTheRight), 1);
@@ -240,6 +249,10 @@ void SoundThreadsTest::aThreadThatNeverRestsIsOrdinaryAgain()
     QCOMPARE(client.policy(), hasTheRight() ? kRoundRobin : SCHED_OTHER);
     QCOMPARE(std::raise(SIGXCPU), 0);
     QCOMPARE(client.policy(), SCHED_OTHER);
+    service_->asked.clear();
+    QCOMPARE(hurriedAfter([] {}), 0);
+    QCOMPARE(client.policy(), SCHED_OTHER);
+    QVERIFY(service_->asked.isEmpty());
 }
 
 QTEST_GUILESS_MAIN(SoundThreadsTest)
