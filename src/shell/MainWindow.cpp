@@ -28,6 +28,7 @@
 #include "storage/LocalStorageProvider.h"
 #include "views/TrackHeaderPanel.h"
 #include "views/arranger/TrackArranger.h"
+#include "views/pianoroll/NoteEditor.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 #include "voice/AudioRecorder.h"
 
@@ -301,14 +302,14 @@ void MainWindow::connectArranger()
 
 void MainWindow::zoomIn()
 {
-    pianoRoll_->zoomHorizontal(1.25);
-    arranger_->zoomHorizontal(1.25);
+    pianoRoll_->zoomHorizontal(Zoom::kCommandStep);
+    arranger_->zoomHorizontal(Zoom::kCommandStep);
 }
 
 void MainWindow::zoomOut()
 {
-    pianoRoll_->zoomHorizontal(0.8);
-    arranger_->zoomHorizontal(0.8);
+    pianoRoll_->zoomHorizontal(1.0 / Zoom::kCommandStep);
+    arranger_->zoomHorizontal(1.0 / Zoom::kCommandStep);
 }
 
 void MainWindow::adoptProject()
@@ -405,7 +406,7 @@ void MainWindow::snapshotAndRefresh()
         return;
     // The roll gives the track that it shows a block to write in. Where the edit took the last one,
     // that belongs to it and not to the next.
-    pianoRoll_->hasEditableBlock();
+    pianoRoll_->notes()->hasEditableBlock();
     undoStack_->snapshot(*project_);
     keepSoon();
     headerPanel_->refreshSwitches();

@@ -12,6 +12,7 @@
 #include "views/EditCommand.h"
 #include "views/TrackHeaderPanel.h"
 #include "views/arranger/TrackArranger.h"
+#include "views/pianoroll/NoteEditor.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 
 #include <QAction>
@@ -122,7 +123,7 @@ CommandedEditor& MainWindow::keyEditor() const
 {
     if (editorFocus_->last() == arranger_)
         return *arranger_;
-    return *pianoRoll_;
+    return *pianoRoll_->notes();
 }
 
 void MainWindow::buildViewMenu()

@@ -4,15 +4,25 @@
 #include <QGraphicsView>
 #include <QScrollBar>
 
-namespace {
+#include <algorithm>
+#include <cmath>
 
-/// The place of the view, in pixels, that stays where it is.
-double anchorOf(const QGraphicsView& view, double playheadX, Zoom::By by)
+double Zoom::zoomed(double zoom, double factor)
+{
+    return std::isnan(zoom * factor) ? zoom : std::clamp(zoom * factor, kLeast, kMost);
+}
+
+double Zoom::wheelFactor(int angleDelta)
+{
+    return angleDelta > 0 ? kWheelStep : 1.0 / kWheelStep;
+}
+
+double Zoom::anchor(const QGraphicsView& view, double playheadX, By by)
 {
     const QWidget* viewport = view.viewport();
     const QScrollBar* bar = view.horizontalScrollBar();
     const bool atStart = bar->value() == bar->minimum();
-    if (atStart && (by == Zoom::By::Command || !viewport->underMouse()))
+    if (atStart && (by == By::Command || !viewport->underMouse()))
         return 0.0;
     if (viewport->underMouse())
         return viewport->mapFromGlobal(QCursor::pos()).x();
@@ -20,11 +30,8 @@ double anchorOf(const QGraphicsView& view, double playheadX, Zoom::By by)
     return playhead >= 0.0 && playhead <= viewport->width() ? playhead : viewport->width() / 2.0;
 }
 
-} // namespace
-
-void Zoom::set(QGraphicsView& view, const QTransform& scale, double playheadX, By by)
+void Zoom::set(QGraphicsView& view, const QTransform& scale, double anchor)
 {
-    const double anchor = anchorOf(view, playheadX, by);
     const double sceneX = view.viewportTransform().inverted().map(QPointF(anchor, 0.0)).x();
     const int y = view.verticalScrollBar()->value();
     view.setTransform(scale);

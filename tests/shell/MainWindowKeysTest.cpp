@@ -4,6 +4,7 @@
 #include "views/arranger/ArrangerScene.h"
 #include "views/arranger/BlockEditor.h"
 #include "views/arranger/TrackArranger.h"
+#include "views/pianoroll/NoteEditor.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 #include "views/pianoroll/PianoRollScene.h"
 
@@ -133,12 +134,12 @@ void MainWindowKeysTest::whatIsSelectedOutlivesTheEdit()
 void MainWindowKeysTest::returnOpensTheMelodyInTheRoll()
 {
     stage_->choose("Agregar velta");
-    QCOMPARE(roll().activeTrack(), 1);
+    QCOMPARE(roll().notes()->activeTrack(), 1);
     arranger().setFocus();
     arranger().goToLane({LaneKind::NoteTrack, 0});
     QTest::keyClick(&arranger(), Qt::Key_Right, Qt::ControlModifier);
     QTest::keyClick(&arranger(), Qt::Key_Return);
-    QCOMPARE(roll().activeTrack(), 0);
+    QCOMPARE(roll().notes()->activeTrack(), 0);
     QVERIFY(roll().hasFocus());
 }
 

@@ -3,7 +3,9 @@
 #include "support/WindowStage.h"
 #include "views/TrackHeaderPanel.h"
 #include "views/arranger/TrackArranger.h"
+#include "views/pianoroll/NoteEditor.h"
 #include "views/pianoroll/PianoRollCanvas.h"
+#include "views/pianoroll/PianoRollViewport.h"
 
 #include <QJsonArray>
 #include <QLineEdit>
@@ -68,8 +70,8 @@ void MainWindowPanelsTest::everyViewShowsTheSameWork()
     QVERIFY(stage_->saveWork("vals", work));
     stage_->window().openProject("vals");
     QCOMPARE(arranger().project(), &stage_->song());
-    QCOMPARE(roll().project(), &stage_->song());
-    QCOMPARE(roll().activeTrack(), 0);
+    QCOMPARE(roll().notes()->project(), &stage_->song());
+    QCOMPARE(roll().notes()->activeTrack(), 0);
     QVERIFY(panel().isEnabled());
     QCOMPARE(nameField().text(), "Quena");
 }
@@ -77,10 +79,10 @@ void MainWindowPanelsTest::everyViewShowsTheSameWork()
 void MainWindowPanelsTest::theSelectionReachesPanelAndPianoRoll()
 {
     stage_->clickRibbon("Agregar");
-    QCOMPARE(roll().activeTrack(), 1);
+    QCOMPARE(roll().notes()->activeTrack(), 1);
     QCOMPARE(nameField().text(), "Velta 2");
     arranger().selectNoteTrack(0, false);
-    QCOMPARE(roll().activeTrack(), 0);
+    QCOMPARE(roll().notes()->activeTrack(), 0);
     QCOMPARE(nameField().text(), "Melodía");
 }
 
@@ -90,8 +92,8 @@ void MainWindowPanelsTest::aVoiceTrackLeavesThePianoRollWithNothingToEdit()
     stage_->song().audioTracks[0].name = "Voz";
     stage_->window().snapshotAndRefresh();
     arranger().selectAudioTrack(0);
-    QVERIFY(!roll().hasEditableBlock());
-    QCOMPARE(roll().activeTrack(), -1);
+    QVERIFY(!roll().notes()->hasEditableBlock());
+    QCOMPARE(roll().notes()->activeTrack(), -1);
     QCOMPARE(nameField().text(), "Voz");
 }
 
@@ -104,34 +106,34 @@ void MainWindowPanelsTest::aMelodyBlockOpensInThePianoRoll()
     stage_->window().openProject("vals");
     emit arranger().openMelodyBlock(1, 1);
     QCOMPARE(arranger().activeTrack(), 1);
-    QCOMPARE(roll().activeTrack(), 1);
-    QVERIFY(roll().activeBlock());
-    QCOMPARE(roll().activeBlock()->startBeat, 8.0);
+    QCOMPARE(roll().notes()->activeTrack(), 1);
+    QVERIFY(roll().notes()->activeBlock());
+    QCOMPARE(roll().notes()->activeBlock()->startBeat, 8.0);
 }
 
 void MainWindowPanelsTest::theGridMarksWhatTheMenuSays()
 {
     stage_->choose("Pulso (el pie)");
-    QCOMPARE(roll().snapBeats(), 1.0);
+    QCOMPARE(roll().notes()->snapBeats(), 1.0);
     stage_->choose("Subdivisión (de a 4)");
-    QCOMPARE(roll().snapBeats(), 0.25);
+    QCOMPARE(roll().notes()->snapBeats(), 0.25);
     stage_->choose("División binaria (de a 2)");
-    QCOMPARE(roll().snapBeats(), 0.5);
+    QCOMPARE(roll().notes()->snapBeats(), 0.5);
 }
 
 void MainWindowPanelsTest::theGridMarksWhatTheRibbonSays()
 {
     emit stage_->ribbon().subdivisionChanged(GridSubdivisionLevel::Pulse);
-    QCOMPARE(roll().subdivisionLevel(), GridSubdivisionLevel::Pulse);
+    QCOMPARE(roll().notes()->subdivisionLevel(), GridSubdivisionLevel::Pulse);
 }
 
 void MainWindowPanelsTest::zoomActsOnBothEditors()
 {
     stage_->clickRibbon("Acercar");
-    QCOMPARE(roll().zoomX(), 1.25);
+    QCOMPARE(roll().rows()->zoomX(), 1.25);
     QCOMPARE(arranger().zoomX(), 1.25);
     stage_->choose("Alejar (tiempo)");
-    QCOMPARE(roll().zoomX(), 1.0);
+    QCOMPARE(roll().rows()->zoomX(), 1.0);
     QCOMPARE(arranger().zoomX(), 1.0);
 }
 

@@ -18,6 +18,7 @@
 #include "views/arranger/ArrangerGridView.h"
 #include "views/arranger/ArrangerScene.h"
 #include "views/arranger/TrackArranger.h"
+#include "views/pianoroll/NoteEditor.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 #include "views/pianoroll/PianoRollGridView.h"
 #include "views/pianoroll/PianoRollLayout.h"
@@ -116,7 +117,7 @@ public:
     /// Writes a note into the open block that nobody is told of.
     bool writeInSecret()
     {
-        MelodyBlock* open = roll().activeBlock();
+        MelodyBlock* open = roll().notes()->activeBlock();
         if (open)
             open->notes.append(NoteEvent());
         return open;
@@ -406,7 +407,7 @@ private:
         if (!arrangerStale.isEmpty())
             return arrangerStale;
         const QStringList notes = ScenePicture::pictureOf(*roll().scene());
-        const MelodyBlock* open = roll().activeBlock();
+        const MelodyBlock* open = roll().notes()->activeBlock();
         const auto drawn =
             open ? std::ranges::count_if(open->notes,
                                          [&](const NoteEvent& each) {

@@ -6,6 +6,7 @@
 #include "views/LoopDragPayload.h"
 #include "views/RubberBand.h"
 #include "views/ScreenPixels.h"
+#include "views/Zoom.h"
 #include "views/arranger/ArrangerLayout.h"
 #include "views/arranger/ArrangerScene.h"
 #include "views/arranger/BlockEditor.h"
@@ -19,7 +20,6 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr double kWheelZoom = 1.15;
 constexpr int kBarLinePixels = 2;
 
 QColor laneColor(const LaneInfo& lane)
@@ -284,7 +284,7 @@ void ArrangerGridView::wheelEvent(QWheelEvent* event)
         QGraphicsView::wheelEvent(event);
         return;
     }
-    emit zoomRequested(event->angleDelta().y() > 0 ? kWheelZoom : 1.0 / kWheelZoom);
+    emit zoomRequested(Zoom::wheelFactor(event->angleDelta().y()));
     event->accept();
 }
 

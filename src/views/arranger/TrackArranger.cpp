@@ -18,14 +18,6 @@
 #include <QScrollBar>
 
 #include <algorithm>
-#include <cmath>
-
-namespace {
-
-constexpr double kLeastZoom = 0.2;
-constexpr double kMostZoom = 6.0;
-
-} // namespace
 
 TrackArranger::TrackArranger(QWidget* parent)
     : QWidget(parent), scene_(new ArrangerScene(this)), blocks_(new BlockEditor(scene_, this)),
@@ -238,13 +230,10 @@ bool TrackArranger::isPitchedTrack(const Track& track) const
 
 void TrackArranger::zoomHorizontal(double factor, Zoom::By by)
 {
-    const double zoom = zoomX_ * factor;
-    if (std::isnan(zoom))
-        return;
-    zoomX_ = std::clamp(zoom, kLeastZoom, kMostZoom);
+    zoomX_ = Zoom::zoomed(zoomX_, factor);
     const double playhead = playback_ ? playback_->playheadBeat() : 0.0;
-    Zoom::set(*view_, QTransform::fromScale(zoomX_, 1.0), playhead * ArrangerLayout::kBeatPixels,
-              by);
+    Zoom::set(*view_, QTransform::fromScale(zoomX_, 1.0),
+              Zoom::anchor(*view_, playhead * ArrangerLayout::kBeatPixels, by));
     syncRuler();
 }
 

@@ -52,7 +52,7 @@ public:
     /// Whether it is the lane of chords that is selected, and no track.
     bool areChordsSelected() const { return selection_.chords; }
 
-    /// The horizontal scale of the view, 0.2 to 6.0.
+    /// The horizontal scale of the view, Zoom::kLeast to Zoom::kMost.
     double zoomX() const { return zoomX_; }
 
     ArrangerScene* scene() const { return scene_; }
@@ -96,7 +96,7 @@ public:
 
     bool isPitchedTrack(const Track& track) const;
 
-    /// What one looks at stays where it is; see Zoom::set().
+    /// What one looks at stays where it is; see Zoom::anchor().
     void zoomHorizontal(double factor, Zoom::By by = Zoom::By::Command);
 
     /// Makes a track the active one. An additive selection takes further tracks along, or leaves

@@ -1,15 +1,16 @@
 #include "views/pianoroll/PianoRollAccessible.h"
 
 #include "model/Project.h"
+#include "shell/controls/ElidedLabel.h"
 #include "views/AccessibleItems.h"
 #include "views/AccessibleRuler.h"
 #include "views/MusicWords.h"
 #include "views/TimelineRuler.h"
+#include "views/pianoroll/NoteEditor.h"
 #include "views/pianoroll/PianoKeyboardWidget.h"
 #include "views/pianoroll/PianoRollGridView.h"
 #include "views/pianoroll/PianoRollLayout.h"
 #include "views/pianoroll/PianoRollScene.h"
-#include "views/pianoroll/RollNotes.h"
 
 #include <QCoreApplication>
 
@@ -50,7 +51,7 @@ public:
     void select(int place) override { notes().goToNote(place); }
 
 private:
-    RollNotes& notes() const { return *view_->notes(); }
+    NoteEditor& notes() const { return *view_->notes(); }
 
     PianoRollGridView* view_;
 };
@@ -60,7 +61,7 @@ QString stateOf(const QWidget& canvas)
 {
     const QString place = QAccessible::queryAccessibleInterface(canvas.findChild<TimelineRuler*>())
                               ->text(QAccessible::Value);
-    return MusicWords::list({canvas.findChild<PianoRollGridView*>()->notes()->caption(), place});
+    return MusicWords::list({canvas.findChild<ElidedLabel*>()->text(), place});
 }
 
 QAccessibleInterface* partWithTheKeys(const QWidget& canvas)

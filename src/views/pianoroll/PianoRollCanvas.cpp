@@ -1,7 +1,6 @@
 #include "views/pianoroll/PianoRollCanvas.h"
 
 #include "model/Project.h"
-#include "model/ProjectEdits.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/controls/ElidedLabel.h"
 #include "views/AccessibleItems.h"
@@ -10,28 +9,29 @@
 #include "views/ScrollIntoView.h"
 #include "views/TimelineRuler.h"
 #include "views/WheelForwarder.h"
+#include "views/pianoroll/LiveNotes.h"
+#include "views/pianoroll/NoteEditor.h"
 #include "views/pianoroll/PianoKeyboardWidget.h"
 #include "views/pianoroll/PianoRollAccessible.h"
 #include "views/pianoroll/PianoRollGridView.h"
 #include "views/pianoroll/PianoRollScene.h"
+#include "views/pianoroll/PianoRollViewport.h"
 
 #include <QApplication>
 #include <QGridLayout>
 #include <QLabel>
+#include <QMetaMethod>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QToolButton>
 
 #include <algorithm>
-#include <cmath>
 
 using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
 constexpr int kCornerHeight = 34;
-constexpr int kScrollMs = 140;
-constexpr double kSnapWithoutProject = 0.5;
 
 QString modeName(KeyMode mode)
 {
@@ -62,8 +62,9 @@ QToolButton* arrowButton(const QString& face, const QString& toolTip)
 } // namespace
 
 PianoRollCanvas::PianoRollCanvas(QWidget* parent)
-    : QWidget(parent), scene_(new PianoRollScene(this)), caption_(new ElidedLabel),
-      ruler_(new TimelineRuler), view_(new PianoRollGridView(scene_, this)),
+    : QWidget(parent), scene_(new PianoRollScene(this)), notes_(new NoteEditor(scene_, this)),
+      live_(new LiveNotes(notes_, this)), caption_(new ElidedLabel), ruler_(new TimelineRuler),
+      view_(new PianoRollGridView(scene_, notes_)), rows_(new PianoRollViewport(view_)),
       follower_(new PlayheadFollower(view_)), keyboard_(new PianoKeyboardWidget(view_))
 {
     auto* layout = new QGridLayout(this);
@@ -84,32 +85,41 @@ PianoRollCanvas::PianoRollCanvas(QWidget* parent)
 
 void PianoRollCanvas::connectParts()
 {
-    scrollAnimation_.setDuration(kScrollMs);
-    scrollAnimation_.setEasingCurve(QEasingCurve::OutCubic);
-    connect(&scrollAnimation_, &QVariantAnimation::valueChanged, this,
-            [this](const QVariant& y) { view_->verticalScrollBar()->setValue(y.toInt()); });
+    connectNotes();
     connect(view_->horizontalScrollBar(), &QScrollBar::valueChanged, this,
             &PianoRollCanvas::syncRulerAndKeyboard);
     connect(view_->verticalScrollBar(), &QScrollBar::valueChanged, this,
             &PianoRollCanvas::syncRulerAndKeyboard);
-    connect(keyboard_, &PianoKeyboardWidget::keyPressed, this, &PianoRollCanvas::liveNoteOn);
-    connect(keyboard_, &PianoKeyboardWidget::keyReleased, this, &PianoRollCanvas::liveNoteOff);
+    connect(rows_, &PianoRollViewport::scaled, this, &PianoRollCanvas::syncRulerAndKeyboard);
+    connect(keyboard_, &PianoKeyboardWidget::keyPressed, live_, &LiveNotes::noteOn);
+    connect(keyboard_, &PianoKeyboardWidget::keyReleased, live_, &LiveNotes::noteOff);
+    connect(keyboard_, &PianoKeyboardWidget::wheelTurned, rows_, &PianoRollViewport::wheelNotes);
     connect(ruler_, &TimelineRuler::seekRequested, this, &PianoRollCanvas::seek);
     connect(ruler_, &TimelineRuler::placeRequested, this, &PianoRollCanvas::placePlayhead);
-    connect(keyboard_, &PianoKeyboardWidget::wheelTurned, this, &PianoRollCanvas::wheelNotes);
-    connect(view_, &PianoRollGridView::rowsTurned, this, &PianoRollCanvas::wheelNotes);
-    connect(view_, &PianoRollGridView::heightChanged, this, &PianoRollCanvas::applyVerticalFit);
-    connect(view_, &PianoRollGridView::rowZoomRequested, this, &PianoRollCanvas::zoomVertical);
+    connect(view_, &PianoRollGridView::rowsTurned, rows_, &PianoRollViewport::wheelNotes);
+    connect(view_, &PianoRollGridView::heightChanged, rows_, &PianoRollViewport::applyVerticalFit);
+    connect(view_, &PianoRollGridView::rowZoomRequested, rows_, &PianoRollViewport::zoomVertical);
     connect(view_, &PianoRollGridView::zoomRequested, this,
             [this](double factor) { zoomHorizontal(factor, Zoom::By::Wheel); });
     // Letters may come by way of the buttons, which have a focus of their own.
-    connect(qApp, &QApplication::focusChanged, this, &PianoRollCanvas::endHeldKeys);
+    connect(qApp, &QApplication::focusChanged, live_, &LiveNotes::releaseAll);
+}
+
+void PianoRollCanvas::connectNotes()
+{
+    connect(notes_, &NoteEditor::changed, this, &PianoRollCanvas::rebuildScene);
+    connect(notes_, &NoteEditor::dragEnded, this, &PianoRollCanvas::fitScene);
+    connect(notes_, &NoteEditor::edited, this, &PianoRollCanvas::showEdit);
+    connect(notes_, &NoteEditor::reached, this, &PianoRollCanvas::showNotes);
+    connect(notes_, &NoteEditor::allSelected, view_,
+            [this] { AccessibleItems::tellCurrent(view_); });
+    connect(notes_, &NoteEditor::playheadRequested, this, &PianoRollCanvas::placePlayhead);
 }
 
 PianoRollCanvas::~PianoRollCanvas()
 {
     // What has the focus loses it on the way, and nothing is held by then.
-    disconnect(qApp, nullptr, this, nullptr);
+    disconnect(qApp, nullptr, live_, nullptr);
     // A view that loses its scene scrolls, and the ruler follows: the view has to go first.
     delete view_;
     view_ = nullptr;
@@ -149,8 +159,8 @@ QWidget* PianoRollCanvas::makeCorner()
     auto* down = arrowButton(u"▼"_s, tr("Bajar una nota (flecha abajo)"));
     up->setAccessibleName(tr("Subir una nota"));
     down->setAccessibleName(tr("Bajar una nota"));
-    connect(up, &QToolButton::clicked, this, [this] { scrollNotes(1); });
-    connect(down, &QToolButton::clicked, this, [this] { scrollNotes(-1); });
+    connect(up, &QToolButton::clicked, this, [this] { rows_->scrollNotes(1); });
+    connect(down, &QToolButton::clicked, this, [this] { rows_->scrollNotes(-1); });
 
     auto* corner = new QWidget;
     corner->setFixedSize(keyboard_->width(), kCornerHeight);
@@ -166,34 +176,28 @@ QWidget* PianoRollCanvas::makeCorner()
 
 void PianoRollCanvas::setContext(Project* project, PlaybackEngine* playback)
 {
-    forgetGestures();
-    if (project_)
-        disconnect(project_, nullptr, this, nullptr);
-    if (playback_ && playback_ != playback)
-        disconnect(playback_, nullptr, this, nullptr);
-    project_ = project;
-    playback_ = playback;
-    const bool any = project_ && !project_->tracks.isEmpty();
-    activeTrack_ = any ? 0 : -1;
-    visibleTracks_ = any ? QList<int>{0} : QList<int>();
-    activeBlockIndex_ = 0;
+    if (notes_->project())
+        disconnect(notes_->project(), nullptr, this, nullptr);
+    if (notes_->playback() && notes_->playback() != playback)
+        disconnect(notes_->playback(), nullptr, this, nullptr);
+    live_->forget();
+    keyboard_->release();
+    notes_->setContext(project, playback);
+    visibleTracks_ = notes_->track() ? QList<int>{0} : QList<int>();
     ruler_->setProject(project);
-    if (project_)
-        connect(project_, &Project::changed, this, &PianoRollCanvas::rebuildScene);
-    if (playback_) {
-        connect(playback_, &PlaybackEngine::playheadChanged, this, &PianoRollCanvas::updatePlayhead,
+    if (project)
+        connect(project, &Project::changed, this, &PianoRollCanvas::rebuildScene);
+    if (playback) {
+        connect(playback, &PlaybackEngine::playheadChanged, this, &PianoRollCanvas::updatePlayhead,
                 Qt::UniqueConnection);
-        connect(playback_, &PlaybackEngine::playingChanged, this, &PianoRollCanvas::tellPlayhead,
+        connect(playback, &PlaybackEngine::playingChanged, this, &PianoRollCanvas::tellPlayhead,
                 Qt::UniqueConnection);
     }
     rebuildScene();
-    rows_ = PitchRows();
-    zoomX_ = 1.0;
-    applyVerticalFit();
+    rows_->reset();
     follower_->showStart();
     syncRulerAndKeyboard();
-    if (!melodyVisible())
-        showWholeMelody();
+    showMelody();
 }
 
 void PianoRollCanvas::setVisibleTracks(const QList<int>& tracks, int active)
@@ -214,84 +218,58 @@ void PianoRollCanvas::setActiveBlock(int track, int block)
 
 void PianoRollCanvas::showTrack(int track, int block)
 {
-    endDrag();
-    activeTrack_ = track;
-    activeBlockIndex_ = block;
+    notes_->setBlock(track, block);
     rebuildScene();
+    showMelody();
+}
+
+void PianoRollCanvas::showMelody()
+{
     if (!melodyVisible())
         showWholeMelody();
 }
 
+bool PianoRollCanvas::melodyVisible() const
+{
+    const MelodyBlock* block = notes_->activeBlock();
+    return !block || rows_->containsAnyOf(block->notes);
+}
+
+void PianoRollCanvas::showWholeMelody()
+{
+    const MelodyBlock* block = notes_->activeBlock();
+    rows_->showAll(block ? block->notes : QList<NoteEvent>());
+}
+
 void PianoRollCanvas::setSubdivisionLevel(GridSubdivisionLevel level)
 {
-    subdivisionLevel_ = level;
+    notes_->setSubdivisionLevel(level);
     view_->viewport()->update();
-}
-
-double PianoRollCanvas::snapBeats() const
-{
-    return project_ ? PianoRollLayout::snapBeats(project_->timeSignature, subdivisionLevel_)
-                    : kSnapWithoutProject;
-}
-
-const Track* PianoRollCanvas::track() const
-{
-    if (!project_ || activeTrack_ < 0 || activeTrack_ >= project_->tracks.size())
-        return nullptr;
-    return &project_->tracks.at(activeTrack_);
-}
-
-MelodyBlock* PianoRollCanvas::activeBlock()
-{
-    if (!track() || track()->isAccompaniment)
-        return nullptr;
-    QList<MelodyBlock>& blocks = project_->tracks[activeTrack_].melodyBlocks;
-    if (blocks.isEmpty())
-        blocks.append(ProjectEdits::blankMelody(*project_));
-    return &blocks[std::clamp<qsizetype>(activeBlockIndex_, 0, blocks.size() - 1)];
-}
-
-const MelodyBlock* PianoRollCanvas::shownBlock() const
-{
-    if (!track() || track()->isAccompaniment || track()->melodyBlocks.isEmpty())
-        return nullptr;
-    const QList<MelodyBlock>& blocks = track()->melodyBlocks;
-    return &blocks.at(std::clamp<qsizetype>(activeBlockIndex_, 0, blocks.size() - 1));
-}
-
-int PianoRollCanvas::currentNote() const
-{
-    const QList<int> selected = scene_->selectedNotes();
-    return selected.contains(currentNote_) ? currentNote_ : selected.value(0, -1);
-}
-
-bool PianoRollCanvas::hasEditableBlock()
-{
-    return activeBlock() != nullptr;
 }
 
 QList<int> PianoRollCanvas::ghostTracks() const
 {
     QList<int> tracks = visibleTracks_;
-    tracks.removeAll(activeTrack_);
+    tracks.removeAll(notes_->activeTrack());
     return tracks;
 }
 
 void PianoRollCanvas::rebuildScene()
 {
-    if (!project_) {
+    const Project* project = notes_->project();
+    if (!project) {
         scene_->empty();
         updateCaption();
         return;
     }
-    const MelodyBlock* block = activeBlock();
-    scene_->rebuild(*project_, block, ghostTracks(),
-                    view_->isDragging() ? SceneWidth::Keep : SceneWidth::Fit);
-    if (!block && (activeTrack_ >= 0 || visibleTracks_.isEmpty()))
+    const MelodyBlock* block = notes_->activeBlock();
+    scene_->rebuild(*project, block, ghostTracks(),
+                    notes_->isDragging() ? SceneWidth::Keep : SceneWidth::Fit);
+    if (!block && (notes_->activeTrack() >= 0 || visibleTracks_.isEmpty()))
         scene_->showMessage(
             tr("Elegí una velta de melodía en la línea de tiempo para editarla acá."));
-    if (playback_)
-        updatePlayhead(playback_->playheadBeat());
+    if (notes_->playback())
+        updatePlayhead(notes_->playback()->playheadBeat());
     updateCaption();
     syncRulerAndKeyboard();
     AccessibleItems::tellChange(view_);
@@ -299,34 +277,52 @@ void PianoRollCanvas::rebuildScene()
 
 void PianoRollCanvas::fitScene()
 {
-    if (project_)
-        scene_->fit(*project_);
+    if (notes_->project())
+        scene_->fit(*notes_->project());
 }
 
 void PianoRollCanvas::endDrag()
 {
-    view_->endDrag();
-    endKeyRun();
+    notes_->endGestures();
+}
+
+void PianoRollCanvas::showEdit()
+{
+    // Who listens announces the change, and the scene is made anew; without anybody the items would
+    // stand for other notes.
+    if (isSignalConnected(QMetaMethod::fromSignal(&PianoRollCanvas::edited)))
+        emit edited();
+    else
+        rebuildScene();
+}
+
+/// The rows by no more than it takes to show the first of them.
+void PianoRollCanvas::showNotes(const QList<int>& indices)
+{
+    const MelodyBlock* block = notes_->activeBlock();
+    if (!block || indices.isEmpty())
+        return;
+    const NoteEvent& note = block->notes.at(indices.first());
+    if (const auto rect = PianoRollLayout::noteRect(*block, note))
+        ScrollIntoView::horizontally(*view_, rect->left(), rect->right());
+    rows_->scrollTo(note.pitch);
+    AccessibleItems::tellCurrent(view_);
 }
 
 // ---- Caption -------------------------------------------------------------------------------
 
-QString PianoRollCanvas::caption() const
-{
-    return caption_->text();
-}
-
 void PianoRollCanvas::updateCaption()
 {
-    const MelodyBlock* block = activeBlock();
+    const MelodyBlock* block = notes_->activeBlock();
     caption_->setText(block ? captionOf(*block) : QString());
 }
 
 QString PianoRollCanvas::captionOf(const MelodyBlock& block) const
 {
-    const QString name = track()->name.trimmed();
-    const KeySignature& key = project_->keySignature;
-    const int bars = PianoRollLayout::barsOf(block, project_->beatsPerBar());
+    const Project& project = *notes_->project();
+    const QString name = notes_->track()->name.trimmed();
+    const KeySignature& key = project.keySignature;
+    const int bars = PianoRollLayout::barsOf(block, project.beatsPerBar());
     const QString length = bars == 1 ? tr("1 compás") : tr("%1 compases").arg(bars);
     return tr("%1 · %2 · %3")
         .arg(name.isEmpty() ? tr("Melodía") : name,
@@ -334,12 +330,21 @@ QString PianoRollCanvas::captionOf(const MelodyBlock& block) const
              block.notes.isEmpty() ? tr("sin notas todavía") : length);
 }
 
-// ---- Playhead ------------------------------------------------------------------------------
+// ---- Scale and playhead --------------------------------------------------------------------
 
+void PianoRollCanvas::zoomHorizontal(double factor, Zoom::By by)
+{
+    const PlaybackEngine* playback = notes_->playback();
+    const double playhead = playback ? playback->playheadBeat() : 0.0;
+    rows_->zoomHorizontal(factor, playhead * PianoRollLayout::kBeatPixels, by);
+}
+
+/// Puts the ruler and the keys where the view stands.
 void PianoRollCanvas::syncRulerAndKeyboard()
 {
     const double sceneX = view_->mapToScene(QPoint(0, 0)).x();
-    ruler_->setViewport(sceneX * zoomX_, PianoRollLayout::kBeatPixels * zoomX_, 0);
+    const double zoom = rows_->zoomX();
+    ruler_->setViewport(sceneX * zoom, PianoRollLayout::kBeatPixels * zoom, 0);
     keyboard_->update();
     scene_->placeMessage(*view_);
 }
@@ -348,17 +353,18 @@ void PianoRollCanvas::updatePlayhead(double beat)
 {
     scene_->setPlayheadBeat(beat);
     ruler_->setPlayheadBeat(beat);
-    if (playback_ && playback_->isPlaying())
+    if (notes_->playback() && notes_->playback()->isPlaying())
         follower_->follow(beat * PianoRollLayout::kBeatPixels);
 }
 
 void PianoRollCanvas::placePlayhead(double beat)
 {
-    if (!playback_ || !project_)
+    PlaybackEngine* playback = notes_->playback();
+    if (!playback || !notes_->project())
         return;
     const double last = scene_->width() / PianoRollLayout::kBeatPixels;
-    playback_->setPlayheadBeat(std::clamp(beat, 0.0, last));
-    const double x = playback_->playheadBeat() * PianoRollLayout::kBeatPixels;
+    playback->setPlayheadBeat(std::clamp(beat, 0.0, last));
+    const double x = playback->playheadBeat() * PianoRollLayout::kBeatPixels;
     ScrollIntoView::horizontally(*view_, x, x);
     if (scene_->selectedItems().isEmpty())
         tellPlayhead();
@@ -367,7 +373,7 @@ void PianoRollCanvas::placePlayhead(double beat)
 void PianoRollCanvas::tellPlayhead()
 {
     // Not at every tick: who listens hears the song.
-    if (hasFocus() && playback_ && !playback_->isPlaying())
+    if (hasFocus() && notes_->playback() && !notes_->playback()->isPlaying())
         AccessibleRuler::tell(ruler_);
 }
 
@@ -379,9 +385,10 @@ void PianoRollCanvas::setRecording(bool recording)
 
 void PianoRollCanvas::seek(double beat)
 {
-    if (!playback_)
+    PlaybackEngine* playback = notes_->playback();
+    if (!playback)
         return;
-    playback_->setPlayheadBeat(beat);
-    if (!playback_->isPlaying())
-        playback_->play(beat);
+    playback->setPlayheadBeat(beat);
+    if (!playback->isPlaying())
+        playback->play(beat);
 }

@@ -4,26 +4,19 @@
 #include "shell/theme/CanvasColors.h"
 #include "views/AccessibleItems.h"
 #include "views/RubberBand.h"
+#include "views/Zoom.h"
+#include "views/pianoroll/NoteEditor.h"
 #include "views/pianoroll/PianoRollBackdrop.h"
 #include "views/pianoroll/PianoRollLayout.h"
 #include "views/pianoroll/PianoRollScene.h"
-#include "views/pianoroll/RollNotes.h"
 
 #include <QMouseEvent>
 #include <QScrollBar>
 #include <QWheelEvent>
 
-#include <cmath>
 #include <cstdlib>
-#include <utility>
 
-namespace {
-
-constexpr double kWheelZoom = 1.15;
-
-} // namespace
-
-PianoRollGridView::PianoRollGridView(PianoRollScene* scene, RollNotes* notes, QWidget* parent)
+PianoRollGridView::PianoRollGridView(PianoRollScene* scene, NoteEditor* notes, QWidget* parent)
     : QGraphicsView(parent), scene_(scene), notes_(notes)
 {
     setScene(scene);
@@ -69,71 +62,8 @@ bool PianoRollGridView::event(QEvent* event)
 {
     // The release goes to the dialog that has opened.
     if (event->type() == QEvent::WindowBlocked)
-        endDrag();
+        notes_->endDrag();
     return QGraphicsView::event(event);
-}
-
-// ---- Drags ---------------------------------------------------------------------------------
-
-std::optional<QList<NoteEvent>> PianoRollGridView::notesOfBlock() const
-{
-    const MelodyBlock* block = notes_->activeBlock();
-    return block ? std::optional(block->notes) : std::nullopt;
-}
-
-void PianoRollGridView::endDrag()
-{
-    if (!drag_)
-        return;
-    const bool edited = drag_->block.isEdit(notesOfBlock());
-    cancelDrag();
-    if (edited)
-        notes_->commitEdit();
-}
-
-void PianoRollGridView::cancelDrag()
-{
-    if (!drag_)
-        return;
-    // Before the preview ends: who hears of that may look at the grid.
-    const Drag drag = *std::exchange(drag_, std::nullopt);
-    if (drag.mode == DragMode::Draw)
-        notes_->endPreview(drag.drawPitch);
-    notes_->fitScene();
-}
-
-void PianoRollGridView::dragTo(const QPointF& place)
-{
-    applyTo(*notes_->activeBlock(), place);
-    if (drag_->block.leave(notesOfBlock()))
-        notes_->rebuildScene();
-}
-
-void PianoRollGridView::applyTo(MelodyBlock& block, const QPointF& place)
-{
-    const double step = notes_->snapBeats();
-    const QPointF way = place - drag_->start;
-    const double beats = NoteEdits::snapped(way.x() / PianoRollLayout::kBeatPixels, step);
-    if (drag_->mode == DragMode::Move) {
-        applyMoveDelta(beats, -PianoRollLayout::rowsIn(way.y()));
-    } else if (drag_->mode == DragMode::Resize) {
-        applyResizeDelta(beats);
-    } else if (drag_->drawIndex < block.notes.size()) {
-        block.notes[drag_->drawIndex].durationBeats =
-            NoteEdits::drawnLength(drag_->drawBeat, place.x() / PianoRollLayout::kBeatPixels, step);
-    }
-}
-
-void PianoRollGridView::applyMoveDelta(double beats, int pitches)
-{
-    if (MelodyBlock* block = notes_->activeBlock())
-        NoteEdits::move(*block, drag_->notes, beats, pitches);
-}
-
-void PianoRollGridView::applyResizeDelta(double beats)
-{
-    if (MelodyBlock* block = notes_->activeBlock())
-        NoteEdits::resize(*block, drag_->notes, beats, notes_->snapBeats());
 }
 
 // ---- Mouse ---------------------------------------------------------------------------------
@@ -153,14 +83,14 @@ void PianoRollGridView::mousePressEvent(QMouseEvent* event)
         return;
     }
     // The release of the press before this one may have gone elsewhere.
-    endDrag();
+    notes_->endDrag();
     setDragMode(NoDrag);
     if (event->modifiers() & Qt::ShiftModifier)
         startRubberBand(event);
     else if (NoteItem* note = noteItemAt(place))
         pressOnNote(note, place, event->modifiers());
     else
-        drawNote(place);
+        pressOnGrid(place);
 }
 
 void PianoRollGridView::deleteAt(const QPointF& place)
@@ -186,70 +116,46 @@ void PianoRollGridView::pressOnNote(NoteItem* note, const QPointF& place,
             scene()->clearSelection();
         note->setSelected(true);
     }
-    const MelodyBlock& block = *notes_->activeBlock();
-    const bool grip = PianoRollLayout::isOnGrip(place.x(), note->rect(), transform().m11());
-    drag_ = Drag{.mode = grip ? DragMode::Resize : DragMode::Move,
-                 .start = place,
-                 .notes = NoteEdits::dragged(block, scene_->selectedNotes()),
-                 .block = RecordDrag(Qt::LeftButton, notesOfBlock())};
+    notes_->take(place, isOnGrip(*note, place));
     AccessibleItems::tellCurrent(this);
 }
 
-void PianoRollGridView::drawNote(const QPointF& place)
+void PianoRollGridView::pressOnGrid(const QPointF& place)
 {
     scene()->clearSelection();
-    const double step = notes_->snapBeats();
-    const int pitch = PianoRollLayout::sceneYToPitch(place.y());
-    const double beat = std::floor(place.x() / PianoRollLayout::kBeatPixels / step) * step;
-    if (pitch == -1 || beat < 0.0)
-        return;
-    notes_->addNoteAt(beat, pitch, step);
-    drag_ = Drag{.mode = DragMode::Draw,
-                 .start = place,
-                 .drawBeat = beat,
-                 .drawPitch = pitch,
-                 .drawIndex = static_cast<int>(notes_->activeBlock()->notes.size()) - 1,
-                 .block = RecordDrag(Qt::LeftButton, notesOfBlock(), true)};
-    notes_->startPreview(pitch);
+    notes_->draw(place);
+}
+
+bool PianoRollGridView::isOnGrip(const NoteItem& note, const QPointF& place) const
+{
+    return PianoRollLayout::isOnGrip(place.x(), note.rect(), transform().m11());
 }
 
 void PianoRollGridView::mouseMoveEvent(QMouseEvent* event)
 {
     const QPointF place = mapToScene(event->position().toPoint());
-    if (!drag_) {
-        showCursorAt(place);
-        QGraphicsView::mouseMoveEvent(event);
+    if (notes_->isDragging()) {
+        notes_->dragTo(place, event->buttons());
         return;
     }
-    using Move = decltype(drag_->block)::Move;
-    switch (drag_->block.move(event->buttons(), notesOfBlock())) {
-    case Move::Follow:
-        dragTo(place);
-        break;
-    case Move::Finish:
-        endDrag();
-        break;
-    case Move::Drop:
-        cancelDrag();
-        break;
-    }
+    showCursorAt(place);
+    QGraphicsView::mouseMoveEvent(event);
 }
 
 void PianoRollGridView::showCursorAt(const QPointF& place)
 {
     const NoteItem* note = noteItemAt(place);
-    const bool grip = note && PianoRollLayout::isOnGrip(place.x(), note->rect(), transform().m11());
-    viewport()->setCursor(grip ? Qt::SizeHorCursor : Qt::ArrowCursor);
+    viewport()->setCursor(note && isOnGrip(*note, place) ? Qt::SizeHorCursor : Qt::ArrowCursor);
 }
 
 void PianoRollGridView::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (!drag_) {
+    if (!notes_->isDragging()) {
         QGraphicsView::mouseReleaseEvent(event);
         if (event->button() == Qt::LeftButton)
             setDragMode(NoDrag);
-    } else if (drag_->block.isEndedBy(event->button())) {
-        endDrag();
+    } else if (notes_->isEndedBy(event->button())) {
+        notes_->endDrag();
     }
 }
 
@@ -260,11 +166,10 @@ void PianoRollGridView::wheelEvent(QWheelEvent* event)
     const QPoint angle = event->angleDelta();
     const bool ctrl = event->modifiers() & Qt::ControlModifier;
     const bool shift = event->modifiers() & Qt::ShiftModifier;
-    const bool up = angle.y() > 0;
     if (ctrl && shift)
-        emit rowZoomRequested(up ? kWheelZoom : 1.0 / kWheelZoom);
+        emit rowZoomRequested(Zoom::wheelFactor(angle.y()));
     else if (ctrl)
-        emit zoomRequested(up ? kWheelZoom : 1.0 / kWheelZoom);
+        emit zoomRequested(Zoom::wheelFactor(angle.y()));
     else if (shift)
         scrollHorizontally(angle.x() != 0 ? angle.x() : angle.y());
     else if (std::abs(angle.x()) <= std::abs(angle.y()))

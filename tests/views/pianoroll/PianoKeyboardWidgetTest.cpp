@@ -144,19 +144,20 @@ void PianoKeyboardWidgetTest::pitchesFollowTheView()
 {
     QFETCH(int, top);
     QFETCH(int, rows);
-    while (stage_->canvas.visibleRows() != rows)
-        stage_->canvas.zoomVertical(stage_->canvas.visibleRows() > rows ? 2.0 : 0.5);
-    stage_->canvas.scrollToTopPitch(top, false);
+    while (stage_->canvas.rows()->visibleRows() != rows)
+        stage_->canvas.rows()->zoomVertical(stage_->canvas.rows()->visibleRows() > rows ? 2.0
+                                                                                        : 0.5);
+    stage_->canvas.rows()->scrollToTopPitch(top, false);
     for (int pitch = top; pitch > top - rows; --pitch)
         QCOMPARE(keyboard().pitchAtY(key(pitch).y()), pitch);
 }
 
 void PianoKeyboardWidgetTest::stripBelowTheLowestRowHasNoPitch()
 {
-    stage_->canvas.scrollToTopPitch(36, false);
+    stage_->canvas.rows()->scrollToTopPitch(36, false);
     QCOMPARE(keyboard().pitchAtY(PianoRollStage::kGridHeight - 1), 24);
     QCOMPARE(keyboard().pitchAtY(PianoRollStage::kGridHeight), -1);
-    stage_->canvas.scrollToTopPitch(96, false);
+    stage_->canvas.rows()->scrollToTopPitch(96, false);
     QCOMPARE(keyboard().pitchAtY(-1), -1);
 }
 
@@ -175,8 +176,8 @@ void PianoKeyboardWidgetTest::keysStandInLineWithTheRows()
     QFETCH(int, rows);
     QFETCH(int, height);
     stage_->canvas.resize(900, height);
-    while (stage_->canvas.visibleRows() < rows)
-        stage_->canvas.zoomVertical(0.5);
+    while (stage_->canvas.rows()->visibleRows() < rows)
+        stage_->canvas.rows()->zoomVertical(0.5);
     QCoreApplication::processEvents();
     const QImage keys = painted(&keyboard());
     const QImage grid = painted(stage_->grid());
@@ -259,7 +260,7 @@ void PianoKeyboardWidgetTest::dragInsideAKeyPlaysItOnce()
 
 void PianoKeyboardWidgetTest::noteOutsideTheKeysStaysHeld()
 {
-    stage_->canvas.scrollToTopPitch(96, false);
+    stage_->canvas.rows()->scrollToTopPitch(96, false);
     const Listener listener(&keyboard());
     QTest::mousePress(&keyboard(), Qt::LeftButton, {}, key(96));
     QTest::mouseMove(&keyboard(), QPoint(10, -20));
@@ -288,7 +289,7 @@ void PianoKeyboardWidgetTest::secondClickOfADoubleClickPlays()
 
 void PianoKeyboardWidgetTest::pressBelowTheLowestRowPlaysNothing()
 {
-    stage_->canvas.scrollToTopPitch(36, false);
+    stage_->canvas.rows()->scrollToTopPitch(36, false);
     const Listener listener(&keyboard());
     QTest::mouseClick(&keyboard(), Qt::LeftButton, {}, QPoint(10, PianoRollStage::kGridHeight + 2));
     QVERIFY(listener.said().isEmpty());
@@ -311,17 +312,17 @@ void PianoKeyboardWidgetTest::anotherProjectEndsTheNote()
 void PianoKeyboardWidgetTest::wheelScrollsRows()
 {
     PianoRollStage::turnWheel(&keyboard(), QPoint(0, 240));
-    QCOMPARE(stage_->canvas.topPitch(), 74);
+    QCOMPARE(stage_->canvas.rows()->topPitch(), 74);
     PianoRollStage::turnWheel(&keyboard(), QPoint(0, -120));
-    QCOMPARE(stage_->canvas.topPitch(), 73);
+    QCOMPARE(stage_->canvas.rows()->topPitch(), 73);
 }
 
 void PianoKeyboardWidgetTest::wheelDoesNotZoom()
 {
     PianoRollStage::turnWheel(&keyboard(), QPoint(0, 120), Qt::ControlModifier | Qt::ShiftModifier);
-    QCOMPARE(stage_->canvas.visibleRows(), 13);
-    QCOMPARE(stage_->canvas.zoomX(), 1.0);
-    QCOMPARE(stage_->canvas.topPitch(), 73);
+    QCOMPARE(stage_->canvas.rows()->visibleRows(), 13);
+    QCOMPARE(stage_->canvas.rows()->zoomX(), 1.0);
+    QCOMPARE(stage_->canvas.rows()->topPitch(), 73);
 }
 
 // ---- Painting ------------------------------------------------------------------------------
@@ -429,8 +430,8 @@ void PianoKeyboardWidgetTest::namesAreLettersAndSolfege()
 void PianoKeyboardWidgetTest::namesOfFewRowsAreFourteenPixels()
 {
     for (int i = 0; i < 10; ++i)
-        stage_->canvas.zoomVertical(2.0);
-    QCOMPARE(stage_->canvas.visibleRows(), 8);
+        stage_->canvas.rows()->zoomVertical(2.0);
+    QCOMPARE(stage_->canvas.rows()->visibleRows(), 8);
     const double top = key(69).y() - 26;
     const QRect area(2, qRound(top) + 8, keyboard().width() - 4, 36);
     QCOMPARE(painted(&keyboard()).copy(area),
@@ -441,8 +442,8 @@ void PianoKeyboardWidgetTest::namesOfFewRowsAreFourteenPixels()
 void PianoKeyboardWidgetTest::seventyThreeRowsHaveNoNames()
 {
     for (int i = 0; i < 70; ++i)
-        stage_->canvas.zoomVertical(0.5);
-    QCOMPARE(stage_->canvas.visibleRows(), 73);
+        stage_->canvas.rows()->zoomVertical(0.5);
+    QCOMPARE(stage_->canvas.rows()->visibleRows(), 73);
     const QImage image = painted(&keyboard());
     const int end = keyboard().blackKeyWidth();
     QSet<QRgb> colors;

@@ -11,17 +11,11 @@
 #include <QToolButton>
 
 #include <algorithm>
-#include <cmath>
 #include <functional>
-#include <limits>
 
 using namespace ProjectBuilder;
 
 namespace {
-
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr int kMostInt = std::numeric_limits<int>::max();
-constexpr int kLeastInt = std::numeric_limits<int>::min();
 
 /// What is written into the grid; empty for nothing.
 using Act = std::function<void(PianoRollCanvas&)>;
@@ -106,13 +100,6 @@ private slots:
     void changesOfTheProjectAreShown();
     void dyingWithFocusAndAHeldKeyIsHarmless();
 
-    void activeBlockOfATrack_data();
-    void activeBlockOfATrack();
-    void trackWithoutABlockGetsOne();
-    void blockIsCreatedInSilence();
-    void blockIsAsLongAsTheSong_data();
-    void blockIsAsLongAsTheSong();
-    void accompanimentIsNeverEditable();
     void onlyOneBlockIsShown();
 
     void messageWithoutABlock_data();
@@ -133,30 +120,13 @@ private slots:
     void wholeMelodyOfNothingIsUsual();
     void buttonShowsTheWholeMelody();
 
-    void stepsFollowTheLevel_data();
-    void stepsFollowTheLevel();
     void levelRepaintsTheGrid();
-    void rowsStayWhenTheRollIsHiddenAndShown_data();
-    void rowsStayWhenTheRollIsHiddenAndShown();
-    void zoomAtTheStartKeepsTheStart();
     void wheelOverTheRulerScrollsTheGrid();
     void messageStandsInTheMiddle_data();
     void messageStandsInTheMiddle();
 
-    void rowsFillTheView_data();
-    void rowsFillTheView();
-    void sameRowsAtAnyHeight();
-    void topPitchStaysInTheRows();
     void downAtTheBottomDoesNothing();
-    void scrollMovesInTime();
-    void scrollAtOnceEndsTheMove();
     void arrowButtonsScroll();
-    void scrollingByAbsurdDeltasIsHeld();
-    void horizontalZoomIsHeld();
-    void horizontalZoomKeepsTheRows();
-    void absurdZoomsAreSurvived_data();
-    void absurdZoomsAreSurvived();
-    void verticalZoomIsByRows();
 
     void captionTellsTrackKeyAndLength_data();
     void captionTellsTrackKeyAndLength();
@@ -199,16 +169,16 @@ void PianoRollCanvasTest::cleanup()
 void PianoRollCanvasTest::startsWithoutAProject()
 {
     PianoRollCanvas canvas;
-    QCOMPARE(canvas.activeTrack(), -1);
-    QCOMPARE(canvas.visibleRows(), 13);
-    QCOMPARE(canvas.topPitch(), 72);
-    QCOMPARE(canvas.zoomX(), 1.0);
-    QCOMPARE(canvas.zoomY(), 1.0);
-    QCOMPARE(canvas.snapBeats(), 0.5);
-    QCOMPARE(canvas.subdivisionLevel(), GridSubdivisionLevel::Division);
-    QCOMPARE(canvas.keyboardOctave(), 4);
-    QVERIFY(!canvas.activeBlock());
-    QVERIFY(!canvas.hasEditableBlock());
+    QCOMPARE(canvas.notes()->activeTrack(), -1);
+    QCOMPARE(canvas.rows()->visibleRows(), 13);
+    QCOMPARE(canvas.rows()->topPitch(), 72);
+    QCOMPARE(canvas.rows()->zoomX(), 1.0);
+    QCOMPARE(canvas.rows()->zoomY(), 1.0);
+    QCOMPARE(canvas.notes()->snapBeats(), 0.5);
+    QCOMPARE(canvas.notes()->subdivisionLevel(), GridSubdivisionLevel::Division);
+    QCOMPARE(canvas.live()->octave(), 4);
+    QVERIFY(!canvas.notes()->activeBlock());
+    QVERIFY(!canvas.notes()->hasEditableBlock());
     QVERIFY(canvas.melodyVisible());
     canvas.rebuildScene();
     QVERIFY(canvas.scene()->items().isEmpty());
@@ -273,22 +243,22 @@ void PianoRollCanvasTest::buttonsHaveTheirWords()
 
 void PianoRollCanvasTest::contextShowsTheFirstTrack()
 {
-    QCOMPARE(canvas().activeTrack(), 0);
-    QCOMPARE(canvas().activeBlock(), &song().tracks[0].melodyBlocks[0]);
+    QCOMPARE(canvas().notes()->activeTrack(), 0);
+    QCOMPARE(canvas().notes()->activeBlock(), &song().tracks[0].melodyBlocks[0]);
     QCOMPARE(stage_->noteItems().size(), 4);
 }
 
 void PianoRollCanvasTest::contextResetsTheRowsAndStartsAtTheFirstBarInTheScaleOne()
 {
     canvas().zoomHorizontal(2.0);
-    canvas().zoomVertical(0.5);
-    canvas().scrollToTopPitch(90, false);
+    canvas().rows()->zoomVertical(0.5);
+    canvas().rows()->scrollToTopPitch(90, false);
     canvas().view()->horizontalScrollBar()->setValue(300);
     QCOMPARE(canvas().view()->horizontalScrollBar()->value(), 300);
     canvas().setContext(&song(), &band_->engine());
-    QCOMPARE(canvas().visibleRows(), 13);
-    QCOMPARE(canvas().topPitch(), 72);
-    QCOMPARE(canvas().zoomX(), 1.0);
+    QCOMPARE(canvas().rows()->visibleRows(), 13);
+    QCOMPARE(canvas().rows()->topPitch(), 72);
+    QCOMPARE(canvas().rows()->zoomX(), 1.0);
     QCOMPARE(canvas().view()->transform().m11(), 1.0);
     QCOMPARE(canvas().view()->horizontalScrollBar()->value(), 0);
     QCOMPARE(canvas().ruler()->viewport(), (RulerViewport{0.0, 64.0, 0}));
@@ -298,16 +268,16 @@ void PianoRollCanvasTest::contextShowsAMelodyOutOfSight()
 {
     stage_->notes() = {note(90, 0.0)};
     canvas().setContext(&song(), &band_->engine());
-    QCOMPARE(canvas().visibleRows(), 13);
-    QCOMPARE(canvas().topPitch(), 96);
+    QCOMPARE(canvas().rows()->visibleRows(), 13);
+    QCOMPARE(canvas().rows()->topPitch(), 96);
 }
 
 void PianoRollCanvasTest::projectWithoutTracksHasAMessage()
 {
     Project bare;
     canvas().setContext(&bare, nullptr);
-    QCOMPARE(canvas().activeTrack(), -1);
-    QVERIFY(!canvas().activeBlock());
+    QCOMPARE(canvas().notes()->activeTrack(), -1);
+    QVERIFY(!canvas().notes()->activeBlock());
     QCOMPARE(messageIn(canvas()), kMessage);
     // The grid still paints: a line of bar 2, and a row out of the key.
     const QImage grid = painted(stage_->grid());
@@ -318,7 +288,7 @@ void PianoRollCanvasTest::projectWithoutTracksHasAMessage()
 void PianoRollCanvasTest::noProjectShowsNothing()
 {
     canvas().setContext(nullptr, nullptr);
-    QCOMPARE(canvas().activeTrack(), -1);
+    QCOMPARE(canvas().notes()->activeTrack(), -1);
     QVERIFY(canvas().scene()->items().isEmpty());
     QCOMPARE(stage_->caption(), QString());
     const QImage grid = painted(stage_->grid());
@@ -361,90 +331,6 @@ void PianoRollCanvasTest::dyingWithFocusAndAHeldKeyIsHarmless()
 
 // ---- The block -----------------------------------------------------------------------------
 
-void PianoRollCanvasTest::activeBlockOfATrack_data()
-{
-    QTest::addColumn<int>("track");
-    QTest::addColumn<int>("block");
-    QTest::addColumn<int>("found");
-
-    QTest::newRow("first") << 0 << 0 << 0;
-    QTest::newRow("second") << 0 << 1 << 1;
-    QTest::newRow("behind the last") << 0 << 7 << 1;
-    QTest::newRow("before the first") << 0 << -3 << 0;
-    QTest::newRow("absurd") << 0 << kMostInt << 1;
-    QTest::newRow("accompaniment") << 1 << 0 << -1;
-    QTest::newRow("no track") << -1 << 0 << -1;
-    QTest::newRow("behind the last track") << 4 << 0 << -1;
-    QTest::newRow("absurd track") << kMostInt << 0 << -1;
-    QTest::newRow("absurd negative track") << kLeastInt << 0 << -1;
-}
-
-void PianoRollCanvasTest::activeBlockOfATrack()
-{
-    QFETCH(int, track);
-    QFETCH(int, block);
-    QFETCH(int, found);
-    song().tracks[0].melodyBlocks.append(melody({}, 12.0));
-    canvas().setActiveBlock(track, block);
-    QCOMPARE(canvas().hasEditableBlock(), found >= 0);
-    if (found >= 0)
-        QCOMPARE(canvas().activeBlock(), &song().tracks[track].melodyBlocks[found]);
-    else
-        QVERIFY(!canvas().activeBlock());
-}
-
-void PianoRollCanvasTest::trackWithoutABlockGetsOne()
-{
-    canvas().setActiveTrack(3);
-    QCOMPARE(song().tracks[3].melodyBlocks.size(), 1);
-    QCOMPARE(song().tracks[3].melodyBlocks[0], melody({}, 0.0, 32.0));
-    QCOMPARE(canvas().activeBlock(), &song().tracks[3].melodyBlocks[0]);
-    canvas().rebuildScene();
-    QCOMPARE(song().tracks[3].melodyBlocks.size(), 1);
-}
-
-void PianoRollCanvasTest::blockIsCreatedInSilence()
-{
-    const QSignalSpy edited(&canvas(), &PianoRollCanvas::edited);
-    const QSignalSpy changed(&song(), &Project::changed);
-    canvas().setVisibleTracks({3}, 3);
-    QCOMPARE(song().tracks[3].melodyBlocks.size(), 1);
-    QCOMPARE(edited.size(), 0);
-    QCOMPARE(changed.size(), 0);
-}
-
-void PianoRollCanvasTest::blockIsAsLongAsTheSong_data()
-{
-    QTest::addColumn<TimeSignature>("meter");
-    QTest::addColumn<double>("end");
-    QTest::addColumn<double>("length");
-
-    QTest::newRow("short song: eight bars") << TimeSignature{4, 4, false} << 8.0 << 32.0;
-    QTest::newRow("long song") << TimeSignature{4, 4, false} << 47.0 << 48.0;
-    QTest::newRow("6/8") << TimeSignature{6, 8, true} << 8.0 << 24.0;
-    QTest::newRow("bar without length") << TimeSignature{4, 0, false} << 8.0 << 4.0;
-    QTest::newRow("negative bar") << TimeSignature{-4, 4, false} << 8.0 << 4.0;
-}
-
-void PianoRollCanvasTest::blockIsAsLongAsTheSong()
-{
-    QFETCH(TimeSignature, meter);
-    QFETCH(double, end);
-    QFETCH(double, length);
-    song().timeSignature = meter;
-    song().tracks[0].melodyBlocks[0].durationBeats = end;
-    canvas().setActiveTrack(3);
-    QCOMPARE(song().tracks[3].melodyBlocks[0].durationBeats, length);
-}
-
-void PianoRollCanvasTest::accompanimentIsNeverEditable()
-{
-    song().tracks[1].melodyBlocks = {melody({note(60, 0.0)})};
-    canvas().setActiveTrack(1);
-    QVERIFY(!canvas().hasEditableBlock());
-    QVERIFY(stage_->noteItems().isEmpty());
-}
-
 void PianoRollCanvasTest::onlyOneBlockIsShown()
 {
     song().tracks[0].melodyBlocks.append(melody({note(65, 0.0)}, 12.0));
@@ -484,14 +370,14 @@ void PianoRollCanvasTest::messageStandsInTheMiddle_data()
 
     QTest::newRow("as it comes") << Act([](PianoRollCanvas&) {});
     QTest::newRow("in the highest rows")
-        << Act([](PianoRollCanvas& canvas) { canvas.scrollToTopPitch(96, false); });
+        << Act([](PianoRollCanvas& canvas) { canvas.rows()->scrollToTopPitch(96, false); });
     QTest::newRow("in the lowest rows")
-        << Act([](PianoRollCanvas& canvas) { canvas.scrollToTopPitch(24, false); });
+        << Act([](PianoRollCanvas& canvas) { canvas.rows()->scrollToTopPitch(24, false); });
     QTest::newRow("far in the song") << Act(
         [](PianoRollCanvas& canvas) { canvas.view()->horizontalScrollBar()->setValue(1000); });
     QTest::newRow("zoomed in") << Act([](PianoRollCanvas& canvas) {
         canvas.zoomHorizontal(4.0);
-        canvas.zoomVertical(2.0);
+        canvas.rows()->zoomVertical(2.0);
     });
     QTest::newRow("in a larger window") << Act([](PianoRollCanvas& canvas) {
         canvas.resize(1300, 700);
@@ -556,11 +442,11 @@ void PianoRollCanvasTest::selectionIsNotCarriedOverARebuild()
 
 void PianoRollCanvasTest::blockInSightLeavesTheRows()
 {
-    canvas().scrollToTopPitch(75, false);
+    canvas().rows()->scrollToTopPitch(75, false);
     canvas().setActiveTrack(2);
-    QCOMPARE(canvas().topPitch(), 75);
+    QCOMPARE(canvas().rows()->topPitch(), 75);
     canvas().setActiveBlock(0, 0);
-    QCOMPARE(canvas().topPitch(), 75);
+    QCOMPARE(canvas().rows()->topPitch(), 75);
 }
 
 void PianoRollCanvasTest::blockOutOfSightIsShownWhole_data()
@@ -575,7 +461,7 @@ void PianoRollCanvasTest::blockOutOfSightIsShownWhole_data()
 void PianoRollCanvasTest::blockOutOfSightIsShownWhole()
 {
     QFETCH(int, way);
-    canvas().scrollToTopPitch(96, false);
+    canvas().rows()->scrollToTopPitch(96, false);
     if (way == 0)
         canvas().setActiveTrack(2);
     else if (way == 1)
@@ -583,15 +469,15 @@ void PianoRollCanvasTest::blockOutOfSightIsShownWhole()
     else
         canvas().setVisibleTracks({2}, 2);
     // One note at 67: three rows, stretched to thirteen.
-    QCOMPARE(canvas().visibleRows(), 13);
-    QCOMPARE(canvas().topPitch(), 73);
+    QCOMPARE(canvas().rows()->visibleRows(), 13);
+    QCOMPARE(canvas().rows()->topPitch(), 73);
 }
 
 void PianoRollCanvasTest::emptyBlockLeavesTheRows()
 {
-    canvas().scrollToTopPitch(96, false);
+    canvas().rows()->scrollToTopPitch(96, false);
     canvas().setActiveTrack(3);
-    QCOMPARE(canvas().topPitch(), 96);
+    QCOMPARE(canvas().rows()->topPitch(), 96);
 }
 
 void PianoRollCanvasTest::melodyIsVisibleByAnyNote_data()
@@ -632,53 +518,31 @@ void PianoRollCanvasTest::wholeMelodyIsShown()
     QFETCH(int, top);
     stage_->notes() = notesInARow(pitches);
     canvas().showWholeMelody();
-    QCOMPARE(canvas().visibleRows(), rows);
-    QCOMPARE(canvas().topPitch(), top);
+    QCOMPARE(canvas().rows()->visibleRows(), rows);
+    QCOMPARE(canvas().rows()->topPitch(), top);
     QCOMPARE(canvas().view()->transform().m22(), PianoRollStage::kGridHeight / (rows * 16.0));
 }
 
 void PianoRollCanvasTest::wholeMelodyOfNothingIsUsual()
 {
-    canvas().zoomVertical(0.5);
-    canvas().scrollToTopPitch(90, false);
+    canvas().rows()->zoomVertical(0.5);
+    canvas().rows()->scrollToTopPitch(90, false);
     canvas().setVisibleTracks({}, -1);
     canvas().showWholeMelody();
-    QCOMPARE(canvas().visibleRows(), 13);
-    QCOMPARE(canvas().topPitch(), 72);
+    QCOMPARE(canvas().rows()->visibleRows(), 13);
+    QCOMPARE(canvas().rows()->topPitch(), 72);
 }
 
 void PianoRollCanvasTest::buttonShowsTheWholeMelody()
 {
-    canvas().scrollToTopPitch(96, false);
+    canvas().rows()->scrollToTopPitch(96, false);
     QTest::mouseClick(buttonOf<QPushButton>(canvas(), "Ver toda la melodía"), Qt::LeftButton);
     // From 60 to 72: fifteen rows with one on either side.
-    QCOMPARE(canvas().visibleRows(), 15);
-    QCOMPARE(canvas().topPitch(), 73);
+    QCOMPARE(canvas().rows()->visibleRows(), 15);
+    QCOMPARE(canvas().rows()->topPitch(), 73);
 }
 
 // ---- Steps ---------------------------------------------------------------------------------
-
-void PianoRollCanvasTest::stepsFollowTheLevel_data()
-{
-    QTest::addColumn<bool>("compound");
-    QTest::addColumn<int>("level");
-    QTest::addColumn<double>("step");
-
-    QTest::newRow("pulse") << false << 0 << 1.0;
-    QTest::newRow("division") << false << 1 << 0.5;
-    QTest::newRow("subdivision") << false << 2 << 0.25;
-    QTest::newRow("pulse in compound time") << true << 0 << 1.5;
-    QTest::newRow("division in compound time") << true << 1 << 0.5;
-}
-
-void PianoRollCanvasTest::stepsFollowTheLevel()
-{
-    QFETCH(bool, compound);
-    QFETCH(int, level);
-    song().timeSignature.isCompound = compound;
-    canvas().setSubdivisionLevel(static_cast<GridSubdivisionLevel>(level));
-    QTEST(canvas().snapBeats(), "step");
-}
 
 void PianoRollCanvasTest::levelRepaintsTheGrid()
 {
@@ -690,211 +554,31 @@ void PianoRollCanvasTest::levelRepaintsTheGrid()
     QVERIFY(painted(stage_->grid()).pixelColor(quarter) != before);
 }
 
-void PianoRollCanvasTest::rowsStayWhenTheRollIsHiddenAndShown_data()
-{
-    QTest::addColumn<int>("height");
-
-    for (const int height : {333, 400, 457, 500, 611})
-        QTest::addRow("%d", height) << height;
-}
-
-void PianoRollCanvasTest::rowsStayWhenTheRollIsHiddenAndShown()
-{
-    QFETCH(int, height);
-    canvas().resize(1000, height);
-    canvas().scrollToTopPitch(83, false);
-    canvas().view()->horizontalScrollBar()->setValue(321);
-    QCoreApplication::processEvents();
-    const int y = qRound((96 - 83) * 16 * canvas().zoomY());
-    QCOMPARE(canvas().view()->verticalScrollBar()->value(), y);
-    for (int i = 0; i < 3; ++i) {
-        QCursor::setPos(stage_->grid()->mapToGlobal(QPoint(300 + 7 * i, 50 + 60 * i)));
-        canvas().hide();
-        QCoreApplication::processEvents();
-        canvas().show();
-        QCoreApplication::processEvents();
-        QCOMPARE(canvas().topPitch(), 83);
-        QCOMPARE(canvas().view()->verticalScrollBar()->value(), y);
-        QCOMPARE(canvas().view()->horizontalScrollBar()->value(), 321);
-    }
-}
-
-void PianoRollCanvasTest::zoomAtTheStartKeepsTheStart()
-{
-    for (const double factor : {1.25, 1.25, 1.25, 0.8}) {
-        canvas().zoomHorizontal(factor);
-        QCOMPARE(canvas().view()->horizontalScrollBar()->value(), 0);
-    }
-}
-
 void PianoRollCanvasTest::wheelOverTheRulerScrollsTheGrid()
 {
     PianoRollStage::turnWheel(canvas().ruler(), QPoint(0, 120));
-    QCOMPARE(canvas().topPitch(), 73);
+    QCOMPARE(canvas().rows()->topPitch(), 73);
     PianoRollStage::turnWheel(canvas().ruler(), QPoint(0, -120), Qt::ShiftModifier);
     QCOMPARE(canvas().view()->horizontalScrollBar()->value(), 120);
 }
 
-// ---- Rows and zoom -------------------------------------------------------------------------
-
-void PianoRollCanvasTest::rowsFillTheView_data()
-{
-    QTest::addColumn<int>("rows");
-
-    QTest::newRow("fewest") << 8;
-    QTest::newRow("usual") << 13;
-    QTest::newRow("many") << 40;
-    QTest::newRow("all") << 73;
-}
-
-void PianoRollCanvasTest::rowsFillTheView()
-{
-    QFETCH(int, rows);
-    while (canvas().visibleRows() != rows)
-        canvas().zoomVertical(canvas().visibleRows() > rows ? 2.0 : 0.5);
-    const int height = stage_->grid()->height();
-    const auto y = [this](int row) {
-        return canvas().view()->viewportTransform().map(QPointF(0.0, row * 16.0)).y();
-    };
-    for (int top = 96; top >= rows + 23; --top) {
-        canvas().scrollToTopPitch(top, false);
-        QVERIFY(std::abs(y(96 - top)) <= 0.51);
-        QVERIFY(std::abs(y(96 - top + rows) - height) <= 0.51);
-    }
-}
-
-void PianoRollCanvasTest::sameRowsAtAnyHeight()
-{
-    canvas().scrollToTopPitch(80, false);
-    for (const int height : {300, 471, 900, 150}) {
-        canvas().resize(1000, height);
-        QCoreApplication::processEvents();
-        QCOMPARE(canvas().visibleRows(), 13);
-        QCOMPARE(canvas().topPitch(), 80);
-        QCOMPARE(canvas().zoomY(), stage_->grid()->height() / (13.0 * 16.0));
-        QCOMPARE(canvas().keyboard()->pitchAtY(1), 80);
-        QCOMPARE(canvas().keyboard()->pitchAtY(stage_->grid()->height() - 2), 68);
-    }
-}
-
-void PianoRollCanvasTest::topPitchStaysInTheRows()
-{
-    canvas().scrollToTopPitch(500, false);
-    QCOMPARE(canvas().topPitch(), 96);
-    canvas().scrollToTopPitch(-500, false);
-    QCOMPARE(canvas().topPitch(), 36);
-    canvas().zoomVertical(0.5);
-    QCOMPARE(canvas().visibleRows(), 14);
-    QCOMPARE(canvas().topPitch(), 37);
-}
-
 void PianoRollCanvasTest::downAtTheBottomDoesNothing()
 {
-    canvas().scrollToTopPitch(36, false);
+    canvas().rows()->scrollToTopPitch(36, false);
     const int y = canvas().view()->verticalScrollBar()->value();
     QTest::mouseClick(buttonOf<QToolButton>(canvas(), "▼"), Qt::LeftButton);
-    QCOMPARE(canvas().topPitch(), 36);
+    QCOMPARE(canvas().rows()->topPitch(), 36);
     QTest::qWait(200);
     QCOMPARE(canvas().view()->verticalScrollBar()->value(), y);
-}
-
-void PianoRollCanvasTest::scrollMovesInTime()
-{
-    QScrollBar* bar = canvas().view()->verticalScrollBar();
-    QCOMPARE(bar->value(), 24 * 32);
-    canvas().scrollToTopPitch(74, true);
-    QCOMPARE(canvas().topPitch(), 74);
-    QCOMPARE(bar->value(), 24 * 32);
-    QTRY_COMPARE(bar->value(), 22 * 32);
-}
-
-void PianoRollCanvasTest::scrollAtOnceEndsTheMove()
-{
-    QScrollBar* bar = canvas().view()->verticalScrollBar();
-    canvas().scrollToTopPitch(90, true);
-    canvas().scrollToTopPitch(60, false);
-    QCOMPARE(bar->value(), 36 * 32);
-    QTest::qWait(200);
-    QCOMPARE(bar->value(), 36 * 32);
 }
 
 void PianoRollCanvasTest::arrowButtonsScroll()
 {
     QTest::mouseClick(buttonOf<QToolButton>(canvas(), "▲"), Qt::LeftButton);
     QTest::mouseClick(buttonOf<QToolButton>(canvas(), "▲"), Qt::LeftButton);
-    QCOMPARE(canvas().topPitch(), 74);
+    QCOMPARE(canvas().rows()->topPitch(), 74);
     QTest::mouseClick(buttonOf<QToolButton>(canvas(), "▼"), Qt::LeftButton);
-    QCOMPARE(canvas().topPitch(), 73);
-}
-
-void PianoRollCanvasTest::scrollingByAbsurdDeltasIsHeld()
-{
-    canvas().scrollNotes(kMostInt);
-    QCOMPARE(canvas().topPitch(), 96);
-    canvas().scrollNotes(kLeastInt);
-    QCOMPARE(canvas().topPitch(), 36);
-    canvas().wheelNotes(kMostInt);
-    QCOMPARE(canvas().topPitch(), 96);
-    canvas().scrollToTopPitch(kLeastInt, false);
-    QCOMPARE(canvas().topPitch(), 36);
-}
-
-void PianoRollCanvasTest::horizontalZoomIsHeld()
-{
-    canvas().zoomHorizontal(1.25);
-    QCOMPARE(canvas().zoomX(), 1.25);
-    QCOMPARE(canvas().view()->transform().m11(), 1.25);
-    canvas().zoomHorizontal(100.0);
-    QCOMPARE(canvas().zoomX(), 6.0);
-    canvas().zoomHorizontal(0.0001);
-    QCOMPARE(canvas().zoomX(), 0.2);
-}
-
-void PianoRollCanvasTest::horizontalZoomKeepsTheRows()
-{
-    canvas().resize(1000, 643);
-    QCoreApplication::processEvents();
-    const int y = canvas().view()->verticalScrollBar()->value();
-    // With the mouse over the grid the view keeps what is under it in place.
-    QTest::mouseMove(stage_->grid(), QPoint(300, 301));
-    for (const double factor : {1.15, 1.15, 0.5, 3.0, 1.0 / 1.15}) {
-        canvas().zoomHorizontal(factor);
-        QCOMPARE(canvas().view()->verticalScrollBar()->value(), y);
-    }
-}
-
-void PianoRollCanvasTest::absurdZoomsAreSurvived_data()
-{
-    QTest::addColumn<double>("factor");
-    QTest::addColumn<double>("zoom");
-
-    QTest::newRow("no number") << kNaN << 1.0;
-    QTest::newRow("infinite") << std::numeric_limits<double>::infinity() << 6.0;
-    QTest::newRow("zero") << 0.0 << 0.2;
-    QTest::newRow("negative") << -3.0 << 0.2;
-}
-
-void PianoRollCanvasTest::absurdZoomsAreSurvived()
-{
-    QFETCH(double, factor);
-    canvas().zoomHorizontal(factor);
-    canvas().zoomVertical(factor);
-    QTEST(canvas().zoomX(), "zoom");
-}
-
-void PianoRollCanvasTest::verticalZoomIsByRows()
-{
-    canvas().zoomVertical(1.01);
-    QCOMPARE(canvas().visibleRows(), 12);
-    canvas().zoomVertical(1.0);
-    QCOMPARE(canvas().visibleRows(), 13);
-    for (int i = 0; i < 100; ++i)
-        canvas().zoomVertical(0.8);
-    QCOMPARE(canvas().visibleRows(), 73);
-    QCOMPARE(canvas().topPitch(), 96);
-    for (int i = 0; i < 100; ++i)
-        canvas().zoomVertical(1.25);
-    QCOMPARE(canvas().visibleRows(), 8);
+    QCOMPARE(canvas().rows()->topPitch(), 73);
 }
 
 // ---- Caption -------------------------------------------------------------------------------
@@ -1008,9 +692,9 @@ void PianoRollCanvasTest::hostileSongsAreShown()
         canvas().setSubdivisionLevel(static_cast<GridSubdivisionLevel>(i % 5 - 1));
         if (i % 10 == 0)
             painted(&canvas());
-        QVERIFY(canvas().visibleRows() >= 8 && canvas().visibleRows() <= 73);
-        QVERIFY(canvas().topPitch() <= 96);
-        QVERIFY(canvas().topPitch() - canvas().visibleRows() >= 23);
+        QVERIFY(canvas().rows()->visibleRows() >= 8 && canvas().rows()->visibleRows() <= 73);
+        QVERIFY(canvas().rows()->topPitch() <= 96);
+        QVERIFY(canvas().rows()->topPitch() - canvas().rows()->visibleRows() >= 23);
     }
 }
 

@@ -31,12 +31,12 @@ QList<std::pair<int, QRectF>> notesOf(const PianoRollScene& scene)
 /// scene of the size of the song.
 bool isInStep(PianoRollStage& stage)
 {
-    const MelodyBlock* block = stage.canvas.activeBlock();
+    const MelodyBlock* block = stage.canvas.notes()->activeBlock();
     PianoRollScene fresh;
     fresh.rebuild(stage.song, block, {});
     const PianoRollScene& shown = *stage.canvas.scene();
-    const bool fits = stage.canvas.view()->isDragging() ? shown.width() >= fresh.width()
-                                                        : shown.sceneRect() == fresh.sceneRect();
+    const bool fits = stage.canvas.notes()->isDragging() ? shown.width() >= fresh.width()
+                                                         : shown.sceneRect() == fresh.sceneRect();
     return fits && notesOf(shown) == notesOf(fresh);
 }
 
@@ -271,10 +271,10 @@ void PianoRollGridViewTest::drawnNotesAreInOrderAfterTheRelease()
 
 void PianoRollGridViewTest::nothingIsDrawnOutsideTheRows()
 {
-    canvas().scrollToTopPitch(36, false);
+    canvas().rows()->scrollToTopPitch(36, false);
     // A drag of the mouse can begin nowhere else, but an event may.
     stage_->click(QPoint(500, PianoRollStage::kGridHeight + 3));
-    canvas().scrollToTopPitch(96, false);
+    canvas().rows()->scrollToTopPitch(96, false);
     stage_->click(QPoint(500, -3));
     stage_->click(QPoint(-3, 100));
     QCOMPARE(stage_->tune().size(), 4);
@@ -368,7 +368,7 @@ void PianoRollGridViewTest::noteDraggedPastTheRowsStaysInThem()
     QFETCH(int, stays);
     stage_->notes() = {ProjectBuilder::note(pitch, 1.0)};
     emit stage_->song.changed();
-    canvas().scrollToTopPitch(top, false);
+    canvas().rows()->scrollToTopPitch(top, false);
     const QPoint place = stage_->at(1.5, pitch);
     stage_->drag(place, QPoint(place.x(), y));
     QCOMPARE(stage_->notes()[0].pitch, stays);
@@ -743,8 +743,8 @@ void PianoRollGridViewTest::liveNoteEndsADrag()
 {
     stage_->press(stage_->at(1.5, 62));
     stage_->move(stage_->at(3.5, 66));
-    canvas().addNoteAt(0.0, 50, 1.0);
-    canvas().commitEdit();
+    canvas().notes()->addNoteAt(0.0, 50, 1.0);
+    canvas().notes()->commitEdit();
     stage_->move(stage_->at(6.5, 70));
     stage_->release(stage_->at(6.5, 70));
     QCOMPARE(stage_->tune(), QStringList({"50@0+1", "60@0+1", "64@2+1", "66@3+1", "72@4+0.5"}));
@@ -855,9 +855,9 @@ void PianoRollGridViewTest::firstNoteOfAnEmptyTrack()
 void PianoRollGridViewTest::wheelScrollsWholeRows()
 {
     PianoRollStage::turnWheel(stage_->grid(), QPoint(0, 120));
-    QCOMPARE(canvas().topPitch(), 73);
+    QCOMPARE(canvas().rows()->topPitch(), 73);
     PianoRollStage::turnWheel(stage_->grid(), QPoint(0, -360));
-    QCOMPARE(canvas().topPitch(), 70);
+    QCOMPARE(canvas().rows()->topPitch(), 70);
     QTRY_COMPARE(canvas().view()->verticalScrollBar()->value(), 26 * 32);
 }
 
@@ -865,25 +865,25 @@ void PianoRollGridViewTest::smallTurnsAddUp()
 {
     for (int i = 0; i < 7; ++i)
         PianoRollStage::turnWheel(stage_->grid(), QPoint(0, 16));
-    QCOMPARE(canvas().topPitch(), 72);
+    QCOMPARE(canvas().rows()->topPitch(), 72);
     PianoRollStage::turnWheel(stage_->grid(), QPoint(0, 16));
-    QCOMPARE(canvas().topPitch(), 73);
+    QCOMPARE(canvas().rows()->topPitch(), 73);
     // Back again starts anew, in place of the eight that are left.
     PianoRollStage::turnWheel(stage_->grid(), QPoint(0, -119));
-    QCOMPARE(canvas().topPitch(), 73);
+    QCOMPARE(canvas().rows()->topPitch(), 73);
     PianoRollStage::turnWheel(stage_->grid(), QPoint(0, -1));
-    QCOMPARE(canvas().topPitch(), 72);
+    QCOMPARE(canvas().rows()->topPitch(), 72);
 }
 
 void PianoRollGridViewTest::ctrlWheelZooms()
 {
     PianoRollStage::turnWheel(stage_->grid(), QPoint(0, 120), Qt::ControlModifier);
-    QCOMPARE(canvas().zoomX(), 1.15);
+    QCOMPARE(canvas().rows()->zoomX(), 1.15);
     PianoRollStage::turnWheel(stage_->grid(), QPoint(0, -120), Qt::ControlModifier);
-    QCOMPARE(canvas().zoomX(), 1.0);
+    QCOMPARE(canvas().rows()->zoomX(), 1.0);
     PianoRollStage::turnWheel(stage_->grid(), QPoint(120, 0), Qt::ControlModifier);
-    QCOMPARE(canvas().zoomX(), 1.0 / 1.15);
-    QCOMPARE(canvas().topPitch(), 72);
+    QCOMPARE(canvas().rows()->zoomX(), 1.0 / 1.15);
+    QCOMPARE(canvas().rows()->topPitch(), 72);
 }
 
 void PianoRollGridViewTest::zoomKeepsWhatIsUnderTheMouse_data()
@@ -914,12 +914,12 @@ void PianoRollGridViewTest::zoomKeepsWhatIsUnderTheMouse()
 void PianoRollGridViewTest::ctrlShiftWheelZoomsRows()
 {
     PianoRollStage::turnWheel(stage_->grid(), QPoint(0, 120), kCtrlShift);
-    QCOMPARE(canvas().visibleRows(), 12);
+    QCOMPARE(canvas().rows()->visibleRows(), 12);
     PianoRollStage::turnWheel(stage_->grid(), QPoint(0, -120), kCtrlShift);
-    QCOMPARE(canvas().visibleRows(), 13);
+    QCOMPARE(canvas().rows()->visibleRows(), 13);
     PianoRollStage::turnWheel(stage_->grid(), QPoint(0, 0), kCtrlShift);
-    QCOMPARE(canvas().visibleRows(), 14);
-    QCOMPARE(canvas().zoomX(), 1.0);
+    QCOMPARE(canvas().rows()->visibleRows(), 14);
+    QCOMPARE(canvas().rows()->zoomX(), 1.0);
 }
 
 void PianoRollGridViewTest::zoomOfRowsStaysAtItsTime()
@@ -952,7 +952,7 @@ void PianoRollGridViewTest::shiftWheelScrollsToTheSide()
     canvas().view()->horizontalScrollBar()->setValue(300);
     PianoRollStage::turnWheel(stage_->grid(), angle, Qt::ShiftModifier);
     QCOMPARE(canvas().view()->horizontalScrollBar()->value(), value);
-    QCOMPARE(canvas().topPitch(), 72);
+    QCOMPARE(canvas().rows()->topPitch(), 72);
 }
 
 void PianoRollGridViewTest::sidewaysWheelScrollsToTheSide()
@@ -960,11 +960,11 @@ void PianoRollGridViewTest::sidewaysWheelScrollsToTheSide()
     canvas().view()->horizontalScrollBar()->setValue(300);
     PianoRollStage::turnWheel(stage_->grid(), QPoint(-121, 120));
     QCOMPARE(canvas().view()->horizontalScrollBar()->value(), 421);
-    QCOMPARE(canvas().topPitch(), 72);
+    QCOMPARE(canvas().rows()->topPitch(), 72);
     // As much of both is a turn of rows.
     PianoRollStage::turnWheel(stage_->grid(), QPoint(-120, 120));
     QCOMPARE(canvas().view()->horizontalScrollBar()->value(), 421);
-    QCOMPARE(canvas().topPitch(), 73);
+    QCOMPARE(canvas().rows()->topPitch(), 73);
 }
 
 void PianoRollGridViewTest::wheelIsAlwaysTaken()

@@ -45,6 +45,8 @@ private slots:
     void pagesMoveThePlayheadByBars();
     void thePlayheadComesIntoSight();
     void withoutASelectionUprightArrowsScroll();
+    void arrowsScroll();
+    void repeatedArrowsScroll();
 
     void returnWritesWhatWasPlayedLast();
     void returnWritesOnBehind();
@@ -375,7 +377,7 @@ void PianoRollKeysTest::thePlayheadComesIntoSight()
         key(Qt::Key_PageDown);
     const double end = canvas().scene()->width() / 64.0;
     QCOMPARE(engine().playheadBeat(), end);
-    QVERIFY(stage_->grid()->rect().contains(stage_->at(end - 0.1, canvas().topPitch())));
+    QVERIFY(stage_->grid()->rect().contains(stage_->at(end - 0.1, canvas().rows()->topPitch())));
     for (int i = 0; i < 100; ++i)
         key(Qt::Key_PageUp);
     QCOMPARE(canvas().view()->horizontalScrollBar()->value(), 0);
@@ -383,13 +385,30 @@ void PianoRollKeysTest::thePlayheadComesIntoSight()
 
 void PianoRollKeysTest::withoutASelectionUprightArrowsScroll()
 {
-    const int top = canvas().topPitch();
+    const int top = canvas().rows()->topPitch();
     key(Qt::Key_Up);
-    QCOMPARE(canvas().topPitch(), top + 1);
+    QCOMPARE(canvas().rows()->topPitch(), top + 1);
     select({0});
     key(Qt::Key_Up, Qt::ControlModifier);
-    QCOMPARE(canvas().topPitch(), top + 2);
+    QCOMPARE(canvas().rows()->topPitch(), top + 2);
     QCOMPARE(tune(), kTune);
+}
+
+void PianoRollKeysTest::arrowsScroll()
+{
+    key(Qt::Key_Up);
+    QCOMPARE(canvas().rows()->topPitch(), 73);
+    key(Qt::Key_Down);
+    key(Qt::Key_Down, Qt::ControlModifier);
+    QCOMPARE(canvas().rows()->topPitch(), 71);
+    QTRY_COMPARE(canvas().view()->verticalScrollBar()->value(), 25 * 32);
+}
+
+void PianoRollKeysTest::repeatedArrowsScroll()
+{
+    for (int i = 0; i < 4; ++i)
+        press(Qt::Key_Up, true);
+    QCOMPARE(canvas().rows()->topPitch(), 76);
 }
 
 // ---- Writing -------------------------------------------------------------------------------
@@ -474,7 +493,7 @@ void PianoRollKeysTest::outOfTheRowsReturnWritesAtTheirEdge()
     for (int i = 0; i < 5; ++i)
         key(Qt::Key_X);
     key(Qt::Key_B);
-    QCOMPARE(canvas().writtenPitch(), 107);
+    QCOMPARE(canvas().live()->writtenPitch(), 107);
     key(Qt::Key_Return);
     QCOMPARE(stage_->notes().at(stage_->selected().value(0)).pitch, 96);
 }

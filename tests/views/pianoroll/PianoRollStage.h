@@ -7,10 +7,13 @@
 #include "support/ProjectBuilder.h"
 #include "support/TinyBank.h"
 #include "views/GridMouse.h"
+#include "views/pianoroll/LiveNotes.h"
+#include "views/pianoroll/NoteEditor.h"
 #include "views/pianoroll/PianoKeyboardWidget.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 #include "views/pianoroll/PianoRollGridView.h"
 #include "views/pianoroll/PianoRollScene.h"
+#include "views/pianoroll/PianoRollViewport.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -108,10 +111,10 @@ public:
     /// In the middle of a row of the grid, as it is scrolled at the moment.
     QPoint at(double beat, int pitch) const
     {
-        const double row = static_cast<double>(grid()->height()) / canvas.visibleRows();
-        return {qRound(beat * 64.0 * canvas.zoomX()) -
+        const double row = static_cast<double>(grid()->height()) / canvas.rows()->visibleRows();
+        return {qRound(beat * 64.0 * canvas.rows()->zoomX()) -
                     canvas.view()->horizontalScrollBar()->value(),
-                qRound((canvas.topPitch() - pitch + 0.5) * row)};
+                qRound((canvas.rows()->topPitch() - pitch + 0.5) * row)};
     }
 
     // ---- Mouse on the grid ----
