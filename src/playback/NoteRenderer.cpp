@@ -15,6 +15,7 @@
 #include <limits>
 #include <numeric>
 #include <optional>
+#include <utility>
 
 namespace {
 
@@ -36,9 +37,18 @@ struct LoopCycle {
     const GrooveTemplate* groove;
 };
 
-bool hasPlace(const NoteEvent& note)
+/// Of a note, or of a block.
+template <typename Record>
+bool hasPlace(const Record& record)
 {
-    return std::isfinite(note.startBeat) && std::isfinite(note.durationBeats);
+    return std::isfinite(record.startBeat) && std::isfinite(record.durationBeats);
+}
+
+/// A damaged work puts notes beyond all numbers, where none can be heard.
+QList<NoteEvent> placed(QList<NoteEvent> notes)
+{
+    notes.removeIf([](const NoteEvent& note) { return !hasPlace(note); });
+    return notes;
 }
 
 void sortByStart(QList<NoteEvent>& notes)
@@ -64,7 +74,7 @@ QList<NoteEvent> melodyNotes(const Track& track)
         for (NoteEvent note : block.notes) {
             const bool hidden = !(note.startBeat < block.durationBeats);
             note.startBeat += block.startBeat;
-            if (!hidden && hasPlace(note))
+            if (!hidden)
                 notes.append(note);
         }
     }
@@ -86,7 +96,7 @@ std::optional<LoopCycle> cycleOf(const LoopBlock& block, const LoopLibrary& libr
 {
     const LoopVariant* variant =
         library.findVariant(block.layerId, block.section, block.variantIndex);
-    if (!variant || !std::isfinite(block.startBeat) || !std::isfinite(block.durationBeats))
+    if (!variant || !hasPlace(block))
         return std::nullopt;
     const LoopLayer* layer = library.findLayer(block.layerId);
     const auto length = lengthOf(*variant, block, library, projectBar);
@@ -141,8 +151,7 @@ private:
             note.durationBeats = std::min(note.durationBeats, block.durationBeats - beatInBlock);
             if (cycle.followsChords)
                 note.pitch = followingChord(note);
-            if (hasPlace(note))
-                notes.append(note);
+            notes.append(note);
         }
         return sounding;
     }
@@ -169,8 +178,9 @@ NoteRenderer::TrackNotes NoteRenderer::render(const Project& project, const Trac
 {
     const double bar = project.beatsPerBar();
     const QRandomGenerator generator = Humanizer::generatorFor(track.humanize.seed);
+    // A groove may throw a note beyond all numbers, too.
     const auto humanized = [&](const QList<NoteEvent>& notes, const GrooveTemplate* groove) {
-        return Humanizer::apply(notes, track.humanize, groove, bar, generator);
+        return placed(Humanizer::apply(placed(notes), track.humanize, groove, bar, generator));
     };
 
     TrackNotes rendered{.notes = humanized(melodyNotes(track), nullptr)};
@@ -183,8 +193,6 @@ NoteRenderer::TrackNotes NoteRenderer::render(const Project& project, const Trac
         }
         rendered.cut = unroller.cut();
     }
-    // A groove may throw a note beyond all numbers.
-    notes.removeIf([](const NoteEvent& note) { return !hasPlace(note); });
     sortByStart(notes);
     return rendered;
 }
@@ -207,8 +215,6 @@ QList<NoteEvent> NoteRenderer::harmonyNotes(const Project& project)
                            .startBeat = block.barIndex * bar + event.startBeat,
                            .durationBeats = event.durationBeats,
                            .velocity = kHarmonyVelocity};
-            if (!hasPlace(note))
-                continue;
             for (const int pitch : ChordVoicer::chordPitches(project.keySignature, event.degree,
                                                              event.extension, kHarmonyOctave)) {
                 note.pitch = pitch;
@@ -216,6 +222,7 @@ QList<NoteEvent> NoteRenderer::harmonyNotes(const Project& project)
             }
         }
     }
+    notes = placed(std::move(notes));
     sortByStart(notes);
     return notes;
 }
