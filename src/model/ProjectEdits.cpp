@@ -174,15 +174,19 @@ std::optional<qsizetype> ProjectEdits::accompanimentOf(const Project& project,
     return track - project.tracks.cbegin();
 }
 
+bool ProjectEdits::covers(const LoopBlock& present, const LoopBlock& block)
+{
+    return isSameLoop(present, block) &&
+           std::abs(present.startBeat - block.startBeat) < kBeatEpsilon &&
+           present.durationBeats > block.durationBeats - kBeatEpsilon;
+}
+
 bool ProjectEdits::hasLoop(const Project& project, const LoopBlock& block)
 {
     const auto track = accompanimentOf(project, block.layerId);
     return track &&
-           std::ranges::any_of(project.tracks.at(*track).loopBlocks, [&](const LoopBlock& other) {
-               return isSameLoop(other, block) &&
-                      std::abs(other.startBeat - block.startBeat) < kBeatEpsilon &&
-                      other.durationBeats > block.durationBeats - kBeatEpsilon;
-           });
+           std::ranges::any_of(project.tracks.at(*track).loopBlocks,
+                               [&](const LoopBlock& other) { return covers(other, block); });
 }
 
 std::optional<LoopBlock> ProjectEdits::loopMissingIn(const Song& lacking, const Song& work)

@@ -53,8 +53,11 @@ double barStart(const Project& project, double beat);
 /// Index of the first accompaniment track of a layer; nothing where there is none.
 std::optional<qsizetype> accompanimentOf(const Project& project, const QString& layerId);
 
-/// Whether a loop would add nothing but loudness: the same one begins at its place already, and
-/// lasts at least as long.
+/// Whether a loop would add nothing but loudness to one that is present: the same one begins at
+/// its place, and lasts at least as long.
+bool covers(const LoopBlock& present, const LoopBlock& block);
+
+/// Whether a loop on the track of its layer covers one that is to be laid there.
 bool hasLoop(const Project& project, const LoopBlock& block);
 
 /// The one loop block that another state of the work lacks; nothing where the two differ otherwise

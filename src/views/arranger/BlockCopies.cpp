@@ -3,6 +3,7 @@
 #include "model/Project.h"
 #include "model/ProjectEdits.h"
 #include "views/arranger/ChordPieces.h"
+#include "views/arranger/EqualBlocks.h"
 
 #include <algorithm>
 
@@ -14,11 +15,13 @@ bool holds(const List& list, int index)
     return index >= 0 && index < list.size();
 }
 
-/// The index of a record that is among others already, or -1.
+/// The index of a record that covers another one, or -1.
 template <typename Record>
 int placeOf(const QList<Record>& records, const Record& record)
 {
-    return static_cast<int>(records.indexOf(record));
+    const auto cover = std::ranges::find_if(
+        records, [&](const Record& present) { return EqualBlocks::covers(present, record); });
+    return cover == records.end() ? -1 : static_cast<int>(cover - records.begin());
 }
 
 bool takesMelodies(const Project& project, int track, bool isAccompaniment)

@@ -140,10 +140,16 @@ bool BlockEditor::endDrag()
     if (!drag_)
         return false;
     const bool isEdit = drag_->records.isEdit(drag_->held.record(*project_));
+    const auto present = isEdit ? drag_->held.settle(*project_) : std::nullopt;
     const QList<BlockRef> blocks = drag_->held.blocks();
     cancelDrag();
     if (!isEdit)
         return false;
+    if (present) {
+        showAnew(blocks);
+        emit alreadyThere(*present);
+        return true;
+    }
     emit edited();
     selectAll(blocks);
     return true;
@@ -179,11 +185,27 @@ bool BlockEditor::step(int key, bool heldOn, const ArrowKey& arrow)
     }
     const auto act =
         arrow.act == ArrowKey::Act::Stretch ? HeldBlocks::Act::Stretch : HeldBlocks::Act::Move;
-    const double step = snapBeats();
-    keyRun_->held.set(*project_, act, keyRun_->held.way() + arrow.right * step, step);
+    stepOn(act, arrow.right * snapBeats());
     if (keyRun_->records.leave(keyRun_->held.record(*project_)))
         showAnew(keyRun_->held.blocks());
     return true;
+}
+
+void BlockEditor::stepOn(HeldBlocks::Act act, double way)
+{
+    HeldBlocks& held = keyRun_->held;
+    const double step = snapBeats();
+    const double former = held.way();
+    held.set(*project_, act, former + way, step);
+    if (const auto present = held.present(*project_))
+        emit alreadyThere(*present);
+    while (held.present(*project_)) {
+        const HeldBlocks::Record reached = held.record(*project_);
+        held.set(*project_, act, held.way() + way, step);
+        // Neither start of the song nor shortest length lets them pass.
+        if (held.record(*project_) == reached)
+            held.set(*project_, act, former, step);
+    }
 }
 
 bool BlockEditor::ownsRun() const

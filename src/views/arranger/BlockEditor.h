@@ -78,7 +78,8 @@ public:
     /// The mouse has let go.
     void release();
 
-    /// Ends a drag that is under way as if the mouse let go. Whether that was an edit.
+    /// Ends a drag that is under way as if the mouse let go. Whether it has gone anywhere, and was
+    /// no click.
     bool endDrag();
 
     /// Forgets a drag that is under way; what it has done so far stays.
@@ -86,12 +87,11 @@ public:
 
     // ---- Keys ----
 
-    /// Moves or stretches the selected blocks by an arrow that is pressed, or held on. False where
-    /// none is selected.
+    /// Moves or stretches the selected blocks by an arrow that is pressed, or held on: past those
+    /// that are equal, on which they would not be seen. False where none is selected.
     bool step(int key, bool heldOn, const ArrowKey& arrow);
 
-    /// Changes the gain or a fade of the clip that is selected, and alone: true where the key does
-    /// that.
+    /// Changes the gain or a fade of the clips that are selected: true where the key does that.
     bool stepClip(const QKeyEvent& event);
 
     /// The key of a run of arrows; nothing while there is none.
@@ -130,7 +130,8 @@ signals:
     /// An edit of the song is done.
     void edited();
 
-    /// A block was to be laid where it lies already.
+    /// A block was to be laid where it lies already. It is the one that lies there, as the project
+    /// is at this moment.
     void alreadyThere(const BlockRef& block);
 
     /// There was no track for what was to be laid, and no room for one.
@@ -161,6 +162,7 @@ private:
     };
 
     bool ownsRun() const;
+    void stepOn(HeldBlocks::Act act, double way);
     void lay(const BlockCopies& copies, double beat, int melodyTrack);
     void showAnew(const QList<BlockRef>& blocks);
     void forgetGestures();

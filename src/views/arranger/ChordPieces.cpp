@@ -8,15 +8,6 @@
 
 namespace {
 
-/// Takes chords out of a lane, the last of a bar first, so that the others stay where they are.
-void takeOut(HarmonyTrack& harmony, QList<BlockRef> chords)
-{
-    std::ranges::sort(chords, std::greater());
-    for (const BlockRef& chord : std::as_const(chords))
-        harmony.ensureBlockForBar(chord.trackIndex).events.removeAt(chord.blockIndex);
-    harmony.removeEmptyBlocks();
-}
-
 /// What there is of a chord that was laid over some stretch of a lane.
 QList<BlockRef> piecesOf(const HarmonyTrack& harmony, const PlacedChord& chord, double beatsPerBar)
 {
@@ -42,12 +33,21 @@ const HarmonyDegreeEvent& ChordPieces::eventOf(const Project& project, const Blo
     return project.harmonyTrack.blockForBar(chord.trackIndex)->events.at(chord.blockIndex);
 }
 
+HarmonyTrack ChordPieces::without(HarmonyTrack harmony, QList<BlockRef> chords)
+{
+    // The last of a bar first, so that the others stay where they are.
+    std::ranges::sort(chords, std::greater());
+    for (const BlockRef& chord : std::as_const(chords))
+        harmony.ensureBlockForBar(chord.trackIndex).events.removeAt(chord.blockIndex);
+    harmony.removeEmptyBlocks();
+    return harmony;
+}
+
 QList<BlockRef> ChordPieces::lay(Project& project, const QList<PlacedChord>& chords,
                                  const QList<BlockRef>& gone)
 {
     const double bar = project.beatsPerBar();
-    HarmonyTrack harmony = project.harmonyTrack;
-    takeOut(harmony, gone);
+    HarmonyTrack harmony = without(project.harmonyTrack, gone);
     const bool all = std::ranges::all_of(chords, [&](const PlacedChord& chord) {
         return harmony.overlayEvent(chord.span.start, chord.span.length, chord.event.degree,
                                     chord.event.extension, bar);

@@ -20,6 +20,9 @@ namespace ChordPieces {
 /// The record of a chord, which there has to be.
 const HarmonyDegreeEvent& eventOf(const Project& project, const BlockRef& chord);
 
+/// A lane without some of its chords.
+HarmonyTrack without(HarmonyTrack harmony, QList<BlockRef> chords);
+
 /// Lays chords one after the other over what is there, once some others are gone. What there is of
 /// them then, ascending; nothing, with the lane as it was, where one of them has no bar to lie in.
 QList<BlockRef> lay(Project& project, const QList<PlacedChord>& chords,

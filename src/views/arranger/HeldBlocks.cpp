@@ -2,6 +2,7 @@
 
 #include "model/Project.h"
 #include "views/arranger/ChordPieces.h"
+#include "views/arranger/EqualBlocks.h"
 
 #include <algorithm>
 #include <utility>
@@ -84,6 +85,7 @@ HeldBlocks::Record HeldBlocks::record(const Project& project) const
 void HeldBlocks::set(Project& project, Act act, double beats, double step)
 {
     putBack(project);
+    act_ = act;
     way_ = act == Act::Stretch ? beats : heldAtStart(beats);
     if (way_ == 0.0)
         return;
@@ -139,14 +141,88 @@ QList<BlockRef> HeldBlocks::setSpans(Project& project, Act act, double step) con
 QList<BlockRef> HeldBlocks::layChords(Project& project, Act act, double step) const
 {
     QList<PlacedChord> laid;
-    QList<BlockRef> chords;
     for (const Taken& taken : taken_) {
-        if (!isChord(taken.block))
-            continue;
-        laid.append({.span = spanAfter(taken, act, step), .event = taken.chord});
-        chords.append(taken.block);
+        if (isChord(taken.block))
+            laid.append({.span = spanAfter(taken, act, step), .event = taken.chord});
     }
+    const QList<BlockRef> chords = takenChords();
     const QList<BlockRef> pieces =
         ChordPieces::lay(project, laid, act == Act::Copy ? QList<BlockRef>() : chords);
     return pieces.isEmpty() ? chords : pieces;
+}
+
+QList<BlockRef> HeldBlocks::takenChords() const
+{
+    QList<BlockRef> chords;
+    for (const Taken& taken : taken_) {
+        if (isChord(taken.block))
+            chords.append(taken.block);
+    }
+    return chords;
+}
+
+// ---- Equal blocks --------------------------------------------------------------------------
+
+std::optional<BlockRef> HeldBlocks::coverOf(const Project& project, const BlockRef& block) const
+{
+    return EqualBlocks::coverOf(project, block,
+                                [&](const BlockRef& other) { return !present_.contains(other); });
+}
+
+/// Whether the lane of chords is the same without those that are held.
+bool HeldBlocks::bringNoChord(const Project& project) const
+{
+    HarmonyTrack former;
+    former.blocks = chords_;
+    const HarmonyTrack others =
+        ChordPieces::without(former, act_ == Act::Copy ? QList<BlockRef>() : takenChords());
+    return others.blocks == project.harmonyTrack.blocks;
+}
+
+std::optional<BlockRef> HeldBlocks::present(const Project& project) const
+{
+    if (way_ == 0.0)
+        return std::nullopt;
+    for (const BlockRef& block : present_) {
+        if (const auto cover = coverOf(project, block))
+            return cover;
+    }
+    const bool onlyChords = !present_.isEmpty() && std::ranges::all_of(present_, isChord);
+    return onlyChords && bringNoChord(project) ? std::optional(present_.first()) : std::nullopt;
+}
+
+std::optional<BlockRef> HeldBlocks::settle(Project& project)
+{
+    auto cover = present(project);
+    if (!cover || (act_ == Act::Copy && takeOutDoubles(project)))
+        return std::nullopt;
+    const bool chord = isChord(*cover);
+    const HarmonyDegreeEvent event =
+        chord ? ChordPieces::eventOf(project, *cover) : HarmonyDegreeEvent();
+    putBack(project);
+    way_ = 0.0;
+    // The chords that are back in its bar may lie before it.
+    if (const HarmonyBlock* bar = project.harmonyTrack.blockForBar(cover->trackIndex); chord && bar)
+        cover->blockIndex = static_cast<int>(bar->events.indexOf(event));
+    return cover;
+}
+
+/// Whether anything is left of the copies.
+bool HeldBlocks::takeOutDoubles(Project& project)
+{
+    QList<BlockRef> doubles;
+    QList<BlockRef> kept;
+    for (const BlockRef& copy : std::as_const(copies_))
+        (coverOf(project, copy) ? doubles : kept).append(copy);
+    BlockEdits::removeAll(project, doubles);
+    for (BlockRef& copy : kept)
+        copy.blockIndex -=
+            static_cast<int>(std::ranges::count_if(doubles, [&](const BlockRef& gone) {
+                return gone.kind == copy.kind && gone.trackIndex == copy.trackIndex && gone < copy;
+            }));
+    QList<BlockRef> left = kept;
+    std::ranges::copy_if(present_, std::back_inserter(left), isChord);
+    copies_ = kept;
+    present_ = left;
+    return !kept.isEmpty() || (holdsChords() && !bringNoChord(project));
 }

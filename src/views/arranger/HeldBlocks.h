@@ -41,6 +41,15 @@ public:
 
     Record record(const Project& project) const;
 
+    /// A block that lies there already where one of these has come to; nothing where each of them
+    /// brings something new. Chords, which replace what they come to, do so together.
+    std::optional<BlockRef> present(const Project& project) const;
+
+    /// Lets go. Copies of what lies there already are taken out again, and all blocks are put back
+    /// where one of them lies on an equal one. What is present() then, if nothing else is left of
+    /// it all.
+    std::optional<BlockRef> settle(Project& project);
+
 private:
     struct Taken {
         BlockRef block;
@@ -55,11 +64,16 @@ private:
     QList<BlockRef> layChords(Project& project, Act act, double step) const;
     BlockSpan spanAfter(const Taken& taken, Act act, double step) const;
     double heldAtStart(double beats) const;
+    QList<BlockRef> takenChords() const;
+    std::optional<BlockRef> coverOf(const Project& project, const BlockRef& block) const;
+    bool bringNoChord(const Project& project) const;
+    bool takeOutDoubles(Project& project);
 
     QList<Taken> taken_;
     QList<HarmonyBlock> chords_;
     /// Of the records that set() has added, at the ends of their lists.
     QList<BlockRef> copies_;
     QList<BlockRef> present_;
+    Act act_ = Act::Move;
     double way_ = 0.0;
 };
