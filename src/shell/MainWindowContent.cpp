@@ -96,6 +96,7 @@ void MainWindow::handleLoopChosen(const LoopBlock& block, const QString& instrum
         return;
     }
     snapshotAndRefresh();
+    arranger_->showLane({LaneKind::NoteTrack, static_cast<int>(*track)});
     if (atPlayhead)
         goOnBehind(placed);
     statusBar()->showMessage(tr("%1 %2 agregada a «%3» en el compás %4.")

@@ -242,6 +242,7 @@ void MainWindow::addTrack()
         ProjectEdits::addNoteTrack(*project_, tr("Velta %1").arg(project_->tracks.size() + 1));
     snapshotAndRefresh();
     arranger_->selectNoteTrack(static_cast<int>(position), false);
+    arranger_->showLane(arranger_->keyLane());
 }
 
 void MainWindow::removeSelectedTrack()

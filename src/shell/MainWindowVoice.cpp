@@ -81,6 +81,7 @@ void MainWindow::layClip(Project& work, const AudioClip& clip)
     engine_->projectDir = clipsFolder();
     ProjectEdits::addClip(work, tr("Voz"), clip);
     snapshotAndRefresh();
+    arranger_->showLane({LaneKind::AudioTrack, static_cast<int>(work.audioTracks.size()) - 1});
 }
 
 void MainWindow::toggleVoiceRecording()

@@ -1,4 +1,5 @@
 #include "support/ProjectBuilder.h"
+#include "support/WavFile.h"
 #include "support/WindowStage.h"
 #include "views/TimelineRuler.h"
 #include "views/TrackHeaderPanel.h"
@@ -10,6 +11,7 @@
 #include "views/pianoroll/PianoRollScene.h"
 
 #include <QJsonDocument>
+#include <QScrollBar>
 #include <QSlider>
 #include <QTest>
 
@@ -41,6 +43,9 @@ private slots:
     void theMenuServesTheEditorWithTheKeys();
     void blocksThatLieThereAlreadyAreToldOf();
     void theChordsHaveTheirVolumeInThePanel();
+    void aNewLaneComesIntoSight_data();
+    void aNewLaneComesIntoSight();
+    void whatIsInSightStaysWhereItIs();
 
 private:
     QByteArray bytes() { return QJsonDocument(stage_->song().toJson()).toJson(); }
@@ -65,6 +70,31 @@ private:
         work.harmonyTrack = harmony({1, 4, 0, 5});
         QVERIFY(stage_->saveWork("vals", work));
         stage_->window().openProject("vals");
+    }
+
+    /// Opens a song with more lanes than the arranger shows, at its upper end.
+    void openHighSong()
+    {
+        Project work;
+        for (int i = 0; i < 10; ++i)
+            work.tracks.append(melodyTrack({melody({note(60, 0)})}));
+        work.tracks.append(loopTrack({loop("r", "bombo", 0.0, 8.0)}));
+        work.audioTracks = {voiceTrack({clip("a.wav", 1.25, 3.0)})};
+        QVERIFY(stage_->saveWork("alta", work));
+        stage_->window().openProject("alta");
+        QVERIFY(stage_->showWindow());
+        QVERIFY(scroll().maximum() > 0);
+        QCOMPARE(scroll().value(), 0);
+    }
+
+    QScrollBar& scroll() { return *arranger().view()->verticalScrollBar(); }
+
+    /// Whether a lane is seen from top to bottom.
+    bool isSeen(int top)
+    {
+        const QRect shown = arranger().view()->viewport()->rect();
+        const int seen = arranger().view()->mapFromScene(0, top).y();
+        return top >= 0 && seen >= 0 && seen + 42 <= shown.height();
     }
 
     TrackArranger& arranger() { return *stage_->window().findChild<TrackArranger*>(); }
@@ -321,6 +351,44 @@ void MainWindowArrangerTest::theChordsHaveTheirVolumeInThePanel()
     QCOMPARE(volume->value(), qRound(100.0F * stage_->song().harmonyTrack.volume));
     QVERIFY(panel.isEnabled());
     QVERIFY(arranger().areChordsSelected());
+}
+
+void MainWindowArrangerTest::aNewLaneComesIntoSight_data()
+{
+    QTest::addColumn<QString>("way");
+    for (const char* way : {"a loop", "a track", "a voice"})
+        QTest::newRow(way) << QString(way);
+}
+
+void MainWindowArrangerTest::aNewLaneComesIntoSight()
+{
+    QFETCH(QString, way);
+    openHighSong();
+    if (way == "a loop") {
+        stage_->window().handleLoopChosen(loop("r", "bajo", -1.0, 4.0), "gm_bajo", "Bajo");
+        QVERIFY(isSeen(arranger().laneTopForNoteTrack(11)));
+    } else if (way == "a track") {
+        stage_->clickRibbon("Agregar");
+        QVERIFY(isSeen(arranger().laneTopForNoteTrack(arranger().activeTrack())));
+    } else {
+        const QString file = stage_->home().filePath("voz.wav");
+        writeBytes(file, WavFile::bytes(QList<float>(4410, 0.1F)));
+        stage_->prompts().answerPath(file);
+        stage_->window().importVoiceFile();
+        QVERIFY(isSeen(arranger().laneTopForAudioTrack(0)));
+    }
+    QVERIFY(scroll().value() > 0);
+}
+
+// The song plays from its start, and a loop on a lane that is seen scrolls nothing.
+void MainWindowArrangerTest::whatIsInSightStaysWhereItIs()
+{
+    openHighSong();
+    scroll().setValue(scroll().maximum());
+    const int before = scroll().value();
+    stage_->window().handleLoopChosen(loop("r", "bombo", 8.0, 4.0), "gm_bajo", "Bombo");
+    QCOMPARE(stage_->song().tracks.last().loopBlocks.size(), 2);
+    QCOMPARE(scroll().value(), before);
 }
 
 QTEST_MAIN(MainWindowArrangerTest)

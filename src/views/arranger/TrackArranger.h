@@ -120,6 +120,9 @@ public:
     /// Selects one block and shows it; the keys are on its lane then.
     void goToBlock(const BlockRef& block);
 
+    /// Scrolls a lane into sight, unless its group is folded.
+    void showLane(const LaneRef& lane);
+
     void toggleLaneMute(const LaneInfo& lane);
 
     /// Paints the names and the mute buttons of the lanes anew, which others may have changed.
@@ -190,7 +193,6 @@ private:
     bool commandByKey(const QKeyEvent& event);
     bool movePlayhead(double step, int direction);
     void showBlock(const BlockRef& block);
-    void showLane(const LaneInfo& lane);
     double placeInSong() const;
     double stepUnderPlayhead() const;
     bool enterByKey(const QKeyEvent& event);

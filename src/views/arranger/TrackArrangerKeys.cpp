@@ -120,7 +120,7 @@ void TrackArranger::goToLaneBeside(const ArrowKey& arrow)
         return;
     const LaneRef ref = BlockOrder::refOf(*lane);
     const bool extends = arrow.act == ArrowKey::Act::Extend;
-    showLane(*lane);
+    showLane(ref);
     if (extends)
         setKeyLane(ref, true);
     else
@@ -175,9 +175,10 @@ void TrackArranger::showBlock(const BlockRef& block)
     AccessibleItems::tellCurrent(view_);
 }
 
-void TrackArranger::showLane(const LaneInfo& lane)
+void TrackArranger::showLane(const LaneRef& lane)
 {
-    ScrollIntoView::vertically(*view_, lane.top, lane.bottom());
+    if (const LaneInfo* info = BlockOrder::laneOf(lanes_, lane))
+        ScrollIntoView::vertically(*view_, info->top, info->bottom());
 }
 
 /// In beats: where the keys are, by what is selected or else by the playhead.
