@@ -3,7 +3,7 @@
 namespace {
 
 /// What follows the root of a chord whose tones lie so many semitones above it.
-QString qualityOf(const QList<int>& pitches)
+QString qualityOfPitches(const QList<int>& pitches)
 {
     const auto above = [&](qsizetype tone) {
         return ((pitches[tone] - pitches[0]) % 12 + 12) % 12;
@@ -28,7 +28,13 @@ QString ChordNames::nameOf(const KeySignature& key, int degree, ChordExtension e
     const QList<int> pitches = ChordVoicer::chordPitches(key, degree, extension);
     if (pitches.isEmpty())
         return {};
-    return KeySignature::solfegeName(pitches.first()) + qualityOf(pitches);
+    return KeySignature::solfegeName(pitches.first()) + qualityOfPitches(pitches);
+}
+
+QString ChordNames::qualityOf(const KeySignature& key, int degree, ChordExtension extension)
+{
+    const QList<int> pitches = ChordVoicer::chordPitches(key, degree, extension);
+    return pitches.isEmpty() ? QString() : qualityOfPitches(pitches);
 }
 
 QString ChordNames::labelOf(const KeySignature& key, int degree, ChordExtension extension)

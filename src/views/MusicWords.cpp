@@ -1,6 +1,7 @@
 #include "views/MusicWords.h"
 
 #include "music/Beats.h"
+#include "music/ChordNames.h"
 #include "music/KeySignature.h"
 #include "views/TimelineRuler.h"
 
@@ -8,6 +9,7 @@
 #include <QLocale>
 #include <QStringList>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -47,6 +49,35 @@ QString number(double value)
                               QLocale::FloatingPointShortest);
 }
 
+/// The kinds of chords that there are in a key, as they are written and as they are said.
+struct Quality {
+    const char* written;
+    const char* said;
+};
+
+constexpr std::array kQualities{
+    Quality{"", QT_TRANSLATE_NOOP("MusicWords", "mayor")},
+    Quality{"m", QT_TRANSLATE_NOOP("MusicWords", "menor")},
+    Quality{"°", QT_TRANSLATE_NOOP("MusicWords", "disminuido")},
+    Quality{"7", QT_TRANSLATE_NOOP("MusicWords", "séptima")},
+    Quality{"maj7", QT_TRANSLATE_NOOP("MusicWords", "séptima mayor")},
+    Quality{"m7", QT_TRANSLATE_NOOP("MusicWords", "menor séptima")},
+    Quality{"m7♭5", QT_TRANSLATE_NOOP("MusicWords", "semidisminuido")},
+    Quality{"9", QT_TRANSLATE_NOOP("MusicWords", "novena")},
+    Quality{"maj9", QT_TRANSLATE_NOOP("MusicWords", "novena mayor")},
+    Quality{"m9", QT_TRANSLATE_NOOP("MusicWords", "menor novena")},
+    Quality{"m7♭9", QT_TRANSLATE_NOOP("MusicWords", "menor séptima con novena bemol")},
+    Quality{"m7♭5♭9", QT_TRANSLATE_NOOP("MusicWords", "semidisminuido con novena bemol")}};
+
+/// Without its octave.
+QString pitchName(int pitch)
+{
+    const QString name = KeySignature::solfegeName(pitch);
+    return name.endsWith(u'#')
+               ? said(QT_TRANSLATE_NOOP("MusicWords", "%1 sostenido")).arg(name.chopped(1))
+               : name;
+}
+
 bool isSame(double a, double b)
 {
     return std::abs(a - b) < kTolerance;
@@ -56,11 +87,20 @@ bool isSame(double a, double b)
 
 QString MusicWords::note(int pitch)
 {
-    QString name = KeySignature::solfegeName(pitch);
-    if (name.endsWith(u'#'))
-        name = said(QT_TRANSLATE_NOOP("MusicWords", "%1 sostenido")).arg(name.chopped(1));
     const int octave = (pitch - (pitch % kSemitones + kSemitones) % kSemitones) / kSemitones - 1;
-    return name + u' ' + QString::number(octave);
+    return pitchName(pitch) + u' ' + QString::number(octave);
+}
+
+QString MusicWords::chord(const KeySignature& key, int degree, ChordExtension extension)
+{
+    const QList<int> pitches = ChordVoicer::chordPitches(key, degree, extension);
+    if (pitches.isEmpty())
+        return {};
+    const QString written = ChordNames::qualityOf(key, degree, extension);
+    const auto quality = std::ranges::find_if(
+        kQualities, [&](const Quality& one) { return written == QString::fromUtf8(one.written); });
+    return pitchName(pitches.first()) + u' ' +
+           (quality == kQualities.end() ? written : said(quality->said));
 }
 
 QString MusicWords::value(double beats)

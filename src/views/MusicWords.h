@@ -1,5 +1,6 @@
 #pragma once
 
+#include "music/ChordVoicer.h"
 #include "music/KeySignature.h"
 #include "music/TimeSignature.h"
 
@@ -10,6 +11,9 @@ namespace MusicWords {
 
 /// "Do sostenido 4": a note number with its octave, 4 being that of middle C.
 QString note(int pitch);
+
+/// "Fa sostenido menor": a chord of a key; nothing for a degree outside 1..7.
+QString chord(const KeySignature& key, int degree, ChordExtension extension);
 
 /// "negra con puntillo": a length in beats as the value of a note; in quarter notes where there is
 /// no such value.

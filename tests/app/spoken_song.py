@@ -155,8 +155,8 @@ def compose(listener):
     listener.place("Cabezal del arreglo", 0)
     for letter in "cfgc":
         listener.key(letter, "PageDown")
-    chords = [f"Acorde {degree}, compás {bar}, 1 compás"
-              for bar, degree in enumerate(["I", "IV", "V", "I"], 1)]
+    chords = [f"Acorde {chord}, compás {bar}, 1 compás" for bar, chord in enumerate(
+        ["I, Do mayor", "IV, Fa mayor", "V, Sol mayor", "I, Do mayor"], 1)]
     listener.expect("Bloques", chords + ["Melodía (16 notas), compás 1, 8 compases"])
 
     listener.place("Cabezal del arreglo", 0)

@@ -221,7 +221,7 @@ void AccessibleWindowTest::childrenFollowEditsAndUndo()
     QVERIFY(note->isValid());
     arranger().setFocus();
     QTest::keyClick(&arranger(), Qt::Key_G);
-    QCOMPARE(blocks().first(), QStringLiteral("Acorde V, compás 1, 1 compás"));
+    QCOMPARE(blocks().first(), QStringLiteral("Acorde V, Sol mayor, compás 1, 1 compás"));
     stage_->choose("Deshacer");
     QCOMPARE(blocks().size(), 1);
 }

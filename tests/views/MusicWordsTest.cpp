@@ -24,6 +24,9 @@ class MusicWordsTest : public QObject {
 private slots:
     void notesAreNamedWithTheirOctave_data();
     void notesAreNamedWithTheirOctave();
+    void chordsAreNamedByRootAndKind_data();
+    void chordsAreNamedByRootAndKind();
+    void noDegreeIsNoChord();
     void lengthsAreNoteValues_data();
     void lengthsAreNoteValues();
     void otherLengthsAreCountedInQuarters();
@@ -53,6 +56,53 @@ void MusicWordsTest::notesAreNamedWithTheirOctave()
 {
     QFETCH(int, pitch);
     QTEST(MusicWords::note(pitch), "name");
+}
+
+void MusicWordsTest::chordsAreNamedByRootAndKind_data()
+{
+    QTest::addColumn<KeySignature>("key");
+    QTest::addColumn<ChordExtension>("extension");
+    QTest::addColumn<QStringList>("names");
+
+    const KeySignature c{.rootPitchClass = 0, .mode = KeyMode::Major};
+    const KeySignature d{.rootPitchClass = 2, .mode = KeyMode::Major};
+    QTest::newRow("triads of C major")
+        << c << ChordExtension::Triad
+        << QStringList{"Do mayor",  "Re menor", "Mi menor",     "Fa mayor",
+                       "Sol mayor", "La menor", "Si disminuido"};
+    QTest::newRow("sevenths of C major")
+        << c << ChordExtension::Seventh
+        << QStringList{"Do séptima mayor", "Re menor séptima", "Mi menor séptima",
+                       "Fa séptima mayor", "Sol séptima",      "La menor séptima",
+                       "Si semidisminuido"};
+    QTest::newRow("ninths of C major")
+        << c << ChordExtension::Ninth << QStringList{"Do novena mayor",
+                                                     "Re menor novena",
+                                                     "Mi menor séptima con novena bemol",
+                                                     "Fa novena mayor",
+                                                     "Sol novena",
+                                                     "La menor novena",
+                                                     "Si semidisminuido con novena bemol"};
+    QTest::newRow("triads of D major")
+        << d << ChordExtension::Triad
+        << QStringList{"Re mayor", "Mi menor", "Fa sostenido menor",     "Sol mayor",
+                       "La mayor", "Si menor", "Do sostenido disminuido"};
+}
+
+void MusicWordsTest::chordsAreNamedByRootAndKind()
+{
+    QFETCH(KeySignature, key);
+    QFETCH(ChordExtension, extension);
+    QStringList names;
+    for (int degree = 1; degree <= 7; ++degree)
+        names.append(MusicWords::chord(key, degree, extension));
+    QTEST(names, "names");
+}
+
+void MusicWordsTest::noDegreeIsNoChord()
+{
+    QCOMPARE(MusicWords::chord(KeySignature(), 0, ChordExtension::Triad), QString());
+    QCOMPARE(MusicWords::chord(KeySignature(), 8, ChordExtension::Ninth), QString());
 }
 
 void MusicWordsTest::lengthsAreNoteValues_data()

@@ -30,8 +30,10 @@ QString chordWords(const Project& project, const BlockRef& block)
 {
     const HarmonyDegreeEvent& chord =
         project.harmonyTrack.blockForBar(block.trackIndex)->events.at(block.blockIndex);
-    return QCoreApplication::translate("TrackArranger", "Acorde %1")
-        .arg(ChordVoicer::degreeLabel(project.keySignature, chord.degree, chord.extension));
+    const KeySignature& key = project.keySignature;
+    return MusicWords::list({QCoreApplication::translate("TrackArranger", "Acorde %1")
+                                 .arg(ChordVoicer::degreeLabel(key, chord.degree, chord.extension)),
+                             MusicWords::chord(key, chord.degree, chord.extension)});
 }
 
 QString melodyWords(const MelodyBlock& melody)

@@ -84,8 +84,8 @@ void ArrangerAccessibleTest::blocksAreChildrenOfTheGrid()
     QCOMPARE(
         ScreenListener::namesIn(arranger().view()),
         QStringList(
-            {"Acorde I, compás 1, 1 compás", "Acorde IV, compás 2, blanca",
-             "Acorde V7, compás 2, blanca", "Melodía (2 notas), compás 1, 1 compás",
+            {"Acorde I, Do mayor, compás 1, 1 compás", "Acorde IV, Fa mayor, compás 2, blanca",
+             "Acorde V7, Sol séptima, compás 2, blanca", "Melodía (2 notas), compás 1, 1 compás",
              "Melodía (0 notas), compás 3, 1 compás", "Melodía (1 nota), compás 1, 1 compás",
              "Voz, a.wav, compás 1, blanca con puntillo", "Voz, b.wav, compás 5, 1 compás",
              "r, bombo, Introducción 2, compás 1, 2 compases",
@@ -193,7 +193,7 @@ void ArrangerAccessibleTest::blocksFollowTheEdits()
     other.harmonyTrack = harmony({6});
     arranger().setContext(&other, nullptr, nullptr);
     QCOMPARE(ScreenListener::namesIn(arranger().view()),
-             QStringList({"Acorde vi, compás 1, 1 compás"}));
+             QStringList({"Acorde vi, La menor, compás 1, 1 compás"}));
     arranger().setContext(nullptr, nullptr, nullptr);
     QCOMPARE(ScreenListener::namesIn(arranger().view()), QStringList());
 }
@@ -208,7 +208,8 @@ void ArrangerAccessibleTest::staleReferencesHaveNoName()
 void ArrangerAccessibleTest::theSelectionIsTold()
 {
     go(Qt::Key_Right);
-    QCOMPARE(ScreenListener::heard(), QStringList({"focus Acorde I, compás 1, 1 compás"}));
+    QCOMPARE(ScreenListener::heard(),
+             QStringList({"focus Acorde I, Do mayor, compás 1, 1 compás"}));
     go(Qt::Key_Down);
     QCOMPARE(ScreenListener::heard().last(),
              QStringLiteral("focus Melodía (2 notas), compás 1, 1 compás"));
