@@ -62,6 +62,9 @@ inline constexpr int kChordHeight = 22;
 inline constexpr int kBlockInset = 3;
 inline constexpr int kBlockHeight = 36;
 
+/// The least width of a block in the scene: what a file gives no length is seen and taken by it.
+inline constexpr int kLeastBlockWidth = 8;
+
 /// What lies beyond is not drawn: six days of music, and as far as a view can scroll.
 inline constexpr double kMostBeats = 1e6;
 

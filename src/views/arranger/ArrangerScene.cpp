@@ -28,14 +28,14 @@ namespace {
 constexpr qreal kPlayheadWidth = 2.0;
 constexpr qreal kPlayheadZ = 100.0;
 
-/// A stretch of the scene; nothing for one that cannot be drawn.
+/// A stretch of the scene, wide enough to be seen; nothing for one that cannot be drawn.
 std::optional<QRectF> rectOf(const BlockSpan& span, double top, double height)
 {
     if (!std::isfinite(span.start) || !std::isfinite(span.length) ||
         std::abs(span.start) > kMostBeats)
         return std::nullopt;
-    const double length = std::clamp(span.length, 0.0, kMostBeats);
-    return QRectF(span.start * kBeatPixels, top, length * kBeatPixels, height);
+    const double width = std::clamp(span.length, 0.0, kMostBeats) * kBeatPixels;
+    return QRectF(span.start * kBeatPixels, top, std::max<double>(width, kLeastBlockWidth), height);
 }
 
 QColor degreeColor(int degree)

@@ -123,7 +123,9 @@ ClipShape AudioClipItem::clip() const
 {
     ClipShape shape = shape_;
     if (const auto peaks = outline(); peaks && peaks->seconds() > 0.0)
-        shape.playedSeconds = std::min(shape.playedSeconds, peaks->seconds());
+        shape.playedSeconds = shape.playedSeconds > 0.0
+                                  ? std::min(shape.playedSeconds, peaks->seconds())
+                                  : peaks->seconds();
     return shape;
 }
 

@@ -18,7 +18,8 @@ public:
     AudioClipItem(const BlockRef& block, const ClipShape& shape, const QString& label,
                   const ClipSource& file, WaveOutlines* outlines);
 
-    /// As it is drawn: what is played ends with the file, as soon as one knows where that is.
+    /// As it is drawn: what is played ends with the file, as soon as one knows where that is, and
+    /// with nothing else for a record without a length.
     ClipShape clip() const;
 
     /// Whether its voice is known, as far as there is one.

@@ -481,8 +481,10 @@ void ArrangerSceneTest::blocksWithoutAFinitePlaceAreNotDrawn_data()
     QTest::newRow("length is not a number") << 1.0 << kNaN << nowhere;
     QTest::newRow("length is infinite") << 1.0 << kInfinity << nowhere;
     QTest::newRow("huge length is held") << 1.0 << 1e300 << QRectF(32, 47, 32e6, 36);
-    QTest::newRow("negative length is none") << 1.0 << -1e300 << QRectF(32, 47, 0, 36);
-    QTest::newRow("no length") << 1.0 << 0.0 << QRectF(32, 47, 0, 36);
+    QTest::newRow("no length is seen") << 1.0 << 0.0 << QRectF(32, 47, 8, 36);
+    QTest::newRow("negative length is none") << 1.0 << -1e300 << QRectF(32, 47, 8, 36);
+    QTest::newRow("a short one is seen") << 1.0 << 0.01 << QRectF(32, 47, 8, 36);
+    QTest::newRow("one that is seen stays as it is") << 1.0 << 0.25 << QRectF(32, 47, 8, 36);
     QTest::newRow("before the song") << -2.0 << 4.0 << QRectF(-64, 47, 128, 36);
     QTest::newRow("last place that is drawn") << 1e6 << 4.0 << QRectF(32e6, 47, 128, 36);
     QTest::newRow("first place that is not drawn") << 1000001.0 << 4.0 << nowhere;
