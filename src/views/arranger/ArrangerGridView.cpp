@@ -107,7 +107,7 @@ void ArrangerGridView::tellClip()
     if (!item)
         return;
     QToolTip::showText(viewport()->mapToGlobal(mapFromScene(item->rect().bottomLeft())),
-                       blocks_->clips()->words(), viewport());
+                       blocks_->clips()->words(block), viewport());
     AccessibleItems::tellCurrent(this);
 }
 

@@ -46,6 +46,14 @@ std::optional<ClipLevels> ClipGestures::levelsOf(const BlockRef& block) const
     return project_ ? ClipEdits::levelsOf(*project_, block) : std::nullopt;
 }
 
+QList<std::optional<ClipLevels>> ClipGestures::levelsOf(const QList<BlockRef>& clips) const
+{
+    QList<std::optional<ClipLevels>> levels;
+    for (const BlockRef& clip : clips)
+        levels.append(levelsOf(clip));
+    return levels;
+}
+
 const AudioClipItem* ClipGestures::itemOf(const BlockRef& block) const
 {
     return dynamic_cast<const AudioClipItem*>(scene_->itemOf(block));
@@ -70,7 +78,8 @@ bool ClipGestures::press(const QPointF& place, double scale)
     if (!handle)
         return false;
     const BlockRef block = scene_->blockAt(place)->block();
-    held_ = Held{{block, *handle, Levels(Qt::LeftButton, levelsOf(block))}, place, false};
+    const QList<BlockRef> clips{block};
+    held_ = Held{{clips, *handle, Levels(Qt::LeftButton, levelsOf(clips))}, place, false};
     if (!scene_->selectedBlocks().contains(block))
         scene_->selectBlocks({block});
     return true;
@@ -79,7 +88,7 @@ bool ClipGestures::press(const QPointF& place, double scale)
 std::optional<QPointF> ClipGestures::move(const QPointF& place, Qt::MouseButtons buttons,
                                           double scale)
 {
-    switch (held_->levels.move(buttons, levelsOf(held_->block))) {
+    switch (held_->levels.move(buttons, levelsOf(held_->clips))) {
     case Levels::Move::Finish:
         end();
         return std::nullopt;
@@ -103,20 +112,20 @@ std::optional<QPointF> ClipGestures::move(const QPointF& place, Qt::MouseButtons
 
 void ClipGestures::follow(const QPointF& place)
 {
-    const AudioClipItem* item = itemOf(held_->block);
-    const auto levels = levelsOf(held_->block);
+    const AudioClipItem* item = itemOf(held_->clips.first());
+    const auto levels = levelsOf(held_->clips.first());
     if (!item || !levels)
         return cancel();
     const ClipShape shape = item->clip();
     leave(*held_,
-          ClipEdits::with(*levels, held_->handle, valueAt(shape, place), shape.playedSeconds));
+          {ClipEdits::with(*levels, held_->handle, valueAt(shape, place), shape.playedSeconds)});
 }
 
 /// What is told by the handle, had it been taken in its middle.
 double ClipGestures::valueAt(const ClipShape& shape, const QPointF& place) const
 {
     ClipShape before = shape;
-    before.levels = *held_->levels.original();
+    before.levels = *held_->levels.original().first();
     const QPointF way = place - held_->press;
     switch (held_->handle) {
     case ClipHandle::FadeIn:
@@ -132,17 +141,17 @@ double ClipGestures::valueAt(const ClipShape& shape, const QPointF& place) const
 void ClipGestures::release()
 {
     const bool isClick = held_ && !held_->follows;
-    const BlockRef block = held_ ? held_->block : BlockRef();
+    const QList<BlockRef> clips = held_ ? held_->clips : QList<BlockRef>();
     end();
     if (isClick)
-        scene_->selectBlocks({block});
+        scene_->selectBlocks(clips);
 }
 
 // ---- Keys ----------------------------------------------------------------------------------
 
 bool ClipGestures::acts(const QKeyEvent& event) const
 {
-    return clipKeyOf(event) && selectedClip();
+    return clipKeyOf(event) && !selectedClips().isEmpty();
 }
 
 bool ClipGestures::goesOn(const QKeyEvent& event) const
@@ -150,25 +159,35 @@ bool ClipGestures::goesOn(const QKeyEvent& event) const
     return run_ && run_->key == event.key() && event.isAutoRepeat();
 }
 
-std::optional<BlockRef> ClipGestures::selectedClip() const
+QList<BlockRef> ClipGestures::selectedClips() const
 {
-    const QList<BlockRef> blocks = scene_->selectedBlocks();
-    return blocks.size() == 1 && itemOf(blocks.first()) ? std::optional(blocks.first())
-                                                        : std::nullopt;
+    QList<BlockRef> clips = scene_->selectedBlocks();
+    clips.removeIf([this](const BlockRef& block) { return !itemOf(block) || !levelsOf(block); });
+    return clips;
 }
 
 bool ClipGestures::step(const QKeyEvent& event)
 {
     const auto key = clipKeyOf(event);
-    const auto block = goesOn(event) ? std::optional(run_->block) : selectedClip();
-    const auto levels = key && block ? levelsOf(*block) : std::nullopt;
-    const AudioClipItem* item = levels ? itemOf(*block) : nullptr;
-    if (!item)
+    const QList<BlockRef> clips = goesOn(event) ? run_->clips : selectedClips();
+    if (!key || clips.isEmpty())
         return false;
     if (!goesOn(event))
-        run_ = KeyRun{{*block, key->handle, Levels(Qt::NoButton, levels)}, event.key()};
-    leave(*run_, ClipEdits::stepped(*levels, key->handle, key->steps, item->clip().playedSeconds));
+        run_ = KeyRun{{clips, key->handle, Levels(Qt::NoButton, levelsOf(clips))}, event.key()};
+    stepOn(*run_, key->steps);
     return true;
+}
+
+/// Each of the clips from where it is, as far as there is room.
+void ClipGestures::stepOn(Gesture& gesture, int steps)
+{
+    QList<std::optional<ClipLevels>> levels = levelsOf(gesture.clips);
+    for (qsizetype i = 0; i < levels.size(); ++i) {
+        if (const AudioClipItem* item = itemOf(gesture.clips.at(i)); item && levels.at(i))
+            levels[i] = ClipEdits::stepped(*levels.at(i), gesture.handle, steps,
+                                           item->clip().playedSeconds);
+    }
+    leave(gesture, levels);
 }
 
 std::optional<int> ClipGestures::runningKey() const
@@ -178,20 +197,26 @@ std::optional<int> ClipGestures::runningKey() const
 
 // ---- Both ----------------------------------------------------------------------------------
 
-QString ClipGestures::words() const
+QString ClipGestures::words(const std::optional<BlockRef>& clip) const
 {
     const Gesture* gesture = run_                      ? static_cast<const Gesture*>(&*run_)
                              : held_ && held_->follows ? static_cast<const Gesture*>(&*held_)
                                                        : nullptr;
-    const auto levels = gesture ? levelsOf(gesture->block) : std::nullopt;
+    if (!gesture)
+        return {};
+    const bool has = clip && gesture->clips.contains(*clip);
+    const auto levels = levelsOf(has ? *clip : gesture->clips.first());
     return levels ? ClipWords::level(*levels, gesture->handle) : QString();
 }
 
-void ClipGestures::leave(Gesture& gesture, const ClipLevels& levels)
+void ClipGestures::leave(Gesture& gesture, const QList<std::optional<ClipLevels>>& levels)
 {
     if (!gesture.levels.leave(levels))
         return;
-    ClipEdits::setLevels(*project_, gesture.block, levels);
+    for (qsizetype i = 0; i < levels.size(); ++i) {
+        if (levels.at(i))
+            ClipEdits::setLevels(*project_, gesture.clips.at(i), *levels.at(i));
+    }
     const QList<BlockRef> selected = scene_->selectedBlocks();
     emit changed();
     scene_->selectBlocks(selected);
@@ -208,7 +233,7 @@ void ClipGestures::end()
 void ClipGestures::commit(const Gesture& gesture)
 {
     emit ended();
-    if (!gesture.levels.isEdit(levelsOf(gesture.block)))
+    if (!gesture.levels.isEdit(levelsOf(gesture.clips)))
         return;
     const QList<BlockRef> selected = scene_->selectedBlocks();
     emit edited();

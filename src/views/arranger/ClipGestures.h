@@ -46,13 +46,13 @@ public:
 
     // ---- Keys ----
 
-    /// Whether a key changes the clip that is selected.
+    /// Whether a key changes clips that are selected.
     bool acts(const QKeyEvent& event) const;
 
     /// Whether a key goes on with what it has begun.
     bool goesOn(const QKeyEvent& event) const;
 
-    /// Changes the clip that is selected, and alone: true where the key does that.
+    /// Changes all clips that are selected, whatever else is: true where the key does that.
     bool step(const QKeyEvent& event);
 
     /// The key that is held down; nothing while there is none.
@@ -60,8 +60,9 @@ public:
 
     // ---- Both ----
 
-    /// What the gesture under way has come to; empty where it has changed nothing yet.
-    QString words() const;
+    /// What the gesture under way has come to with a clip, or with the first of its clips; empty
+    /// where it has changed nothing yet.
+    QString words(const std::optional<BlockRef>& clip = std::nullopt) const;
 
     /// Makes an edit of what has been done so far.
     void end();
@@ -80,11 +81,12 @@ signals:
     void edited();
 
 private:
-    using Levels = RecordDrag<std::optional<ClipLevels>>;
+    using Levels = RecordDrag<QList<std::optional<ClipLevels>>>;
 
-    /// A clip by one of its handles, in the hands of the mouse or of a key.
+    /// Clips by one of their handles, in the hands of the mouse, which has one of them, or of a
+    /// key.
     struct Gesture {
-        BlockRef block;
+        QList<BlockRef> clips;
         ClipHandle handle;
         Levels levels;
     };
@@ -101,10 +103,12 @@ private:
 
     std::optional<ClipLevels> levelsOf(const BlockRef& block) const;
     const AudioClipItem* itemOf(const BlockRef& block) const;
-    std::optional<BlockRef> selectedClip() const;
+    QList<std::optional<ClipLevels>> levelsOf(const QList<BlockRef>& clips) const;
+    QList<BlockRef> selectedClips() const;
     void follow(const QPointF& place);
     double valueAt(const ClipShape& shape, const QPointF& place) const;
-    void leave(Gesture& gesture, const ClipLevels& levels);
+    void stepOn(Gesture& gesture, int steps);
+    void leave(Gesture& gesture, const QList<std::optional<ClipLevels>>& levels);
     void commit(const Gesture& gesture);
 
     ArrangerScene* scene_;

@@ -7,6 +7,7 @@
 #include "views/Painted.h"
 #include "views/arranger/ArrangerStage.h"
 #include "views/arranger/AudioClipItem.h"
+#include "views/arranger/BlockEditor.h"
 
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -56,7 +57,10 @@ private slots:
     void keysChangeTheLevels_data();
     void keysChangeTheLevels();
     void aKeyThatIsHeldIsOneEdit();
+    void keysChangeAllSelectedClips();
+    void aKeyThatIsHeldOnSeveralClipsIsOneEdit();
     void keysLeaveOtherBlocksAlone();
+    void aVoiceWithoutALengthIsTakenAndHeardWhole();
     void theFocusTakesTheRunAlong();
 
     void theTipTellsTheValue();
@@ -337,6 +341,64 @@ void ClipGesturesTest::aKeyThatIsHeldIsOneEdit()
     QCOMPARE(edits_->count(), 0);
     QTest::keyRelease(&arranger(), Qt::Key_Up);
     QCOMPARE(edits_->count(), 1);
+}
+
+void ClipGesturesTest::keysChangeAllSelectedClips()
+{
+    const BlockRef beto{BlockKind::Audio, 1, 0};
+    AudioClip& other = stage_->song.audioTracks[1].clips[0];
+    voice().gain = 1.5F;
+    other.gain = 0.5F;
+    rebuild();
+    const QList<BlockRef> selected{{BlockKind::Melody, 0, 0}, kVoice, beto};
+    const auto tracks = stage_->song.tracks;
+    arranger().blocks()->selectAll(selected);
+    stage_->key(Qt::Key_Up);
+    QCOMPARE(voice().gain, 1.55F);
+    QCOMPARE(other.gain, 0.55F);
+    QCOMPARE(edits_->count(), 1);
+    stage_->key(Qt::Key_Right, Qt::AltModifier);
+    stage_->key(Qt::Key_Up, Qt::AltModifier);
+    QCOMPARE(levels(), (ClipLevels{1.55F, 0.05F, 0.05F}));
+    QCOMPARE(ClipEdits::levelsOf(other), (ClipLevels{0.55F, 0.05F, 0.05F}));
+    QCOMPARE(edits_->count(), 3);
+    QCOMPARE(arranger().blocks()->selected(), selected);
+    QCOMPARE(stage_->song.tracks, tracks);
+}
+
+void ClipGesturesTest::aKeyThatIsHeldOnSeveralClipsIsOneEdit()
+{
+    AudioClip& other = stage_->song.audioTracks[1].clips[0];
+    other.gain = 1.9F;
+    rebuild();
+    arranger().blocks()->selectAll({kVoice, {BlockKind::Audio, 1, 0}});
+    for (const bool repeated : {false, true, true, true}) {
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_Up, Qt::NoModifier, QString(), repeated);
+        QApplication::sendEvent(&arranger(), &press);
+    }
+    QCOMPARE(edits_->count(), 0);
+    QTest::keyRelease(&arranger(), Qt::Key_Up);
+    QCOMPARE(edits_->count(), 1);
+    // Each as far as there is.
+    QCOMPARE(levels().gain, 1.2F);
+    QCOMPARE(other.gain, 2.0F);
+}
+
+// Its record says nothing of its length, and it sounds to the end of its file.
+void ClipGesturesTest::aVoiceWithoutALengthIsTakenAndHeardWhole()
+{
+    voice().durationBeats = 0.0;
+    rebuild();
+    const QPoint place = stage_->at(kStart, kAnaY) + QPoint(3, 10);
+    stage_->press(place);
+    stage_->release(place);
+    QCOMPARE(stage_->selected(), QList<BlockRef>{kVoice});
+    stage_->key(Qt::Key_Up);
+    QCOMPARE(levels().gain, 1.05F);
+    QCOMPARE(voice().durationBeats, 0.0);
+    drag(place, {64, 0});
+    QCOMPARE(voice().offsetBeats, kStart + 2.0);
+    QCOMPARE(voice().durationBeats, 0.0);
 }
 
 void ClipGesturesTest::keysLeaveOtherBlocksAlone()
