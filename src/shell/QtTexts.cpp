@@ -36,6 +36,7 @@ constexpr Words kWords[] = {
     {"Date Modified", "Cambiado"},
     {"Ctrl", "Ctrl"},
     {"Shift", "Shift"},
+    {"Return", "Enter"},
 };
 
 } // namespace

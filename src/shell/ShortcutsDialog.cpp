@@ -20,6 +20,21 @@ QString nativeText(const QList<QKeySequence>& keys)
     return QKeySequence::listToString(keys, QKeySequence::NativeText);
 }
 
+/// Whether a keyboard of a school has a key: the platform has keys for commands beyond the twelve
+/// of the upper row, and names keys of their own for some.
+bool isOnKeyboards(const QKeySequence& keys)
+{
+    const int key = keys[0].key();
+    return key <= Qt::Key_F12 || (key > Qt::Key_F35 && key < Qt::Key_Back);
+}
+
+QList<QKeySequence> keysOf(const QAction& action)
+{
+    QList<QKeySequence> keys = action.shortcuts();
+    keys.removeIf([](const QKeySequence& one) { return !isOnKeyboards(one); });
+    return keys;
+}
+
 /// The words of a menu without the mark of its letter.
 QString plainText(QString text)
 {
@@ -64,12 +79,12 @@ void ShortcutsDialog::addMenus(const QMenuBar& menus)
     for (const QAction* title : menus.actions()) {
         QTreeWidgetItem* heading = nullptr;
         for (const QAction* action : title->menu()->actions()) {
-            if (action->shortcuts().isEmpty())
+            const QList<QKeySequence> keys = keysOf(*action);
+            if (keys.isEmpty())
                 continue;
             if (!heading)
                 heading = addHeading(list_, plainText(title->text()));
-            new QTreeWidgetItem(heading,
-                                {plainText(action->text()), nativeText(action->shortcuts())});
+            new QTreeWidgetItem(heading, {plainText(action->text()), nativeText(keys)});
         }
     }
 }

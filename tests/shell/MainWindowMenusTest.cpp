@@ -66,6 +66,7 @@ private slots:
     void switchesOfMenuAndRibbonAgree();
     void theKeysOfAreasGoRound();
     void theListOfKeysIsThatOfTheMenus();
+    void theListOfKeysLeavesOutWhatNoKeyboardHas();
     void noShortcutStandsTwice();
     void aGuideThatIsMissingIsToldOf();
     void undoAndRedoStartDisabled();
@@ -359,6 +360,25 @@ void MainWindowMenusTest::theListOfKeysIsThatOfTheMenus()
                             "Alargar o acortar lo seleccionado|Shift+Left; Shift+Right",
                             "Mover el cabezal un compás|PgUp; PgDown"})
         QVERIFY2(rows.contains(row), row);
+}
+
+// Some platforms have keys for commands that only a few keyboards have.
+void MainWindowMenusTest::theListOfKeysLeavesOutWhatNoKeyboardHas()
+{
+    const QList<QKeySequence> keys{Qt::CTRL | Qt::Key_Z, Qt::Key_F14, Qt::Key_Undo, Qt::Key_F12};
+    Widgets::entry(stage_->window(), "Deshacer")->setShortcuts(keys);
+    Widgets::entry(stage_->window(), "Rehacer")->setShortcuts({Qt::Key_F35});
+    QStringList rows;
+    stage_->prompts().inDialog([&](QDialog& dialog) {
+        const auto* list = dialog.findChild<QTreeWidget*>();
+        for (const QTreeWidgetItem* row :
+             list->findItems("hacer", Qt::MatchContains | Qt::MatchRecursive))
+            rows.append(row->text(0) + '|' + row->text(1));
+        dialog.reject();
+    });
+    stage_->choose("Atajos de teclado");
+    QCOMPARE(rows, QStringList{"Deshacer|Ctrl+Z; F12"});
+    QCOMPARE(Widgets::entry(stage_->window(), "Deshacer")->shortcuts(), keys);
 }
 
 void MainWindowMenusTest::otherEntriesHaveNoShortcut()

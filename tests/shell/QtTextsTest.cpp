@@ -63,6 +63,7 @@ void QtTextsTest::keysAreCalledAsTheProgramCallsThem_data()
     QTest::newRow("new work") << (Qt::CTRL | Qt::Key_N) << "Ctrl+N";
     QTest::newRow("stop") << (Qt::SHIFT | Qt::Key_Space) << "Shift+Espacio";
     QTest::newRow("redo") << (Qt::CTRL | Qt::SHIFT | Qt::Key_Z) << "Ctrl+Shift+Z";
+    QTest::newRow("enter") << QKeyCombination(Qt::Key_Return) << "Enter";
     QTest::newRow("MIDI") << (Qt::CTRL | Qt::ALT | Qt::Key_E) << "Ctrl+Alt+E";
 }
 
