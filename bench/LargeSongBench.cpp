@@ -13,6 +13,8 @@
 #include "views/arranger/TrackArranger.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 #include "views/pianoroll/PianoRollGridView.h"
+#include "views/pianoroll/PianoRollLayout.h"
+#include "views/pianoroll/PianoRollViewport.h"
 
 #include <QApplication>
 #include <QDir>
@@ -80,9 +82,9 @@ void dragANoteOfALargeSong(benchmark::State& state)
     openLargeSong();
     QWidget* grid = pianoRoll().view()->viewport();
     const NoteEvent& note = openedWindow->project()->tracks.at(0).melodyBlocks.at(0).notes.at(0);
-    const double row = static_cast<double>(grid->height()) / pianoRoll().visibleRows();
+    const double row = static_cast<double>(grid->height()) / pianoRoll().rows()->visibleRows();
     Editing::dragSteps(state, grid,
-                       QPointF(8.0, (pianoRoll().topPitch() - note.pitch + 0.5) * row));
+                       QPointF(8.0, (pianoRoll().rows()->topPitch() - note.pitch + 0.5) * row));
 }
 
 /// Both editors, over pages of the song in turn.

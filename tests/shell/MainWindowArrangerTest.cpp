@@ -7,6 +7,7 @@
 #include "views/arranger/ArrangerScene.h"
 #include "views/arranger/BlockEditor.h"
 #include "views/arranger/TrackArranger.h"
+#include "views/pianoroll/NoteEditor.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 #include "views/pianoroll/PianoRollScene.h"
 
@@ -344,7 +345,7 @@ void MainWindowArrangerTest::theChordsHaveTheirVolumeInThePanel()
     Widgets::withText<QToolButton>(panel, "Mute")->click();
     QVERIFY(stage_->song().harmonyTrack.muted);
     // The roll still shows the notes that go with the chords.
-    QCOMPARE(stage_->window().findChild<PianoRollCanvas*>()->activeTrack(), 0);
+    QCOMPARE(stage_->window().findChild<PianoRollCanvas*>()->notes()->activeTrack(), 0);
     // A step of undo leaves the panel where it is.
     QTest::keyClick(&arranger(), Qt::Key_G);
     stage_->choose("Deshacer");
