@@ -170,6 +170,13 @@ void PlaybackEngine::setPlayheadBeat(double beat)
         moveIdlePlayhead(target);
 }
 
+void PlaybackEngine::seek(double beat)
+{
+    setPlayheadBeat(beat);
+    if (!playing_)
+        play(beat);
+}
+
 void PlaybackEngine::moveIdlePlayhead(double beat)
 {
     idleBeat_ = beat;

@@ -69,6 +69,9 @@ public:
     /// Moves the playhead, and goes on playing from there if it plays. A negative beat counts as 0.
     void setPlayheadBeat(double beat);
 
+    /// As setPlayheadBeat(), and starts to play where nothing plays yet.
+    void seek(double beat);
+
     /// In beats. A change of the tempo while playing keeps the beat and counts from there on: from
     /// the next tick or rescheduleIfPlaying().
     double playheadBeat() const;

@@ -278,11 +278,8 @@ void TrackArranger::setRecording(bool recording)
 
 void TrackArranger::seek(double beat)
 {
-    if (!playback_)
-        return;
-    playback_->setPlayheadBeat(beat);
-    if (!playback_->isPlaying())
-        playback_->play(beat);
+    if (playback_)
+        playback_->seek(beat);
 }
 
 // ---- Selection -----------------------------------------------------------------------------

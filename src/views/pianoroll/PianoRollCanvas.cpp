@@ -385,10 +385,6 @@ void PianoRollCanvas::setRecording(bool recording)
 
 void PianoRollCanvas::seek(double beat)
 {
-    PlaybackEngine* playback = notes_->playback();
-    if (!playback)
-        return;
-    playback->setPlayheadBeat(beat);
-    if (!playback->isPlaying())
-        playback->play(beat);
+    if (PlaybackEngine* playback = notes_->playback())
+        playback->seek(beat);
 }
