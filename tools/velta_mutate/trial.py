@@ -1,0 +1,246 @@
+"""Tries changes against the tests of a folder.
+
+Each source is compiled once, with a switch at each change that can have one, and each test is linked
+once with these sources: to try a change then takes no more than to run a test. What can have no
+switch is compiled and linked for itself."""
+
+import collections
+import concurrent.futures
+import json
+import os
+import re
+import resource
+import shutil
+import subprocess
+import threading
+import time
+from pathlib import Path
+
+from .changes import ROOT, with_switches
+
+BUILD = ROOT / "build/dev"
+WORK = BUILD / "mutants"
+HERE = Path(__file__).resolve().parent
+
+JOBS = 2
+SECONDS = 120
+LEAST_SECONDS = 20
+MEMORY = 8 * 1024**3
+REFUSED = 77
+QUICK_LINKER = "-fuse-ld=mold" if shutil.which("mold") else ""
+
+
+def tests_of(folder, spared):
+    """The link command of each test of the folder, by its name."""
+    text = (ROOT / "tests" / folder / "CMakeLists.txt").read_text()
+    names = [name for name in re.findall(r"^velta_test\((\w+)", text, re.M) if name not in spared]
+    links = {}
+    for name in names:
+        commands = subprocess.run(["ninja", "-C", BUILD, "-t", "commands", name], check=True,
+                                  capture_output=True, text=True).stdout.strip().split("\n")
+        links[name] = next(line for line in commands if re.search(rf" -o \S+/{name} ", line))
+    return links
+
+
+def compile_commands():
+    entries = json.loads((BUILD / "compile_commands.json").read_text())
+    return {entry["file"]: entry["command"] for entry in entries}
+
+
+def bounded():
+    resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+
+def shell(command):
+    """What a command in the build says where it fails, or nothing."""
+    done = subprocess.run(["sh", "-c", command], cwd=BUILD, capture_output=True, text=True)
+    return done.stderr + done.stdout + "failed" if done.returncode else None
+
+
+def linked(name, link, objects, binary):
+    """Links a test with these objects in place of the sources that they are of."""
+    command = re.sub(rf"-o \S+/{name} ", f"{QUICK_LINKER} -o {binary} {objects} ", link)
+    if trouble := shell(command):
+        raise SystemExit(f"{name} could not be linked: {command}\n{trouble}")
+
+
+def object_of(command, source, text, place, extra=""):
+    """Compiles a text in place of a source; what the compiler says where it fails, or nothing."""
+    changed = place / source.name
+    changed.write_text(text)
+    command = re.sub(r" -o \S+", f" -o {place / source.stem}.o", command.replace("-Werror", "-w"))
+    command = command.replace(f" -c {source}", f" {extra} -c {changed}")
+    return shell(command)
+
+
+class Place:
+    """Where one test at a time runs."""
+
+    def __init__(self, name):
+        self.path = WORK / name
+        (self.path / "bin").mkdir(parents=True, exist_ok=True)
+        self.home = self.path / "home"
+        (self.home / "run").mkdir(parents=True, exist_ok=True)
+        (self.home / "run").chmod(0o700)
+        resources = self.path / "bin/resources"
+        if not resources.is_symlink():
+            resources.symlink_to(BUILD / "bin/resources")
+
+    def runs(self, binary, change, most):
+        """How a test ends, in time and within bounds; its first failure ends it."""
+        environment = {**os.environ, "QT_QPA_PLATFORM": "offscreen", "HOME": str(self.home),
+                       "XDG_RUNTIME_DIR": str(self.home / "run"), "VELTA_CHANGE": str(change)}
+        process = subprocess.Popen([binary], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                                   start_new_session=True, cwd=self.path, env=environment,
+                                   preexec_fn=bounded)
+        watch = threading.Timer(most, lambda: os.killpg(process.pid, 9))
+        watch.start()
+        try:
+            if any(line.startswith(b"FAIL!") for line in process.stdout):
+                os.killpg(process.pid, 9)
+            return process.wait()
+        finally:
+            watch.cancel()
+            process.stdout.close()
+
+
+class Trial:
+    """Tries changes, several at a time, and remembers which test notices what."""
+
+    def __init__(self, folder, links):
+        self.links = links
+        self.commands = compile_commands()
+        self.deadly = collections.Counter()
+        self.memory = WORK / f"{folder.replace('/', '-')}.json"
+        self.killers = json.loads(self.memory.read_text()) if self.memory.exists() else {}
+        self.thread = threading.local()
+        self.places = iter(range(10**9))
+        self.numbers = {}
+        self.seconds = {}
+
+    def survivors_of_last_time(self):
+        return {key for key, killer in self.killers.items() if not killer}
+
+    # ---- With switches ----------------------------------------------------------------------
+
+    def switched_object(self, source, mutants):
+        """Compiles a source with all the switches that the compiler takes, and gives those."""
+        text = source.read_text()
+        mutants = {number: mutant for number, mutant in mutants.items()
+                   if mutant.switched is not None}
+        while mutants:
+            trouble = object_of(self.commands[str(source)], source, with_switches(text, mutants),
+                                WORK / "switched", f"-include {HERE}/switches.h")
+            if not trouble:
+                break
+            mutants = without_troublesome(mutants, trouble, source.name)
+        return mutants
+
+    def prepare(self, mutants):
+        """Links the tests with all changes that can have a switch."""
+        (WORK / "switched/bin").mkdir(parents=True, exist_ok=True)
+        by_source = collections.defaultdict(dict)
+        for number, mutant in enumerate(mutants, 1):
+            by_source[mutant.source][number] = mutant
+        with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:
+            taken = list(pool.map(lambda item: self.switched_object(*item), by_source.items()))
+        self.numbers = {mutant: number for switched in taken for number, mutant in switched.items()}
+        shell(f"cc -O1 -fPIC -c {HERE}/switches.c -o {WORK}/switched/velta-change.o")
+        objects = " ".join([f"{WORK}/switched/velta-change.o"] + [
+            f"{WORK}/switched/{source.stem}.o" for source, some in zip(by_source, taken) if some])
+        place = Place("switched")
+        for name, link in self.links.items():
+            binary = place.path / "bin" / name
+            linked(name, link, objects, binary)
+            start = time.monotonic()
+            if place.runs(binary, 0, SECONDS) != 0:
+                raise SystemExit(f"{name} fails or takes {SECONDS} s with nothing changed: "
+                                 f"--without {name}")
+            self.seconds[name] = time.monotonic() - start
+
+    # ---- One by one -------------------------------------------------------------------------
+
+    def code(self, mutant, text):
+        """The code that the compiler makes of a text, without the marks of debuggers; nothing where
+        it makes none."""
+        path = self.place().path
+        if object_of(self.commands[str(mutant.source)], mutant.source, text, path):
+            return None
+        shell(f"objcopy --strip-debug {path / mutant.source.stem}.o {path}/bare.o")
+        return (path / "bare.o").read_bytes()
+
+    def is_same(self, mutant, code):
+        """Whether the compiler makes the same of a change as of the source."""
+        place = self.place()
+        if mutant.source not in place.plain:
+            changed = (place.path / f"{mutant.source.stem}.o").rename(place.path / "kept.o")
+            place.plain[mutant.source] = self.code(mutant, mutant.source.read_text())
+            changed.rename(place.path / f"{mutant.source.stem}.o")
+        return code == place.plain[mutant.source]
+
+    def place(self):
+        if not hasattr(self.thread, "place"):
+            self.thread.place = Place(str(next(self.places)))
+            self.thread.place.plain = {}
+        return self.thread.place
+
+    # ---- Any --------------------------------------------------------------------------------
+
+    def end_of(self, name, mutant):
+        """How a test ends with a change in it."""
+        place = self.place()
+        number = self.numbers.get(mutant)
+        binary = WORK / "switched/bin" / name
+        if number is None:
+            binary = place.path / "bin" / name
+            linked(name, self.links[name], f"{place.path / mutant.source.stem}.o", binary)
+        return place.runs(binary, number or 0, max(LEAST_SECONDS, 10 * self.seconds[name]))
+
+    def outcome(self, mutant):
+        """One of "none", "same", "dies", "survives"."""
+        if mutant not in self.numbers:
+            code = self.code(mutant, mutant.text)
+            if code is None:
+                return "none"
+            if self.is_same(mutant, code):
+                return "same"
+        killer = None
+        for name in self.ranked(mutant):
+            end = self.end_of(name, mutant)
+            if end == REFUSED:
+                return "none"
+            if end != 0:
+                killer = name
+                break
+        if not killer and mutant in self.numbers:
+            code = self.code(mutant, mutant.text)
+            if code is None or self.is_same(mutant, code):
+                return "none" if code is None else "same"
+        self.deadly[killer] += 1
+        self.killers[mutant.key()] = killer
+        return "dies" if killer else "survives"
+
+    def ranked(self, mutant):
+        """The tests in the order to try: the one that noticed this change the last time, the one
+        of its source, those that found most, and the quick ones before the slow ones."""
+        former = self.killers.get(mutant.key())
+        own = f"{mutant.source.stem}Test"
+        return sorted(self.links, key=lambda name: (name != former, name != own,
+                                                    -self.deadly[name], self.seconds[name]))
+
+    def outcomes(self, mutants):
+        self.prepare(mutants)
+        with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:
+            yield from zip(mutants, pool.map(self.outcome, mutants))
+        self.memory.write_text(json.dumps(self.killers, indent=1))
+
+
+def without_troublesome(mutants, trouble, name):
+    """The changes without those on lines that the compiler does not take."""
+    for pattern in (rf"{name}:(\d+):\d+: error", rf"{name}:(\d+):\d+:"):
+        lines = {int(line) for line in re.findall(pattern, trouble)}
+        kept = {number: each for number, each in mutants.items() if each.line not in lines}
+        if len(kept) < len(mutants):
+            return kept
+    return {}
