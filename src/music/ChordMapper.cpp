@@ -27,14 +27,11 @@ int distanceAboveTonic(int within, const ScaleRow& row, int degree)
     return row[static_cast<std::size_t>(step % 7)] + (step >= 7 ? 12 : 0);
 }
 
-/// The octave of `pitch` within a tritone of the anchor; an exact tritone stays on its side.
+/// The octave of `pitch` within a tritone of the anchor, of which it lies a semitone below or
+/// less than an octave above; an exact tritone stays where it is.
 qint64 anchorRegister(qint64 pitch, qint64 anchor)
 {
-    while (pitch - anchor > kTritone)
-        pitch -= 12;
-    while (anchor - pitch > kTritone)
-        pitch += 12;
-    return pitch;
+    return pitch - anchor > kTritone ? pitch - 12 : pitch;
 }
 
 } // namespace

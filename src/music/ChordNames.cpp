@@ -5,9 +5,8 @@ namespace {
 /// What follows the root of a chord whose tones lie so many semitones above it.
 QString qualityOfPitches(const QList<int>& pitches)
 {
-    const auto above = [&](qsizetype tone) {
-        return ((pitches[tone] - pitches[0]) % 12 + 12) % 12;
-    };
+    // Where the root is held in range by whole octaves, a tone may lie below it, by less than one.
+    const auto above = [&](qsizetype tone) { return (pitches[tone] - pitches[0] + 12) % 12; };
     const bool minor = above(1) == 3;
     const bool diminished = above(2) == 6;
     if (pitches.size() == 3)

@@ -61,10 +61,8 @@ QList<int> ChordVoicer::chordPitchClasses(const KeySignature& key, int degree,
                                           ChordExtension extension)
 {
     QList<int> pitchClasses;
-    for (const int pitch : chordPitches(key, degree, extension)) {
-        if (!pitchClasses.contains(pitch % 12))
-            pitchClasses.append(pitch % 12);
-    }
+    for (const int pitch : chordPitches(key, degree, extension))
+        pitchClasses.append(pitch % 12);
     return pitchClasses;
 }
 

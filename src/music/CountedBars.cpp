@@ -69,7 +69,7 @@ void cutAtBarLines(PlacedChord chord, double beatsPerBar,
         part.startBeat = std::max(0.0, chord.start - *bar * beatsPerBar);
         part.durationBeats = std::min(part.durationBeats, beatsPerBar - part.startBeat);
         // So far away that beats are no more told apart.
-        if (!(part.durationBeats > 0.0))
+        if (!(chord.start + part.durationBeats > chord.start))
             return;
         bars[*bar].append(part);
         chord.start += part.durationBeats;

@@ -166,6 +166,7 @@ private slots:
     void emptyTrackHasNoChords();
     void badBarLengthHasNoChords();
     void manyChordsInOneBar();
+    void chordsOfNoLengthAreNeverInForce();
 };
 
 void ChordLookupTest::findsWhatThePlainSearchFinds_data()
@@ -290,6 +291,16 @@ void ChordLookupTest::manyChordsInOneBar()
     const ChordLookup lookup(track, 30'000.0);
     for (int beat = 0; beat < 20'010; beat += 97)
         QCOMPARE(lookup.at(beat + 0.5), track.eventAt(beat + 0.5, 30'000.0));
+}
+
+void ChordLookupTest::chordsOfNoLengthAreNeverInForce()
+{
+    const HarmonyTrack track = {
+        .blocks = {{.barIndex = 0,
+                    .events = QList<HarmonyDegreeEvent>(
+                        100, {.degree = 4, .startBeat = 1.0, .durationBeats = 0.0})}}};
+    for (const double beat : {0.5, 1.0, 1.5})
+        QCOMPARE(ChordLookup(track, 4.0).at(beat), nullptr);
 }
 
 QTEST_GUILESS_MAIN(ChordLookupTest)

@@ -26,6 +26,7 @@ private slots:
     void chordsStayAtTheirBeatsInAnyMeter();
     void barsCountedThereAndBackAreAsBefore();
     void barsThatCannotBeCountedStay();
+    void barsTooFarAwayToBeToldApartEndTheChord();
 };
 
 void CountedBarsTest::barsAreCountedAnew_data()
@@ -54,6 +55,13 @@ void CountedBarsTest::barsAreCountedAnew_data()
     QTest::newRow("no chord outlasts its former bar")
         << barOf({chord(2, 3.0, 100.0)}) << 2.0
         << trackOf({{.barIndex = 1, .events = {chord(2, 1.0, 1.0)}}});
+    QTest::newRow("bars that a file holds in disorder, in the order of time")
+        << trackOf({{.barIndex = 1, .events = {chord(4, 0.0, 4.0)}},
+                    {.barIndex = 0, .events = {chord(4, 0.0, 4.0)}}})
+        << 8.0 << barOf({chord(4, 0.0, 8.0)});
+    QTest::newRow("in bars as long as a song")
+        << trackOf({{.barIndex = 100, .events = {chord(4, 0.0, 4.0)}}}) << 300.0
+        << trackOf({{.barIndex = 1, .events = {chord(4, 100.0, 4.0)}}});
 }
 
 void CountedBarsTest::barsAreCountedAnew()
@@ -114,6 +122,18 @@ void CountedBarsTest::barsThatCannotBeCountedStay()
     QCOMPARE(counted(Doubles::infinity(), 4.0), before);
     QCOMPARE(counted(4.0, Doubles::quiet_NaN()), before);
     QCOMPARE(counted(1e9, 1.0), before);
+}
+
+/// At beat 4,402,218,298 the next number is a millionth of a beat further, which is more than what
+/// a bar of four thirds of a whole note has left there.
+void CountedBarsTest::barsTooFarAwayToBeToldApartEndTheChord()
+{
+    const HarmonyTrack far =
+        trackOf({{.barIndex = 1100554574, .events = {chord(4, 2.666666030883789, 1.0)}}});
+    qsizetype chords = 0;
+    for (const HarmonyBlock& block : withBarsCountedAnew(far, kBar, 16.0 / 3.0).blocks)
+        chords += block.events.size();
+    QVERIFY(chords <= 1);
 }
 
 QTEST_GUILESS_MAIN(CountedBarsTest)

@@ -83,6 +83,7 @@ private slots:
     void anOverlaidChordCutsWhatLiesThere_data();
     void anOverlaidChordCutsWhatLiesThere();
     void anOverlaidChordGoesOnOverBarLines();
+    void aChordOfADamagedFileDoesNotFillTheMemory();
     void aMillionthIsNeitherLeftNorLaid();
     void withoutABarNothingIsOverlaid_data();
     void withoutABarNothingIsOverlaid();
@@ -508,6 +509,14 @@ void HarmonyTrackTest::anOverlaidChordGoesOnOverBarLines()
     QCOMPARE(brokenPromise(track, kBar), QString());
 }
 
+void HarmonyTrackTest::aChordOfADamagedFileDoesNotFillTheMemory()
+{
+    HarmonyTrack track;
+    QVERIFY(track.overlayEvent(0.0, 4e6, 4, ChordExtension::Triad, kBar));
+    QCOMPARE(degreeAt(track, 0.0), 4);
+    QVERIFY(track.blocks.size() < 5000);
+}
+
 void HarmonyTrackTest::aMillionthIsNeitherLeftNorLaid()
 {
     const HarmonyTrack before = barOf({chord(2, 0.0, 2.0)});
@@ -516,6 +525,8 @@ void HarmonyTrackTest::aMillionthIsNeitherLeftNorLaid()
     QCOMPARE(degreeAt(track, 0.0), 0);
     track = before;
     QVERIFY(track.overlayEvent(0.0, 1e-6, 7, ChordExtension::Triad, kBar));
+    QVERIFY(track == before);
+    QVERIFY(track.overlayEvent(1.0, 0.9e-6, 7, ChordExtension::Triad, kBar));
     QVERIFY(track == before);
 }
 

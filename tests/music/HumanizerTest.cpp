@@ -441,9 +441,9 @@ void HumanizerTest::barLineIsNotCrossed()
 
 void HumanizerTest::grooveFollowsTheBar()
 {
-    const GrooveTemplate offsets = groove({{.position = 1.0, .velocityOffset = 20}});
     const QList<NoteEvent> notes{note(1.0), note(4.0), note(5.0), note(7.0)};
-    const auto accented = [&](double beatsPerBar) {
+    const auto accented = [&](double beatsPerBar, double position = 1.0) {
+        const GrooveTemplate offsets = groove({{.position = position, .velocityOffset = 20}});
         QList<bool> result;
         const QList<NoteEvent> with = apply(notes, settings(1.0F), &offsets, beatsPerBar);
         const QList<NoteEvent> without = apply(notes, settings(1.0F), nullptr, beatsPerBar);
@@ -454,6 +454,7 @@ void HumanizerTest::grooveFollowsTheBar()
     QCOMPARE(accented(4.0), (QList<bool>{true, false, true, false}));
     QCOMPARE(accented(3.0), (QList<bool>{true, true, false, true}));
     QCOMPARE(accented(Doubles::infinity()), (QList<bool>{true, false, false, false}));
+    QCOMPARE(accented(0.75, 0.25), (QList<bool>{true, true, false, true}));
 }
 
 void HumanizerTest::noteBeforeTheWorkHasItsPlaceInTheBar()
