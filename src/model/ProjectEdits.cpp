@@ -23,9 +23,9 @@ bool hasClips(const AudioTrack& track)
     return !track.clips.isEmpty();
 }
 
-/// A new accompaniment track at the end of the list, for a layer. Nothing in a full list.
-std::optional<qsizetype> addAccompaniment(Project& project, const QString& layerId,
-                                          const QString& instrumentId, const QString& name)
+/// A new accompaniment track at the end of the list, without a layer. Nothing in a full list.
+std::optional<qsizetype> addAccompaniment(Project& project, const QString& instrumentId,
+                                          const QString& name)
 {
     if (project.tracks.size() >= kMaxNoteTracks)
         return std::nullopt;
@@ -33,7 +33,6 @@ std::optional<qsizetype> addAccompaniment(Project& project, const QString& layer
     track.name = name;
     track.instrumentId = instrumentId;
     track.isAccompaniment = true;
-    track.layerId = layerId;
     project.tracks.append(track);
     return project.tracks.size() - 1;
 }
@@ -205,7 +204,7 @@ std::optional<qsizetype> ProjectEdits::addLoop(Project& project, const LoopBlock
 {
     auto index = accompanimentOf(project, block.layerId);
     if (!index)
-        index = addAccompaniment(project, block.layerId, instrumentId, newTrackName);
+        index = addAccompaniment(project, instrumentId, newTrackName);
     if (!index)
         return std::nullopt;
     Track& track = project.tracks[*index];

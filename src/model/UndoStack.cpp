@@ -94,9 +94,9 @@ Song UndoStack::presentState()
 void UndoStack::packDistantStates()
 {
     const KeptState& present = states_.at(index_);
-    for (qsizetype i = 0; i < index_ && plainBytes_ > mostPlainBytes_; ++i)
+    for (qsizetype i = 0; i < index_; ++i)
         states_[i].pack(present, &plainBytes_, mostPlainBytes_);
-    for (qsizetype i = states_.size() - 1; i > index_ && plainBytes_ > mostPlainBytes_; --i)
+    for (qsizetype i = states_.size() - 1; i > index_; --i)
         states_[i].pack(present, &plainBytes_, mostPlainBytes_);
 }
 

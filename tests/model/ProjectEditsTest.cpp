@@ -56,6 +56,7 @@ private slots:
     void aNewTrackTakesItsNameAsItIs();
     void takingTheNewTrackAwayGivesTheFormerProject();
 
+    void anotherMeterCountsTheBarsOfTheChordsAnew();
     void onlyOneIsMinor_data();
     void onlyOneIsMinor();
     void everyRootIsTaken();
@@ -65,6 +66,7 @@ private slots:
     void theLayerOfATrackIsItsOwnOrThatOfItsFirstLoop();
     void aBeatBelongsToTheBarThatHoldsIt_data();
     void aBeatBelongsToTheBarThatHoldsIt();
+    void theRhythmOfAWorkIsThatOfItsEarliestLoop();
     void theSameLoopAtItsPlaceAddsNothing_data();
     void theSameLoopAtItsPlaceAddsNothing();
     void theLoopThatAStateLacksIsFound();
@@ -74,6 +76,8 @@ private slots:
     void aLoopGoesToTheFirstTrackOfItsLayer();
     void aTrackTakesTheLayerOfItsLoops();
     void aFullListTakesLoopsOfItsOwnLayersOnly();
+
+    void aTakeGoesToTheLastVoiceTrack();
 
     void nothingIsAnnounced();
     void theTrackOfAnIndexIsRemoved_data();
@@ -295,7 +299,32 @@ void ProjectEditsTest::aKeyChangesNothingElse()
     }
 }
 
+/// Two bars of 4/4 are eight beats, wherever the bar lines of 3/4 fall among them.
+void ProjectEditsTest::anotherMeterCountsTheBarsOfTheChordsAnew()
+{
+    const TimeSignature waltz{.numerator = 3, .denominator = 4, .isCompound = false};
+    const auto song = project({}, harmony({1, 5}));
+    ProjectEdits::setMeter(*song, waltz);
+    QVERIFY(song->timeSignature == waltz);
+    QList<int> degrees;
+    for (const double beat : {0.5, 3.5, 4.5, 7.5, 8.5}) {
+        const HarmonyDegreeEvent* chord = song->harmonyTrack.eventAt(beat, 3.0);
+        degrees.append(chord ? chord->degree : 0);
+    }
+    QCOMPARE(degrees, (QList<int>{1, 1, 5, 5, 0}));
+}
+
 // ---- Loops ---------------------------------------------------------------------------------
+
+void ProjectEditsTest::theRhythmOfAWorkIsThatOfItsEarliestLoop()
+{
+    Song song;
+    QCOMPARE(ProjectEdits::firstRhythm(song), QString());
+    song.tracks = {plain("melodía"),
+                   loopTrack({loop("zamba", "a", 8.0, 4.0), loop("chacarera", "a", 4.0, 4.0)}),
+                   loopTrack({loop("gato", "b", 4.0, 4.0), loop("cueca", "b", 6.0, 4.0)})};
+    QCOMPARE(ProjectEdits::firstRhythm(song), "chacarera");
+}
 
 void ProjectEditsTest::theLayerOfATrackIsItsOwnOrThatOfItsFirstLoop_data()
 {
@@ -368,7 +397,9 @@ void ProjectEditsTest::theSameLoopAtItsPlaceAddsNothing_data()
 void ProjectEditsTest::theSameLoopAtItsPlaceAddsNothing()
 {
     QFETCH(LoopBlock, block);
-    const auto song = project({plain("a"), loopTrack({loop("zamba", "bombo", 4.0, 6.0)})});
+    const auto song =
+        project({plain("a"),
+                 loopTrack({loop("zamba", "bombo", 4.0, 6.0), loop("zamba", "bombo", 40.0, 6.0)})});
     QTEST(ProjectEdits::hasLoop(*song, block), "there");
 }
 
@@ -467,6 +498,23 @@ void ProjectEditsTest::aFullListTakesLoopsOfItsOwnLayersOnly()
     QCOMPARE(ProjectEdits::addLoop(*song, loop("r", "bombo", 0.0, 3.0), "gm_bajo", "x"),
              kMaxNoteTracks - 1);
     QCOMPARE(song->tracks.last().loopBlocks.size(), 1);
+}
+
+// ---- Takes ---------------------------------------------------------------------------------
+
+void ProjectEditsTest::aTakeGoesToTheLastVoiceTrack()
+{
+    Project project;
+    ProjectEdits::addClip(project, "Voz", clip("uno.wav"));
+    QCOMPARE(project.audioTracks.size(), 1);
+    QCOMPARE(project.audioTracks[0].name, "Voz");
+    QCOMPARE(project.audioTracks[0].clips, QList{clip("uno.wav")});
+
+    project.audioTracks.append(voiceTrack({clip("dos.wav")}));
+    ProjectEdits::addClip(project, "Otra", clip("tres.wav"));
+    QCOMPARE(project.audioTracks.size(), 2);
+    QCOMPARE(project.audioTracks[0].clips, QList{clip("uno.wav")});
+    QCOMPARE(project.audioTracks[1].clips, (QList{clip("dos.wav"), clip("tres.wav")}));
 }
 
 void ProjectEditsTest::nothingIsAnnounced()

@@ -164,10 +164,13 @@ private slots:
     void whatIsBeyondTheBoundIsPacked();
     void aGivenUpFutureGivesItsMemoryBack();
     void justAsManyBytesAsAllowedStayAsTheyAre();
+    void whereNothingMayStayThePresentAloneDoes();
     void everyKindOfRecordCounts();
     void aHundredStepsOfALongMelodyAreLight();
     void packedStatesComeBack();
     void walksOverPackedStatesAgreeWithAPlainStack();
+
+    void filesGetOtherNamesInEveryState();
 
     void stackNeverTouchesTheProject();
     void whoHoldsARecordReachesNoState();
@@ -547,6 +550,28 @@ void UndoStackTest::justAsManyBytesAsAllowedStayAsTheyAre()
     QVERIFY(bytesAfterAnEdit(all - 1) < all);
 }
 
+void UndoStackTest::whereNothingMayStayThePresentAloneDoes()
+{
+    Desk desk(0);
+    for (int tracks = 1; tracks < 4; ++tracks) {
+        desk.project.tracks = manyTracks(tracks);
+        desk.project.tracks[0].name = QString::number(tracks);
+        desk.project.audioTracks = {
+            voiceTrack(QList<AudioClip>(tracks, clip("voz" + QString::number(tracks))))};
+        desk.project.harmonyTrack = harmony(QList<int>(tracks, 4));
+        desk.stack.snapshot(desk.project);
+    }
+    desk.undo();
+    const qint64 withOthers = desk.stack.plainBytes();
+    desk.stack.changeAudioTracks([](QList<AudioTrack>& tracks) {
+        for (AudioTrack& track : tracks)
+            track.volume = 0.5F;
+    });
+    QCOMPARE(desk.stack.plainBytes(), withOthers);
+    desk.stack.reset(desk.project);
+    QCOMPARE(withOthers, desk.stack.plainBytes());
+}
+
 void UndoStackTest::everyKindOfRecordCounts()
 {
     Track loops;
@@ -565,6 +590,18 @@ void UndoStackTest::everyKindOfRecordCounts()
     QVERIFY(added(desk.project.harmonyTrack.blocks,
                   HarmonyBlock{.events = QList<HarmonyDegreeEvent>(100)}) >=
             qint64{100 * sizeof(HarmonyDegreeEvent)});
+    // A letter takes two bytes.
+    const QString text(1000, 'a');
+    Track named;
+    named.name = text;
+    named.instrumentId = text;
+    const qint64 nameless = added(desk.project.tracks, Track());
+    QVERIFY(added(desk.project.tracks, named) - nameless >= 4000);
+    const qint64 plain = added(desk.project.tracks, loopTrack({loop({}, {}, 0.0, 4.0)}));
+    QVERIFY(added(desk.project.tracks, loopTrack({loop(text, text, 0.0, 4.0)})) - plain >= 4000);
+    AudioTrack voice = voiceTrack({clip(text)});
+    voice.name = text;
+    QVERIFY(added(desk.project.audioTracks, voice) >= 4000);
 }
 
 void UndoStackTest::aGivenUpFutureGivesItsMemoryBack()
@@ -629,6 +666,37 @@ void UndoStackTest::walksOverPackedStatesAgreeWithAPlainStack()
     }
 }
 
+// ---- Voices --------------------------------------------------------------------------------
+
+void UndoStackTest::filesGetOtherNamesInEveryState()
+{
+    Desk desk;
+    desk.project.audioTracks = {voiceTrack({clip("voz.wav")})};
+    desk.stack.reset(desk.project);
+    desk.edit(90);
+    desk.project.audioTracks[0].clips.append(clip("eco.wav"));
+    desk.stack.snapshot(desk.project);
+    const auto files = [](const QList<AudioTrack>& tracks) {
+        QStringList names;
+        for (const AudioTrack& track : tracks) {
+            for (const AudioClip& clip : track.clips)
+                names.append(clip.audioFilePath);
+        }
+        return names;
+    };
+    const qint64 bytes = desk.stack.plainBytes();
+    desk.stack.changeAudioTracks([](QList<AudioTrack>& tracks) {
+        for (AudioTrack& track : tracks)
+            track.clips[0].audioFilePath = "luz.wav";
+    });
+    QCOMPARE(files(desk.stack.audioTracks()),
+             (QStringList{"luz.wav", "luz.wav", "luz.wav", "eco.wav"}));
+    // A track that two states share is still held once.
+    QCOMPARE(desk.stack.plainBytes(), bytes);
+    desk.undo();
+    QCOMPARE(files(desk.project.audioTracks), QStringList{"luz.wav"});
+}
+
 // ---- Manners -------------------------------------------------------------------------------
 
 void UndoStackTest::stackNeverTouchesTheProject()
@@ -655,11 +723,14 @@ void UndoStackTest::whoHoldsARecordReachesNoState()
     NoteEvent& held = desk.project.tracks[0].melodyBlocks[0].notes[0];
     AudioClip& heldClip = desk.project.audioTracks[0].clips[0];
     HarmonyDegreeEvent& heldChord = desk.project.harmonyTrack.blocks[0].events[0];
+    desk.project.collapsedGroups = {"bombo"};
+    QString& heldGroup = desk.project.collapsedGroups[0];
     desk.stack.snapshot(desk.project);
     const QByteArray before = textOf(desk.project.toJson());
     held.pitch = 61;
     heldClip.gain = 0.5F;
     heldChord.degree = 5;
+    heldGroup = "bajo";
     desk.stack.snapshot(desk.project);
     desk.undo();
     QCOMPARE(textOf(desk.project.toJson()), before);
