@@ -57,7 +57,20 @@ public:
         QCoreApplication::processEvents();
     }
 
+    static std::unique_ptr<Stage> ofBars(int bars)
+    {
+        auto stage = std::make_unique<Stage>(1, 1, 0);
+        stage->project->tracks[0].loopBlocks[0].startBeat = (bars - 1) * kBar;
+        emit stage->project->changed();
+        return stage;
+    }
+
     QWidget* grid() const { return arranger.view()->viewport(); }
+
+    /// In the first block.
+    static QPointF grip() { return {70.0, 65.0}; }
+
+    void rebuild() { arranger.rebuildScene(); }
 
     std::unique_ptr<Project> project;
     TrackArranger arranger;
@@ -109,54 +122,12 @@ public:
 };
 
 VoicedStage* voicedStage = nullptr;
-Stage* fullStage = nullptr;
-Stage* smallStage = nullptr;
-
-void rebuild(benchmark::State& state)
-{
-    for (auto _ : state) {
-        fullStage->arranger.rebuildScene();
-        Editing::settle(state);
-    }
-}
 
 /// As many rectangles as the rebuild makes blocks.
 void refillOfPlainItems(benchmark::State& state)
 {
     Editing::refill(state, 1400,
                     [](int i) { return QRectF(128.0 * (i % 100), 42.0 * (i / 100), 128.0, 36.0); });
-}
-
-/// In the first block.
-constexpr QPointF kGrip(70.0, 65.0);
-
-void dragStepInAFullSong(benchmark::State& state)
-{
-    Editing::dragSteps(state, fullStage->grid(), kGrip);
-}
-
-void dragStepInASmallSong(benchmark::State& state)
-{
-    Editing::dragSteps(state, smallStage->grid(), kGrip);
-}
-
-/// Paints the grid alone, into an image of the same size whatever the length of the song.
-void paintGrid(benchmark::State& state, int bars)
-{
-    const Stage stage(1, 1, 0);
-    stage.project->tracks[0].loopBlocks[0].startBeat = (bars - 1) * kBar;
-    emit stage.project->changed();
-    Editing::paint(state, stage.grid());
-}
-
-void gridOfAHundredBars(benchmark::State& state)
-{
-    paintGrid(state, 100);
-}
-
-void gridOfTenThousandBars(benchmark::State& state)
-{
-    paintGrid(state, 10000);
 }
 
 void dragStepOfAVoice(benchmark::State& state)
@@ -282,12 +253,7 @@ BENCHMARK(playheadOverVoices)->Unit(benchmark::kMillisecond);
 BENCHMARK(gridOfVoicesFromAfar)->Unit(benchmark::kMillisecond);
 BENCHMARK(gridOfVoicesAtOnce)->Unit(benchmark::kMillisecond);
 BENCHMARK(gridOfVoicesFromNear)->Unit(benchmark::kMillisecond);
-BENCHMARK(rebuild)->Unit(benchmark::kMillisecond);
 BENCHMARK(refillOfPlainItems)->Unit(benchmark::kMillisecond);
-BENCHMARK(dragStepInAFullSong)->Unit(benchmark::kMillisecond);
-BENCHMARK(dragStepInASmallSong)->Unit(benchmark::kMillisecond);
-BENCHMARK(gridOfAHundredBars)->Unit(benchmark::kMillisecond);
-BENCHMARK(gridOfTenThousandBars)->Unit(benchmark::kMillisecond);
 
 } // namespace
 
@@ -298,8 +264,7 @@ int main(int argc, char** argv)
     Stage small(8, 80, 40);
     VoicedStage voiced;
     voicedStage = &voiced;
-    fullStage = &full;
-    smallStage = &small;
+    Editing::addEditor<Stage>(full, small);
     return runBenchmarks(argc, argv,
                          {{"Rebuild of 1400 blocks over refill of 1400 plain items", "rebuild",
                            "refillOfPlainItems", "below 6, and the rebuild itself below 20 ms"},

@@ -67,4 +67,31 @@ inline void paint(benchmark::State& state, QWidget* widget)
     }
 }
 
+/// Measures an editor by what it does on stages of its own: on a full one, a small one, and on
+/// those of `Stage::ofBars()`, where there is hardly anything to be seen of a song of so many bars.
+/// A stage has a `grid()`, a place in it by which to drag, `grip()`, and can `rebuild()` its scene.
+template <typename Stage>
+void addEditor(Stage& full, Stage& small)
+{
+    const auto add = [](const char* name, const auto& steps) {
+        benchmark::RegisterBenchmark(name, steps)->Unit(benchmark::kMillisecond);
+    };
+    const auto drag = [](Stage& stage) {
+        return [&](benchmark::State& state) { dragSteps(state, stage.grid(), stage.grip()); };
+    };
+    const auto grid = [](int bars) {
+        return [bars](benchmark::State& state) { paint(state, Stage::ofBars(bars)->grid()); };
+    };
+    add("rebuild", [&](benchmark::State& state) {
+        for (auto _ : state) {
+            full.rebuild();
+            settle(state);
+        }
+    });
+    add("dragStepInAFullSong", drag(full));
+    add("dragStepInASmallSong", drag(small));
+    add("gridOfAHundredBars", grid(100));
+    add("gridOfTenThousandBars", grid(10000));
+}
+
 } // namespace Editing

@@ -2,10 +2,10 @@
 // step of scrolling each have a frame of a screen that shows 60 a second: 16 ms.
 
 #include "Editing.h"
+#include "OpenedWindow.h"
 #include "RatioReporter.h"
 #include "Songs.h"
 #include "playback/PlaybackEngine.h"
-#include "shell/MainWindow.h"
 #include "support/SoundFile.h"
 #include "views/PlayheadFollower.h"
 #include "views/arranger/ArrangerGridView.h"
@@ -16,10 +16,8 @@
 #include "views/pianoroll/PianoRollLayout.h"
 #include "views/pianoroll/PianoRollViewport.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QScrollBar>
-#include <QTemporaryDir>
 
 namespace {
 
@@ -146,14 +144,8 @@ BENCHMARK(stateAsJson)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    const QTemporaryDir home;
-    qputenv("HOME", home.path().toUtf8());
-    qunsetenv("XDG_CONFIG_HOME");
-    QApplication application(argc, argv);
-    MainWindow window;
-    window.resize(1366, 768);
-    window.show();
-    openedWindow = &window;
+    OpenedWindow opened(argc, argv);
+    openedWindow = opened.window();
     return runBenchmarks(argc, argv,
                          {{"Edit of a large song over its state as JSON", "editALargeSong",
                            "stateAsJson", "the edit itself below 16 ms"},

@@ -1,19 +1,17 @@
 // From a click on the program's icon to its first painted window, and what an edit costs there.
 
+#include "OpenedWindow.h"
 #include "RatioReporter.h"
 #include "content/LoopLibrary.h"
 #include "model/Project.h"
 #include "playback/PlaybackEngine.h"
 #include "playback/SoundfontPlayer.h"
 #include "shell/IgualadorSimbolos.h"
-#include "shell/MainWindow.h"
 #include "shell/theme/ThemeManager.h"
 #include "storage/LocalStorageProvider.h"
 
-#include <QApplication>
 #include <QProcess>
 #include <QStandardPaths>
-#include <QTemporaryDir>
 #include <QTimer>
 
 #include <chrono>
@@ -220,14 +218,8 @@ int main(int argc, char** argv)
     if (child)
         return argv[1] == std::string_view(kLoadBank) ? loadBank(argc, argv)
                                                       : openWindow(argc, argv);
-    const QTemporaryDir home;
-    qputenv("HOME", home.path().toUtf8());
-    qunsetenv("XDG_CONFIG_HOME");
-    QApplication application(argc, argv);
-    MainWindow window;
-    window.resize(1366, 768);
-    window.show();
-    openedWindow = &window;
+    OpenedWindow opened(argc, argv);
+    openedWindow = opened.window();
     return runBenchmarks(argc, argv,
                          {{"First painted window over the load of the bank",
                            "processStartToFirstPaint", "bankLoad", "below 3"},
