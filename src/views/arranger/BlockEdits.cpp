@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <type_traits>
 #include <utility>
 
 namespace {
@@ -16,43 +17,45 @@ bool holds(const List& list, int index)
     return index >= 0 && index < list.size();
 }
 
-template <typename Record>
-const Record& at(const QList<Record>& list, int index)
+/// The record of a block in one of the lists of its track; null for none.
+template <typename Tracks, typename List>
+auto recordOf(Tracks& tracks, List list, const BlockRef& block)
 {
-    return list.at(index);
+    const bool any = holds(tracks, block.trackIndex) &&
+                     holds(tracks.at(block.trackIndex).*list, block.blockIndex);
+    return any ? &(tracks[block.trackIndex].*list)[block.blockIndex] : nullptr;
 }
 
-template <typename Record>
-Record& at(QList<Record>& list, int index)
-{
-    return list[index];
-}
+/// The numbers of a record that say where it lies. Null for a stale reference, and for a chord.
+template <typename Number>
+struct Place {
+    Number* start = nullptr;
+    Number* length = nullptr;
+};
 
-/// Calls `visit` with the start and the length of a record, if there is one that has them.
-template <typename AnyProject, typename Visit>
-void visitSpan(AnyProject& project, const BlockRef& block, Visit visit)
+/// Numbers to write to, unless the project is a constant.
+template <typename AnyProject>
+auto placeOf(AnyProject& project, const BlockRef& block)
 {
-    if (block.kind == BlockKind::Audio) {
-        if (holds(project.audioTracks, block.trackIndex) &&
-            holds(project.audioTracks.at(block.trackIndex).clips, block.blockIndex)) {
-            auto& clip = at(at(project.audioTracks, block.trackIndex).clips, block.blockIndex);
-            visit(clip.offsetBeats, clip.durationBeats);
-        }
-        return;
+    using Number = std::conditional_t<std::is_const_v<AnyProject>, const double, double>;
+    Place<Number> place;
+    switch (block.kind) {
+    case BlockKind::Melody:
+        if (auto* melody = recordOf(project.tracks, &Track::melodyBlocks, block))
+            place = {&melody->startBeat, &melody->durationBeats};
+        break;
+    case BlockKind::Loop:
+        if (auto* loop = recordOf(project.tracks, &Track::loopBlocks, block))
+            place = {&loop->startBeat, &loop->durationBeats};
+        break;
+    case BlockKind::Audio:
+        if (auto* clip = recordOf(project.audioTracks, &AudioTrack::clips, block))
+            place = {&clip->offsetBeats, &clip->durationBeats};
+        break;
+    case BlockKind::Chord:
+        break;
     }
-    if (block.kind == BlockKind::Chord || !holds(project.tracks, block.trackIndex))
-        return;
-    const auto visitIn = [&](auto& blocks) {
-        if (holds(blocks, block.blockIndex)) {
-            auto& record = at(blocks, block.blockIndex);
-            visit(record.startBeat, record.durationBeats);
-        }
-    };
-    auto& track = at(project.tracks, block.trackIndex);
-    if (block.kind == BlockKind::Melody)
-        visitIn(track.melodyBlocks);
-    else
-        visitIn(track.loopBlocks);
+    return place;
 }
 
 void removeChord(HarmonyTrack& harmony, const BlockRef& block)
@@ -86,21 +89,20 @@ std::optional<BlockSpan> BlockEdits::spanOf(const Project& project, const BlockR
 {
     if (block.kind == BlockKind::Chord)
         return spanOfChord(project, block);
-    std::optional<BlockSpan> span;
-    visitSpan(project, block, [&](double start, double length) {
-        span = BlockSpan{.start = start, .length = length};
-    });
-    return span;
+    const auto place = placeOf(project, block);
+    return place.start ? std::optional(BlockSpan{*place.start, *place.length}) : std::nullopt;
 }
 
 void BlockEdits::setStart(Project& project, const BlockRef& block, double start)
 {
-    visitSpan(project, block, [&](double& present, double&) { present = start; });
+    if (const auto place = placeOf(project, block); place.start)
+        *place.start = start;
 }
 
 void BlockEdits::setLength(Project& project, const BlockRef& block, double length)
 {
-    visitSpan(project, block, [&](double&, double& present) { present = length; });
+    if (const auto place = placeOf(project, block); place.length)
+        *place.length = length;
 }
 
 void BlockEdits::remove(Project& project, const BlockRef& block)
