@@ -26,6 +26,8 @@ struct AudioClip {
     float fadeOutSeconds = 0.0F;
     VoiceTuneSettings tune;
 
+    double endBeat() const { return offsetBeats + durationBeats; }
+
     friend bool operator==(const AudioClip&, const AudioClip&) = default;
 };
 

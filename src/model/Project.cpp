@@ -33,14 +33,14 @@ double endOfFilled(const Project& project)
     for (const Track& track : project.tracks) {
         for (const MelodyBlock& block : track.melodyBlocks) {
             if (!block.notes.isEmpty())
-                raiseTo(end, block.startBeat + block.durationBeats);
+                raiseTo(end, block.endBeat());
         }
         for (const LoopBlock& block : track.loopBlocks)
-            raiseTo(end, block.startBeat + block.durationBeats);
+            raiseTo(end, block.endBeat());
     }
     for (const AudioTrack& track : project.audioTracks) {
         for (const AudioClip& clip : track.clips)
-            raiseTo(end, clip.offsetBeats + clip.durationBeats);
+            raiseTo(end, clip.endBeat());
     }
     for (const HarmonyBlock& block : project.harmonyTrack.blocks) {
         if (!block.events.isEmpty())
@@ -84,7 +84,7 @@ double Project::endBeat() const
     double end = endOfFilled(*this);
     for (const Track& track : tracks) {
         for (const MelodyBlock& block : track.melodyBlocks)
-            raiseTo(end, block.startBeat + block.durationBeats);
+            raiseTo(end, block.endBeat());
     }
     return onWholeBar(end, beatsPerBar());
 }

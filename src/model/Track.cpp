@@ -7,7 +7,7 @@ void MelodyBlock::fitDurationToNotes(double minimum)
 {
     double needed = minimum;
     for (const NoteEvent& note : notes)
-        needed = std::max(needed, note.startBeat + note.durationBeats);
+        needed = std::max(needed, note.endBeat());
     durationBeats = std::max(durationBeats, needed);
 }
 

@@ -16,6 +16,8 @@ struct MelodyBlock {
     /// Starts count from the block's start.
     QList<NoteEvent> notes;
 
+    double endBeat() const { return startBeat + durationBeats; }
+
     /// Grows the block to hold all its notes and at least `minimum` beats; never shortens it.
     void fitDurationToNotes(double minimum);
 
@@ -36,6 +38,8 @@ struct LoopBlock {
     LoopSection section = LoopSection::Normal;
     /// Number of the variant within its section, as the content package counts them.
     qint32 variantIndex = 1;
+
+    double endBeat() const { return startBeat + durationBeats; }
 
     friend bool operator==(const LoopBlock&, const LoopBlock&) = default;
 };

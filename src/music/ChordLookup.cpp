@@ -30,7 +30,7 @@ void ChordLookup::appendStretches(const QList<HarmonyDegreeEvent>& events)
     edges.reserve(static_cast<std::size_t>(2 * events.size()));
     for (qsizetype i = 0; i < events.size(); ++i) {
         const double from = events[i].startBeat - kBeatEpsilon;
-        const double to = events[i].startBeat + events[i].durationBeats - kBeatEpsilon;
+        const double to = events[i].endBeat() - kBeatEpsilon;
         if (from < to) {
             edges.push_back({from, i, true});
             edges.push_back({to, i, false});

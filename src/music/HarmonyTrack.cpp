@@ -16,7 +16,7 @@ QList<HarmonyDegreeEvent> withRoomFor(const QList<HarmonyDegreeEvent>& events, d
     QList<HarmonyDegreeEvent> kept;
     for (HarmonyDegreeEvent event : events) {
         if (event.startBeat < start) {
-            if (event.startBeat + event.durationBeats > start)
+            if (event.endBeat() > start)
                 event.durationBeats = start - event.startBeat;
         } else if (event.startBeat < start + duration) {
             continue;
@@ -39,7 +39,7 @@ QList<HarmonyDegreeEvent> withHole(const QList<HarmonyDegreeEvent>& events, doub
             kept.append(event);
     };
     for (const HarmonyDegreeEvent& event : events) {
-        const double eventEnd = event.startBeat + event.durationBeats;
+        const double eventEnd = event.endBeat();
         if (eventEnd <= start || event.startBeat >= end) {
             kept.append(event);
             continue;
@@ -54,8 +54,7 @@ QList<HarmonyDegreeEvent> withHole(const QList<HarmonyDegreeEvent>& events, doub
 
 bool HarmonyDegreeEvent::covers(double beatInBar) const
 {
-    return beatInBar >= startBeat - kBeatEpsilon &&
-           startBeat + durationBeats - kBeatEpsilon > beatInBar;
+    return beatInBar >= startBeat - kBeatEpsilon && endBeat() - kBeatEpsilon > beatInBar;
 }
 
 bool HarmonyTrack::isEmpty() const

@@ -17,6 +17,8 @@ struct HarmonyDegreeEvent {
     /// boundary the later chord is.
     bool covers(double beatInBar) const;
 
+    double endBeat() const { return startBeat + durationBeats; }
+
     friend bool operator==(const HarmonyDegreeEvent&, const HarmonyDegreeEvent&) = default;
 };
 

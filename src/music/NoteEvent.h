@@ -14,5 +14,8 @@ struct NoteEvent {
     /// MIDI velocity.
     qint32 velocity = 100;
 
+    /// As written; see NoteRenderer::releaseBeats() for when the note is let go.
+    double endBeat() const { return startBeat + durationBeats; }
+
     friend bool operator==(const NoteEvent&, const NoteEvent&) = default;
 };

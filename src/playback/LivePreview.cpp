@@ -20,7 +20,7 @@ QList<ScheduledEvent> eventsOf(const LoopVariant& variant, double msPerBeat)
     QList<NoteEvent> notes = variant.notes;
     notes.removeIf([msPerBeat](const NoteEvent& note) {
         return !std::isfinite(note.startBeat * msPerBeat) ||
-               !std::isfinite((note.startBeat + note.durationBeats) * msPerBeat);
+               !std::isfinite(note.endBeat() * msPerBeat);
     });
     QList<ScheduledEvent> events;
     double end = 0.0;

@@ -52,7 +52,7 @@ double endOfVoices(const Project& project)
         if (!heard.at(i))
             continue;
         for (const AudioClip& clip : project.audioTracks.at(i).clips) {
-            const double clipEnd = clip.offsetBeats + clip.durationBeats;
+            const double clipEnd = clip.endBeat();
             end = std::isfinite(clipEnd) ? std::max(end, clipEnd) : end;
         }
     }

@@ -26,7 +26,7 @@ void Schedule::appendNotes(QList<ScheduledEvent>& events, const QList<NoteEvent>
                        .channel = channel,
                        .pitch = note.pitch,
                        .velocity = 0});
-        end = std::max(end, note.startBeat + note.durationBeats);
+        end = std::max(end, note.endBeat());
     }
 }
 

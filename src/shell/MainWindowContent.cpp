@@ -108,14 +108,13 @@ void MainWindow::handleLoopChosen(const LoopBlock& block, const QString& instrum
 void MainWindow::goOnBehind(const LoopBlock& block)
 {
     if (!engine_->isPlaying())
-        arranger_->placePlayhead(block.startBeat + block.durationBeats);
+        arranger_->placePlayhead(block.endBeat());
 }
 
 void MainWindow::takePlayheadBack(const Song& former)
 {
     const auto gone = ProjectEdits::loopMissingIn(*project_, former);
-    if (gone && !engine_->isPlaying() &&
-        engine_->playheadBeat() == gone->startBeat + gone->durationBeats)
+    if (gone && !engine_->isPlaying() && engine_->playheadBeat() == gone->endBeat())
         arranger_->placePlayhead(gone->startBeat);
 }
 

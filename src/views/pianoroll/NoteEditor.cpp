@@ -310,7 +310,7 @@ std::optional<int> NoteEditor::writeNote(int pitch)
         std::clamp(pitch, PianoRollLayout::kLowestPitch, PianoRollLayout::kHighestPitch);
     NoteEdits::add(*block, NoteEdits::snapped(playback_->playheadBeat(), step), row, step);
     const NoteEvent written = block->notes.last();
-    const double end = block->startBeat + written.startBeat + written.durationBeats;
+    const double end = block->startBeat + written.endBeat();
     commitSelecting({written});
     emit reached(scene_->selectedNotes());
     if (!playback_->isPlaying())

@@ -34,7 +34,7 @@ double latestEnd(const QList<NoteEvent>& notes)
 {
     double latest = -std::numeric_limits<double>::infinity();
     for (const NoteEvent& note : notes)
-        latest = std::max(latest, note.startBeat + note.durationBeats);
+        latest = std::max(latest, note.endBeat());
     return latest;
 }
 

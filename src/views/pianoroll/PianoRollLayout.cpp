@@ -148,7 +148,7 @@ int PianoRollLayout::barsOf(const MelodyBlock& block, double beatsPerBar)
     double end = -start;
     for (const NoteEvent& note : block.notes) {
         start = std::min(start, block.startBeat + note.startBeat);
-        end = std::max(end, block.startBeat + note.startBeat + note.durationBeats);
+        end = std::max(end, block.startBeat + note.endBeat());
     }
     const double bars = std::ceil(end / beatsPerBar - kBeatEpsilon) -
                         std::floor(start / beatsPerBar + kBeatEpsilon);
