@@ -119,6 +119,16 @@ inline QList<float> scaled(QList<float> samples, float factor)
     return samples;
 }
 
+/// Of any two samples at one place; beyond all samples for lists of two lengths.
+inline double largestDifference(const QList<float>& a, const QList<float>& b)
+{
+    double largest = a.size() == b.size() ? 0.0 : 1e9;
+    for (qsizetype i = 0; i < std::min(a.size(), b.size()); ++i)
+        largest =
+            std::max(largest, std::abs(static_cast<double>(a[i]) - static_cast<double>(b[i])));
+    return largest;
+}
+
 inline double energy(const QList<float>& samples)
 {
     double sum = 0.0;

@@ -51,15 +51,6 @@ QList<float> ramp(qsizetype count)
     return samples;
 }
 
-double largestDifference(const QList<float>& a, const QList<float>& b)
-{
-    double largest = a.size() == b.size() ? 0.0 : 1e9;
-    for (qsizetype i = 0; i < std::min(a.size(), b.size()); ++i)
-        largest =
-            std::max(largest, std::abs(static_cast<double>(a[i]) - static_cast<double>(b[i])));
-    return largest;
-}
-
 /// What every result must satisfy, whatever was read.
 bool isCoherent(const AudioDecoder::Result& result)
 {
@@ -239,7 +230,7 @@ void AudioDecoderTest::everyWrittenSampleComesBack()
     QCOMPARE(result.sampleRate, sampleRate);
     QCOMPARE(result.channels, channels);
     QCOMPARE(result.samples.size(), samples.size());
-    QVERIFY(largestDifference(result.samples, samples) <= tolerance);
+    QVERIFY(Tones::largestDifference(result.samples, samples) <= tolerance);
 }
 
 void AudioDecoderTest::compressedWithLossKeepsThePitch_data()
@@ -736,7 +727,7 @@ void AudioDecoderTest::writtenFilesReadBackWithinHalfAStep()
     QCOMPARE(result.sampleRate, sampleRate);
     QCOMPARE(result.channels, channels);
     // Written as multiples of 1/32767, read as multiples of 1/32768.
-    QVERIFY(largestDifference(result.samples, samples) <= 0.5 / 32767 + 1.0 / 32768);
+    QVERIFY(Tones::largestDifference(result.samples, samples) <= 0.5 / 32767 + 1.0 / 32768);
 }
 
 void AudioDecoderTest::samplesBeyondFullScaleAreHeldThere_data()

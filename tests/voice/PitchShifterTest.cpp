@@ -125,15 +125,6 @@ QString difference(const QList<float>& actual, const QList<float>& expected)
     return {};
 }
 
-double largestDifference(const QList<float>& a, const QList<float>& b)
-{
-    double largest = a.size() == b.size() ? 0.0 : 1e9;
-    for (qsizetype i = 0; i < std::min(a.size(), b.size()); ++i)
-        largest =
-            std::max(largest, std::abs(static_cast<double>(a[i]) - static_cast<double>(b[i])));
-    return largest;
-}
-
 QList<float> ramp(qsizetype count)
 {
     QList<float> samples(count);
@@ -210,7 +201,7 @@ void PitchShifterTest::ratiosOfOneReturnTheInputUpToRounding()
     const QList<float> samples = Tones::noise(count, 2, 1.0);
     for (const qsizetype ratios : {1, 3, 100}) {
         const QList<float> shifted = PitchShifter::process(samples, QList<float>(ratios, 1.0F));
-        QVERIFY(largestDifference(shifted, samples) <= 1e-6);
+        QVERIFY(Tones::largestDifference(shifted, samples) <= 1e-6);
     }
 }
 
@@ -476,7 +467,7 @@ void PitchShifterTest::noiseIsReadAtWholeSamples()
     periods[0] = 101.3F;
     const QList<float> noise = Tones::noise(60000, 12);
     const QList<float> shifted = PitchShifter::process(noise, ratios, periods);
-    QVERIFY(largestDifference(shifted.mid(4096, 50000), noise.mid(4096 + 41, 50000)) < 1e-6);
+    QVERIFY(Tones::largestDifference(shifted.mid(4096, 50000), noise.mid(4096 + 41, 50000)) < 1e-6);
 }
 
 void PitchShifterTest::movingTheInputByAHopMovesTheOutputByAHop_data()
@@ -495,7 +486,7 @@ void PitchShifterTest::movingTheInputByAHopMovesTheOutputByAHop()
     const QList<float> moved = PitchShifter::process(samples.mid(512), {ratio});
     // Clear of the edges, where fewer frames overlap.
     QCOMPARE(difference(shifted.mid(4096, 4096), moved.mid(4096 - 512, 4096)), QString());
-    QVERIFY(largestDifference(shifted.mid(4096, 4096), samples.mid(4096, 4096)) > 1e-2);
+    QVERIFY(Tones::largestDifference(shifted.mid(4096, 4096), samples.mid(4096, 4096)) > 1e-2);
 }
 
 void PitchShifterTest::noOutputIsLouderThanTheLoudestInput()

@@ -42,15 +42,6 @@ double ratioOf(double hz, const QList<int>& scale, float intensity = 1.0F)
     return ratios.size() == 1 ? static_cast<double>(ratios.first()) : 0.0;
 }
 
-double largestDifference(const QList<float>& a, const QList<float>& b)
-{
-    double largest = a.size() == b.size() ? 0.0 : 1e9;
-    for (qsizetype i = 0; i < std::min(a.size(), b.size()); ++i)
-        largest =
-            std::max(largest, std::abs(static_cast<double>(a[i]) - static_cast<double>(b[i])));
-    return largest;
-}
-
 /// Frequency of the second half of a tone that crosses zero upward once a period.
 double hzOfHeld(const QList<float>& samples)
 {
@@ -312,7 +303,7 @@ void VoiceTunerTest::aVoiceInTuneComesOutUnchanged()
     const QList<float> voice = Tones::sine(hzOf(note), 44100, 44100);
     const QList<float> tuned = VoiceTuner::tune(voice, 44100, key(0), tuning(1.0F));
     // A pitch found 0.1 cents off moves the end of a frame by a tenth of a sample.
-    QVERIFY(largestDifference(tuned, voice) < 0.005);
+    QVERIFY(Tones::largestDifference(tuned, voice) < 0.005);
 }
 
 void VoiceTunerTest::aVoiceWithoutPitchComesOutUnchanged_data()
@@ -327,7 +318,7 @@ void VoiceTunerTest::aVoiceWithoutPitchComesOutUnchanged()
 {
     QFETCH(QList<float>, samples);
     const QList<float> tuned = VoiceTuner::tune(samples, 44100, key(0), tuning(1.0F));
-    QVERIFY(largestDifference(tuned, samples) <= 1e-6);
+    QVERIFY(Tones::largestDifference(tuned, samples) <= 1e-6);
 }
 
 void VoiceTunerTest::anotherKeyDrawsToAnotherNote()

@@ -84,6 +84,15 @@ private:
         stage_->release(place + way);
     }
 
+    /// Pulls the line up to a gain of 1.4 and holds it there. The place where it was.
+    QPoint holdTheLine() const
+    {
+        const QPoint line = stage_->at(5.0, kAnaY);
+        stage_->press(line);
+        stage_->move(line - QPoint(0, 6));
+        return line;
+    }
+
     void rebuild() { emit stage_->song.changed(); }
 
     std::unique_ptr<ArrangerStage> stage_;
@@ -264,9 +273,7 @@ void ClipGesturesTest::aPressAloneIsNoEdit()
 
 void ClipGesturesTest::aDragWhoseButtonCameUpElsewhereIsOver()
 {
-    const QPoint line = stage_->at(5.0, kAnaY);
-    stage_->press(line);
-    stage_->move(line - QPoint(0, 6));
+    const QPoint line = holdTheLine();
     stage_->moveWithoutButtons(line + QPoint(0, 6));
     QCOMPARE(levels().gain, 1.4F);
     QCOMPARE(edits_->count(), 1);
@@ -274,9 +281,7 @@ void ClipGesturesTest::aDragWhoseButtonCameUpElsewhereIsOver()
 
 void ClipGesturesTest::aDragLosesAClipThatSomebodyElseChanges()
 {
-    const QPoint line = stage_->at(5.0, kAnaY);
-    stage_->press(line);
-    stage_->move(line - QPoint(0, 6));
+    const QPoint line = holdTheLine();
     voice().gain = 0.1F;
     stage_->move(line - QPoint(0, 9));
     stage_->release(line);
@@ -286,9 +291,7 @@ void ClipGesturesTest::aDragLosesAClipThatSomebodyElseChanges()
 
 void ClipGesturesTest::whatReadsTheSongEndsTheDrag()
 {
-    const QPoint line = stage_->at(5.0, kAnaY);
-    stage_->press(line);
-    stage_->move(line - QPoint(0, 6));
+    const QPoint line = holdTheLine();
     arranger().endDrag();
     QCOMPARE(edits_->count(), 1);
     stage_->move(line + QPoint(0, 6));
@@ -424,9 +427,7 @@ void ClipGesturesTest::theFocusTakesTheRunAlong()
 
 void ClipGesturesTest::theTipTellsTheValue()
 {
-    const QPoint line = stage_->at(5.0, kAnaY);
-    stage_->press(line);
-    stage_->move(line - QPoint(0, 6));
+    const QPoint line = holdTheLine();
     QCOMPARE(QToolTip::text(), QStringLiteral("Volumen: 140 %"));
     stage_->release(line - QPoint(0, 6));
     stage_->move(line - QPoint(0, 6));
