@@ -43,7 +43,11 @@ bool ExportFile::flush()
 
 QString ExportFile::errorString()
 {
-    if (file_->isOpen() && file_->error() == QFileDevice::NoError && file_->putChar('\0'))
+    // Of bytes that found no room the next try alone tells why: of those that wait to be written,
+    // or of one more where none does.
+    if (file_->isOpen() && file_->error() == QFileDevice::NoError)
+        file_->putChar('\0');
+    if (file_->isOpen())
         flush();
     return file_->error() == QFileDevice::NoError ? QString() : file_->errorString();
 }

@@ -230,10 +230,16 @@ class Trial:
                                                     -self.deadly[name], self.seconds[name]))
 
     def outcomes(self, mutants):
+        """Each change with what became of it; an interruption ends with those that are under way."""
         self.prepare(mutants)
-        with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:
+        pool = concurrent.futures.ThreadPoolExecutor(JOBS)
+        try:
             yield from zip(mutants, pool.map(self.outcome, mutants))
-        self.memory.write_text(json.dumps(self.killers, indent=1))
+        except KeyboardInterrupt:
+            pass
+        finally:
+            pool.shutdown(cancel_futures=True)
+            self.memory.write_text(json.dumps(dict(self.killers), indent=1))
 
 
 def without_troublesome(mutants, trouble, name):
