@@ -88,6 +88,9 @@ void MainWindow::handleLoopChosen(const LoopBlock& block, const QString& instrum
     const QString number = QString::number(placed.variantIndex);
     if (ProjectEdits::hasLoop(*project_, placed)) {
         statusBar()->showMessage(tr("Ahí ya está %1.").arg(section + u' ' + number), kPlacedMs);
+        const auto present = ProjectEdits::accompanimentOf(*project_, placed.layerId);
+        arranger_->showLane({LaneKind::NoteTrack, static_cast<int>(present.value_or(-1))});
+        arranger_->showBeat(placed.startBeat);
         return;
     }
     const auto track = ProjectEdits::addLoop(*project_, placed, instrumentId, trackName);

@@ -22,6 +22,7 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr int kSavedMs = 2000;
+constexpr int kNothingToRemoveMs = 5000;
 
 constexpr qsizetype kRecentWorks = 10;
 constexpr int kRecentNameWidth = 320;
@@ -251,8 +252,10 @@ void MainWindow::removeSelectedTrack()
     if (!project_)
         return;
     const int voice = arranger_->selectedAudioTrack();
-    if (voice < 0 && !ProjectEdits::removeNoteTrack(*project_, arranger_->activeTrack()))
+    if (voice < 0 && !ProjectEdits::removeNoteTrack(*project_, arranger_->activeTrack())) {
+        statusBar()->showMessage(tr("Elegí la velta que querés quitar."), kNothingToRemoveMs);
         return;
+    }
     if (voice >= 0)
         ProjectEdits::removeAudioTrack(*project_, voice);
     snapshotAndRefresh();

@@ -47,6 +47,8 @@ private slots:
     void aNewLaneComesIntoSight_data();
     void aNewLaneComesIntoSight();
     void whatIsInSightStaysWhereItIs();
+    void whatIsThereAlreadyComesIntoSight();
+    void withTheChordsSelectedNoTrackIsRemoved();
 
 private:
     QByteArray bytes() { return QJsonDocument(stage_->song().toJson()).toJson(); }
@@ -390,6 +392,28 @@ void MainWindowArrangerTest::whatIsInSightStaysWhereItIs()
     stage_->window().handleLoopChosen(loop("r", "bombo", 8.0, 4.0), "gm_bajo", "Bombo");
     QCOMPARE(stage_->song().tracks.last().loopBlocks.size(), 2);
     QCOMPARE(scroll().value(), before);
+}
+
+void MainWindowArrangerTest::whatIsThereAlreadyComesIntoSight()
+{
+    openHighSong();
+    arranger().view()->horizontalScrollBar()->setValue(300);
+    stage_->window().handleLoopChosen(loop("r", "bombo", -1.0, 4.0), "gm_bajo", "Bombo");
+    QCOMPARE(stage_->message(), "Ahí ya está Normal 1.");
+    QVERIFY(isSeen(arranger().laneTopForNoteTrack(10)));
+    QCOMPARE(arranger().view()->horizontalScrollBar()->value(), 0);
+}
+
+// Nothing says otherwise why a track that was selected before stays.
+void MainWindowArrangerTest::withTheChordsSelectedNoTrackIsRemoved()
+{
+    openSong();
+    const QByteArray before = bytes();
+    arranger().selectChords();
+    stage_->choose("Quitar velta");
+    QCOMPARE(bytes(), before);
+    QVERIFY(!stage_->canUndo());
+    QCOMPARE(stage_->message(), "Elegí la velta que querés quitar.");
 }
 
 QTEST_MAIN(MainWindowArrangerTest)

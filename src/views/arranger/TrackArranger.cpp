@@ -257,8 +257,7 @@ void TrackArranger::placePlayhead(double beat)
         return;
     const double last = scene_->width() / ArrangerLayout::kBeatPixels;
     playback_->setPlayheadBeat(std::clamp(beat, 0.0, last));
-    const double x = playback_->playheadBeat() * ArrangerLayout::kBeatPixels;
-    ScrollIntoView::horizontally(*view_, x, x);
+    showBeat(playback_->playheadBeat());
     if (!blocks_->current())
         tellPlayhead();
 }

@@ -123,6 +123,9 @@ public:
     /// Scrolls a lane into sight, unless its group is folded.
     void showLane(const LaneRef& lane);
 
+    /// Scrolls a beat of the song into sight.
+    void showBeat(double beat);
+
     void toggleLaneMute(const LaneInfo& lane);
 
     /// Paints the names and the mute buttons of the lanes anew, which others may have changed.

@@ -181,6 +181,12 @@ void TrackArranger::showLane(const LaneRef& lane)
         ScrollIntoView::vertically(*view_, info->top, info->bottom());
 }
 
+void TrackArranger::showBeat(double beat)
+{
+    const double x = beat * ArrangerLayout::kBeatPixels;
+    ScrollIntoView::horizontally(*view_, x, x);
+}
+
 /// In beats: where the keys are, by what is selected or else by the playhead.
 double TrackArranger::placeInSong() const
 {
