@@ -25,6 +25,15 @@ constexpr std::chrono::milliseconds kLookPeriod(500);
 /// silent one gives zeros.
 constexpr int kMostSilentLooks = 10;
 
+/// Qt knows the output that the user has chosen, but with some versions of it no input.
+QAudioDevice defaultMicrophone()
+{
+    const QByteArray chosen = SoundServer::defaultMicrophone();
+    const QList<QAudioDevice> microphones = QMediaDevices::audioInputs();
+    const auto found = std::ranges::find(microphones, chosen, &QAudioDevice::id);
+    return found == microphones.end() ? QMediaDevices::defaultAudioInput() : *found;
+}
+
 QAudioFormat wantedFormat()
 {
     QAudioFormat format;
@@ -105,7 +114,7 @@ bool AudioRecorder::startRecording()
         return false;
     }
     // Asked right before it is used: starting a device that has vanished since would hang.
-    const QAudioDevice device = QMediaDevices::defaultAudioInput();
+    const QAudioDevice device = defaultMicrophone();
     if (device.isNull()) {
         emit recordingFailed(tr("No hay micrófono disponible."));
         return false;

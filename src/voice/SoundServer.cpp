@@ -25,7 +25,7 @@ struct Closer {
     }
 };
 
-/// A connection that is made for nothing but the server's answer to it.
+/// A connection that is made for the server's answer to it.
 class Greeting {
 public:
     Greeting()
@@ -38,17 +38,44 @@ public:
     /// Whether there is still neither an answer nor a failure, after a time at most.
     bool isWaiting(Clock::duration patience)
     {
+        waitWhile([this] { return hasNoAnswer(); }, patience);
+        return hasNoAnswer();
+    }
+
+    /// Of a server that has answered: the source to record from, after a time at most. Empty where
+    /// it does not tell.
+    QByteArray defaultSource(Clock::duration patience)
+    {
+        QByteArray name;
+        pa_operation* question = pa_context_get_server_info(context_.get(), takeSource, &name);
+        if (!question)
+            return {};
+        waitWhile([&] { return pa_operation_get_state(question) == PA_OPERATION_RUNNING; },
+                  patience);
+        pa_operation_cancel(question);
+        pa_operation_unref(question);
+        return name;
+    }
+
+private:
+    static void takeSource(pa_context* /*context*/, const pa_server_info* info, void* name)
+    {
+        if (info)
+            *static_cast<QByteArray*>(name) = info->default_source_name;
+    }
+
+    template <typename Condition>
+    void waitWhile(Condition holds, Clock::duration patience)
+    {
         const Clock::time_point end = Clock::now() + patience;
-        for (auto left = patience; hasNoAnswer() && left > left.zero(); left = end - Clock::now()) {
+        for (auto left = patience; holds() && left > left.zero(); left = end - Clock::now()) {
             const auto wait = std::chrono::ceil<std::chrono::microseconds>(left);
             pa_mainloop_prepare(loop_.get(), static_cast<int>(wait.count()));
             pa_mainloop_poll(loop_.get());
             pa_mainloop_dispatch(loop_.get());
         }
-        return hasNoAnswer();
     }
 
-private:
     bool hasNoAnswer() const
     {
         const pa_context_state_t state = pa_context_get_state(context_.get());
@@ -74,11 +101,22 @@ bool SoundServer::answers()
     return false;
 }
 
+QByteArray SoundServer::defaultMicrophone()
+{
+    Greeting greeting;
+    return greeting.isWaiting(kPatience) ? QByteArray() : greeting.defaultSource(kPatience);
+}
+
 #else
 
 bool SoundServer::answers()
 {
     return true;
+}
+
+QByteArray SoundServer::defaultMicrophone()
+{
+    return {};
 }
 
 #endif

@@ -222,6 +222,7 @@ private slots:
     void messagesAreTranslated();
 
     void takeHoldsTheTone();
+    void ofSeveralMicrophonesTheChosenOneIsHeard();
     void takeIsAsLongAsItsFile();
     void secondStartIsRefused();
     void stopWithoutATakeWritesNothing();
@@ -330,6 +331,21 @@ void AudioRecorderTest::takeHoldsTheTone()
     for (qsizetype i = 100; i < samples.size(); ++i)
         QVERIFY2(std::abs(samples[i] - samples[i - 100]) < 0.001F, qPrintable(QString::number(i)));
     QVERIFY(Tones::rms(samples) > 0.1);
+}
+
+void AudioRecorderTest::ofSeveralMicrophonesTheChosenOneIsHeard()
+{
+    const QString camera = control(
+        {"load-module", "module-sine-source", "source_name=camera", "rate=44100", "frequency=300"});
+    const SineMicrophone headset(900.0);
+    QTRY_COMPARE(QMediaDevices::audioInputs().size(), 2);
+    QVERIFY(recorder_->startRecording());
+    listen(2.4);
+    recorder_->stopRecording(path());
+    control({"unload-module", camera});
+    const QList<float> samples = samplesOf(WavFile::read(bytesOf(path())));
+    const double hz = Tones::strongestHz(samples.mid(0, 22050), 44100, 100.0, 2000.0);
+    QVERIFY2(std::abs(Tones::cents(hz, 900.0)) < 1.0, qPrintable(QString::number(hz)));
 }
 
 void AudioRecorderTest::takeIsAsLongAsItsFile()
