@@ -1,5 +1,6 @@
 
 #include "playback/PlaybackEngine.h"
+#include "support/Files.h"
 #include "support/ScreenListener.h"
 #include "support/Tones.h"
 #include "support/UserHome.h"
@@ -25,6 +26,22 @@ constexpr double kStart = 1.0;
 constexpr double kLength = 8.0;
 constexpr int kTop = 131;
 constexpr int kHandleY = kTop + 4;
+
+/// The file that Ana's clip plays, in the folder of the song on a stage, at 8000 samples a second.
+class SungFile {
+public:
+    SungFile(ArrangerStage& stage, const QList<float>& samples)
+    {
+        writeBytes(folder_.filePath("a.wav"), WavFile::bytes(samples, 8000));
+        engine_.projectDir = folder_.path();
+        stage.arranger.setContext(&stage.song, &engine_, nullptr);
+    }
+
+private:
+    UserHome home_;
+    QTemporaryDir folder_;
+    PlaybackEngine engine_{nullptr, nullptr, nullptr};
+};
 
 } // namespace
 
@@ -185,16 +202,8 @@ void ClipGesturesTest::handlesSetTheFades()
 
 void ClipGesturesTest::fadesEndWithTheFile()
 {
-    UserHome home;
-    PlaybackEngine engine(nullptr, nullptr, nullptr);
-    QTemporaryDir folder;
-    engine.projectDir = folder.path();
-    QFile file(folder.filePath("a.wav"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
     // Of the 4 seconds of the block the file plays 3.
-    file.write(WavFile::bytes(Tones::sine(440.0, 8000, 3 * 8000), 8000));
-    file.close();
-    arranger().setContext(&stage_->song, &engine, nullptr);
+    const SungFile file(*stage_, Tones::sine(440.0, 8000, 3 * 8000));
     const auto* item = dynamic_cast<AudioClipItem*>(arranger().scene()->itemOf(kVoice));
     QVERIFY(item);
     QTRY_COMPARE(item->clip().playedSeconds, 3.0);
@@ -458,17 +467,9 @@ void ClipGesturesTest::theAccessibleClipTellsItsLevels()
 
 void ClipGesturesTest::theVoiceIsSeen()
 {
-    UserHome home;
-    PlaybackEngine engine(nullptr, nullptr, nullptr);
-    QTemporaryDir folder;
-    engine.projectDir = folder.path();
     // Loud, still and loud again, a second each; what follows is behind the file.
-    QFile file(folder.filePath("a.wav"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
     const QList<float> loud = Tones::sine(440.0, 8000, 8000, 0.9);
-    file.write(WavFile::bytes(loud + Tones::silence(8000) + loud, 8000));
-    file.close();
-    arranger().setContext(&stage_->song, &engine, nullptr);
+    const SungFile file(*stage_, loud + Tones::silence(8000) + loud);
     const auto* item = dynamic_cast<AudioClipItem*>(arranger().scene()->itemOf(kVoice));
     QTRY_COMPARE(item->clip().playedSeconds, 3.0);
     // Five pixels below the line, at a moment of the clip.
