@@ -285,9 +285,7 @@ void MainWindow::connectArranger()
     connect(arranger_, &TrackArranger::deletedByClick, this, [this] {
         statusBar()->showMessage(tr("Bloque borrado · Ctrl+Z lo trae de vuelta."), kDeletedMs);
     });
-    connect(arranger_, &TrackArranger::alreadyThere, this, [this](const QString& block) {
-        statusBar()->showMessage(tr("Ahí ya está %1.").arg(block), kDeletedMs);
-    });
+    connect(arranger_, &TrackArranger::alreadyThere, this, &MainWindow::tellAlreadyThere);
     connect(arranger_, &TrackArranger::tracksExhausted, this,
             [this] { prompts_.inform(this, tr("Veltas"), tr("No quedan veltas libres.")); });
     connect(arranger_, &TrackArranger::openMelodyBlock, this, &MainWindow::openMelodyBlock);

@@ -253,6 +253,9 @@ private:
     /// Names in the status bar what content the library has refused, each of it once.
     void nameRefusedContent();
 
+    /// Says why a block is not laid: one like it lies in its place.
+    void tellAlreadyThere(const QString& block);
+
     /// Puts the playhead behind a block, so that the next one goes there.
     void goOnBehind(const LoopBlock& block);
 

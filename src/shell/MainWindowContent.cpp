@@ -15,6 +15,7 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr int kPlacedMs = 3000;
+constexpr int kAlreadyThereMs = 5000;
 constexpr int kRefusedMs = 15000;
 
 /// As the user counts bars: from 1.
@@ -87,7 +88,7 @@ void MainWindow::handleLoopChosen(const LoopBlock& block, const QString& instrum
     const QString section = tr(sectionWord(placed.section));
     const QString number = QString::number(placed.variantIndex);
     if (ProjectEdits::hasLoop(*project_, placed)) {
-        statusBar()->showMessage(tr("Ahí ya está %1.").arg(section + u' ' + number), kPlacedMs);
+        tellAlreadyThere(section + u' ' + number);
         const auto present = ProjectEdits::accompanimentOf(*project_, placed.layerId);
         arranger_->showLane({LaneKind::NoteTrack, static_cast<int>(present.value_or(-1))});
         arranger_->showBeat(placed.startBeat);
@@ -106,6 +107,11 @@ void MainWindow::handleLoopChosen(const LoopBlock& block, const QString& instrum
                                  .arg(section, number, project_->tracks.at(*track).name,
                                       barNumber(*project_, placed.startBeat)),
                              kPlacedMs);
+}
+
+void MainWindow::tellAlreadyThere(const QString& block)
+{
+    statusBar()->showMessage(tr("Ahí ya está %1.").arg(block), kAlreadyThereMs);
 }
 
 void MainWindow::goOnBehind(const LoopBlock& block)

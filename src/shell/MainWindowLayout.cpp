@@ -1,10 +1,10 @@
 #include "shell/MainWindow.h"
 #include "shell/TransportControls.h"
+#include "shell/theme/UserSettings.h"
 #include "views/PlayheadFollower.h"
 #include "views/arranger/TrackArranger.h"
 #include "views/pianoroll/PianoRollCanvas.h"
 
-#include <QSettings>
 #include <QSplitter>
 
 using namespace Qt::Literals::StringLiterals;
@@ -23,7 +23,7 @@ QString keyOf(const QSplitter& splitter)
 
 void MainWindow::keepLayout() const
 {
-    QSettings kept(u"Ovelin"_s, u"Velta"_s);
+    QSettings kept = userSettings();
     kept.setValue(kGeometryKey, saveGeometry());
     for (const auto* splitter : findChildren<QSplitter*>())
         kept.setValue(keyOf(*splitter), splitter->saveState());
@@ -31,7 +31,7 @@ void MainWindow::keepLayout() const
 
 bool MainWindow::restoreLayout()
 {
-    const QSettings kept(u"Ovelin"_s, u"Velta"_s);
+    const QSettings kept = userSettings();
     for (auto* splitter : findChildren<QSplitter*>())
         splitter->restoreState(kept.value(keyOf(*splitter)).toByteArray());
     return restoreGeometry(kept.value(kGeometryKey).toByteArray());
@@ -41,11 +41,11 @@ void MainWindow::setFollowing(bool on)
 {
     pianoRoll_->follower()->setOn(on);
     arranger_->follower()->setOn(on);
-    QSettings(u"Ovelin"_s, u"Velta"_s).setValue(kFollowKey, on);
+    userSettings().setValue(kFollowKey, on);
 }
 
 void MainWindow::restoreFollowing()
 {
-    const QSettings kept(u"Ovelin"_s, u"Velta"_s);
+    const QSettings kept = userSettings();
     transport_->setFollowing(kept.value(kFollowKey, true).toBool());
 }

@@ -9,6 +9,7 @@
 #include "shell/controls/PlainText.h"
 #include "shell/theme/ThemeManager.h"
 #include "shell/theme/TitleBar.h"
+#include "shell/theme/UserSettings.h"
 #include "views/EditCommand.h"
 #include "views/TrackHeaderPanel.h"
 #include "views/arranger/TrackArranger.h"
@@ -23,7 +24,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
-#include <QSettings>
 #include <QStatusBar>
 
 using namespace Qt::Literals::StringLiterals;
@@ -169,9 +169,9 @@ void MainWindow::buildPlaybackMenu()
              Qt::CTRL | Qt::Key_R, transport_, Card::Record);
     countInAction_ = menu->addAction(tr("Contar un compás antes de grabar"));
     countInAction_->setCheckable(true);
-    countInAction_->setChecked(QSettings(u"Ovelin"_s, u"Velta"_s).value(kCountInKey).toBool());
+    countInAction_->setChecked(userSettings().value(kCountInKey).toBool());
     connect(countInAction_, &QAction::toggled, this,
-            [](bool on) { QSettings(u"Ovelin"_s, u"Velta"_s).setValue(kCountInKey, on); });
+            [](bool on) { userSettings().setValue(kCountInKey, on); });
     transport_->addSetting(Card::Record, countInAction_);
 }
 

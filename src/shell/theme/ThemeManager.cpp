@@ -1,9 +1,9 @@
 #include "shell/theme/ThemeManager.h"
 
 #include "shell/theme/StyleSheet.h"
+#include "shell/theme/UserSettings.h"
 
 #include <QApplication>
-#include <QSettings>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -30,11 +30,11 @@ void ThemeManager::setDark(bool dark)
     // Even the same sheet once more would polish every widget of the application anew.
     if (qApp->styleSheet() != styleSheet())
         qApp->setStyleSheet(styleSheet());
-    QSettings(u"Ovelin"_s, u"Velta"_s).setValue(kDarkKey, dark);
+    userSettings().setValue(kDarkKey, dark);
     emit themeChanged(dark);
 }
 
 void ThemeManager::applySavedTheme()
 {
-    setDark(QSettings(u"Ovelin"_s, u"Velta"_s).value(kDarkKey, false).toBool());
+    setDark(userSettings().value(kDarkKey, false).toBool());
 }
