@@ -10,36 +10,24 @@
 #include <memory>
 #include <optional>
 
-class AudioRecorder;
-class ContentCatalog;
-class ContentDownloadManager;
-class CountIn;
-class EditorFocus;
-class FirstSteps;
-class CommandedEditor;
-class InstalledContentRegistry;
+class EditMenu;
+class EditorPage;
+class GridMenu;
 class InstrumentLibrary;
 class LoopBrowser;
 class LoopLibrary;
+class OpenWork;
 class PianoRollCanvas;
 class PlaybackEngine;
 class Project;
-class ProjectStorageProvider;
-class QLabel;
+class QAction;
 class QMenu;
-class QPushButton;
-class QStackedWidget;
-class QTimer;
-class RecoveryBar;
-class RecoveryCopy;
-class SoundfontPlayer;
+class Services;
+class StatusLine;
 class TrackArranger;
-class TrackHeaderPanel;
 class TransportControls;
-class UndoStack;
-class VoiceTake;
+class VoiceRecording;
 struct AudioClip;
-struct KeptWork;
 struct KeySignature;
 struct LoopBlock;
 struct SongSheet;
@@ -150,17 +138,14 @@ public:
 
     // ---- What there is ----
 
-    const Project* project() const { return project_; }
+    const Project* project() const;
+    Project* project();
+    const InstrumentLibrary* instruments() const;
+    const LoopLibrary* loopLibrary() const;
+    PlaybackEngine* engine() const;
 
-    Project* project() { return project_; }
-
-    const InstrumentLibrary* instruments() const { return instruments_; }
-
-    const LoopLibrary* loopLibrary() const { return loopLibrary_; }
-
-    PlaybackEngine* engine() const { return engine_; }
-
-    const QString& currentProjectId() const { return currentProjectId_; }
+    /// Storage id of the work; empty until it is saved for the first time.
+    const QString& currentProjectId() const;
 
     /// Whether there is anything in the work that would be missed.
     bool projectHasContent() const;
@@ -184,24 +169,14 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
-    /// Where the General MIDI bank is looked for.
-    static QString bankPath();
+    void connectRibbon();
+    void connectEditors();
+    void connectWork();
+    void connectVoice();
+    void buildStatusLine();
 
-    void createServices();
-    QWidget* buildEditorView(QWidget* parent);
-    QWidget* buildEditors(QWidget* parent);
-    QWidget* buildSidePanel(QWidget* parent);
-    void connectTransport();
-    void connectPianoRoll();
-    void connectArranger();
     void buildMenus();
     void buildFileMenu();
-    void fillRecentMenu();
-    void buildEditMenu();
-    void addEditCommands(QMenu* menu);
-
-    /// The one that has the keys, or had them last.
-    CommandedEditor& keyEditor() const;
     void buildViewMenu();
     void buildPlaybackMenu();
     void buildOwnMenu();
@@ -211,43 +186,31 @@ private:
     void showShortcuts();
     void showAbout();
 
-    /// Gives the keys to the next of the window's areas, or the one before it for -1.
-    void changeArea(int step);
-    void buildStatusBar();
-
-    /// Ends a take too.
-    void stopPlayback();
-
-    /// The hint gives way to messages and to a take.
-    void updateHint();
-
-    /// Says for as long as the window lives that there is nothing to play with, and what helps.
-    void addMissingBankMark();
-
-    /// Makes the present project the one that everybody works on.
+    /// Makes the present project the one that everybody shows.
     void adoptProject();
-
-    /// Has the views show the project from its first track on.
-    void showFirstTrack();
 
     /// Makes a project the present one in place of the former.
     void exchangeProject(Project* project, const QString& id);
-
-    /// Shows what is selected in the arranger wherever else a selection shows.
-    void syncSelectionToViews();
-
-    /// Has the panel show the track that is selected in the arranger, if it still is there.
-    void showSelectedTrack();
-
-    void openMelodyBlock(int track, int block);
     void showProjectName();
 
-    /// An empty work says how it begins.
-    void showFirstSteps();
-    void updateSubdivisionMenu();
-    void updateThemeButton(bool dark);
-    void updateTitleBar(bool dark);
+    /// Follows what the song and its meter have become.
+    void updateFromProject();
     void onThemeChanged(bool dark);
+    void showWaiting(bool waiting);
+
+    /// Puts a state that undo has kept in place of the present one.
+    void restore(const Song& state);
+
+    void setBpm(int bpm);
+    void setMeter(const TimeSignature& meter);
+    void setKey(int rootPitchClass, int mode);
+    void setHarmonyMuted(bool muted);
+
+    /// Makes an edit of what is under way, a name that is being typed or a drag.
+    void finishGestures();
+
+    // ---- Content ----
+
     void onLibraryChanged();
 
     /// Names in the status bar what content the library has refused, each of it once.
@@ -264,65 +227,18 @@ private:
     void takePlayheadBack(const Song& former);
     void takePlayheadOn(const Song& former);
 
-    /// Begins to sing at once, or counts a bar first where the user has set that and the song
-    /// stands still: one that plays counts by itself.
-    void startTake();
+    // ---- Voices ----
 
-    /// The microphone is open, and what comes from now on is the take.
-    void beginTake();
-
-    /// Ends a count before its take has begun; nothing is left of either.
-    void cancelCountIn();
-
-    bool isSinging() const;
-
-    /// Says in the status bar what is under way.
-    void tellTake();
+    /// Ends a take too.
+    void stopPlayback();
 
     /// Shows in the ribbon, in the editors and in the status bar whether a voice is recorded.
-    void showRecording(bool recording);
+    void showRecording();
 
-    /// Ends the take, if there is one, into the work that it belongs to: the present one, as no
-    /// other is opened during a take.
-    void finishTake();
+    /// Adds a clip to the work as a finished edit.
+    void layClip(const AudioClip& clip);
 
-    /// Offers another place for a take that found no room in its file, until one takes it or the
-    /// user gives it up. The path, which is empty for a take that is given up.
-    QString rescueTake(const QString& file, double* seconds);
-
-    /// Ends a take that was under way with what came by then.
-    void onRecordingFailed(const QString& message);
-
-    /// Where the clips of the work lie: in its folder, or among the works until its first save.
-    QString clipsFolder() const;
-
-    /// Has the clips lie in the work's folder, which it may have got since they came. False if that
-    /// takes a copy that cannot be made.
-    bool bringClipsHome();
-    QStringList namesOfClips() const;
-    void renameClips(const QHash<QString, QString>& names);
-
-    /// Adds a clip to a work, which is the present one, as a finished edit.
-    void layClip(Project& work, const AudioClip& clip);
-    void zoomIn();
-    void zoomOut();
-
-    /// Has the editors follow the playhead, in this window and in those to come, or not.
-    void setFollowing(bool on);
-    void restoreFollowing();
-    void showWaiting(bool waiting);
-
-    /// Puts a state that undo has kept in place of the present one.
-    void restore(const Song& state);
-
-    void setBpm(int bpm);
-    void setMeter(const TimeSignature& meter);
-    void setKey(int rootPitchClass, int mode);
-    void setHarmonyMuted(bool muted);
-
-    /// Makes an edit of what is under way, a name that is being typed or a drag: neither keys nor
-    /// the ribbon take the focus away, and a dialog takes the release of the mouse.
-    void finishGestures();
+    // ---- Works ----
 
     static QString workFileFilter();
 
@@ -341,25 +257,11 @@ private:
     /// A name for the work, or nothing when the user gave up.
     std::optional<QString> askName(const QString& title);
 
-    /// Saves the work as another one, with copies of its clips, and goes on with that. False, with
-    /// nothing changed and nothing left behind, where it cannot be saved.
+    /// Goes on with a copy of the work, or says that it cannot be saved.
     bool goOnInCopy(const QString& name);
 
     /// Gives a work that is in no folder a name and an id. False when the user gave up.
     bool nameForFirstSave();
-
-    /// Whether the work has a file on disk, as far as anybody can see.
-    bool hasFile() const;
-
-    /// Whether anything would be lost with the work as it stands here.
-    bool hasUnsavedWork() const;
-
-    /// Marks the title for as long as anything would be lost.
-    void showUnsaved();
-
-    /// Takes the work as it is now for what its file holds.
-    void markSaved();
-
     bool mayClose();
 
     /// Has the next start look as this window does now.
@@ -369,18 +271,13 @@ private:
     /// or takes the file's place. False when the user gave up.
     bool saveOverOthers();
 
-    void createRecovery();
-
-    /// Has the work kept outside its folder within two seconds.
-    void keepSoon();
-    void keepCopy();
-    KeptWork presentWork() const;
-
     /// Offers what programs that are gone have left unsaved.
     void findAbandoned();
 
     /// Puts the work that is offered in place of the present one.
     void recover();
+
+    // ---- Exports ----
 
     /// What one file format is to the user, and how it is written.
     struct ExportKind {
@@ -404,49 +301,24 @@ private:
     bool saveSheet(const SongSheet& sheet, QWidget* over);
 
     Prompts& prompts_;
-    std::unique_ptr<ProjectStorageProvider> storage_;
-    // In the order of construction. All have this window as their parent.
-    InstrumentLibrary* instruments_ = nullptr;
-    LoopLibrary* loopLibrary_ = nullptr;
-    InstalledContentRegistry* registry_ = nullptr;
-    ContentCatalog* catalog_ = nullptr;
-    ContentDownloadManager* downloads_ = nullptr;
-    SoundfontPlayer* player_ = nullptr;
-    /// There is something to play with.
-    bool hasBank_ = false;
-    PlaybackEngine* engine_ = nullptr;
-    AudioRecorder* recorder_ = nullptr;
-    UndoStack* undoStack_ = nullptr;
-    Project* project_ = nullptr;
-    /// Storage id of the project; empty until it is saved for the first time.
-    QString currentProjectId_;
     /// Refused content that the status bar has named.
     QStringList namedContent_;
-    /// The work as it was read or saved; nothing for one that its file does not hold.
-    std::optional<Song> saved_;
-    std::unique_ptr<RecoveryCopy> copy_;
-    QTimer* keepTimer_ = nullptr;
-    /// Null while nobody sings.
-    std::unique_ptr<VoiceTake> take_;
-    CountIn* countIn_ = nullptr;
-    QAction* countInAction_ = nullptr;
 
-    QStackedWidget* stackedWidget_ = nullptr;
-    RecoveryBar* recoveryBar_ = nullptr;
-    TransportControls* transport_ = nullptr;
+    // What the window is made of. The last goes first: sound devices run the event loop as they go,
+    // while there still is a window for its events, and the page before QWidget's own end, which
+    // takes the focus from a field that would tell of it.
+    std::unique_ptr<EditorPage> page_;
+    std::unique_ptr<Services> services_;
+    std::unique_ptr<OpenWork> work_;
+    std::unique_ptr<VoiceRecording> voice_;
+
+    // The parts of the page that commands act on.
+    TransportControls* ribbon_ = nullptr;
     LoopBrowser* loopBrowser_ = nullptr;
     PianoRollCanvas* pianoRoll_ = nullptr;
     TrackArranger* arranger_ = nullptr;
-    TrackHeaderPanel* headerPanel_ = nullptr;
-    EditorFocus* editorFocus_ = nullptr;
-    QAction* undoAction_ = nullptr;
-    QAction* redoAction_ = nullptr;
-    QMenu* recentMenu_ = nullptr;
-    QMenu* subdivisionMenu_ = nullptr;
-    QLabel* hint_ = nullptr;
-    /// Over the roll and over the arranger.
-    QList<FirstSteps*> firstSteps_;
-    /// In the place of the hint during a take.
-    QLabel* takeNotice_ = nullptr;
-    QPushButton* themeButton_ = nullptr;
+
+    StatusLine* statusLine_ = nullptr;
+    EditMenu* editMenu_ = nullptr;
+    GridMenu* gridMenu_ = nullptr;
 };

@@ -29,7 +29,7 @@ QString barNumber(const Project& project, double beat)
 void MainWindow::nameRefusedContent()
 {
     QStringList fresh;
-    for (const QString& name : loopLibrary_->refused()) {
+    for (const QString& name : loopLibrary()->refused()) {
         if (!namedContent_.contains(name) && !fresh.contains(name))
             fresh.append(name);
     }
@@ -47,24 +47,24 @@ void MainWindow::nameRefusedContent()
 void MainWindow::onLibraryChanged()
 {
     nameRefusedContent();
-    if (!project_)
+    if (!project())
         return;
     finishGestures();
     // What came is heard at once, and what went falls silent.
-    engine_->refreshChannels();
-    engine_->rescheduleIfPlaying();
-    emit project_->changed();
+    engine()->refreshChannels();
+    engine()->rescheduleIfPlaying();
+    emit project()->changed();
 }
 
 void MainWindow::placeLoop(const QString& rhythmId, const QString& layerId, int section,
                            int variantIndex, double startBeat)
 {
     const auto loopSection = static_cast<LoopSection>(section);
-    const auto beats = loopBeats(*loopLibrary_, rhythmId, layerId, loopSection, variantIndex);
-    if (!project_ || !beats)
+    const auto beats = loopBeats(*loopLibrary(), rhythmId, layerId, loopSection, variantIndex);
+    if (!project() || !beats)
         return;
-    const LoopLayer* layer = loopLibrary_->findLayer(layerId);
-    const Rhythm* rhythm = loopLibrary_->findRhythm(rhythmId);
+    const LoopLayer* layer = loopLibrary()->findLayer(layerId);
+    const Rhythm* rhythm = loopLibrary()->findRhythm(rhythmId);
     LoopBlock block;
     block.startBeat = startBeat > 0.0 ? startBeat : 0.0;
     block.durationBeats = *beats;
@@ -79,22 +79,22 @@ void MainWindow::placeLoop(const QString& rhythmId, const QString& layerId, int 
 void MainWindow::handleLoopChosen(const LoopBlock& block, const QString& instrumentId,
                                   const QString& trackName)
 {
-    if (!project_)
+    if (!project())
         return;
     LoopBlock placed = block;
     const bool atPlayhead = placed.startBeat < 0.0;
     if (atPlayhead)
-        placed.startBeat = ProjectEdits::barStart(*project_, engine_->playheadBeat());
+        placed.startBeat = ProjectEdits::barStart(*project(), engine()->playheadBeat());
     const QString section = tr(sectionWord(placed.section));
     const QString number = QString::number(placed.variantIndex);
-    if (ProjectEdits::hasLoop(*project_, placed)) {
+    if (ProjectEdits::hasLoop(*project(), placed)) {
         tellAlreadyThere(section + u' ' + number);
-        const auto present = ProjectEdits::accompanimentOf(*project_, placed.layerId);
+        const auto present = ProjectEdits::accompanimentOf(*project(), placed.layerId);
         arranger_->showLane({LaneKind::NoteTrack, static_cast<int>(present.value_or(-1))});
         arranger_->showBeat(placed.startBeat);
         return;
     }
-    const auto track = ProjectEdits::addLoop(*project_, placed, instrumentId, trackName);
+    const auto track = ProjectEdits::addLoop(*project(), placed, instrumentId, trackName);
     if (!track) {
         prompts_.inform(this, tr("Veltas"), tr("No quedan veltas libres."));
         return;
@@ -104,8 +104,8 @@ void MainWindow::handleLoopChosen(const LoopBlock& block, const QString& instrum
     if (atPlayhead)
         goOnBehind(placed);
     statusBar()->showMessage(tr("%1 %2 agregada a «%3» en el compás %4.")
-                                 .arg(section, number, project_->tracks.at(*track).name,
-                                      barNumber(*project_, placed.startBeat)),
+                                 .arg(section, number, project()->tracks.at(*track).name,
+                                      barNumber(*project(), placed.startBeat)),
                              kPlacedMs);
 }
 
@@ -116,20 +116,20 @@ void MainWindow::tellAlreadyThere(const QString& block)
 
 void MainWindow::goOnBehind(const LoopBlock& block)
 {
-    if (!engine_->isPlaying())
+    if (!engine()->isPlaying())
         arranger_->placePlayhead(block.endBeat());
 }
 
 void MainWindow::takePlayheadBack(const Song& former)
 {
-    const auto gone = ProjectEdits::loopMissingIn(*project_, former);
-    if (gone && !engine_->isPlaying() && engine_->playheadBeat() == gone->endBeat())
+    const auto gone = ProjectEdits::loopMissingIn(*project(), former);
+    if (gone && !engine()->isPlaying() && engine()->playheadBeat() == gone->endBeat())
         arranger_->placePlayhead(gone->startBeat);
 }
 
 void MainWindow::takePlayheadOn(const Song& former)
 {
-    const auto come = ProjectEdits::loopMissingIn(former, *project_);
-    if (come && engine_->playheadBeat() == come->startBeat)
+    const auto come = ProjectEdits::loopMissingIn(former, *project());
+    if (come && engine()->playheadBeat() == come->startBeat)
         goOnBehind(*come);
 }

@@ -1,9 +1,7 @@
 #include "model/Project.h"
-#include "playback/PlaybackEngine.h"
 #include "shell/CopyName.h"
 #include "shell/MainWindow.h"
-#include "shell/VoiceTake.h"
-#include "storage/ClipFiles.h"
+#include "shell/OpenWork.h"
 #include "storage/ProjectStorageProvider.h"
 
 #include <QStatusBar>
@@ -26,9 +24,9 @@ QStringList namesOf(const QList<ProjectInfo>& works)
 void MainWindow::saveAs()
 {
     finishGestures();
-    if (!project_)
+    if (!project())
         return;
-    if (currentProjectId_.isEmpty()) {
+    if (work_->id().isEmpty()) {
         saveCurrentProject();
         return;
     }
@@ -40,53 +38,37 @@ void MainWindow::saveAs()
 void MainWindow::duplicateWork()
 {
     finishGestures();
-    if (!project_ || ((!hasFile() || hasUnsavedWork()) && !saveCurrentProject()))
+    if (!project() || ((!work_->hasFile() || work_->isUnsaved()) && !saveCurrentProject()))
         return;
-    const QString former = project_->name;
-    if (goOnInCopy(copyName(former, namesOf(storage_->listProjects()))))
+    const QString former = project()->name;
+    if (goOnInCopy(copyName(former, namesOf(work_->storage().listProjects()))))
         statusBar()->showMessage(
-            tr("Ahora estás en «%1». «%2» queda como estaba.").arg(project_->name, former),
+            tr("Ahora estás en «%1». «%2» queda como estaba.").arg(project()->name, former),
             kCopiedMs);
 }
 
 void MainWindow::renameWork()
 {
     finishGestures();
-    if (!project_)
+    if (!project())
         return;
     const auto name = askName(tr("Cambiar nombre"));
-    if (!name || *name == project_->name)
+    if (!name || *name == project()->name)
         return;
-    project_->name = *name;
+    project()->name = *name;
     showProjectName();
-    if (hasFile())
+    if (work_->hasFile())
         saveCurrentProject();
     else
-        keepSoon();
+        work_->keepSoon();
 }
 
 bool MainWindow::goOnInCopy(const QString& name)
 {
-    const QString id = storage_->createProjectId(name);
-    const QString folder = storage_->projectFolder(id);
-    const auto clips = ClipFiles::copyAll(namesOfClips(), clipsFolder(), folder);
-    Project copy;
-    static_cast<Song&>(copy) = *project_;
-    copy.name = name;
-    ClipFiles::rename(copy.audioTracks, clips.value_or(ClipFiles::Copies()));
-    if (!clips || !storage_->saveProject(id, copy)) {
-        ClipFiles::discard(clips.value_or(ClipFiles::Copies()), folder);
+    if (!work_->goOnInCopy(name)) {
         prompts_.warn(this, tr("Guardar"), tr("No pude guardar la obra."));
         return false;
     }
-    renameClips(*clips);
-    project_->name = name;
-    currentProjectId_ = id;
-    engine_->projectDir = folder;
-    engine_->prepareVoices();
-    if (take_)
-        take_->moveTo(folder);
     showProjectName();
-    markSaved();
     return true;
 }

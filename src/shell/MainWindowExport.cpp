@@ -4,6 +4,9 @@
 #include "playback/PlaybackEngine.h"
 #include "shell/ExportDialog.h"
 #include "shell/MainWindow.h"
+#include "shell/OpenWork.h"
+#include "shell/Services.h"
+#include "shell/VoiceRecording.h"
 
 #include <QStatusBar>
 
@@ -23,8 +26,8 @@ void MainWindow::exportMidi()
          .filter = tr("MIDI (*.mid)"),
          .failureTitle = tr("Exportar MIDI"),
          .write = [this](const QString& path, QString* error, const ExportProgress& progress) {
-             return MidiExporter::exportProject(*project_, loopLibrary_, instruments_, path, error,
-                                                progress);
+             return MidiExporter::exportProject(*project(), services_->loops(),
+                                                services_->instruments(), path, error, progress);
          }});
 }
 
@@ -37,23 +40,24 @@ void MainWindow::exportAudio(bool mp3)
                 .failureTitle = tr("Exportar"),
                 .write = [this, write](const QString& path, QString* error,
                                        const ExportProgress& progress) {
-                    return write(*project_, clipsFolder(), loopLibrary_, instruments_, bankPath(),
-                                 path, error, progress);
+                    return write(*project(), work_->clipsFolder(), services_->loops(),
+                                 services_->instruments(), Services::bankPath(), path, error,
+                                 progress);
                 }});
 }
 
 void MainWindow::exportFile(const ExportKind& kind)
 {
     finishGestures();
-    if (!project_)
+    if (!project())
         return;
     const auto path =
-        prompts_.askSaveFile(this, kind.title, project_->name + kind.suffix, kind.filter);
+        prompts_.askSaveFile(this, kind.title, project()->name + kind.suffix, kind.filter);
     if (!path)
         return;
     // A voice that is being recorded belongs to the song too.
-    finishTake();
-    engine_->pause();
+    voice_->finish();
+    engine()->pause();
     ExportDialog dialog(kind.title, this);
     QString error;
     const bool written =

@@ -1,9 +1,5 @@
 #include "shell/MainWindow.h"
-#include "shell/TransportControls.h"
 #include "shell/theme/UserSettings.h"
-#include "views/PlayheadFollower.h"
-#include "views/arranger/TrackArranger.h"
-#include "views/pianoroll/PianoRollCanvas.h"
 
 #include <QSplitter>
 
@@ -12,7 +8,6 @@ using namespace Qt::Literals::StringLiterals;
 namespace {
 
 constexpr auto kGeometryKey = "ventana/geometria"_L1;
-constexpr auto kFollowKey = "seguirCabezal"_L1;
 
 QString keyOf(const QSplitter& splitter)
 {
@@ -35,17 +30,4 @@ bool MainWindow::restoreLayout()
     for (auto* splitter : findChildren<QSplitter*>())
         splitter->restoreState(kept.value(keyOf(*splitter)).toByteArray());
     return restoreGeometry(kept.value(kGeometryKey).toByteArray());
-}
-
-void MainWindow::setFollowing(bool on)
-{
-    pianoRoll_->follower()->setOn(on);
-    arranger_->follower()->setOn(on);
-    userSettings().setValue(kFollowKey, on);
-}
-
-void MainWindow::restoreFollowing()
-{
-    const QSettings kept = userSettings();
-    transport_->setFollowing(kept.value(kFollowKey, true).toBool());
 }

@@ -1,20 +1,15 @@
 #include "model/Project.h"
 #include "model/ProjectEdits.h"
-#include "model/UndoStack.h"
-#include "playback/PlaybackEngine.h"
+#include "shell/EditorPage.h"
 #include "shell/MainWindow.h"
 #include "shell/OpenProjectDialog.h"
+#include "shell/OpenWork.h"
 #include "shell/ProjectGallery.h"
 #include "shell/RecoveryBar.h"
-#include "shell/VoiceTake.h"
-#include "storage/ClipFiles.h"
+#include "shell/VoiceRecording.h"
 #include "storage/ProjectStorageProvider.h"
-#include "storage/RecoveryCopy.h"
-#include "views/TrackHeaderPanel.h"
 #include "views/arranger/TrackArranger.h"
-#include "views/pianoroll/PianoRollCanvas.h"
 
-#include <QMenu>
 #include <QStatusBar>
 
 using namespace Qt::Literals::StringLiterals;
@@ -23,9 +18,6 @@ namespace {
 
 constexpr int kSavedMs = 2000;
 constexpr int kNothingToRemoveMs = 5000;
-
-constexpr qsizetype kRecentWorks = 10;
-constexpr int kRecentNameWidth = 320;
 
 Track firstTrack(const QString& name)
 {
@@ -48,7 +40,7 @@ void MainWindow::startBlankProject()
 void MainWindow::newProject()
 {
     finishGestures();
-    finishTake();
+    voice_->finish();
     if (!confirmDiscardChanges())
         return;
     QString name;
@@ -62,14 +54,14 @@ void MainWindow::newProject()
 void MainWindow::createProject(const QString& name, const TimeSignature& timeSignature,
                                const KeySignature& key, int bpm)
 {
-    const QString id = storage_->createProjectId(name);
+    const QString id = work_->storage().createProjectId(name);
     Project created;
     created.name = name.isEmpty() ? tr("Mi canción") : name;
     created.timeSignature = timeSignature;
     created.keySignature = key;
     created.bpm = bpm;
     created.tracks.append(firstTrack(tr("Melodía")));
-    if (storage_->saveProject(id, created))
+    if (work_->storage().saveProject(id, created))
         openProject(id);
     else
         prompts_.warn(this, tr("Nuevo proyecto"), tr("No pude crear el proyecto."));
@@ -78,14 +70,14 @@ void MainWindow::createProject(const QString& name, const TimeSignature& timeSig
 void MainWindow::openProject(const QString& id)
 {
     finishGestures();
-    Project* opened = storage_->loadProject(id, this);
+    Project* opened = work_->storage().loadProject(id, this);
     if (opened) {
         exchangeProject(opened, id);
         return;
     }
     // A save that was broken off leaves a damaged file, and the copy that was kept before it.
     findAbandoned();
-    recoveryBar_->bringForward(id);
+    page_->recoveryBar()->bringForward(id);
     prompts_.warn(this, tr("Abrir proyecto"), tr("No pude abrir el proyecto."));
 }
 
@@ -97,8 +89,8 @@ void MainWindow::openProjectById(const QString& id)
 void MainWindow::openProjectDialog()
 {
     finishGestures();
-    finishTake();
-    const QList<ProjectInfo> works = storage_->listProjects();
+    voice_->finish();
+    const QList<ProjectInfo> works = work_->storage().listProjects();
     if (works.isEmpty()) {
         const bool fromFile =
             prompts_.suggest(this, tr("Abrir obra"),
@@ -112,7 +104,7 @@ void MainWindow::openProjectDialog()
     }
     if (!confirmDiscardChanges())
         return;
-    OpenProjectDialog dialog(works, storage_.get(), prompts_, this,
+    OpenProjectDialog dialog(works, &work_->storage(), prompts_, this,
                              [this](const QString& id) { return rhythmName(id); });
     if (!prompts_.run(dialog))
         return;
@@ -124,48 +116,25 @@ void MainWindow::openProjectDialog()
     }
 }
 
-void MainWindow::fillRecentMenu()
-{
-    recentMenu_->clear();
-    for (const ProjectInfo& work : storage_->recentProjects(kRecentWorks)) {
-        const QString name = recentMenu_->fontMetrics().elidedText(
-            work.name.simplified(), Qt::ElideMiddle, kRecentNameWidth);
-        const QString time = work.modifiedAt.toString(u"dd/MM/yyyy HH:mm"_s);
-        recentMenu_->addAction(QString(name).replace(u'&', "&&"_L1) + u"  ·  "_s + time, this,
-                               [this, id = work.id] { openRecentProject(id); });
-    }
-    if (recentMenu_->isEmpty())
-        recentMenu_->addAction(tr("Todavía no hay ninguna"))->setEnabled(false);
-}
-
 void MainWindow::openRecentProject(const QString& id)
 {
     finishGestures();
-    finishTake();
+    voice_->finish();
     if (confirmDiscardChanges())
         openProject(id);
-}
-
-void MainWindow::finishGestures()
-{
-    headerPanel_->takeTypedName();
-    pianoRoll_->endDrag();
-    arranger_->endDrag();
 }
 
 bool MainWindow::saveCurrentProject()
 {
     finishGestures();
-    if (!project_ || (currentProjectId_.isEmpty() && !nameForFirstSave()))
+    if (!project() || (work_->id().isEmpty() && !nameForFirstSave()))
         return false;
-    if (storage_->changedElsewhere(currentProjectId_) && !saveOverOthers())
+    if (work_->storage().changedElsewhere(work_->id()) && !saveOverOthers())
         return false;
-    copy_->keepNow(presentWork());
-    if (!bringClipsHome() || !storage_->saveProject(currentProjectId_, *project_)) {
+    if (!work_->save()) {
         prompts_.warn(this, tr("Guardar"), tr("No pude guardar la obra."));
         return false;
     }
-    markSaved();
     statusBar()->showMessage(tr("Obra guardada."), kSavedMs);
     return true;
 }
@@ -175,7 +144,7 @@ std::optional<QString> MainWindow::askName(const QString& title)
     QString name;
     while (name.isEmpty()) {
         const auto answer =
-            prompts_.askText(this, title, tr("¿Cómo se llama esta obra?"), project_->name);
+            prompts_.askText(this, title, tr("¿Cómo se llama esta obra?"), project()->name);
         if (!answer)
             return std::nullopt;
         name = answer->trimmed();
@@ -190,57 +159,24 @@ bool MainWindow::nameForFirstSave()
     const auto name = askName(tr("Guardar obra"));
     if (!name)
         return false;
-    project_->name = *name;
-    currentProjectId_ = storage_->createProjectId(*name);
+    project()->name = *name;
+    work_->setId(work_->storage().createProjectId(*name));
     showProjectName();
     return true;
-}
-
-bool MainWindow::bringClipsHome()
-{
-    const QString folder = storage_->projectFolder(currentProjectId_);
-    const QString& former = engine_->projectDir;
-    if (!former.isEmpty() && former != folder) {
-        const auto copies = ClipFiles::copyInto(namesOfClips(), former, folder);
-        if (!copies)
-            return false;
-        renameClips(*copies);
-    }
-    renameClips(ClipFiles::gather(namesOfClips(), folder));
-    engine_->projectDir = folder;
-    engine_->prepareVoices();
-    if (take_)
-        take_->moveTo(folder);
-    return true;
-}
-
-/// What undo can bring back is meant too.
-QStringList MainWindow::namesOfClips() const
-{
-    return ClipFiles::namesIn(undoStack_->audioTracks() + project_->audioTracks);
-}
-
-void MainWindow::renameClips(const QHash<QString, QString>& names)
-{
-    if (names.isEmpty())
-        return;
-    const auto rename = [&](QList<AudioTrack>& tracks) { ClipFiles::rename(tracks, names); };
-    rename(project_->audioTracks);
-    undoStack_->changeAudioTracks(rename);
 }
 
 void MainWindow::addTrack()
 {
     finishGestures();
-    if (!project_)
+    if (!project())
         return;
-    if (project_->tracks.size() >= kMaxNoteTracks) {
+    if (project()->tracks.size() >= kMaxNoteTracks) {
         prompts_.inform(this, tr("Veltas"),
                         tr("Se alcanzó el máximo de %1 veltas de notas.").arg(kMaxNoteTracks));
         return;
     }
     const qsizetype position =
-        ProjectEdits::addNoteTrack(*project_, tr("Velta %1").arg(project_->tracks.size() + 1));
+        ProjectEdits::addNoteTrack(*project(), tr("Velta %1").arg(project()->tracks.size() + 1));
     snapshotAndRefresh();
     arranger_->selectNoteTrack(static_cast<int>(position), false);
     arranger_->showLane(arranger_->keyLane());
@@ -249,15 +185,15 @@ void MainWindow::addTrack()
 void MainWindow::removeSelectedTrack()
 {
     finishGestures();
-    if (!project_)
+    if (!project())
         return;
     const int voice = arranger_->selectedAudioTrack();
-    if (voice < 0 && !ProjectEdits::removeNoteTrack(*project_, arranger_->activeTrack())) {
+    if (voice < 0 && !ProjectEdits::removeNoteTrack(*project(), arranger_->activeTrack())) {
         statusBar()->showMessage(tr("Elegí la velta que querés quitar."), kNothingToRemoveMs);
         return;
     }
     if (voice >= 0)
-        ProjectEdits::removeAudioTrack(*project_, voice);
+        ProjectEdits::removeAudioTrack(*project(), voice);
     snapshotAndRefresh();
-    arranger_->selectNoteTrack(project_->tracks.isEmpty() ? -1 : 0, false);
+    arranger_->selectNoteTrack(project()->tracks.isEmpty() ? -1 : 0, false);
 }

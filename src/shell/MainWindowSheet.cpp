@@ -14,9 +14,9 @@ constexpr int kSavedMs = 4000;
 void MainWindow::printSheet()
 {
     finishGestures();
-    if (!project_)
+    if (!project())
         return;
-    const SongSheet sheet = SongSheet::of(*project_);
+    const SongSheet sheet = SongSheet::of(*project());
     SheetPreview preview(sheet, this);
     connect(&preview, &SheetPreview::saveRequested, this, [&] {
         if (saveSheet(sheet, &preview))

@@ -6,6 +6,9 @@
 #include "shell/MainWindow.h"
 #include "shell/MissingRhythms.h"
 #include "shell/OnlineSearchModel.h"
+#include "shell/OpenWork.h"
+#include "shell/Services.h"
+#include "shell/VoiceRecording.h"
 #include "storage/ProjectStorageProvider.h"
 #include "storage/WorkArchive.h"
 
@@ -45,7 +48,7 @@ void MainWindow::exportWork()
                 .filter = workFileFilter(),
                 .failureTitle = tr("Exportar obra completa"),
                 .write = [this](const QString& path, QString* error, const ExportProgress&) {
-                    if (WorkArchive::write(*project_, clipsFolder(), path))
+                    if (WorkArchive::write(*project(), work_->clipsFolder(), path))
                         return true;
                     setError(error, tr("No pude escribir el archivo."));
                     return false;
@@ -65,7 +68,7 @@ std::optional<QString> MainWindow::askWorkFile()
 void MainWindow::openWorkFile(const QString& path)
 {
     finishGestures();
-    finishTake();
+    voice_->finish();
     if (confirmDiscardChanges())
         takeWorkFile(path);
 }
@@ -73,7 +76,7 @@ void MainWindow::openWorkFile(const QString& path)
 void MainWindow::takeWorkFile(const QString& path)
 {
     QGuiApplication::setOverrideCursor(Qt::WaitCursor);
-    const auto id = storage_->importProject(path);
+    const auto id = work_->storage().importProject(path);
     QGuiApplication::restoreOverrideCursor();
     if (!id) {
         prompts_.warn(this, tr("Abrir obra"), tr("No pude abrir la obra."));
@@ -85,15 +88,15 @@ void MainWindow::takeWorkFile(const QString& path)
 
 QString MainWindow::rhythmName(const QString& id) const
 {
-    if (const Rhythm* rhythm = loopLibrary_->findRhythm(id))
+    if (const Rhythm* rhythm = loopLibrary()->findRhythm(id))
         return OnlineSearchModel::oneLine(rhythm->displayName);
-    const CatalogEntry* offered = catalog_->findEntry(id);
+    const CatalogEntry* offered = services_->catalog()->findEntry(id);
     return OnlineSearchModel::oneLine(offered ? offered->displayName : id);
 }
 
 void MainWindow::offerMissingRhythms()
 {
-    const QStringList missing = missingRhythms(*project_, *loopLibrary_);
+    const QStringList missing = missingRhythms(*project(), *loopLibrary());
     if (missing.isEmpty())
         return;
     QStringList names;
