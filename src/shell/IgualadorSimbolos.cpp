@@ -3,6 +3,8 @@
 #include <QEvent>
 #include <QFontInfo>
 #include <QFontMetricsF>
+#include <QGuiApplication>
+#include <QHash>
 #include <QRegularExpression>
 #include <QToolButton>
 
@@ -45,6 +47,18 @@ double pixelSizeOf(const QFont& font)
     return font.pixelSize() > 0 ? font.pixelSize() : QFontInfo(font).pixelSize();
 }
 
+/// The ink of a face. Buttons come and go with the same few faces, and measuring is dear.
+QSizeF inkOf(const QString& face, const QFont& font)
+{
+    static QHash<QPair<QString, QString>, QSizeF> measured;
+    static const auto forgetting =
+        QObject::connect(qApp, &QGuiApplication::fontDatabaseChanged, [] { measured.clear(); });
+    QSizeF& ink = measured[{font.key(), face}];
+    if (!ink.isValid())
+        ink = QFontMetricsF(font).tightBoundingRect(face).size();
+    return ink;
+}
+
 /// How much to scale a face with this ink; nothing if it is to be left alone.
 std::optional<double> scaleOf(const QString& face, const QSizeF& ink, double px)
 {
@@ -85,7 +99,7 @@ void evenOut(QToolButton* button)
     // The font of the application's style sheet comes with the polish.
     button->ensurePolished();
     const double px = pixelSizeOf(button->font());
-    const QSizeF ink = QFontMetricsF(button->font()).tightBoundingRect(face).size();
+    const QSizeF ink = inkOf(face, button->font());
     const std::optional<double> scale = scaleOf(face, ink, px);
     if (!scale)
         return;

@@ -272,8 +272,6 @@ void LoopBrowser::rebuildSectionCards()
 {
     while (sectionsLayout_->count() > 1) {
         const std::unique_ptr<QLayoutItem> item(sectionsLayout_->takeAt(0));
-        for (const VariationButton* button : item->widget()->findChildren<VariationButton*>())
-            faceSheets_.insert(button->text(), button->styleSheet());
         deleteCard(item->widget());
     }
     int card = 0;
@@ -290,7 +288,9 @@ void LoopBrowser::rebuildSectionCards()
     if (project_ && rhythmCombo_->count() > 0 && rhythmCombo_->currentIndex() < 0)
         sectionsLayout_->insertWidget(0, buildNoRhythms());
     orderByTab();
-    evenOutFaces();
+    // A window evens out its faces when it is shown, those of later cards are left to us.
+    if (isVisible())
+        ovelin::igualarSimbolos(sectionsLayout_->parentWidget());
 }
 
 void LoopBrowser::orderByTab()
@@ -300,21 +300,6 @@ void LoopBrowser::orderByTab()
     for (QToolButton* button : sectionsLayout_->parentWidget()->findChildren<QToolButton*>()) {
         setTabOrder(former, button);
         former = button;
-    }
-}
-
-void LoopBrowser::evenOutFaces()
-{
-    // A window evens out its faces when it is shown: those of later cards get here what that came
-    // to, and are measured only where no such number stood on a card before.
-    if (!isVisible())
-        return;
-    for (VariationButton* button :
-         sectionsLayout_->parentWidget()->findChildren<VariationButton*>()) {
-        if (button->styleSheet().isEmpty()) {
-            ovelin::igualarSimbolos(button->parentWidget());
-            faceSheets_.insert(button->text(), button->styleSheet());
-        }
     }
 }
 
@@ -355,7 +340,6 @@ QWidget* LoopBrowser::buildColumn(LoopSection section, int variantIndex)
 {
     auto* place = new VariationButton(rhythmCombo_->currentId(), layerCombo_->currentId(), section,
                                       variantIndex);
-    place->setStyleSheet(faceSheets_.value(place->text()));
     connect(place, &QToolButton::clicked, this,
             [this, section, variantIndex] { placeVariant(section, variantIndex); });
 

@@ -2,7 +2,6 @@
 
 #include "model/Project.h"
 
-#include <QHash>
 #include <QPointer>
 #include <QWidget>
 
@@ -62,8 +61,6 @@ private:
     /// Lets the Tab key come to the cards between the choices above them and what stands below.
     void orderByTab();
 
-    void evenOutFaces();
-
     void fillRhythms();
 
     /// Of the rhythm and the layer that are chosen; empty where none is.
@@ -98,6 +95,4 @@ private:
     QVBoxLayout* sectionsLayout_;
     /// Those up to "Normal", which is used most; none where it is missing.
     int cardsInSight_ = 0;
-    /// The style sheets of the variants' numbers, as far as they have been evened out.
-    QHash<QString, QString> faceSheets_;
 };
