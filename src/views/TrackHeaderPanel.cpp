@@ -16,7 +16,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace {
 
@@ -146,10 +145,7 @@ void TrackHeaderPanel::buildAudioRows()
 
 void TrackHeaderPanel::connectCommonRows()
 {
-    connect(name_, &QLineEdit::textChanged, this, [this] {
-        if (!updating_ && !typedOver_)
-            typedOver_ = nameInView();
-    });
+    connect(name_, &QLineEdit::textChanged, this, [this] { typing_ = !updating_; });
     connect(name_, &QLineEdit::editingFinished, this, &TrackHeaderPanel::finishName);
     connect(volume_, &QSlider::valueChanged, this, [this](int percent) {
         if (editAny([&](auto& track) { track.volume = levelOf(percent); }))
@@ -227,15 +223,6 @@ const AudioTrack* TrackHeaderPanel::audioTrack() const
 const HarmonyTrack* TrackHeaderPanel::chords() const
 {
     return project_ && showsChords_ ? &project_->harmonyTrack : nullptr;
-}
-
-std::optional<QString> TrackHeaderPanel::nameInView() const
-{
-    if (track())
-        return track()->name;
-    if (audioTrack())
-        return audioTrack()->name;
-    return std::nullopt;
 }
 
 template <typename Edit>
@@ -338,7 +325,7 @@ void TrackHeaderPanel::showRows()
 template <typename AnyTrack>
 void TrackHeaderPanel::fillCommonRows(const AnyTrack& track)
 {
-    typedOver_.reset();
+    typing_ = false;
     name_->setText(track.name);
     volume_->setValue(percentOf(track.volume));
     fillSwitches(track);
@@ -364,7 +351,7 @@ void TrackHeaderPanel::refreshSwitches()
 
 void TrackHeaderPanel::fillChords(const HarmonyTrack& chords)
 {
-    typedOver_.reset();
+    typing_ = false;
     name_->clear();
     volume_->setValue(percentOf(chords.volume));
     mute_->setChecked(chords.muted);
@@ -388,31 +375,26 @@ void TrackHeaderPanel::fillAudioTrack(const AudioTrack& track)
 
 // ---- The name ------------------------------------------------------------------------------
 
-/// Whether anything was written.
-bool TrackHeaderPanel::writeTypedName()
+void TrackHeaderPanel::writeTypedName()
 {
-    const auto typedOver = std::exchange(typedOver_, std::nullopt);
-    if (!typedOver)
-        return false;
-    // Something else may have put another track in the place of the one whose name was being typed.
-    if (typedOver != nameInView()) {
-        refresh();
-        return false;
-    }
+    typing_ = false;
     const QString name = name_->text();
-    return editEither([&](auto& track) { track.name = name; });
+    editEither([&](auto& track) { track.name = name; });
 }
 
 void TrackHeaderPanel::takeTypedName()
 {
-    if (writeTypedName())
-        emit trackEdited();
+    if (!typing_)
+        return;
+    writeTypedName();
+    emit trackEdited();
 }
 
 void TrackHeaderPanel::finishName()
 {
     if (updating_ || !project_)
         return;
-    writeTypedName();
+    if (typing_)
+        writeTypedName();
     emit trackEdited();
 }

@@ -4,8 +4,6 @@
 #include <QString>
 #include <QWidget>
 
-#include <optional>
-
 class InstrumentLibrary;
 class InstrumentSelector;
 class Project;
@@ -76,7 +74,6 @@ private:
     const Track* track() const;
     const AudioTrack* audioTrack() const;
     const HarmonyTrack* chords() const;
-    std::optional<QString> nameInView() const;
 
     /// Let a function change the record in view. False where there is none, and while the
     /// controls are being filled.
@@ -100,7 +97,7 @@ private:
     void fillSwitches(const AnyTrack& track);
 
     void showEither(int trackIndex, int audioTrackIndex, bool chords = false);
-    bool writeTypedName();
+    void writeTypedName();
     void finishName();
 
     Project* project_ = nullptr;
@@ -109,8 +106,8 @@ private:
     bool showsChords_ = false;
     /// The controls are being filled: what they say is no edit.
     bool updating_ = false;
-    /// What the track was called when the user began to type; nothing while nobody types.
-    std::optional<QString> typedOver_;
+    /// A name is being typed for the track in view.
+    bool typing_ = false;
 
     QFormLayout* form_;
     QLabel* chordsTitle_;
