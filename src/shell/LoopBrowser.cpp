@@ -1,11 +1,11 @@
 #include "shell/LoopBrowser.h"
 
 #include "content/InstrumentLibrary.h"
-#include "content/LoopLength.h"
 #include "content/LoopLibrary.h"
 #include "model/ProjectEdits.h"
 #include "playback/PlaybackEngine.h"
 #include "shell/ChoiceBox.h"
+#include "shell/ChosenLoop.h"
 #include "shell/FittingArea.h"
 #include "shell/IgualadorSimbolos.h"
 #include "shell/Meters.h"
@@ -322,7 +322,7 @@ QWidget* LoopBrowser::buildCard(LoopSection section, const QList<LoopVariant>& v
     auto* layout = new QVBoxLayout(card);
     layout->setContentsMargins(0, 0, 0, 5);
     layout->setSpacing(4);
-    layout->addWidget(headerLabel(tr(sectionWord(section)).toUpper()));
+    layout->addWidget(headerLabel(sectionWord(section).toUpper()));
 
     QWidget* row = transparentRow();
     auto* columns = new WrappingRow(row);
@@ -379,21 +379,11 @@ void LoopBrowser::previewVariant(LoopSection section, int variantIndex)
 void LoopBrowser::placeVariant(LoopSection section, int variantIndex)
 {
     const LoopLayer* layer = library_->findLayer(layerCombo_->currentId());
-    const Rhythm* rhythm = layer ? library_->findRhythm(layer->rhythmId) : nullptr;
-    const auto beats =
-        rhythm ? loopBeats(*library_, rhythm->id, layer->id, section, variantIndex) : std::nullopt;
-    if (!project_ || !beats)
-        return;
-    const LoopBlock block{.startBeat = kAtThePlayhead,
-                          .durationBeats = *beats,
-                          .rhythmId = rhythm->id,
-                          .layerId = layer->id,
-                          .section = section,
-                          .variantIndex = variantIndex};
-    // Copies: whoever hears of the choice may have the library read anew.
-    const QString instrumentId = layer->instrumentId;
-    const QString displayName = u"%1 · %2"_s.arg(rhythm->displayName, layer->label);
-    emit loopChosen(block, instrumentId, displayName);
+    const auto loop = layer ? chosenLoop(*library_, layer->rhythmId, layer->id, section,
+                                         variantIndex, kAtThePlayhead)
+                            : std::nullopt;
+    if (project_ && loop)
+        emit loopChosen(loop->block, loop->instrumentId, loop->trackName);
 }
 
 void LoopBrowser::openOnlineSearch(const QStringList& wanted)

@@ -1,9 +1,9 @@
-#include "content/LoopLength.h"
 #include "content/LoopLibrary.h"
 #include "model/Project.h"
 #include "model/ProjectEdits.h"
 #include "music/Beats.h"
 #include "playback/PlaybackEngine.h"
+#include "shell/ChosenLoop.h"
 #include "shell/MainWindow.h"
 #include "views/SectionWords.h"
 #include "views/arranger/TrackArranger.h"
@@ -59,21 +59,11 @@ void MainWindow::onLibraryChanged()
 void MainWindow::placeLoop(const QString& rhythmId, const QString& layerId, int section,
                            int variantIndex, double startBeat)
 {
-    const auto loopSection = static_cast<LoopSection>(section);
-    const auto beats = loopBeats(*loopLibrary(), rhythmId, layerId, loopSection, variantIndex);
-    if (!project() || !beats)
-        return;
-    const LoopLayer* layer = loopLibrary()->findLayer(layerId);
-    const Rhythm* rhythm = loopLibrary()->findRhythm(rhythmId);
-    LoopBlock block;
-    block.startBeat = startBeat > 0.0 ? startBeat : 0.0;
-    block.durationBeats = *beats;
-    block.rhythmId = rhythmId;
-    block.layerId = layerId;
-    block.section = loopSection;
-    block.variantIndex = variantIndex;
-    handleLoopChosen(block, layer->instrumentId,
-                     u"%1 · %2"_s.arg(rhythm->displayName, layer->label));
+    const auto loop =
+        chosenLoop(*loopLibrary(), rhythmId, layerId, static_cast<LoopSection>(section),
+                   variantIndex, startBeat > 0.0 ? startBeat : 0.0);
+    if (project() && loop)
+        handleLoopChosen(loop->block, loop->instrumentId, loop->trackName);
 }
 
 void MainWindow::handleLoopChosen(const LoopBlock& block, const QString& instrumentId,
@@ -85,10 +75,8 @@ void MainWindow::handleLoopChosen(const LoopBlock& block, const QString& instrum
     const bool atPlayhead = placed.startBeat < 0.0;
     if (atPlayhead)
         placed.startBeat = ProjectEdits::barStart(*project(), engine()->playheadBeat());
-    const QString section = tr(sectionWord(placed.section));
-    const QString number = QString::number(placed.variantIndex);
     if (ProjectEdits::hasLoop(*project(), placed)) {
-        tellAlreadyThere(section + u' ' + number);
+        tellAlreadyThere(variantWords(placed.section, placed.variantIndex));
         const auto present = ProjectEdits::accompanimentOf(*project(), placed.layerId);
         arranger_->showLane({LaneKind::NoteTrack, static_cast<int>(present.value_or(-1))});
         arranger_->showBeat(placed.startBeat);
@@ -103,10 +91,11 @@ void MainWindow::handleLoopChosen(const LoopBlock& block, const QString& instrum
     arranger_->showLane({LaneKind::NoteTrack, static_cast<int>(*track)});
     if (atPlayhead)
         goOnBehind(placed);
-    statusBar()->showMessage(tr("%1 %2 agregada a «%3» en el compás %4.")
-                                 .arg(section, number, project()->tracks.at(*track).name,
-                                      barNumber(*project(), placed.startBeat)),
-                             kPlacedMs);
+    statusBar()->showMessage(
+        tr("%1 %2 agregada a «%3» en el compás %4.")
+            .arg(sectionWord(placed.section), QString::number(placed.variantIndex),
+                 project()->tracks.at(*track).name, barNumber(*project(), placed.startBeat)),
+        kPlacedMs);
 }
 
 void MainWindow::tellAlreadyThere(const QString& block)

@@ -1,6 +1,6 @@
 #include "shell/NewProjectDialog.h"
 
-#include "shell/Meters.h"
+#include "shell/SongBoxes.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -10,39 +10,12 @@
 
 using namespace Qt::Literals::StringLiterals;
 
-namespace {
-
-constexpr int kPitchClasses = 12;
-
-QComboBox* meterBox()
-{
-    auto* box = new QComboBox;
-    for (const TimeSignature& meter : kOfferedMeters)
-        box->addItem(meterText(meter), QVariant::fromValue(meter));
-    return box;
-}
-
-QComboBox* rootBox()
-{
-    auto* box = new QComboBox;
-    box->setMaxVisibleItems(kPitchClasses);
-    for (int pitchClass = 0; pitchClass < kPitchClasses; ++pitchClass)
-        box->addItem(u"%1 / %2"_s.arg(KeySignature::solfegeName(pitchClass),
-                                      KeySignature::letterName(pitchClass)));
-    return box;
-}
-
-} // namespace
-
 NewProjectDialog::NewProjectDialog(QWidget* parent)
-    : QDialog(parent), name_(new QLineEdit(tr("Mi canción"))), meter_(meterBox()), root_(rootBox()),
-      mode_(new QComboBox), bpm_(new QSpinBox)
+    : QDialog(parent), name_(new QLineEdit(tr("Mi canción"))), meter_(SongBoxes::meters()),
+      root_(SongBoxes::keys(u"%2 / %1"_s)), mode_(SongBoxes::modes()), bpm_(SongBoxes::tempo())
 {
     setWindowTitle(tr("Nuevo proyecto"));
     name_->selectAll();
-    mode_->addItems({tr("Mayor"), tr("Menor")});
-    bpm_->setRange(40, 240);
-    bpm_->setValue(120);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);

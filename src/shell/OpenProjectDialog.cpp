@@ -2,6 +2,7 @@
 
 #include "shell/Meters.h"
 #include "shell/Prompts.h"
+#include "shell/WorkDeletion.h"
 #include "shell/controls/ClockText.h"
 #include "storage/ProjectStorageProvider.h"
 #include "views/MusicWords.h"
@@ -152,12 +153,9 @@ void OpenProjectDialog::deleteCurrent()
     const QListWidgetItem* item = list_->currentItem();
     if (!item || item->isHidden())
         return;
-    const auto answer = prompts_.ask(
-        this, tr("Borrar obra"),
-        tr("¿Borrar «%1»? No se puede deshacer.").arg(item->data(kTitleRole).toString()),
-        QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
-    if (answer != QMessageBox::Yes)
-        return;
-    storage_->deleteProject(item->data(kIdRole).toString());
-    delete item;
+    if (askAndDelete({.title = tr("Borrar obra"),
+                      .id = item->data(kIdRole).toString(),
+                      .name = item->data(kTitleRole).toString()},
+                     this, *storage_, prompts_))
+        delete item;
 }

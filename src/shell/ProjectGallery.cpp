@@ -1,6 +1,8 @@
 #include "shell/ProjectGallery.h"
 
+#include "model/Song.h"
 #include "shell/NewProjectDialog.h"
+#include "shell/WorkDeletion.h"
 #include "shell/controls/PlainText.h"
 #include "storage/ProjectStorageProvider.h"
 
@@ -116,7 +118,7 @@ void ProjectGallery::openNewProjectDialog()
     QString name;
     TimeSignature timeSignature;
     KeySignature key;
-    int bpm = 120;
+    int bpm = Song::kDefaultBpm;
     if (askNewProject(this, &name, &timeSignature, &key, &bpm, prompts_))
         emit createRequested(name, timeSignature, key, bpm);
 }
@@ -132,11 +134,9 @@ void ProjectGallery::deleteCurrent()
     const QListWidgetItem* item = list_->currentItem();
     if (!item)
         return;
-    const auto answer = prompts_.ask(this, tr("Borrar proyecto"),
-                                     tr("¿Borrar «%1»? No se puede deshacer.").arg(item->text()),
-                                     QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
-    if (answer != QMessageBox::Yes)
-        return;
-    storage_->deleteProject(item->data(Qt::UserRole).toString());
-    refresh();
+    if (askAndDelete({.title = tr("Borrar proyecto"),
+                      .id = item->data(Qt::UserRole).toString(),
+                      .name = item->text()},
+                     this, *storage_, prompts_))
+        refresh();
 }

@@ -5,8 +5,8 @@
 #include "playback/PlaybackEngine.h"
 #include "shell/GridLevelNames.h"
 #include "shell/LevelMeter.h"
-#include "shell/Meters.h"
 #include "shell/RibbonGroup.h"
+#include "shell/SongBoxes.h"
 #include "shell/TakeSign.h"
 #include "shell/controls/WheelGuard.h"
 
@@ -27,33 +27,14 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr int kPitchClasses = 12;
-
-QSpinBox* spinBox(int least, int most, int value, int width, const QString& tooltip)
+QSpinBox* barBox(int bar, const QString& tooltip)
 {
     auto* box = new QSpinBox;
-    box->setRange(least, most);
-    box->setValue(value);
-    box->setFixedWidth(width);
+    box->setRange(1, 999);
+    box->setValue(bar);
+    box->setFixedWidth(46);
     box->setToolTip(tooltip);
     return box;
-}
-
-QComboBox* comboBox(const QStringList& entries, const QString& tooltip)
-{
-    auto* box = new QComboBox;
-    box->addItems(entries);
-    box->setToolTip(tooltip);
-    return box;
-}
-
-QStringList keyNames()
-{
-    QStringList names;
-    for (int pitchClass = 0; pitchClass < kPitchClasses; ++pitchClass)
-        names.append(u"%1 / %2"_s.arg(KeySignature::letterName(pitchClass),
-                                      KeySignature::solfegeName(pitchClass)));
-    return names;
 }
 
 /// A row of groups, closed by a stretch.
@@ -112,9 +93,9 @@ RibbonGroup* TransportControls::playbackGroup()
     stop_ = addCard(Card::Stop, group, u"■"_s, tr("Detener"), tr("Parar y volver al comienzo"));
     repeat_ = addCard(Card::Repeat, group, u"⟳"_s, tr("Repetir"),
                       tr("Repetir un rango de compases en loop"), true);
-    firstBar_ = spinBox(1, 999, 1, 46, tr("Primer compás del rango repetido"));
+    firstBar_ = barBox(1, tr("Primer compás del rango repetido"));
     group->addLabeledWidget(firstBar_, tr("Del compás"));
-    lastBar_ = spinBox(1, 999, 4, 46, tr("Último compás del rango repetido"));
+    lastBar_ = barBox(4, tr("Último compás del rango repetido"));
     group->addLabeledWidget(lastBar_, tr("al compás"));
     metronome_ = addCard(Card::Metronome, group, u"♩"_s, tr("Metrónomo"),
                          tr("Marcar el pulso mientras suena la canción"), true);
@@ -133,17 +114,18 @@ RibbonGroup* TransportControls::playbackGroup()
 RibbonGroup* TransportControls::keyGroup()
 {
     auto* group = new RibbonGroup(tr("Tempo y tonalidad"), 2);
-    bpm_ = spinBox(40, 240, Project::kDefaultBpm, 56,
-                   tr("Velocidad de la canción, en pulsos por minuto"));
+    bpm_ = SongBoxes::tempo();
+    bpm_->setFixedWidth(56);
+    bpm_->setToolTip(tr("Velocidad de la canción, en pulsos por minuto"));
     group->addLabeledWidget(bpm_, tr("Velocidad"));
-    meter_ = comboBox({}, tr("Compás de la canción: cuántos pulsos tiene cada compás"));
-    for (const TimeSignature& meter : kOfferedMeters)
-        meter_->addItem(meterText(meter), QVariant::fromValue(meter));
+    meter_ = SongBoxes::meters();
+    meter_->setToolTip(tr("Compás de la canción: cuántos pulsos tiene cada compás"));
     group->addLabeledWidget(meter_, tr("Compás"));
-    key_ = comboBox(keyNames(), tr("Nota principal de la canción"));
-    key_->setMaxVisibleItems(kPitchClasses);
+    key_ = SongBoxes::keys(u"%1 / %2"_s);
+    key_->setToolTip(tr("Nota principal de la canción"));
     group->addLabeledWidget(key_, tr("Tonalidad"));
-    mode_ = comboBox({tr("Mayor"), tr("Menor")}, tr("Modo: Mayor suena alegre, Menor más triste"));
+    mode_ = SongBoxes::modes();
+    mode_->setToolTip(tr("Modo: Mayor suena alegre, Menor más triste"));
     group->addLabeledWidget(mode_, tr("Modo"));
     chords_ = group->addCard(u"♫"_s, tr("Acordes"),
                              tr("Hacer sonar (o silenciar) la guía de acordes"), true);
@@ -209,8 +191,9 @@ RibbonGroup* TransportControls::viewGroup()
             &QToolButton::clicked, this, &TransportControls::zoomInRequested);
     connect(addCard(Card::ZoomOut, group, u"⊖"_s, tr("Alejar"), tr("Ver más compases a la vez")),
             &QToolButton::clicked, this, &TransportControls::zoomOutRequested);
-    grid_ = comboBox({QString(), QString(), QString()},
-                     tr("Qué está marcando la grilla: el pulso, su división o la subdivisión"));
+    grid_ = new QComboBox;
+    grid_->addItems({QString(), QString(), QString()});
+    grid_->setToolTip(tr("Qué está marcando la grilla: el pulso, su división o la subdivisión"));
     QToolButton* follow =
         addCard(Card::Follow, group, u"⇥"_s, tr("Seguir"),
                 tr("Pasar de página cuando el cabezal sale de lo que se ve"), true);
@@ -330,20 +313,10 @@ void TransportControls::updateFromProject()
         return;
     const QScopedValueRollback guard(updatingFromProject_, true);
     bpm_->setValue(project_->bpm);
-    showMeter(project_->timeSignature);
+    SongBoxes::showMeter(*meter_, project_->timeSignature);
     key_->setCurrentIndex(project_->keySignature.rootPitchClass);
     mode_->setCurrentIndex(project_->keySignature.mode == KeyMode::Minor ? 1 : 0);
     chords_->setChecked(!project_->harmonyTrack.muted);
-}
-
-void TransportControls::showMeter(const TimeSignature& meter)
-{
-    while (meter_->count() > static_cast<int>(kOfferedMeters.size()))
-        meter_->removeItem(meter_->count() - 1);
-    const auto offered = std::ranges::find(kOfferedMeters, meter);
-    if (offered == kOfferedMeters.end())
-        meter_->addItem(meterText(meter), QVariant::fromValue(meter));
-    meter_->setCurrentIndex(static_cast<int>(offered - kOfferedMeters.begin()));
 }
 
 void TransportControls::showRecording(bool recording)

@@ -135,7 +135,6 @@ private:
                          const QString& tooltip, bool checkable = false);
     void applyRepeatRange();
     void emitKeyEdit();
-    void showMeter(const TimeSignature& meter);
     void updateSubdivisionLabels();
     void updatePlayhead(double beat);
     void showPlaying(bool playing);

@@ -17,7 +17,7 @@ VariationButton::VariationButton(const QString& rhythmId, const QString& layerId
                                     .variantIndex = variantIndex}
 {
     const QString number = QString::number(variantIndex);
-    const QString word = tr(sectionWord(section));
+    const QString word = sectionWord(section);
     runDrag_ = [](QDrag& drag) { drag.exec(Qt::CopyAction); };
     setObjectName(u"btn_toolbar"_s);
     setText(number);
@@ -26,7 +26,7 @@ VariationButton::VariationButton(const QString& rhythmId, const QString& layerId
                   "quieras")
                    .arg(word, number));
     // A number alone would tell nothing to whom it is read.
-    setAccessibleName(word + u' ' + number);
+    setAccessibleName(variantWords(section, variantIndex));
 }
 
 void VariationButton::mousePressEvent(QMouseEvent* event)

@@ -402,7 +402,7 @@ void LoopBrowserTest::wordsAreTranslatedInItsOwnContext()
     QVERIFY(Widgets::withText<QPushButton>(stage().browser(), "LoopBrowser: Buscar más ritmos…"));
     QCOMPARE(stage().styles().toolTip(), "LoopBrowser: Estilo musical");
     QCOMPARE(stage().rhythms().itemData(0, Qt::ToolTipRole).toString(), "LoopBrowser: " + kForeign);
-    QCOMPARE(stage().cardLines().at(0), "LOOPBROWSER: INTRODUCCIÓN 0: 1");
+    QCOMPARE(stage().cardLines().at(0), "SECCIONES: INTRODUCCIÓN 0: 1");
     QCOMPARE(stage().rhythms().itemText(1), "Zamba (4/4)");
 }
 

@@ -495,8 +495,9 @@ void MainWindowMenusTest::textsBelongToTheWindow()
     QCOMPARE(stage.window().windowTitle(), "MainWindow: Velta — MainWindow: Obra sin título[*]");
     for (const char* title : {"&Archivo", "&Edición", "&Ver", "Qué marca la grilla"})
         QVERIFY(Widgets::menu(stage.window(), QString("MainWindow: ") + title));
-    for (const char* entry : {"Obra nueva…", "Salir", "Deshacer", "Alejar (tiempo)"})
+    for (const char* entry : {"Obra nueva…", "Salir", "Alejar (tiempo)"})
         QVERIFY(Widgets::entry(stage.window(), QString("MainWindow: ") + entry));
+    QVERIFY(Widgets::entry(stage.window(), "EditMenu: Deshacer"));
     QVERIFY(Widgets::entry(stage.window(), "Grilla: Pulso (el pie)"));
 }
 

@@ -49,7 +49,7 @@ private slots:
     void theTooltipTellsBothGestures();
     void aScreenReaderSaysSectionAndNumber();
     void sectionsStandInTheOrderOfASong();
-    void wordsAreTranslatedInItsOwnContext();
+    void wordsAreTranslated();
 
     void aClickIsAClick();
     void theKeyboardClicks();
@@ -145,14 +145,14 @@ void VariationButtonTest::sectionsStandInTheOrderOfASong()
     QCOMPARE(words, (QStringList{"Introducción", "Normal", "Intermedio", "Final"}));
 }
 
-void VariationButtonTest::wordsAreTranslatedInItsOwnContext()
+void VariationButtonTest::wordsAreTranslated()
 {
     ContextTranslator translator;
     QApplication::installTranslator(&translator);
     const VariationButton button("z", "b", LoopSection::Final, 2);
     QApplication::removeTranslator(&translator);
     QCOMPARE(button.toolTip(),
-             "VariationButton: VariationButton: Final 2 — un click la pone donde está el cabezal; "
+             "VariationButton: Secciones: Final 2 — un click la pone donde está el cabezal; "
              "arrastrala al compás que quieras");
     QCOMPARE(button.text(), "2");
 }

@@ -48,10 +48,9 @@ QString loopWords(const LoopBlock& loop, const LoopLibrary* library)
 {
     const Rhythm* rhythm = library ? library->findRhythm(loop.rhythmId) : nullptr;
     const LoopLayer* layer = library ? library->findLayer(loop.layerId) : nullptr;
-    return MusicWords::list(
-        {rhythm ? rhythm->displayName : loop.rhythmId, layer ? layer->label : loop.layerId,
-         QCoreApplication::translate("TrackArranger", sectionWord(loop.section)) + u' ' +
-             QString::number(loop.variantIndex)});
+    return MusicWords::list({rhythm ? rhythm->displayName : loop.rhythmId,
+                             layer ? layer->label : loop.layerId,
+                             variantWords(loop.section, loop.variantIndex)});
 }
 
 QString recordWords(const Project& project, const LoopLibrary* library, const BlockRef& block)

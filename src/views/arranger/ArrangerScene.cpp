@@ -55,8 +55,7 @@ QString melodyLabel(qsizetype notes)
 
 QString textOf(const LoopBlock& block)
 {
-    return u"%1 %2"_s.arg(QCoreApplication::translate("TrackArranger", sectionWord(block.section)),
-                          QString::number(block.variantIndex));
+    return variantWords(block.section, block.variantIndex);
 }
 
 /// The file of a clip as it is on the disk, whatever is done to its sound; of no path without a

@@ -37,7 +37,7 @@ int topOf(const QString& layerId, const Project& project, const QList<LaneInfo>&
 QString labelOf(const LoopDragPayload& loop, qint32 bar)
 {
     return QCoreApplication::translate("TrackArranger", "%1 %2 · compás %3")
-        .arg(QCoreApplication::translate("TrackArranger", sectionWord(loop.section)))
+        .arg(sectionWord(loop.section))
         .arg(loop.variantIndex)
         .arg(qint64{bar} + 1);
 }

@@ -283,7 +283,7 @@ void ArrangerSceneTest::loopsAreLabelledBySection()
     rebuild();
     QCoreApplication::removeTranslator(&translator);
     QFETCH(QString, label);
-    QCOMPARE(scene_.itemOf({BlockKind::Loop, 1, 0})->label(), "TrackArranger: " + label);
+    QCOMPARE(scene_.itemOf({BlockKind::Loop, 1, 0})->label(), "Secciones: " + label);
 }
 
 void ArrangerSceneTest::melodiesTellTheirNotes_data()
@@ -311,7 +311,8 @@ void ArrangerSceneTest::textsAreTranslatedInTheContextOfTheArranger()
     rebuild();
     QCoreApplication::removeTranslator(&foreign);
     QCOMPARE(scene_.itemOf({BlockKind::Melody, 0, 0})->label(), QString("<Melodía (2 notas)>"));
-    QCOMPARE(scene_.itemOf({BlockKind::Loop, 1, 0})->label(), QString("<Introducción> 2"));
+    // The words of sections have a context of their own.
+    QCOMPARE(scene_.itemOf({BlockKind::Loop, 1, 0})->label(), QString("Introducción 2"));
     QCOMPARE(scene_.itemOf({BlockKind::Audio, 0, 0})->label(), QString("<Voz>"));
 }
 
