@@ -96,15 +96,8 @@ void AccessibleWindowTest::init()
     FluidSpy::reset();
     listener_ = std::make_unique<ScreenListener>();
     stage_ = std::make_unique<WindowStage>();
-    const TestRhythm rock{.id = "rock",
-                          .name = "Rock",
-                          .style = "popular",
-                          .layers = {layerOf("bajo", "rock", "Bajo")},
-                          .variants = {variantOf("bajo", LoopSection::Normal, 1),
-                                       variantOf("bajo", LoopSection::Normal, 2),
-                                       variantOf("bajo", LoopSection::Final, 1)}};
     writeBytes(stage_->home().filePath("resources/loops/installed/rock.content.json"),
-               rock.package());
+               rockWithABass().package());
     QVERIFY(stage_->showWindow());
 }
 

@@ -75,6 +75,18 @@ inline LoopVariant variantOf(const QString& layerId, LoopSection section, int in
             .durationBars = bars};
 }
 
+/// A rhythm of one layer, a bass with two variants for the song and one for its end.
+inline TestRhythm rockWithABass()
+{
+    return {.id = "rock",
+            .name = "Rock",
+            .style = "popular",
+            .layers = {layerOf("bajo", "rock", "Bajo")},
+            .variants = {variantOf("bajo", LoopSection::Normal, 1),
+                         variantOf("bajo", LoopSection::Normal, 2),
+                         variantOf("bajo", LoopSection::Final, 1)}};
+}
+
 /// A variant that a browser gave out.
 struct Chosen {
     LoopBlock block;

@@ -108,13 +108,7 @@ void MainWindowFocusTest::init()
     QFETCH_GLOBAL(bool, dark);
     FluidSpy::reset();
     stage_ = std::make_unique<WindowStage>();
-    const TestRhythm rock{.id = "rock",
-                          .name = "Rock",
-                          .style = "popular",
-                          .layers = {layerOf("bajo", "rock", "Bajo")},
-                          .variants = {variantOf("bajo", LoopSection::Normal, 1),
-                                       variantOf("bajo", LoopSection::Normal, 2),
-                                       variantOf("bajo", LoopSection::Final, 1)}};
+    const TestRhythm rock = rockWithABass();
     TestRhythm pop = rock;
     pop.id = "pop";
     pop.name = "Pop";

@@ -113,20 +113,36 @@ class OddWorldTest : public QObject {
     Q_OBJECT
 
 private slots:
+    void init();
+    void cleanup();
     void aClockThatGoesBackLosesNothing();
     void namesThatAreNoTextAreLeftAlone();
+
+private:
+    const UserHome& home() { return *home_; }
+
+    std::unique_ptr<UserHome> home_;
+    Project work_;
 };
+
+void OddWorldTest::init()
+{
+    home_ = std::make_unique<UserHome>();
+    home_->installBank();
+    work_.name = "Zamba";
+    QVERIFY(LocalStorageProvider(QString()).saveProject("zamba", work_));
+}
+
+void OddWorldTest::cleanup()
+{
+    home_.reset();
+}
 
 void OddWorldTest::aClockThatGoesBackLosesNothing()
 {
-    const UserHome home;
-    home.installBank();
-    Project work;
-    work.name = "Zamba";
     LocalStorageProvider storage{QString()};
-    QVERIFY(storage.saveProject("zamba", work));
-    work.name = "Gato";
-    QVERIFY(storage.saveProject("gato", work));
+    work_.name = "Gato";
+    QVERIFY(storage.saveProject("gato", work_));
     // The files of a computer whose clock was ahead.
     const QDateTime ahead = QDateTime::currentDateTime().addYears(30);
     const auto date = [&](const QString& path) {
@@ -134,11 +150,11 @@ void OddWorldTest::aClockThatGoesBackLosesNothing()
         return file.open(QIODevice::ReadWrite) &&
                file.setFileTime(ahead, QFileDevice::FileModificationTime);
     };
-    QVERIFY(date(home.projectFile("zamba")));
+    QVERIFY(date(home().projectFile("zamba")));
     {
-        work.name = "Cueca";
+        work_.name = "Cueca";
         RecoveryCopy copy(RecoveryCopy::standardFolder());
-        QVERIFY(copy.keepNow({{}, {}, {}, work}));
+        QVERIFY(copy.keepNow({{}, {}, {}, work_}));
         QVERIFY(date(copy.path()));
     }
     QCOMPARE(OwnProcess::linesOf("the clock goes back"),
@@ -152,23 +168,17 @@ void OddWorldTest::aClockThatGoesBackLosesNothing()
 
 void OddWorldTest::namesThatAreNoTextAreLeftAlone()
 {
-    const UserHome home;
-    home.installBank();
-    Project work;
-    work.name = "Zamba";
-    LocalStorageProvider storage{QString()};
-    QVERIFY(storage.saveProject("zamba", work));
-    const QByteArray text = bytesOf(home.projectFile("zamba"));
-    const QByteArray workOfOthers = pathOf(home.works(), kOddName);
+    const QByteArray text = bytesOf(home().projectFile("zamba"));
+    const QByteArray workOfOthers = pathOf(home().works(), kOddName);
     QCOMPARE(mkdir(workOfOthers.constData(), 0700), 0);
     QVERIFY(writeOdd(workOfOthers + "/project.json", text));
-    const QByteArray voice = pathOf(home.filePath("."), kOddName) + ".wav";
+    const QByteArray voice = pathOf(home().filePath("."), kOddName) + ".wav";
     QVERIFY(writeOdd(voice, WavFile::bytes(Tones::sine(440.0, 44100, 4410))));
-    const QByteArray inTheWork = pathOf(home.works() + "/zamba", kOddName);
+    const QByteArray inTheWork = pathOf(home().works() + "/zamba", kOddName);
     QVERIFY(writeOdd(inTheWork, "notes"));
-    QVERIFY(QDir().mkpath(home.filePath("resources/loops/installed")));
+    QVERIFY(QDir().mkpath(home().filePath("resources/loops/installed")));
     const QByteArray rhythm =
-        pathOf(home.filePath("resources/loops/installed"), kOddName) + ".content.json";
+        pathOf(home().filePath("resources/loops/installed"), kOddName) + ".content.json";
     QVERIFY(writeOdd(rhythm, R"({"rhythm": {"id": "x"}})"));
     QVERIFY(QDir().mkpath(RecoveryCopy::standardFolder()));
     const QByteArray copy = pathOf(RecoveryCopy::standardFolder(), kOddName) + ".json";
@@ -186,7 +196,7 @@ void OddWorldTest::namesThatAreNoTextAreLeftAlone()
             "run | Abrir obra"}));
     for (const QByteArray& path : {workOfOthers + "/project.json", voice, rhythm, copy})
         QVERIFY2(existsOdd(path), path.constData());
-    QVERIFY2(!existsOdd(pathOf(home.works(), "zamba")), "a work goes with all that is in it");
+    QVERIFY2(!existsOdd(pathOf(home().works(), "zamba")), "a work goes with all that is in it");
 }
 
 int main(int argc, char** argv)
