@@ -1,6 +1,7 @@
 #include "shell/IgualadorSimbolos.h"
 
 #include "support/SeededRandom.h"
+#include "support/StyleChanges.h"
 
 #include <QApplication>
 #include <QDataStream>
@@ -234,20 +235,6 @@ QByteArray standardErrorOf(const std::function<void()>& run)
     file.seek(0);
     return file.readAll();
 }
-
-/// Counts the times that a widget is told of a change of its style.
-class StyleChanges : public QObject {
-public:
-    explicit StyleChanges(QObject* watched) { watched->installEventFilter(this); }
-
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        count += event->type() == QEvent::StyleChange;
-        return false;
-    }
-
-    int count = 0;
-};
 
 } // namespace
 

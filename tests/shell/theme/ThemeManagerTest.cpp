@@ -1,6 +1,7 @@
 #include "shell/theme/ThemeManager.h"
 
 #include "shell/theme/CanvasColors.h"
+#include "support/StyleChanges.h"
 
 #include <QAbstractEventDispatcher>
 #include <QApplication>
@@ -29,20 +30,6 @@ QSettings settingsOfTheUser()
 {
     return QSettings("Ovelin", "Velta");
 }
-
-/// Counts the times that a widget is told of a change of its style.
-class StyleChanges : public QObject {
-public:
-    explicit StyleChanges(QObject* watched) { watched->installEventFilter(this); }
-
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        count += event->type() == QEvent::StyleChange;
-        return false;
-    }
-
-    int count = 0;
-};
 
 /// A window with something of everything that the sheets dress.
 std::unique_ptr<QMainWindow> busyWindow()
