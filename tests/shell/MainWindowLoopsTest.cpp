@@ -67,6 +67,7 @@ private slots:
 
     void aLoopMakesTheTrackOfItsLayer();
     void loopsOfOneLayerShareATrack();
+    void theTrackOfALayerKeepsItsName();
     void aLoopLastsBarsOfItsOwnMeter();
     void aPlaceBeforeTheSongIsItsStart_data();
     void aPlaceBeforeTheSongIsItsStart();
@@ -153,6 +154,16 @@ void MainWindowLoopsTest::loopsOfOneLayerShareATrack()
     QCOMPARE(stage_->song().tracks.size(), 3);
     QCOMPARE(stage_->song().tracks.at(1).loopBlocks.size(), 2);
     QCOMPARE(stage_->song().tracks.at(2).loopBlocks.size(), 1);
+}
+
+void MainWindowLoopsTest::theTrackOfALayerKeepsItsName()
+{
+    place("zamba_bombo", LoopSection::Normal, 1, 0.0);
+    stage_->song().tracks[1].name = "Mis bombos";
+    place("zamba_bombo", LoopSection::Normal, 2, 12.0);
+    QCOMPARE(stage_->song().tracks.size(), 2);
+    QCOMPARE(stage_->song().tracks.at(1).name, "Mis bombos");
+    QCOMPARE(stage_->message(), "Normal 2 agregada a «Mis bombos» en el compás 4.");
 }
 
 void MainWindowLoopsTest::aLoopLastsBarsOfItsOwnMeter()

@@ -15,6 +15,7 @@
 #include <QMediaDevices>
 #include <QPen>
 #include <QProcess>
+#include <QSignalSpy>
 #include <QStatusBar>
 #include <QStatusTipEvent>
 #include <QTest>
@@ -68,6 +69,7 @@ private slots:
     void aCountThatIsCalledOffLeavesNothing_data();
     void aCountThatIsCalledOffLeavesNothing();
     void aSongThatPlaysIsNotCountedIn();
+    void aTakeLeavesASongThatPlaysAlone();
     void theLevelOfTheMicrophoneIsSeen();
 
     // A take and its place
@@ -509,6 +511,16 @@ void MainWindowTakeTest::aSongThatPlaysIsNotCountedIn()
     beginTake(0);
     QVERIFY(isRecording());
     QVERIFY(stage_->engine().isPlaying());
+}
+
+void MainWindowTakeTest::aTakeLeavesASongThatPlaysAlone()
+{
+    stage_->engine().play(6.0);
+    const QSignalSpy playing(&stage_->engine(), &PlaybackEngine::playingChanged);
+    beginTake(0);
+    QVERIFY(isRecording());
+    QCOMPARE(playing.size(), 0);
+    QVERIFY(stage_->engine().playheadBeat() >= 6.0);
 }
 
 void MainWindowTakeTest::theLevelOfTheMicrophoneIsSeen()

@@ -109,6 +109,8 @@ private slots:
     void aFileOfTheWholeNameIsNotReplacedUnasked();
     void theFolderOfTheLastFileIsProposed();
     void aCancelledFileIsNone();
+    void aFileToOpenIsGivenAsChosen();
+    void noFileToOpenIsNone();
     void aNameWithSlashesStaysInTheFolder_data();
     void aNameWithSlashesStaysInTheFolder();
 
@@ -489,6 +491,39 @@ void PromptsTest::aCancelledFileIsNone()
             answer =
                 prompts_.askSaveFile(window_.get(), "Exportar MIDI", "Zamba.mid", "MIDI (*.mid)");
         },
+        [&](QFileDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    QVERIFY(!answer);
+}
+
+void PromptsTest::aFileToOpenIsGivenAsChosen()
+{
+    const QString wanted = QDir::current().canonicalPath() + "/voz.wav";
+    writeBytes(wanted, "x");
+    std::optional<QString> answer;
+    QString title;
+    QStringList filters;
+    withDialog<QFileDialog>(
+        [&] {
+            answer = prompts_.askOpenFile(window_.get(), "Importar audio", "Audio (*.wav *.mp3)");
+        },
+        [&](QFileDialog& dialog) {
+            title = dialog.windowTitle();
+            filters = dialog.nameFilters();
+            QCOMPARE(dialog.acceptMode(), QFileDialog::AcceptOpen);
+            QCOMPARE(dialog.fileMode(), QFileDialog::ExistingFile);
+            dialog.findChild<QLineEdit*>("fileNameEdit")->setText(wanted);
+            Widgets::click(dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Open));
+        });
+    QCOMPARE(answer, std::optional(wanted));
+    QCOMPARE(title, "Importar audio");
+    QCOMPARE(filters, QStringList{"Audio (*.wav *.mp3)"});
+}
+
+void PromptsTest::noFileToOpenIsNone()
+{
+    std::optional<QString> answer("former");
+    withDialog<QFileDialog>(
+        [&] { answer = prompts_.askOpenFile(window_.get(), "Importar audio", "Audio (*.wav)"); },
         [&](QFileDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
     QVERIFY(!answer);
 }
