@@ -122,6 +122,7 @@ private slots:
     void bothFoldersAreReadTheProgramsOwnFirst();
     void theUsersFilesTakeNoPlaceOfTheProgramsOwn_data();
     void theUsersFilesTakeNoPlaceOfTheProgramsOwn();
+    void aDamagedFileOfTheProgramsKeepsItsPlace();
     void instrumentsOfTheProgramStayWhatTheyAre();
     void groovesOfTheProgramStayWhatTheyAre();
     void nothingIsWrittenBesideTheProgram();
@@ -273,6 +274,17 @@ void ContentRootsTest::theUsersFilesTakeNoPlaceOfTheProgramsOwn()
     QCOMPARE(rhythmNames(services.library), QStringList({"folklore_zamba own", "vidala own"}));
     QCOMPARE(services.library.refused(), QStringList(file));
     QVERIFY(services.library.cameWithProgram("Vidala"));
+}
+
+void ContentRootsTest::aDamagedFileOfTheProgramsKeepsItsPlace()
+{
+    const SplitStage stage;
+    stage.add("own", "Vidala", "{");
+    stage.add("user", "vidala", packageFrom("user", "vidala", "vidala_a"));
+    const Services services(stage.roots, QUrl());
+    QCOMPARE(rhythmNames(services.library), QStringList());
+    QCOMPARE(services.library.refused(), QStringList("vidala"));
+    QVERIFY(services.library.cameWithProgram("vidala"));
 }
 
 void ContentRootsTest::instrumentsOfTheProgramStayWhatTheyAre()

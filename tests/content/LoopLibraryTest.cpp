@@ -396,6 +396,13 @@ void LoopLibraryTest::aStyleOfTheProgramKeepsItsName()
         package("folklore_zamba", R"("musicalStyle": {"id": "folklore", "displayName": "Folk"})"));
     content.library().reload();
     QCOMPARE(content.library().styles(), (QList<MusicalStyle>{{"folklore", "Folk"}, {"b", "B"}}));
+    // Nor does it keep the one of a former reading.
+    content.addPackage("folklore_zamba",
+                       package("folklore_zamba",
+                               R"("musicalStyle": {"id": "folklore", "displayName": "Criollo"})"));
+    content.library().reload();
+    QCOMPARE(content.library().styles(),
+             (QList<MusicalStyle>{{"folklore", "Criollo"}, {"b", "B"}}));
 }
 
 void LoopLibraryTest::styleWithoutAnIdIsNotListed()

@@ -77,8 +77,8 @@ def object_of(command, source, text, place, extra=""):
 class Place:
     """Where one test at a time runs."""
 
-    def __init__(self, name):
-        self.path = WORK / name
+    def __init__(self, path):
+        self.path = path
         (self.path / "bin").mkdir(parents=True, exist_ok=True)
         self.home = self.path / "home"
         (self.home / "run").mkdir(parents=True, exist_ok=True)
@@ -112,7 +112,8 @@ class Trial:
         self.links = links
         self.commands = compile_commands()
         self.deadly = collections.Counter()
-        self.memory = WORK / f"{folder.replace('/', '-')}.json"
+        self.work = WORK / folder.replace("/", "-")
+        self.memory = self.work / "killers.json"
         self.killers = json.loads(self.memory.read_text()) if self.memory.exists() else {}
         self.thread = threading.local()
         self.places = iter(range(10**9))
@@ -131,7 +132,7 @@ class Trial:
                    if mutant.switched is not None}
         while mutants:
             trouble = object_of(self.commands[str(source)], source, with_switches(text, mutants),
-                                WORK / "switched", f"-include {HERE}/switches.h")
+                                self.work / "switched", f"-include {HERE}/switches.h")
             if not trouble:
                 break
             mutants = without_troublesome(mutants, trouble, source.name)
@@ -139,17 +140,16 @@ class Trial:
 
     def prepare(self, mutants):
         """Links the tests with all changes that can have a switch."""
-        (WORK / "switched/bin").mkdir(parents=True, exist_ok=True)
+        place = Place(self.work / "switched")
         by_source = collections.defaultdict(dict)
         for number, mutant in enumerate(mutants, 1):
             by_source[mutant.source][number] = mutant
         with concurrent.futures.ThreadPoolExecutor(JOBS) as pool:
             taken = list(pool.map(lambda item: self.switched_object(*item), by_source.items()))
         self.numbers = {mutant: number for switched in taken for number, mutant in switched.items()}
-        shell(f"cc -O1 -fPIC -c {HERE}/switches.c -o {WORK}/switched/velta-change.o")
-        objects = " ".join([f"{WORK}/switched/velta-change.o"] + [
-            f"{WORK}/switched/{source.stem}.o" for source, some in zip(by_source, taken) if some])
-        place = Place("switched")
+        shell(f"cc -O1 -fPIC -c {HERE}/switches.c -o {place.path}/velta-change.o")
+        objects = " ".join([f"{place.path}/velta-change.o"] + [
+            f"{place.path}/{source.stem}.o" for source, some in zip(by_source, taken) if some])
         for name, link in self.links.items():
             binary = place.path / "bin" / name
             linked(name, link, objects, binary)
@@ -181,7 +181,7 @@ class Trial:
 
     def place(self):
         if not hasattr(self.thread, "place"):
-            self.thread.place = Place(str(next(self.places)))
+            self.thread.place = Place(self.work / str(next(self.places)))
             self.thread.place.plain = {}
         return self.thread.place
 
@@ -191,7 +191,7 @@ class Trial:
         """How a test ends with a change in it."""
         place = self.place()
         number = self.numbers.get(mutant)
-        binary = WORK / "switched/bin" / name
+        binary = self.work / "switched/bin" / name
         if number is None:
             binary = place.path / "bin" / name
             linked(name, self.links[name], f"{place.path / mutant.source.stem}.o", binary)

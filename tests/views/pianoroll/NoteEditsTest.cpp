@@ -73,6 +73,14 @@ private slots:
     void resizing();
     void resizingIsPerNote();
 
+    void nudging_data();
+    void nudging();
+
+    void theNextInTimeIsFound_data();
+    void theNextInTimeIsFound();
+    void endsAreThoseOfTheSong();
+    void asManyPlacesAsNotesOfAValue();
+
     void removing_data();
     void removing();
     void deletingAllNotesLeavesTheBlockWithItsLength();
@@ -331,6 +339,93 @@ void NoteEditsTest::resizingIsPerNote()
     expected[1].durationBeats = 0.5;
     expected[3].durationBeats = 1.0;
     QCOMPARE(block.notes, expected);
+}
+
+// ---- Nudges ---------------------------------------------------------------------------------
+
+void NoteEditsTest::nudging_data()
+{
+    QTest::addColumn<QList<NoteEvent>>("notes");
+    QTest::addColumn<double>("beats");
+    QTest::addColumn<int>("pitches");
+    QTest::addColumn<QList<NoteEvent>>("moved");
+    using Notes = QList<NoteEvent>;
+    const Notes pair{note(60, 0.5), note(90, 2.0)};
+    QTest::newRow("by what is asked")
+        << pair << 0.25 << -2 << Notes{note(58, 0.75), note(88, 2.25)};
+    QTest::newRow("to the start of the block, together")
+        << pair << -1.0 << 0 << Notes{note(60, 0.0), note(90, 1.5)};
+    QTest::newRow("to the highest row, together")
+        << pair << 0.0 << 12 << Notes{note(66, 0.5), note(96, 2.0)};
+    QTest::newRow("to the lowest row, together")
+        << pair << 0.0 << -50 << Notes{note(24, 0.5), note(54, 2.0)};
+    QTest::newRow("from edge to edge")
+        << Notes{note(24, 0.0)} << 0.0 << 100 << Notes{note(96, 0.0)};
+    QTest::newRow("no further out than it is")
+        << Notes{note(60, -1.0), note(60, 1.0)} << -0.5 << 0 << Notes{note(60, 0.0), note(60, 1.0)};
+}
+
+void NoteEditsTest::nudging()
+{
+    QFETCH(QList<NoteEvent>, notes);
+    QFETCH(double, beats);
+    QFETCH(int, pitches);
+    MelodyBlock block = melody(notes + QList{note(50, 3.0)}, 8.0, 16.0);
+    NoteEdits::nudge(block, {0, int(notes.size()) - 1, 99}, beats, pitches);
+    QFETCH(QList<NoteEvent>, moved);
+    QCOMPARE(block.notes, moved + QList{note(50, 3.0)});
+}
+
+// ---- Places ---------------------------------------------------------------------------------
+
+void NoteEditsTest::theNextInTimeIsFound_data()
+{
+    QTest::addColumn<QList<int>>("of");
+    QTest::addColumn<int>("direction");
+    QTest::addColumn<double>("beat");
+    QTest::addColumn<int>("found");
+    using Indices = QList<int>;
+    QTest::newRow("behind a note") << Indices{0} << 1 << 0.0 << 3;
+    QTest::newRow("before a note") << Indices{0} << -1 << 0.0 << 2;
+    QTest::newRow("the higher of one start") << Indices{1} << 1 << 0.0 << 2;
+    QTest::newRow("the last itself") << Indices{3} << 1 << 0.0 << 3;
+    QTest::newRow("the first itself") << Indices{1} << -1 << 0.0 << 1;
+    QTest::newRow("behind the last of some") << Indices{0, 1} << 1 << 0.0 << 3;
+    QTest::newRow("before the first of some") << Indices{0, 2} << -1 << 0.0 << 1;
+    QTest::newRow("the one nearest to a beat") << Indices{} << 1 << 2.9 << 0;
+    QTest::newRow("the earlier of two equally near") << Indices{} << 1 << 3.0 << 0;
+    QTest::newRow("the nearest, for notes that are not there") << Indices{99, -1} << 1 << 3.5 << 3;
+    QTest::newRow("not one without a place") << Indices{3} << -1 << 0.0 << 0;
+}
+
+void NoteEditsTest::theNextInTimeIsFound()
+{
+    QFETCH(QList<int>, of);
+    QFETCH(int, direction);
+    QFETCH(double, beat);
+    const MelodyBlock block = melody(
+        {note(64, 2.0), note(60, 0.0), note(67, 0.0), note(60, 4.0), note(60, Limits::infinity())});
+    QTEST(NoteEdits::neighbour(block, of, direction, beat), "found");
+    QCOMPARE(NoteEdits::neighbour(melody({}), of, direction, beat), -1);
+}
+
+void NoteEditsTest::endsAreThoseOfTheSong()
+{
+    const MelodyBlock block = tune();
+    QCOMPARE(NoteEdits::endOf(block, {0}), 9.0);
+    QCOMPARE(NoteEdits::endOf(block, {3, 0}), 12.0);
+    QCOMPARE(NoteEdits::endOf(block, {99}), std::nullopt);
+}
+
+void NoteEditsTest::asManyPlacesAsNotesOfAValue()
+{
+    const NoteEvent twice = note(60, 1.0);
+    const NoteEvent once = note(64, 1.0);
+    const MelodyBlock block = melody({twice, once, twice});
+    QCOMPARE(NoteEdits::placesOf(block, {twice}), QList{0});
+    QCOMPARE(NoteEdits::placesOf(block, {twice, twice}), (QList{0, 2}));
+    QCOMPARE(NoteEdits::placesOf(block, {once, twice}), (QList{0, 1}));
+    QCOMPARE(NoteEdits::placesOf(block, {note(62, 1.0)}), QList<int>());
 }
 
 // ---- Removing -------------------------------------------------------------------------------
