@@ -186,14 +186,21 @@ void LoopBrowser::setProject(Project* project)
         meter_ = project->timeSignature;
         connect(project, &Project::changed, this, &LoopBrowser::followMeter);
     }
+    if (!showRhythmOfWork())
+        reloadRhythms();
+}
+
+bool LoopBrowser::showRhythmOfWork()
+{
     const Rhythm* rhythm =
-        project ? library_->findRhythm(ProjectEdits::firstRhythm(*project)) : nullptr;
-    const bool shown = rhythm && !isForeign(rhythm->timeSignature, project);
-    if (shown)
-        choose(*styleCombo_, rhythm->styleId);
+        project_ ? library_->findRhythm(ProjectEdits::firstRhythm(*project_)) : nullptr;
+    if (!rhythm || isForeign(rhythm->timeSignature, project_))
+        return false;
+    choose(*styleCombo_, rhythm->styleId);
     reloadRhythms();
-    if (shown && choose(*rhythmCombo_, rhythm->id))
+    if (choose(*rhythmCombo_, rhythm->id))
         reloadLayers();
+    return true;
 }
 
 void LoopBrowser::followMeter()
@@ -205,6 +212,8 @@ void LoopBrowser::followMeter()
     reloadRhythms();
     if (choose(*rhythmCombo_, rhythm))
         reloadLayers();
+    else if (rhythmCombo_->currentId() != rhythm)
+        showRhythmOfWork();
 }
 
 void LoopBrowser::reloadStyles()

@@ -53,6 +53,10 @@ private:
     /// Offers other rhythms where the work has got another meter.
     void followMeter();
 
+    /// Puts itself on the rhythm with which the work begins. False, with nothing changed, where the
+    /// library has none that fits.
+    bool showRhythmOfWork();
+
     // Each fills its own step and then runs the next.
     void reloadStyles();
     void reloadRhythms();

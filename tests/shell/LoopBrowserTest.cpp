@@ -127,6 +127,7 @@ private slots:
     // Meters
     void aForeignMeterCannotBeChosen();
     void aRhythmInTheMeterOfTheProjectIsChosenFirst();
+    void theWayBackToTheMeterOfTheWorkShowsItsRhythm();
     void anotherCompoundFlagIsAnotherMeter_data();
     void anotherCompoundFlagIsAnotherMeter();
     void whereAllAreForeignNoneIsChosen();
@@ -645,6 +646,24 @@ void LoopBrowserTest::aRhythmInTheMeterOfTheProjectIsChosenFirst()
     stage().browser().setProject(project_.get());
     QCOMPARE(itemsOf(stage().layers()), (QStringList{"* Bajo · Contrabajo", "Piano izquierda"}));
     QCOMPARE(stage().cards().size(), 4);
+}
+
+void LoopBrowserTest::theWayBackToTheMeterOfTheWorkShowsItsRhythm()
+{
+    stage().addThree();
+    project_->timeSignature = kFourFour;
+    project_->tracks = {
+        ProjectBuilder::loopTrack({ProjectBuilder::loop("c_cumbia", "cum_guiro", 4.0, 4.0)})};
+    stage().browser().setProject(project_.get());
+    // No rhythm of this style fits, and the user looks for one.
+    project_->timeSignature = kSixEight;
+    emit project_->changed();
+    stage().styles().setCurrentIndex(0);
+    QCOMPARE(stage().rhythms().currentText(), "Chacarera (6/8)");
+    project_->timeSignature = kFourFour;
+    emit project_->changed();
+    QCOMPARE(stage().styles().currentText(), "POPULAR");
+    QCOMPARE(stage().rhythms().currentText(), "Cumbia (4/4)");
 }
 
 void LoopBrowserTest::anotherCompoundFlagIsAnotherMeter_data()
