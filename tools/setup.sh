@@ -29,7 +29,7 @@ package_packages=(
 # What the tests need on top of what every build needs.
 test_packages=(
     "${author_packages[@]}"
-    clang-format libbenchmark-dev git
+    clang-format libbenchmark-dev git mold
     g++-mingw-w64-x86-64-win32
     locales
     pulseaudio pulseaudio-utils libasound2-plugins
