@@ -23,7 +23,7 @@ author_packages=(
 
 # What the packages need on top of what every build needs.
 package_packages=(
-    dpkg-dev debhelper librsvg2-bin libebur128-dev git
+    build-essential debhelper librsvg2-bin libebur128-dev git
 )
 
 # What the tests need on top of what every build needs.
