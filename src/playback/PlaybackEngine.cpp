@@ -8,75 +8,18 @@
 #include "playback/LivePreview.h"
 #include "playback/Metronome.h"
 #include "playback/NoteRenderer.h"
+#include "playback/SongVoices.h"
 #include "playback/SoundfontPlayer.h"
 #include "playback/VoiceMixer.h"
 #include "playback/VoiceOutput.h"
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 
 namespace {
 
 constexpr std::chrono::milliseconds kTickPeriod(8);
 constexpr float kMetronomeVolume = 0.9F;
-
-/// Which of the voice tracks are heard.
-QList<bool> voicesHeard(const Project& project)
-{
-    const bool soloed =
-        Audibility::anySolo(project.tracks) || Audibility::anySolo(project.audioTracks);
-    QList<bool> heard;
-    for (const AudioTrack& track : project.audioTracks)
-        heard.append(!track.clips.isEmpty() && Audibility::sounds(track, soloed));
-    return heard;
-}
-
-/// Gains and fades of all clips, one after the other.
-QList<float> voiceLevels(const Project& project)
-{
-    QList<float> levels;
-    for (const AudioTrack& track : project.audioTracks) {
-        for (const AudioClip& clip : track.clips)
-            levels.append({clip.gain, clip.fadeInSeconds, clip.fadeOutSeconds});
-    }
-    return levels;
-}
-
-/// Where the last clip of the voices that are heard ends, in beats.
-double endOfVoices(const Project& project)
-{
-    const QList<bool> heard = voicesHeard(project);
-    double end = 0.0;
-    for (qsizetype i = 0; i < heard.size(); ++i) {
-        if (!heard.at(i))
-            continue;
-        for (const AudioClip& clip : project.audioTracks.at(i).clips) {
-            const double clipEnd = clip.endBeat();
-            end = std::isfinite(clipEnd) ? std::max(end, clipEnd) : end;
-        }
-    }
-    return end;
-}
-
-/// Longest song whose voices are mixed before they are asked for, an hour: a damaged file may place
-/// a clip where its mix would fill the memory.
-constexpr double kMostFramesAhead = 3600.0 * kSampleRate;
-
-bool isTooLongToMixAhead(const VoiceMix::Voices& voices)
-{
-    return std::ranges::any_of(voices.clips, [&voices](const VoiceMix::Voice& voice) {
-        const double end = voice.clip.offsetBeats + std::max(0.0, voice.clip.durationBeats);
-        return end * framesPerBeat(voices.bpm) > kMostFramesAhead;
-    });
-}
-
-/// The voices of a project that may be null; none where it has no folder.
-VoiceMix::Voices voicesOf(const Project* project, const QString& projectDir)
-{
-    return !project || projectDir.isEmpty() ? VoiceMix::Voices()
-                                            : VoiceMix::voicesOf(*project, projectDir);
-}
 
 } // namespace
 
@@ -215,7 +158,7 @@ void PlaybackEngine::rescheduleIfPlaying()
     followProject();
     if (!playing_)
         return;
-    const QList<float> levels = voiceLevels(*project_);
+    const QList<float> levels = SongVoices::levels(*project_);
     // A clip more or less is another arrangement, which waits for the next start.
     levelsAwaited_ = levels.size() == voiceLevels_.size() && levels != voiceLevels_;
     const double beat = playheadBeat();
@@ -229,13 +172,13 @@ void PlaybackEngine::followLevels()
     if (!levelsAwaited_ || !voicesReady())
         return;
     levelsAwaited_ = false;
-    voiceLevels_ = voiceLevels(*project_);
+    voiceLevels_ = SongVoices::levels(*project_);
     voices_->goOnWith(mixedVoices());
 }
 
 void PlaybackEngine::followProject()
 {
-    if (tempo_ != project_->bpm || voicesHeard_ != voicesHeard(*project_))
+    if (tempo_ != project_->bpm || voicesHeard_ != SongVoices::heard(*project_))
         startTogether(playheadBeat());
 }
 
@@ -277,7 +220,7 @@ void PlaybackEngine::buildSchedule()
 void PlaybackEngine::setSongEnd()
 {
     const double bar = project_->beatsPerBar();
-    score_.end = std::max(score_.end, endOfVoices(*project_));
+    score_.end = std::max(score_.end, SongVoices::endBeat(*project_));
     tailBeats_ = bar;
     if (score_.events.isEmpty() && !(score_.end > 0.0)) {
         score_.end = project_->barCount(Project::kLeastBars) * bar;
@@ -295,8 +238,8 @@ void PlaybackEngine::startTogether(double beat)
     if (!playing_)
         return;
     tempo_ = project_->bpm;
-    voicesHeard_ = voicesHeard(*project_);
-    voiceLevels_ = voiceLevels(*project_);
+    voicesHeard_ = SongVoices::heard(*project_);
+    voiceLevels_ = SongVoices::levels(*project_);
     levelsAwaited_ = false;
     anchorBeat_ = beat;
     clock_.restart();
@@ -339,14 +282,14 @@ void PlaybackEngine::startVoicePlayback(double fromBeat)
 
 void PlaybackEngine::prepareVoices()
 {
-    const VoiceMix::Voices voices = voicesOf(project_, projectDir);
-    if (!isTooLongToMixAhead(voices))
+    const VoiceMix::Voices voices = SongVoices::of(project_, projectDir);
+    if (!SongVoices::areTooLongToMixAhead(voices))
         mixer_->prepare(voices);
 }
 
 bool PlaybackEngine::voicesReady() const
 {
-    return mixer_->isReady(voicesOf(project_, projectDir));
+    return mixer_->isReady(SongVoices::of(project_, projectDir));
 }
 
 QList<float> PlaybackEngine::mixedVoices()
@@ -354,7 +297,7 @@ QList<float> PlaybackEngine::mixedVoices()
     const bool early = !voicesReady();
     if (early)
         emit waitingForVoices(true);
-    const QList<float> mix = mixer_->mix(voicesOf(project_, projectDir));
+    const QList<float> mix = mixer_->mix(SongVoices::of(project_, projectDir));
     if (early)
         emit waitingForVoices(false);
     return mix;
