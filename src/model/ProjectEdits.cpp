@@ -52,6 +52,12 @@ QList<LoopBlock> loopsOf(const Song& work)
     return loops;
 }
 
+bool isSameTrack(const Track& one, const Track& other)
+{
+    return one.name == other.name && one.layerId == other.layerId &&
+           one.instrumentId == other.instrumentId && one.isAccompaniment == other.isAccompaniment;
+}
+
 template <typename TrackList>
 bool removeAt(TrackList& tracks, qsizetype index)
 {
@@ -135,6 +141,16 @@ void ProjectEdits::addClip(Project& project, const QString& newTrackName, const 
         project.audioTracks.append(track);
     }
     project.audioTracks.last().clips.append(clip);
+}
+
+int ProjectEdits::trackAfter(const QList<Track>& former, const QList<Track>& present, int index)
+{
+    const auto come = static_cast<int>(present.size() - former.size());
+    const auto place =
+        static_cast<int>(std::ranges::mismatch(former, present, isSameTrack).in1 - former.begin());
+    if (come == 0 || index < place)
+        return index;
+    return index + come < place ? -1 : index + come;
 }
 
 QString ProjectEdits::effectiveLayer(const Track& track)

@@ -40,6 +40,10 @@ bool removeAudioTrack(Project& project, qsizetype index);
 /// Lays a clip on the last voice track, which is made with a name where there is none.
 void addClip(Project& project, const QString& newTrackName, const AudioClip& clip);
 
+/// Where a track is after an edit that has added tracks to a list, or removed some, side by side;
+/// -1 for one that is gone. Which is which is told by names, layers and instruments.
+int trackAfter(const QList<Track>& former, const QList<Track>& present, int index);
+
 /// The layer that an accompaniment track serves: its own, or else that of its first loop. Empty for
 /// a track without either.
 QString effectiveLayer(const Track& track);

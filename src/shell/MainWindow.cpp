@@ -289,10 +289,16 @@ void MainWindow::redo()
 
 void MainWindow::restore(const Song& state)
 {
+    const QList<Track> former = project()->tracks;
+    const int track = arranger_->activeTrack();
     work_->restore(state);
     showAndSound();
-    // The track that the panel showed may be otherwise now, or gone.
-    page_->showSelectedTrack();
+    // The track that the panel showed may be otherwise now, elsewhere in the list, or gone.
+    const int present = ProjectEdits::trackAfter(former, project()->tracks, track);
+    if (present != track)
+        arranger_->selectNoteTrack(present, false);
+    else
+        page_->showSelectedTrack();
 }
 
 void MainWindow::setBpm(int bpm)

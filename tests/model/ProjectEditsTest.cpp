@@ -47,6 +47,9 @@ private slots:
     void whatWouldBeMissedIsContent();
     void askingForContentChangesNothing();
 
+    void aTrackIsFoundAfterOthersHaveComeOrGone_data();
+    void aTrackIsFoundAfterOthersHaveComeOrGone();
+
     void aNewTrackStandsAboveTheAccompaniment_data();
     void aNewTrackStandsAboveTheAccompaniment();
     void aNewTrackIsAPianoWithDefaults();
@@ -153,6 +156,50 @@ void ProjectEditsTest::askingForContentChangesNothing()
 }
 
 // ---- Tracks --------------------------------------------------------------------------------
+
+void ProjectEditsTest::aTrackIsFoundAfterOthersHaveComeOrGone_data()
+{
+    QTest::addColumn<QString>("former");
+    QTest::addColumn<QString>("present");
+    QTest::addColumn<int>("index");
+    QTest::addColumn<int>("after");
+    QTest::newRow("nothing has come") << "abc"
+                                      << "abc" << 1 << 1;
+    QTest::newRow("another name is no other track") << "abc"
+                                                    << "axc" << 1 << 1;
+    QTest::newRow("one came before it") << "abc"
+                                        << "axbc" << 1 << 2;
+    QTest::newRow("one came behind it") << "abc"
+                                        << "abxc" << 1 << 1;
+    QTest::newRow("two came at the end") << "abc"
+                                         << "abcxy" << 2 << 2;
+    QTest::newRow("one went before it") << "abc"
+                                        << "bc" << 2 << 1;
+    QTest::newRow("one went behind it") << "abc"
+                                        << "ab" << 1 << 1;
+    QTest::newRow("it went") << "abc"
+                             << "ac" << 1 << -1;
+    QTest::newRow("the last one went") << "a"
+                                       << "" << 0 << -1;
+    QTest::newRow("two went, it among them") << "abcd"
+                                             << "ad" << 2 << -1;
+    QTest::newRow("none is none") << "abc"
+                                  << "xabc" << -1 << -1;
+}
+
+void ProjectEditsTest::aTrackIsFoundAfterOthersHaveComeOrGone()
+{
+    const auto named = [](const QString& letters) {
+        QList<Track> tracks;
+        for (const QChar letter : letters)
+            tracks.emplaceBack().name = letter;
+        return tracks;
+    };
+    QFETCH(QString, former);
+    QFETCH(QString, present);
+    QFETCH(int, index);
+    QTEST(ProjectEdits::trackAfter(named(former), named(present), index), "after");
+}
 
 void ProjectEditsTest::aNewTrackStandsAboveTheAccompaniment_data()
 {

@@ -34,6 +34,7 @@ private slots:
     void aSelectedVoiceTrackIsRemoved();
     void removingTheOnlyTrackSelectsNone();
     void aStaleSelectionRemovesNothing();
+    void undoAndRedoKeepTheTrackThatIsSelected();
     void zoomGoesInSteps();
     void aMelodyBlockSelectsItsTrack();
     void changingTheThemePaintsTheBlocksAnew();
@@ -209,9 +210,31 @@ void MainWindowArrangerTest::aStaleSelectionRemovesNothing()
     stage_->clickRibbon("Agregar");
     stage_->choose("Deshacer");
     const QJsonObject before = stage_->song().toJson();
-    QCOMPARE(arranger().activeTrack(), 1);
+    QCOMPARE(arranger().activeTrack(), -1);
     stage_->clickRibbon("Quitar");
     QCOMPARE(stage_->song().toJson(), before);
+}
+
+// Tracks are numbered anew where one comes or goes before them.
+void MainWindowArrangerTest::undoAndRedoKeepTheTrackThatIsSelected()
+{
+    openSong();
+    arranger().selectNoteTrack(1, false);
+    const QString bombo = stage_->song().tracks.at(1).layerId;
+    stage_->clickRibbon("Agregar");
+    stage_->choose("Deshacer");
+    QCOMPARE(arranger().activeTrack(), -1);
+    arranger().selectNoteTrack(1, false);
+    stage_->choose("Rehacer");
+    QCOMPARE(arranger().activeTrack(), 2);
+    QCOMPARE(arranger().selectedTracks(), QList<int>{2});
+    QCOMPARE(stage_->song().tracks.at(2).layerId, bombo);
+    stage_->choose("Deshacer");
+    QCOMPARE(arranger().activeTrack(), 1);
+    // The chords stay selected as well.
+    arranger().selectChords();
+    stage_->choose("Rehacer");
+    QVERIFY(arranger().areChordsSelected());
 }
 
 void MainWindowArrangerTest::zoomGoesInSteps()
