@@ -47,7 +47,8 @@ def compile_commands():
     return {entry["file"]: entry["command"] for entry in entries}
 
 
-def bounded():
+def bounded(seconds):
+    resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds))
     resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
@@ -93,8 +94,9 @@ class Place:
                        "XDG_RUNTIME_DIR": str(self.home / "run"), "VELTA_CHANGE": str(change)}
         process = subprocess.Popen([binary], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
                                    start_new_session=True, cwd=self.path, env=environment,
-                                   preexec_fn=bounded)
-        watch = threading.Timer(most, lambda: os.killpg(process.pid, 9))
+                                   preexec_fn=lambda: bounded(int(most)))
+        # What waits for ever takes no time of a processor, and a busy computer lets all wait.
+        watch = threading.Timer(5 * most, lambda: os.killpg(process.pid, 9))
         watch.start()
         try:
             if any(line.startswith(b"FAIL!") for line in process.stdout):

@@ -82,6 +82,7 @@ private slots:
     void startAndLengthAreSetApart();
 
     void removingABlockLeavesTheOthers();
+    void removingSomeOfAListLeavesTheOthers();
     void removingTheLastBlockLeavesItsTrack();
     void removingAChordLeavesTheOthersOfItsBar();
     void removingTheLastChordOfABarRemovesTheBar();
@@ -219,6 +220,20 @@ void BlockEditsTest::removingABlockLeavesTheOthers()
     const auto expected = song();
     expected->tracks[0].melodyBlocks = {melody({note(62, 0.0)}, 8.0, 2.0)};
     expected->tracks[1].loopBlocks = {loop("r", "bombo", 4.0, 8.0)};
+    expected->audioTracks[1].clips = {clip("c.wav", 6.75, 4.0)};
+    QCOMPARE(firstDifference(*edited, *expected), QString());
+}
+
+void BlockEditsTest::removingSomeOfAListLeavesTheOthers()
+{
+    const auto edited = song();
+    BlockEdits::removeAll(*edited, {{BlockKind::Loop, 1, 0},
+                                    {BlockKind::Melody, 0, 0},
+                                    {BlockKind::Loop, 1, 1},
+                                    {BlockKind::Audio, 1, 0}});
+    const auto expected = song();
+    expected->tracks[0].melodyBlocks = {melody({note(62, 0.0)}, 8.0, 2.0)};
+    expected->tracks[1].loopBlocks.clear();
     expected->audioTracks[1].clips = {clip("c.wav", 6.75, 4.0)};
     QCOMPARE(firstDifference(*edited, *expected), QString());
 }

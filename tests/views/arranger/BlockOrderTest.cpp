@@ -104,6 +104,8 @@ void BlockOrderTest::staleReferencesHoldNothing()
         for (const auto& [track, index] : {std::pair(0, 99), {99, 0}, {-1, 0}, {0, -1}})
             QVERIFY(!BlockOrder::placeOf(song_, {kind, track, index}));
     }
+    for (const LaneKind kind : {LaneKind::NoteTrack, LaneKind::AudioTrack})
+        QVERIFY(BlockOrder::blocksOf(song_, {kind, 99}).isEmpty());
 }
 
 void BlockOrderTest::theNextIsTheOneBehind()

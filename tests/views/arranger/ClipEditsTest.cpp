@@ -36,6 +36,8 @@ void ClipEditsTest::levelsAreThoseOfTheRecord()
     expected.fadeOutSeconds = 2.0F;
     QCOMPARE(song->audioTracks[0].clips[1], expected);
     QCOMPARE(song->audioTracks[0].clips[0], clip("a.wav", 0.0, 4.0));
+    ClipEdits::setLevels(*song, {BlockKind::Audio, 0, 0}, {0.75F, 0.0F, 0.0F});
+    QCOMPARE(song->audioTracks[0].clips[0].gain, 0.75F);
 }
 
 void ClipEditsTest::otherReferencesDoNothing_data()

@@ -446,6 +446,7 @@ void PianoRollLayoutTest::fiveKeysOfAnOctaveAreBlack()
     QCOMPARE(black, (QList{61, 63, 66, 68, 70}));
     QVERIFY(!PianoRollLayout::isBlackKey(-1));
     QVERIFY(PianoRollLayout::isBlackKey(-2));
+    QVERIFY(PianoRollLayout::isBlackKey(-26));
 }
 
 // ---- Notes ---------------------------------------------------------------------------------
