@@ -70,17 +70,6 @@ OpenProjectDialog::OpenProjectDialog(const QList<ProjectInfo>& works,
 
     auto* label = new QLabel(tr("Obras guardadas:"));
     label->setBuddy(list_);
-    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Open | QDialogButtonBox::Cancel);
-    const QPushButton* remove = buttons->addButton(tr("Borrar"), QDialogButtonBox::DestructiveRole);
-    const QPushButton* file =
-        buttons->addButton(tr("Desde un archivo…"), QDialogButtonBox::ActionRole);
-    connect(file, &QPushButton::clicked, this, [this] {
-        wantsFile_ = true;
-        accept();
-    });
-    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    connect(remove, &QPushButton::clicked, this, &OpenProjectDialog::deleteCurrent);
     connect(list_, &QListWidget::itemDoubleClicked, this, &QDialog::accept);
 
     auto* layout = new QVBoxLayout(this);
@@ -88,7 +77,7 @@ OpenProjectDialog::OpenProjectDialog(const QList<ProjectInfo>& works,
         layout->addWidget(searchField());
     layout->addWidget(label);
     layout->addWidget(list_, 1);
-    layout->addWidget(buttons);
+    layout->addWidget(buttonRow());
 
     // Rows are laid out as they come, before the list's style says how high they are.
     list_->ensurePolished();
@@ -106,6 +95,22 @@ void OpenProjectDialog::addWork(const ProjectInfo& work, const RhythmNames& rhyt
     item->setData(kIdRole, work.id);
     item->setData(kTitleRole, QString(work.name + kGap + time));
     item->setData(kNameRole, plainLetters(work.name));
+}
+
+QDialogButtonBox* OpenProjectDialog::buttonRow()
+{
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Open | QDialogButtonBox::Cancel);
+    const QPushButton* remove = buttons->addButton(tr("Borrar"), QDialogButtonBox::DestructiveRole);
+    const QPushButton* file =
+        buttons->addButton(tr("Desde un archivo…"), QDialogButtonBox::ActionRole);
+    connect(file, &QPushButton::clicked, this, [this] {
+        wantsFile_ = true;
+        accept();
+    });
+    connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(remove, &QPushButton::clicked, this, &OpenProjectDialog::deleteCurrent);
+    return buttons;
 }
 
 QLineEdit* OpenProjectDialog::searchField()

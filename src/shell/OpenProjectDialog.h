@@ -9,6 +9,7 @@
 
 class Prompts;
 class ProjectStorageProvider;
+class QDialogButtonBox;
 class QLineEdit;
 class QListWidget;
 struct ProjectInfo;
@@ -44,6 +45,7 @@ protected:
 private:
     void addWork(const ProjectInfo& work, const RhythmNames& rhythmNames);
     QLineEdit* searchField();
+    QDialogButtonBox* buttonRow();
 
     /// Leaves the works whose names hold all words, with whatever accents and in whatever case.
     void search(const QString& words);
