@@ -49,7 +49,6 @@ private slots:
     void cancellingKeepsBanksThatWereThere();
     void cancellingWithoutAnInstallDoesNothing();
     void uninstallingTakesEverythingAway();
-    void theBanksAreGoneBeforeTheLibraryIsReadAnew();
     void uninstallingKeepsSharedBanks();
     void rhythmsOfTheProgramCannotBeUninstalled();
     void uninstallingWithoutAPackageKeepsTheBanks_data();
@@ -425,21 +424,6 @@ void ContentDownloadManagerTest::uninstallingTakesEverythingAway()
     QCOMPARE(after, before);
     QVERIFY(!stage.content.library().findRhythm("zamba"));
     QCOMPARE(stage.install("zamba"), "installed");
-}
-
-// Who hears that the library is another one looks which instruments are there.
-void ContentDownloadManagerTest::theBanksAreGoneBeforeTheLibraryIsReadAnew()
-{
-    ContentHost host;
-    offer(host, "zamba", {"charango"});
-    DownloadStage stage(host.url());
-    QCOMPARE(stage.install("zamba"), "installed");
-    QVERIFY(QFile::exists(stage.bank("charango")));
-    QList<bool> found;
-    connect(&stage.content.library(), &LoopLibrary::libraryChanged, this,
-            [&] { found.append(QFile::exists(stage.bank("charango"))); });
-    QVERIFY(stage.downloads->uninstallRhythm("zamba"));
-    QCOMPARE(found, QList<bool>{false});
 }
 
 void ContentDownloadManagerTest::uninstallingKeepsSharedBanks()
