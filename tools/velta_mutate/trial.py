@@ -25,6 +25,7 @@ HERE = Path(__file__).resolve().parent
 JOBS = 2
 SECONDS = 120
 LEAST_SECONDS = 20
+LEAST_WAIT = 60
 MEMORY = 8 * 1024**3
 REFUSED = 77
 QUICK_LINKER = "-fuse-ld=mold" if shutil.which("mold") else ""
@@ -88,15 +89,15 @@ class Place:
         if not resources.is_symlink():
             resources.symlink_to(BUILD / "bin/resources")
 
-    def runs(self, binary, change, most):
-        """How a test ends, in time and within bounds; its first failure ends it."""
+    def runs(self, binary, change, usual):
+        """How a test ends, within ten times its usual seconds of the processor and four times those
+        of the clock, which a busy computer may stretch; its first failure ends it."""
         environment = {**os.environ, "QT_QPA_PLATFORM": "offscreen", "HOME": str(self.home),
                        "XDG_RUNTIME_DIR": str(self.home / "run"), "VELTA_CHANGE": str(change)}
         process = subprocess.Popen([binary], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
                                    start_new_session=True, cwd=self.path, env=environment,
-                                   preexec_fn=lambda: bounded(int(most)))
-        # What waits for ever takes no time of a processor, and a busy computer lets all wait.
-        watch = threading.Timer(5 * most, lambda: os.killpg(process.pid, 9))
+                                   preexec_fn=lambda: bounded(int(max(LEAST_SECONDS, 10 * usual))))
+        watch = threading.Timer(max(LEAST_WAIT, 4 * usual), lambda: os.killpg(process.pid, 9))
         watch.start()
         try:
             if any(line.startswith(b"FAIL!") for line in process.stdout):
@@ -156,7 +157,7 @@ class Trial:
             binary = place.path / "bin" / name
             linked(name, link, objects, binary)
             start = time.monotonic()
-            if place.runs(binary, 0, SECONDS) != 0:
+            if place.runs(binary, 0, SECONDS / 4) != 0:
                 raise SystemExit(f"{name} fails or takes {SECONDS} s with nothing changed: "
                                  f"--without {name}")
             self.seconds[name] = time.monotonic() - start
@@ -197,7 +198,7 @@ class Trial:
         if number is None:
             binary = place.path / "bin" / name
             linked(name, self.links[name], f"{place.path / mutant.source.stem}.o", binary)
-        return place.runs(binary, number or 0, max(LEAST_SECONDS, 10 * self.seconds[name]))
+        return place.runs(binary, number or 0, self.seconds[name])
 
     def outcome(self, mutant):
         """One of "none", "same", "dies", "survives"."""
