@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
 #include <sched.h>
 #include <sys/resource.h>
@@ -49,11 +50,13 @@ void restore(pid_t thread)
 
 void restoreAll(int)
 {
+    const int error = errno;
     outran = true;
     for (const std::atomic<pid_t>& thread : hurried) {
         if (const pid_t id = thread)
             restore(id);
     }
+    errno = error;
 }
 
 /// The sound server's client library names its thread so, and the synthesiser those of its drivers.
@@ -146,6 +149,7 @@ int SoundThreads::hurry()
     if (!outran)
         threads = soundThreads();
     threads.resize(std::min<qsizetype>(threads.size(), hurried.size()));
+    std::ranges::fill(hurried, 0);
     std::ranges::copy(threads, hurried.begin());
     if (threads.isEmpty() || hurryAll(threads))
         return static_cast<int>(threads.size());
