@@ -1,4 +1,5 @@
-# One static library per folder of src/, one test executable per class, one benchmark per subject.
+# One static library per folder of src/, the tests of a folder in few programs, one benchmark per
+# subject.
 
 # What Qt's headers cost is paid once for each kind of code, as precompiled headers: code without a
 # screen, code with sound, and code with widgets; of each, sources and tests. A build without them
@@ -119,48 +120,86 @@ function(velta_module name)
     set_property(GLOBAL APPEND PROPERTY VELTA_MODULES velta::${name})
 endfunction()
 
-# velta_moc_of_test(<NameTest>): the moc that NameTest.cpp includes. A test has its one class in its
-# one source, so that nobody has to look for it at every build.
-function(velta_moc_of_test name)
-    set_target_properties(${name} PROPERTIES AUTOMOC OFF)
-    qt_generate_moc("${name}.cpp" "${CMAKE_CURRENT_BINARY_DIR}/${name}_moc/${name}.moc" TARGET ${name})
-    target_sources(${name} PRIVATE "${CMAKE_CURRENT_BINARY_DIR}/${name}_moc/${name}.moc")
-    target_include_directories(${name} PRIVATE "${CMAKE_CURRENT_BINARY_DIR}/${name}_moc")
+# Most of what a test costs to compile are Qt's headers and what is made of their templates, which
+# those that are compiled at once share. 1 is slower for all and quicker for who is writing one.
+set(VELTA_TESTS_AT_ONCE 12 CACHE STRING "How many tests of a program are compiled at once")
+
+# velta_test_program(<program> SOURCES <sources>... TESTS <NameTest>... USES <targets>...): the moc of
+# each test lies where its source includes it from. A test has its one class in its one source, so that
+# nobody has to look for it at every build.
+function(velta_test_program program)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;TESTS;USES")
+    add_executable(${program} ${ARG_SOURCES})
+    set_target_properties(${program} PROPERTIES AUTOMOC OFF)
+    set(mocs "${CMAKE_CURRENT_BINARY_DIR}/${program}_moc")
+    target_include_directories(${program} PRIVATE "${PROJECT_SOURCE_DIR}/tests" "${mocs}")
+    target_link_libraries(${program} PRIVATE velta::flags Qt6::Test ${ARG_USES})
+    velta_kind(kind ${ARG_USES})
+    target_compile_options(${program} PRIVATE ${VELTA_TEST_OPTIONS})
+    target_link_options(${program} PRIVATE ${VELTA_TEST_LINK_OPTIONS})
+    velta_precompile(${program} ${kind} TEST)
+    foreach(name IN LISTS ARG_TESTS)
+        qt_generate_moc("${name}.cpp" "${mocs}/${name}.moc" TARGET ${program})
+        target_sources(${program} PRIVATE "${mocs}/${name}.moc")
+    endforeach()
 endfunction()
 
-# velta_test(<NameTest> [CASE <case>] [ONCE] USES <targets>...): NameTest.cpp of this folder as CTest
-# case <folder>.<NameTest>, or <folder>.<case>. Tests see neither the user's folders nor a display.
-# Unless it is ONCE, the test runs a second time as <case>.es_AR: where numbers have a decimal comma
-# and windows are scaled by half as much again.
-function(velta_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 ARG "ONCE" "CASE" "USES")
-    get_filename_component(folder "${CMAKE_CURRENT_SOURCE_DIR}" NAME)
-    set(case "${folder}.${name}")
-    if(ARG_CASE)
-        set(case "${folder}.${ARG_CASE}")
-    endif()
-    add_executable(${name} "${name}.cpp")
-    target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests")
-    target_link_libraries(${name} PRIVATE velta::flags Qt6::Test ${ARG_USES})
-    velta_kind(kind ${ARG_USES})
-    target_compile_options(${name} PRIVATE ${VELTA_TEST_OPTIONS})
-    target_link_options(${name} PRIVATE ${VELTA_TEST_LINK_OPTIONS})
-    velta_precompile(${name} ${kind} TEST)
-    velta_moc_of_test(${name})
+# velta_cases(<case> <once> <command>...): a test as a CTest case. Tests see neither the user's folders
+# nor a display. Unless it is true that it is run once, it runs a second time as <case>.es_AR: where
+# numbers have a decimal comma and windows are scaled by half as much again.
+function(velta_cases case once)
     set(results "${PROJECT_BINARY_DIR}/test-results")
     set(home "${PROJECT_BINARY_DIR}/test-home")
     file(MAKE_DIRECTORY "${results}/es_AR" "${home}/run")
     file(CHMOD "${home}/run" PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
     set(environment "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_RUNTIME_DIR=${home}/run")
-    add_test(NAME ${case} COMMAND ${name} -o "${results}/${case}.xml,junitxml" -o "-,txt")
+    add_test(NAME ${case} COMMAND ${ARGN} -o "${results}/${case}.xml,junitxml" -o "-,txt")
     set_tests_properties(${case} PROPERTIES ENVIRONMENT "${environment}")
-    if(ARG_ONCE)
+    if(once)
         return()
     endif()
     add_test(NAME ${case}.es_AR
-        COMMAND ${name} -o "${results}/es_AR/${case}.xml,junitxml" -o "-,txt")
+        COMMAND ${ARGN} -o "${results}/es_AR/${case}.xml,junitxml" -o "-,txt")
     set_tests_properties(${case}.es_AR PROPERTIES ENVIRONMENT
         "${environment};LOCPATH=${VELTA_TEST_LOCALES};LC_ALL=es_AR.UTF-8;QT_SCALE_FACTOR=1.5")
+endfunction()
+
+# velta_tests(<program> [ONCE] TESTS <NameTest>... USES <targets>...): tests of this folder that share
+# a program, each the CTest case <folder>.<NameTest>, in a process of its own: `<program> <NameTest>`.
+# They are compiled some at once, so that each has a namespace of its own (support/TestProgram.h).
+function(velta_tests program)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "ONCE" "" "TESTS;USES")
+    file(RELATIVE_PATH folder "${PROJECT_SOURCE_DIR}/tests" "${CMAKE_CURRENT_SOURCE_DIR}")
+    set(sources)
+    set(left ${ARG_TESTS})
+    while(left)
+        list(SUBLIST left 0 ${VELTA_TESTS_AT_ONCE} some)
+        list(REMOVE_ITEM left ${some})
+        list(TRANSFORM some REPLACE "(.+)" "#include \"${folder}/\\1.cpp\"\n" OUTPUT_VARIABLE lines)
+        list(JOIN lines "" text)
+        list(LENGTH sources number)
+        set(source "${CMAKE_CURRENT_BINARY_DIR}/${program}_${number}.cpp")
+        file(CONFIGURE OUTPUT "${source}" CONTENT "${text}")
+        list(APPEND sources "${source}")
+    endwhile()
+    velta_test_program(${program} SOURCES ${sources} TESTS ${ARG_TESTS} USES velta::TestProgram ${ARG_USES})
+    get_filename_component(folder "${folder}" NAME)
+    foreach(name IN LISTS ARG_TESTS)
+        velta_cases(${folder}.${name} ${ARG_ONCE} ${program} ${name})
+    endforeach()
+endfunction()
+
+# velta_test(<NameTest> [CASE <case>] [ONCE] USES <targets>...): NameTest.cpp of this folder, which has
+# its program for itself, as the CTest case <folder>.<NameTest>, or <folder>.<case>.
+function(velta_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 ARG "ONCE" "CASE" "USES")
+    get_filename_component(folder "${CMAKE_CURRENT_SOURCE_DIR}" NAME)
+    set(case "${name}")
+    if(ARG_CASE)
+        set(case "${ARG_CASE}")
+    endif()
+    velta_test_program(${name} SOURCES "${name}.cpp" TESTS ${name} USES ${ARG_USES})
+    velta_cases(${folder}.${case} ${ARG_ONCE} ${name})
 endfunction()
 
 # velta_begin_early(<case>...): tests that take longest, waiting for most of it. They are begun before

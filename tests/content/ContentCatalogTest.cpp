@@ -4,6 +4,7 @@
 #include "support/Await.h"
 #include "support/Files.h"
 #include "support/JsonEdit.h"
+#include "support/TestProgram.h"
 
 #include <QNetworkAccessManager>
 #include <QRegularExpression>
@@ -13,6 +14,8 @@
 
 #include <limits>
 #include <memory>
+
+namespace ContentCatalogTests {
 
 namespace {
 
@@ -459,5 +462,8 @@ void ContentCatalogTest::aSlotMayDeleteTheCatalogue()
     QVERIFY(!client.catalog);
 }
 
-QTEST_GUILESS_MAIN(ContentCatalogTest)
+VELTA_GUILESS_TEST(ContentCatalogTest)
+
+} // namespace ContentCatalogTests
+
 #include "ContentCatalogTest.moc"

@@ -1,8 +1,11 @@
 #include "content/ContentDownloadManager.h"
 
 #include "content/DownloadStage.h"
+#include "support/TestProgram.h"
 
 #include <QRegularExpression>
+
+namespace ContentDownloadManagerTests {
 
 namespace {
 
@@ -591,5 +594,8 @@ void ContentDownloadManagerTest::theCatalogueMayGoFirst()
     QCOMPARE(failed.size(), 0);
 }
 
-QTEST_GUILESS_MAIN(ContentDownloadManagerTest)
+VELTA_GUILESS_TEST(ContentDownloadManagerTest)
+
+} // namespace ContentDownloadManagerTests
+
 #include "ContentDownloadManagerTest.moc"

@@ -2,10 +2,13 @@
 
 #include "support/Files.h"
 #include "support/FullDisk.h"
+#include "support/TestProgram.h"
 #include "support/TinyBank.h"
 
 #include <QTemporaryDir>
 #include <QTest>
+
+namespace ContentFilesTests {
 
 class ContentFilesTest : public QObject {
     Q_OBJECT
@@ -249,5 +252,8 @@ void ContentFilesTest::aFullDiskLeavesTheFormerFile()
     QCOMPARE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"a"});
 }
 
-QTEST_GUILESS_MAIN(ContentFilesTest)
+VELTA_GUILESS_TEST(ContentFilesTest)
+
+} // namespace ContentFilesTests
+
 #include "ContentFilesTest.moc"

@@ -1,12 +1,15 @@
 #include "content/ContentPackage.h"
 
 #include "support/ContentFixture.h"
+#include "support/TestProgram.h"
 
 #include <QRandomGenerator>
 #include <QTest>
 
 #include <array>
 #include <limits>
+
+namespace ContentPackageTests {
 
 namespace {
 
@@ -1024,5 +1027,8 @@ void ContentPackageTest::changedBytesNeverBreakTheReader()
     QVERIFY(objects > 1000);
 }
 
-QTEST_GUILESS_MAIN(ContentPackageTest)
+VELTA_GUILESS_TEST(ContentPackageTest)
+
+} // namespace ContentPackageTests
+
 #include "ContentPackageTest.moc"

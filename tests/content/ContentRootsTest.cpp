@@ -3,8 +3,11 @@
 #include "content/DownloadStage.h"
 #include "content/InstallPlan.h"
 #include "support/Nobody.h"
+#include "support/TestProgram.h"
 
 #include <QStandardPaths>
+
+namespace ContentRootsTests {
 
 namespace {
 
@@ -400,5 +403,8 @@ void ContentRootsTest::whereTheFolderCanBeWrittenNothingIsCalledTheProgramsOwn()
     QVERIFY(services.library.cameWithProgram("folklore_zamba"));
 }
 
-QTEST_GUILESS_MAIN(ContentRootsTest)
+VELTA_GUILESS_TEST(ContentRootsTest)
+
+} // namespace ContentRootsTests
+
 #include "ContentRootsTest.moc"

@@ -2,6 +2,7 @@
 
 #include "content/ContentHost.h"
 #include "support/Await.h"
+#include "support/TestProgram.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -13,6 +14,8 @@
 #include <atomic>
 #include <future>
 #include <memory>
+
+namespace ContentServerTests {
 
 using namespace std::chrono_literals;
 
@@ -384,5 +387,8 @@ void ContentServerTest::deletingTheReplyEndsTheRequestUnheard()
     QCOMPARE(heard, 0);
 }
 
-QTEST_GUILESS_MAIN(ContentServerTest)
+VELTA_GUILESS_TEST(ContentServerTest)
+
+} // namespace ContentServerTests
+
 #include "ContentServerTest.moc"

@@ -4,10 +4,13 @@
 #include "content/DownloadStage.h"
 #include "support/FullDisk.h"
 #include "support/StaticServer.h"
+#include "support/TestProgram.h"
 
 #include <QRegularExpression>
 
 #include <functional>
+
+namespace DownloadFaultsTests {
 
 namespace {
 
@@ -492,5 +495,8 @@ void DownloadFaultsTest::aHostileRecordDeletesNoOtherFile()
     QCOMPARE(after, before);
 }
 
-QTEST_GUILESS_MAIN(DownloadFaultsTest)
+VELTA_GUILESS_TEST(DownloadFaultsTest)
+
+} // namespace DownloadFaultsTests
+
 #include "DownloadFaultsTest.moc"

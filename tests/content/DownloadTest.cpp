@@ -1,7 +1,10 @@
 #include "content/DownloadStage.h"
 #include "support/StaticServer.h"
+#include "support/TestProgram.h"
 
 #include <QRegularExpression>
+
+namespace DownloadTests {
 
 namespace {
 
@@ -129,5 +132,8 @@ void DownloadTest::aFileThatIsNotThereFails()
     QCOMPARE(stage.install("zamba"), "installed");
 }
 
-QTEST_GUILESS_MAIN(DownloadTest)
+VELTA_GUILESS_TEST(DownloadTest)
+
+} // namespace DownloadTests
+
 #include "DownloadTest.moc"

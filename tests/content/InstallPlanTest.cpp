@@ -2,8 +2,11 @@
 
 #include "support/ContentFixture.h"
 #include "support/JsonEdit.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
+
+namespace InstallPlanTests {
 
 namespace {
 
@@ -224,5 +227,8 @@ void InstallPlanTest::damagedPackagesNeverHarm()
     QVERIFY(accepted > 50);
 }
 
-QTEST_GUILESS_MAIN(InstallPlanTest)
+VELTA_GUILESS_TEST(InstallPlanTest)
+
+} // namespace InstallPlanTests
+
 #include "InstallPlanTest.moc"

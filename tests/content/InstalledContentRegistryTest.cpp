@@ -3,6 +3,7 @@
 #include "support/Files.h"
 #include "support/FullDisk.h"
 #include "support/JsonEdit.h"
+#include "support/TestProgram.h"
 
 #include <QRandomGenerator>
 #include <QSignalSpy>
@@ -10,6 +11,8 @@
 #include <QTest>
 
 #include <limits>
+
+namespace InstalledContentRegistryTests {
 
 namespace {
 
@@ -445,5 +448,8 @@ void InstalledContentRegistryTest::damagedFilesNeverHarm()
     }
 }
 
-QTEST_GUILESS_MAIN(InstalledContentRegistryTest)
+VELTA_GUILESS_TEST(InstalledContentRegistryTest)
+
+} // namespace InstalledContentRegistryTests
+
 #include "InstalledContentRegistryTest.moc"

@@ -3,6 +3,7 @@
 #include "content/ShippedRhythms.h"
 #include "music/ChordMapper.h"
 #include "support/Files.h"
+#include "support/TestProgram.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,6 +11,8 @@
 #include <QSet>
 #include <QTemporaryDir>
 #include <QTest>
+
+namespace InstalledRhythmsTests {
 
 namespace {
 
@@ -512,5 +515,8 @@ void InstalledRhythmsTest::everyLoopStaysInEveryKeyOnEveryDegree()
     }
 }
 
-QTEST_GUILESS_MAIN(InstalledRhythmsTest)
+VELTA_GUILESS_TEST(InstalledRhythmsTest)
+
+} // namespace InstalledRhythmsTests
+
 #include "InstalledRhythmsTest.moc"

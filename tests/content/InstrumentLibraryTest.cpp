@@ -1,11 +1,14 @@
 #include "content/InstrumentLibrary.h"
 
 #include "support/ContentFixture.h"
+#include "support/TestProgram.h"
 
 #include <QSignalSpy>
 #include <QTest>
 
 #include <limits>
+
+namespace InstrumentLibraryTests {
 
 namespace {
 
@@ -319,5 +322,8 @@ void InstrumentLibraryTest::programDoesNotDependOnTheBankBeingThere()
     QCOMPARE(library.effectiveGmProgram(quena), 75);
 }
 
-QTEST_GUILESS_MAIN(InstrumentLibraryTest)
+VELTA_GUILESS_TEST(InstrumentLibraryTest)
+
+} // namespace InstrumentLibraryTests
+
 #include "InstrumentLibraryTest.moc"

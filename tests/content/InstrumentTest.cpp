@@ -1,8 +1,12 @@
 #include "content/Instrument.h"
 
+#include "support/TestProgram.h"
+
 #include <QTest>
 
 #include <limits>
+
+namespace InstrumentTests {
 
 class InstrumentTest : public QObject {
     Q_OBJECT
@@ -115,5 +119,8 @@ void InstrumentTest::freshInstrumentIsAPianoOfTheGeneralMidiBank()
     QVERIFY(instrument.soundfontBankPath.isEmpty());
 }
 
-QTEST_GUILESS_MAIN(InstrumentTest)
+VELTA_GUILESS_TEST(InstrumentTest)
+
+} // namespace InstrumentTests
+
 #include "InstrumentTest.moc"

@@ -3,6 +3,7 @@
 #include "content/LoopLength.h"
 #include "support/ContentFixture.h"
 #include "support/FullDisk.h"
+#include "support/TestProgram.h"
 
 #include <QRandomGenerator>
 #include <QSignalSpy>
@@ -11,18 +12,20 @@
 #include <algorithm>
 #include <sys/stat.h>
 
+namespace LoopLibraryTests {
+
 namespace {
 
 /// A package of one rhythm, with more members as JSON text.
 QByteArray package(const QByteArray& rhythmId, const QByteArray& more = {})
 {
-    return R"({"rhythm": {"id": ")" + rhythmId + "\", \"styleId\": \"folklore\"}" +
+    return "{\"rhythm\": {\"id\": \"" + rhythmId + "\", \"styleId\": \"folklore\"}" +
            (more.isEmpty() ? "" : ", ") + more + "}";
 }
 
 QByteArray groove(const QByteArray& rhythmId, int velocityOffset)
 {
-    return R"({"rhythmId": ")" + rhythmId +
+    return "{\"rhythmId\": \"" + rhythmId +
            "\", \"offsets\": [{\"velocityOffset\": " + QByteArray::number(velocityOffset) + "}]}";
 }
 
@@ -918,5 +921,8 @@ void LoopLibraryTest::damagedFilesNeverBreakTheLibrary()
     QVERIFY2(survivors > 20 && survivors < 380, qPrintable(QString::number(survivors)));
 }
 
-QTEST_GUILESS_MAIN(LoopLibraryTest)
+VELTA_GUILESS_TEST(LoopLibraryTest)
+
+} // namespace LoopLibraryTests
+
 #include "LoopLibraryTest.moc"

@@ -1,10 +1,13 @@
 #include "files/JsonFile.h"
 
 #include "support/Files.h"
+#include "support/TestProgram.h"
 
 #include <QJsonArray>
 #include <QTemporaryDir>
 #include <QTest>
+
+namespace JsonFileTests {
 
 class JsonFileTest : public QObject {
     Q_OBJECT
@@ -57,5 +60,8 @@ void JsonFileTest::aMissingFileIsNone()
     QVERIFY(!JsonFile::readObject(dir.filePath("a.json"), 5));
 }
 
-QTEST_GUILESS_MAIN(JsonFileTest)
+VELTA_GUILESS_TEST(JsonFileTest)
+
+} // namespace JsonFileTests
+
 #include "JsonFileTest.moc"

@@ -2,12 +2,15 @@
 
 #include "support/Files.h"
 #include "support/FullDisk.h"
+#include "support/TestProgram.h"
 
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
 #include <sys/stat.h>
+
+namespace WholeFileTests {
 
 /// Files read and written at one go, on disks that have room and on disks that have none.
 class WholeFileTest : public QObject {
@@ -238,5 +241,8 @@ void WholeFileTest::whatIsBrokenOffIsNoMixture()
     QCOMPARE(bytesOf(path()).at(900), '1');
 }
 
-QTEST_GUILESS_MAIN(WholeFileTest)
+VELTA_GUILESS_TEST(WholeFileTest)
+
+} // namespace WholeFileTests
+
 #include "WholeFileTest.moc"

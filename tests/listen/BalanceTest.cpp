@@ -2,12 +2,15 @@
 
 #include "music/Beats.h"
 #include "support/Files.h"
+#include "support/TestProgram.h"
 
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <cmath>
 #include <numbers>
+
+namespace BalanceTests {
 
 namespace {
 
@@ -106,5 +109,8 @@ void BalanceTest::theMissIsCountedFromTheTarget()
     QCOMPARE(measured.missesTargetBy(), -1.5);
 }
 
-QTEST_GUILESS_MAIN(BalanceTest)
+VELTA_GUILESS_TEST(BalanceTest)
+
+} // namespace BalanceTests
+
 #include "BalanceTest.moc"

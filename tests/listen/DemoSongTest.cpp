@@ -3,11 +3,14 @@
 #include "model/Project.h"
 #include "storage/LocalStorageProvider.h"
 #include "support/ContentFixture.h"
+#include "support/TestProgram.h"
 
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <numeric>
+
+namespace DemoSongTests {
 
 using DemoSong::Part;
 using RhythmDemo::Loop;
@@ -180,5 +183,8 @@ void DemoSongTest::theSongIsAWorkThatOpens()
     QCOMPARE(opened->harmonyTrack, song->harmonyTrack);
 }
 
-QTEST_GUILESS_MAIN(DemoSongTest)
+VELTA_GUILESS_TEST(DemoSongTest)
+
+} // namespace DemoSongTests
+
 #include "DemoSongTest.moc"

@@ -1,8 +1,11 @@
 #include "listen/HeardGroove.h"
 
 #include "music/GrooveTemplate.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
+
+namespace HeardGrooveTests {
 
 class HeardGrooveTest : public QObject {
     Q_OBJECT
@@ -37,5 +40,8 @@ void HeardGrooveTest::aStraightGrooveSaysSo()
     QCOMPARE(heardGroove(groove, 108), QString("sin desvíos"));
 }
 
-QTEST_GUILESS_MAIN(HeardGrooveTest)
+VELTA_GUILESS_TEST(HeardGrooveTest)
+
+} // namespace HeardGrooveTests
+
 #include "HeardGrooveTest.moc"

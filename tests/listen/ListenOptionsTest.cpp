@@ -1,6 +1,10 @@
 #include "listen/ListenOptions.h"
 
+#include "support/TestProgram.h"
+
 #include <QTest>
+
+namespace ListenOptionsTests {
 
 class ListenOptionsTest : public QObject {
     Q_OBJECT
@@ -89,5 +93,8 @@ void ListenOptionsTest::aSectionIsChosenWithOrWithoutItsNumber()
     QVERIFY(wants({"Final", "Intro 2"}, intro));
 }
 
-QTEST_GUILESS_MAIN(ListenOptionsTest)
+VELTA_GUILESS_TEST(ListenOptionsTest)
+
+} // namespace ListenOptionsTests
+
 #include "ListenOptionsTest.moc"

@@ -1,6 +1,10 @@
 #include "listen/ListenPage.h"
 
+#include "support/TestProgram.h"
+
 #include <QTest>
+
+namespace ListenPageTests {
 
 class ListenPageTest : public QObject {
     Q_OBJECT
@@ -84,5 +88,8 @@ void ListenPageTest::anEmptyLibraryIsAPageToo()
     QVERIFY(!page.contains("<audio"));
 }
 
-QTEST_GUILESS_MAIN(ListenPageTest)
+VELTA_GUILESS_TEST(ListenPageTest)
+
+} // namespace ListenPageTests
+
 #include "ListenPageTest.moc"

@@ -1,11 +1,14 @@
 #include "listen/Loudness.h"
 
 #include "music/Beats.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
 
 #include <cmath>
 #include <numbers>
+
+namespace LoudnessTests {
 
 namespace {
 
@@ -59,5 +62,8 @@ void LoudnessTest::silenceHasNoLoudness()
     }
 }
 
-QTEST_GUILESS_MAIN(LoudnessTest)
+VELTA_GUILESS_TEST(LoudnessTest)
+
+} // namespace LoudnessTests
+
 #include "LoudnessTest.moc"

@@ -2,8 +2,11 @@
 
 #include "support/ContentFixture.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
+
+namespace NotePictureTests {
 
 using namespace ProjectBuilder;
 
@@ -113,5 +116,8 @@ void NotePictureTest::absurdSongsGiveAPicture()
     QVERIFY(picture.width() <= 190 + 512 * 44 + 1);
 }
 
-QTEST_MAIN(NotePictureTest)
+VELTA_TEST(NotePictureTest)
+
+} // namespace NotePictureTests
+
 #include "NotePictureTest.moc"

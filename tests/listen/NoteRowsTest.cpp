@@ -3,8 +3,11 @@
 #include "model/Track.h"
 #include "support/ContentFixture.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
+
+namespace NoteRowsTests {
 
 using namespace ProjectBuilder;
 
@@ -77,5 +80,8 @@ void NoteRowsTest::noisesOfTheRecordedGuitarShareTheirRow()
     QCOMPARE(drawnNotes(Track(), {note(22, 0.0)}).first().pitch, 22);
 }
 
-QTEST_GUILESS_MAIN(NoteRowsTest)
+VELTA_GUILESS_TEST(NoteRowsTest)
+
+} // namespace NoteRowsTests
+
 #include "NoteRowsTest.moc"

@@ -2,8 +2,11 @@
 
 #include "model/Project.h"
 #include "support/ContentFixture.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
+
+namespace RhythmDemoTests {
 
 using RhythmDemo::Loop;
 
@@ -174,5 +177,8 @@ void RhythmDemoTest::layersAreKeptByTheirId()
     QCOMPARE(kept({"jo"}), QStringList());
 }
 
-QTEST_GUILESS_MAIN(RhythmDemoTest)
+VELTA_GUILESS_TEST(RhythmDemoTest)
+
+} // namespace RhythmDemoTests
+
 #include "RhythmDemoTest.moc"

@@ -2,8 +2,11 @@
 
 #include "model/AudioTrack.h"
 #include "model/Track.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
+
+namespace AudibilityTests {
 
 class AudibilityTest : public QObject {
     Q_OBJECT
@@ -64,5 +67,8 @@ void AudibilityTest::soloOfAnyTrackCounts()
     QVERIFY(Audibility::anySolo(voices));
 }
 
-QTEST_GUILESS_MAIN(AudibilityTest)
+VELTA_GUILESS_TEST(AudibilityTest)
+
+} // namespace AudibilityTests
+
 #include "AudibilityTest.moc"

@@ -1,9 +1,12 @@
 #include "model/GridSubdivision.h"
 #include "model/Project.h"
+#include "support/TestProgram.h"
 
 #include <QMetaType>
 #include <QTest>
 #include <QVariant>
+
+namespace MetaTypesTests {
 
 class MetaTypesTest : public QObject {
     Q_OBJECT
@@ -64,5 +67,8 @@ void MetaTypesTest::gridLevelsAreNumberedFromCoarseToFine()
     QVERIFY(GridSubdivisionLevel::Pulse < GridSubdivisionLevel::Subdivision);
 }
 
-QTEST_GUILESS_MAIN(MetaTypesTest)
+VELTA_GUILESS_TEST(MetaTypesTest)
+
+} // namespace MetaTypesTests
+
 #include "MetaTypesTest.moc"

@@ -2,11 +2,14 @@
 
 #include "model/Project.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 
 #include <QSignalSpy>
 #include <QTest>
 
 #include <limits>
+
+namespace ProjectEditsTests {
 
 using namespace ProjectBuilder;
 
@@ -641,5 +644,8 @@ void ProjectEditsTest::theTrackOfAnIndexIsRemoved()
     QCOMPARE(voices, left);
 }
 
-QTEST_GUILESS_MAIN(ProjectEditsTest)
+VELTA_GUILESS_TEST(ProjectEditsTest)
+
+} // namespace ProjectEditsTests
+
 #include "ProjectEditsTest.moc"

@@ -3,6 +3,7 @@
 #include "music/Beats.h"
 #include "support/Exact.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -10,6 +11,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+
+namespace ProjectTests {
 
 using namespace ProjectBuilder;
 
@@ -369,5 +372,8 @@ void ProjectTest::generatorRepeatsItself()
     }
 }
 
-QTEST_GUILESS_MAIN(ProjectTest)
+VELTA_GUILESS_TEST(ProjectTest)
+
+} // namespace ProjectTests
+
 #include "ProjectTest.moc"

@@ -1,8 +1,11 @@
 #include "model/Song.h"
 
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
+
+namespace SongTests {
 
 using namespace ProjectBuilder;
 
@@ -70,5 +73,8 @@ void SongTest::aDetachedCopySharesNone()
         QVERIFY(!own.contains(place));
 }
 
-QTEST_GUILESS_MAIN(SongTest)
+VELTA_GUILESS_TEST(SongTest)
+
+} // namespace SongTests
+
 #include "SongTest.moc"

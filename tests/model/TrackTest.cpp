@@ -3,12 +3,15 @@
 #include "model/AudioTrack.h"
 #include "support/Exact.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
 
 #include <algorithm>
 #include <limits>
 #include <tuple>
+
+namespace TrackTests {
 
 using ProjectBuilder::melody;
 using ProjectBuilder::note;
@@ -267,5 +270,8 @@ void TrackTest::sortingSurvivesWhatIsNoNumber()
     }
 }
 
-QTEST_GUILESS_MAIN(TrackTest)
+VELTA_GUILESS_TEST(TrackTest)
+
+} // namespace TrackTests
+
 #include "TrackTest.moc"

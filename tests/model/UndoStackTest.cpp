@@ -4,12 +4,15 @@
 #include "model/ProjectJson.h"
 #include "support/ProjectBuilder.h"
 #include "support/SeededRandom.h"
+#include "support/TestProgram.h"
 
 #include <QJsonDocument>
 #include <QSignalSpy>
 #include <QTest>
 
 #include <vector>
+
+namespace UndoStackTests {
 
 using namespace ProjectBuilder;
 
@@ -882,5 +885,8 @@ void UndoStackTest::songsAreTheStatesWithoutTheDetour()
     QVERIFY(!bySong.canRedo());
 }
 
-QTEST_GUILESS_MAIN(UndoStackTest)
+VELTA_GUILESS_TEST(UndoStackTest)
+
+} // namespace UndoStackTests
+
 #include "UndoStackTest.moc"

@@ -2,12 +2,15 @@
 
 #include "music/TimeSignature.h"
 #include "support/Exact.h"
+#include "support/TestProgram.h"
 
 #include <QRandomGenerator>
 #include <QTest>
 
 #include <cmath>
 #include <limits>
+
+namespace BeatsTests {
 
 namespace {
 
@@ -243,5 +246,8 @@ void BeatsTest::framesAreCutTowardZero()
     QTEST(wholeFrames(frames), "expected");
 }
 
-QTEST_GUILESS_MAIN(BeatsTest)
+VELTA_GUILESS_TEST(BeatsTest)
+
+} // namespace BeatsTests
+
 #include "BeatsTest.moc"

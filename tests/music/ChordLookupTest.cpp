@@ -1,11 +1,15 @@
 #include "music/ChordLookup.h"
 
+#include "support/TestProgram.h"
+
 #include <QRandomGenerator>
 #include <QTest>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+
+namespace ChordLookupTests {
 
 namespace {
 
@@ -303,5 +307,8 @@ void ChordLookupTest::chordsOfNoLengthAreNeverInForce()
         QCOMPARE(ChordLookup(track, 4.0).at(beat), nullptr);
 }
 
-QTEST_GUILESS_MAIN(ChordLookupTest)
+VELTA_GUILESS_TEST(ChordLookupTest)
+
+} // namespace ChordLookupTests
+
 #include "ChordLookupTest.moc"

@@ -1,8 +1,12 @@
 #include "music/ChordMapper.h"
 
+#include "support/TestProgram.h"
+
 #include <QTest>
 
 #include <limits>
+
+namespace ChordMapperTests {
 
 using namespace ChordMapper;
 
@@ -214,5 +218,8 @@ void ChordMapperTest::octavesOfANoteMapToOneNoteName()
     }
 }
 
-QTEST_GUILESS_MAIN(ChordMapperTest)
+VELTA_GUILESS_TEST(ChordMapperTest)
+
+} // namespace ChordMapperTests
+
 #include "ChordMapperTest.moc"

@@ -1,6 +1,10 @@
 #include "music/ChordNames.h"
 
+#include "support/TestProgram.h"
+
 #include <QTest>
+
+namespace ChordNamesTests {
 
 namespace {
 
@@ -74,5 +78,8 @@ void ChordNamesTest::degreeOutsideOneToSevenHasNoName()
     }
 }
 
-QTEST_GUILESS_MAIN(ChordNamesTest)
+VELTA_GUILESS_TEST(ChordNamesTest)
+
+} // namespace ChordNamesTests
+
 #include "ChordNamesTest.moc"

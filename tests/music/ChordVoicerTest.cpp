@@ -1,8 +1,12 @@
 #include "music/ChordVoicer.h"
 
+#include "support/TestProgram.h"
+
 #include <QTest>
 
 #include <limits>
+
+namespace ChordVoicerTests {
 
 using namespace ChordVoicer;
 
@@ -339,5 +343,8 @@ void ChordVoicerTest::unknownModeActsAsMajor()
     });
 }
 
-QTEST_GUILESS_MAIN(ChordVoicerTest)
+VELTA_GUILESS_TEST(ChordVoicerTest)
+
+} // namespace ChordVoicerTests
+
 #include "ChordVoicerTest.moc"

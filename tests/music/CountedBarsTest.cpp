@@ -1,12 +1,15 @@
 #include "music/CountedBars.h"
 
 #include "ChordLane.h"
+#include "support/TestProgram.h"
 
 #include <QRandomGenerator>
 #include <QTest>
 
 #include <algorithm>
 #include <limits>
+
+namespace CountedBarsTests {
 
 using namespace ChordLane;
 
@@ -136,5 +139,8 @@ void CountedBarsTest::barsTooFarAwayToBeToldApartEndTheChord()
     QVERIFY(chords <= 1);
 }
 
-QTEST_GUILESS_MAIN(CountedBarsTest)
+VELTA_GUILESS_TEST(CountedBarsTest)
+
+} // namespace CountedBarsTests
+
 #include "CountedBarsTest.moc"

@@ -1,8 +1,12 @@
 #include "music/GrooveTemplate.h"
 
+#include "support/TestProgram.h"
+
 #include <QTest>
 
 #include <limits>
+
+namespace GrooveTemplateTests {
 
 namespace {
 
@@ -58,5 +62,8 @@ void GrooveTemplateTest::nearestOffset()
     QTEST(nearest ? static_cast<int>(nearest - groove.offsets.constData()) : -1, "found");
 }
 
-QTEST_GUILESS_MAIN(GrooveTemplateTest)
+VELTA_GUILESS_TEST(GrooveTemplateTest)
+
+} // namespace GrooveTemplateTests
+
 #include "GrooveTemplateTest.moc"

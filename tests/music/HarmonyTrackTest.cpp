@@ -2,6 +2,7 @@
 
 #include "ChordLane.h"
 #include "support/Exact.h"
+#include "support/TestProgram.h"
 
 #include <QRandomGenerator>
 #include <QTest>
@@ -10,6 +11,8 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+
+namespace HarmonyTrackTests {
 
 using namespace ChordLane;
 
@@ -556,5 +559,8 @@ void HarmonyTrackTest::withoutABarNothingIsOverlaid()
     QVERIFY(track == before);
 }
 
-QTEST_GUILESS_MAIN(HarmonyTrackTest)
+VELTA_GUILESS_TEST(HarmonyTrackTest)
+
+} // namespace HarmonyTrackTests
+
 #include "HarmonyTrackTest.moc"

@@ -1,6 +1,7 @@
 #include "music/Humanizer.h"
 
 #include "support/Exact.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
 
@@ -8,6 +9,8 @@
 #include <cmath>
 #include <limits>
 #include <random>
+
+namespace HumanizerTests {
 
 using Humanizer::apply;
 
@@ -566,5 +569,8 @@ void HumanizerTest::anyNumbersGiveAudibleNotes()
     }
 }
 
-QTEST_GUILESS_MAIN(HumanizerTest)
+VELTA_GUILESS_TEST(HumanizerTest)
+
+} // namespace HumanizerTests
+
 #include "HumanizerTest.moc"

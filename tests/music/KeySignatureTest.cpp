@@ -1,8 +1,12 @@
 #include "music/KeySignature.h"
 
+#include "support/TestProgram.h"
+
 #include <QTest>
 
 #include <limits>
+
+namespace KeySignatureTests {
 
 namespace {
 
@@ -257,5 +261,8 @@ void KeySignatureTest::namesRepeatEveryOctave()
     }
 }
 
-QTEST_GUILESS_MAIN(KeySignatureTest)
+VELTA_GUILESS_TEST(KeySignatureTest)
+
+} // namespace KeySignatureTests
+
 #include "KeySignatureTest.moc"

@@ -1,8 +1,12 @@
 #include "music/LoopSection.h"
 
+#include "support/TestProgram.h"
+
 #include <QTest>
 
 #include <limits>
+
+namespace LoopSectionTests {
 
 class LoopSectionTest : public QObject {
     Q_OBJECT
@@ -81,5 +85,8 @@ void LoopSectionTest::sectionsStandInTheOrderOfTheForm()
     QVERIFY(LoopSection::Normal < LoopSection::Final);
 }
 
-QTEST_GUILESS_MAIN(LoopSectionTest)
+VELTA_GUILESS_TEST(LoopSectionTest)
+
+} // namespace LoopSectionTests
+
 #include "LoopSectionTest.moc"

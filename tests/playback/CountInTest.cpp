@@ -3,9 +3,12 @@
 #include "music/TimeSignature.h"
 #include "playback/SoundfontPlayer.h"
 #include "support/FluidSpy.h"
+#include "support/TestProgram.h"
 
 #include <QSignalSpy>
 #include <QTest>
+
+namespace CountInTests {
 
 namespace {
 
@@ -140,5 +143,8 @@ void CountInTest::itCanBeCountedAgain()
     }
 }
 
-QTEST_GUILESS_MAIN(CountInTest)
+VELTA_GUILESS_TEST(CountInTest)
+
+} // namespace CountInTests
+
 #include "CountInTest.moc"

@@ -6,6 +6,7 @@
 #include "support/ContentFixture.h"
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/TinyBank.h"
 
 #include <QTest>
@@ -13,6 +14,8 @@
 
 #include <limits>
 #include <memory>
+
+namespace LivePreviewTests {
 
 using ProjectBuilder::note;
 
@@ -676,5 +679,8 @@ void LivePreviewTest::absurdNumbersAreSurvived()
     }
 }
 
-QTEST_GUILESS_MAIN(LivePreviewTest)
+VELTA_GUILESS_TEST(LivePreviewTest)
+
+} // namespace LivePreviewTests
+
 #include "LivePreviewTest.moc"

@@ -2,11 +2,14 @@
 
 #include "music/TimeSignature.h"
 #include "support/Exact.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
 
 #include <algorithm>
 #include <limits>
+
+namespace MetronomeTests {
 
 namespace {
 
@@ -226,5 +229,8 @@ void MetronomeTest::endThatIsNoPlaceLeavesFourBars()
     QCOMPARE(beatsOf(clicks({4, 4, false}, end)).last(), 16.0);
 }
 
-QTEST_GUILESS_MAIN(MetronomeTest)
+VELTA_GUILESS_TEST(MetronomeTest)
+
+} // namespace MetronomeTests
+
 #include "MetronomeTest.moc"

@@ -5,6 +5,7 @@
 #include "music/Humanizer.h"
 #include "support/ContentFixture.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
 
@@ -12,6 +13,8 @@
 #include <cmath>
 #include <limits>
 #include <tuple>
+
+namespace NoteRendererTests {
 
 using namespace ProjectBuilder;
 
@@ -1218,5 +1221,8 @@ void NoteRendererTest::hostileProjectsAreRendered()
     QVERIFY(cuts > 0);
 }
 
-QTEST_GUILESS_MAIN(NoteRendererTest)
+VELTA_GUILESS_TEST(NoteRendererTest)
+
+} // namespace NoteRendererTests
+
 #include "NoteRendererTest.moc"

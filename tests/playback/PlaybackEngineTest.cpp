@@ -6,6 +6,7 @@
 #include "support/ContentFixture.h"
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/TinyBank.h"
 #include "support/Tones.h"
 #include "support/WavFile.h"
@@ -17,6 +18,8 @@
 #include <limits>
 #include <memory>
 #include <utility>
+
+namespace PlaybackEngineTests {
 
 using namespace ProjectBuilder;
 
@@ -1776,5 +1779,8 @@ void PlaybackEngineTest::hostileProjectsAreSurvived()
     }
 }
 
-QTEST_GUILESS_MAIN(PlaybackEngineTest)
+VELTA_GUILESS_TEST(PlaybackEngineTest)
+
+} // namespace PlaybackEngineTests
+
 #include "PlaybackEngineTest.moc"

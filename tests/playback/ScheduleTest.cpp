@@ -4,11 +4,14 @@
 #include "support/ContentFixture.h"
 #include "support/Exact.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
 
 #include <algorithm>
 #include <tuple>
+
+namespace ScheduleTests {
 
 using namespace ProjectBuilder;
 
@@ -494,5 +497,8 @@ void ScheduleTest::songIsWhatTheRendererGives()
     QVERIFY(events > 1000);
 }
 
-QTEST_GUILESS_MAIN(ScheduleTest)
+VELTA_GUILESS_TEST(ScheduleTest)
+
+} // namespace ScheduleTests
+
 #include "ScheduleTest.moc"

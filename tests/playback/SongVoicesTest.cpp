@@ -1,10 +1,13 @@
 #include "playback/SongVoices.h"
 
 #include "model/Project.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
 
 #include <limits>
+
+namespace SongVoicesTests {
 
 namespace {
 
@@ -102,6 +105,8 @@ void SongVoicesTest::anHourIsMixedAhead()
     QCOMPARE(SongVoices::areTooLongToMixAhead(SongVoices::of(&song, "/obras")), tooLong);
 }
 
-QTEST_GUILESS_MAIN(SongVoicesTest)
+VELTA_GUILESS_TEST(SongVoicesTest)
+
+} // namespace SongVoicesTests
 
 #include "SongVoicesTest.moc"

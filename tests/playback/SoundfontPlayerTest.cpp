@@ -2,6 +2,7 @@
 
 #include "support/ContentFixture.h"
 #include "support/FluidSpy.h"
+#include "support/TestProgram.h"
 #include "support/TinyBank.h"
 #include "support/Tones.h"
 
@@ -15,6 +16,8 @@
 #include <limits>
 #include <sys/stat.h>
 #include <unistd.h>
+
+namespace SoundfontPlayerTests {
 
 namespace {
 
@@ -892,5 +895,8 @@ void SoundfontPlayerTest::brokenBankLeavesTheErrorStreamAlone()
     QCOMPARE(errors, QByteArray());
 }
 
-QTEST_GUILESS_MAIN(SoundfontPlayerTest)
+VELTA_GUILESS_TEST(SoundfontPlayerTest)
+
+} // namespace SoundfontPlayerTests
+
 #include "SoundfontPlayerTest.moc"

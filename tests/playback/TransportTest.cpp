@@ -5,12 +5,15 @@
 #include "support/Exact.h"
 #include "support/ProjectBuilder.h"
 #include "support/SeededRandom.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+
+namespace TransportTests {
 
 using namespace ProjectBuilder;
 
@@ -619,5 +622,8 @@ void TransportTest::pulseDoesNotSlip()
     }
 }
 
-QTEST_GUILESS_MAIN(TransportTest)
+VELTA_GUILESS_TEST(TransportTest)
+
+} // namespace TransportTests
+
 #include "TransportTest.moc"

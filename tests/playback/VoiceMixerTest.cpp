@@ -2,6 +2,7 @@
 
 #include "model/Project.h"
 #include "support/SoundFile.h"
+#include "support/TestProgram.h"
 #include "support/Tones.h"
 
 #include <QDir>
@@ -9,6 +10,8 @@
 #include <QTest>
 
 #include <memory>
+
+namespace VoiceMixerTests {
 
 /// Voices that are mixed on a thread of their own.
 class VoiceMixerTest : public QObject {
@@ -128,5 +131,8 @@ void VoiceMixerTest::theMixerMayGoWhileItMixes()
     }
 }
 
-QTEST_GUILESS_MAIN(VoiceMixerTest)
+VELTA_GUILESS_TEST(VoiceMixerTest)
+
+} // namespace VoiceMixerTests
+
 #include "VoiceMixerTest.moc"

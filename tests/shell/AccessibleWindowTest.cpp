@@ -3,6 +3,7 @@
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
 #include "support/ScreenListener.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 #include "views/TrackHeaderPanel.h"
 #include "views/arranger/ArrangerGridView.h"
@@ -20,6 +21,8 @@
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QTest>
+
+namespace AccessibleWindowTests {
 
 using namespace ProjectBuilder;
 
@@ -277,5 +280,8 @@ void AccessibleWindowTest::everyPartCanBeWalkedAtAnyTime()
     walk(partOf(&window));
 }
 
-QTEST_MAIN(AccessibleWindowTest)
+VELTA_TEST(AccessibleWindowTest)
+
+} // namespace AccessibleWindowTests
+
 #include "AccessibleWindowTest.moc"

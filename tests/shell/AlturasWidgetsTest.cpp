@@ -1,6 +1,7 @@
 #include "shell/AlturasWidgets.h"
 
 #include "support/Files.h"
+#include "support/TestProgram.h"
 
 #include <QDialog>
 #include <QDir>
@@ -12,12 +13,9 @@
 #include <algorithm>
 #include <memory>
 
-using ovelin::alturasDelArbol;
-using ovelin::medirAlturasSiHaceFalta;
-
 namespace {
 
-/// Asks for a size of its own.
+/// Asks for a size of its own. Lines tell of it by this name alone.
 class Asking : public QFrame {
     Q_OBJECT
 
@@ -29,6 +27,15 @@ public:
 private:
     QSize hint_;
 };
+
+} // namespace
+
+namespace AlturasWidgetsTests {
+
+using ovelin::alturasDelArbol;
+using ovelin::medirAlturasSiHaceFalta;
+
+namespace {
 
 /// A window of 300 by 200 that asks for nothing.
 std::unique_ptr<QWidget> shownWindow()
@@ -230,5 +237,8 @@ void AlturasWidgetsTest::twoSecondsLaterTheFileIsWrittenOnce()
     QDir::setCurrent(QDir::rootPath());
 }
 
-QTEST_MAIN(AlturasWidgetsTest)
+VELTA_TEST(AlturasWidgetsTest)
+
+} // namespace AlturasWidgetsTests
+
 #include "AlturasWidgetsTest.moc"

@@ -2,6 +2,7 @@
 #include "content/LoopLibrary.h"
 #include "model/Project.h"
 #include "shell/MainWindow.h"
+#include "support/TestProgram.h"
 #include "support/Widgets.h"
 
 #include <QDir>
@@ -16,6 +17,8 @@
 
 #include <algorithm>
 #include <memory>
+
+namespace BareMainWindowTests {
 
 namespace {
 
@@ -138,5 +141,8 @@ void BareMainWindowTest::rhythmsOfTheCurrentFolderAreLoaded()
     QVERIFY(QFile::exists("resources/loops/manifest.json"));
 }
 
-QTEST_MAIN(BareMainWindowTest)
+VELTA_TEST(BareMainWindowTest)
+
+} // namespace BareMainWindowTests
+
 #include "BareMainWindowTest.moc"

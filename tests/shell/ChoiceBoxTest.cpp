@@ -1,6 +1,7 @@
 #include "shell/ChoiceBox.h"
 
 #include "shell/theme/StyleSheet.h"
+#include "support/TestProgram.h"
 #include "views/Painted.h"
 
 #include <QAbstractItemView>
@@ -9,6 +10,8 @@
 #include <QTest>
 
 #include <memory>
+
+namespace ChoiceBoxTests {
 
 namespace {
 
@@ -166,6 +169,8 @@ void ChoiceBoxTest::theFirstEnabledItemIsSelected()
     QCOMPARE(empty.currentIndex(), -1);
 }
 
-QTEST_MAIN(ChoiceBoxTest)
+VELTA_TEST(ChoiceBoxTest)
+
+} // namespace ChoiceBoxTests
 
 #include "ChoiceBoxTest.moc"

@@ -1,6 +1,10 @@
 #include "shell/CopyName.h"
 
+#include "support/TestProgram.h"
+
 #include <QTest>
+
+namespace CopyNameTests {
 
 class CopyNameTest : public QObject {
     Q_OBJECT
@@ -33,5 +37,8 @@ void CopyNameTest::aCopyIsCalledAfterItsWork()
     QTEST(copyName(name, taken), "copy");
 }
 
-QTEST_GUILESS_MAIN(CopyNameTest)
+VELTA_GUILESS_TEST(CopyNameTest)
+
+} // namespace CopyNameTests
+
 #include "CopyNameTest.moc"

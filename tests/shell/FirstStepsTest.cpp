@@ -2,6 +2,7 @@
 
 #include "model/Track.h"
 #include "support/FluidSpy.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 #include "views/arranger/TrackArranger.h"
 #include "views/pianoroll/PianoRollCanvas.h"
@@ -9,6 +10,8 @@
 #include <QGraphicsView>
 #include <QScrollBar>
 #include <QTest>
+
+namespace FirstStepsTests {
 
 /// What an empty work says of how it begins.
 class FirstStepsTest : public QObject {
@@ -134,5 +137,8 @@ void FirstStepsTest::theyAreNoItemsOfTheScene()
     QCOMPARE(rollView().scene()->items().size(), items);
 }
 
-QTEST_MAIN(FirstStepsTest)
+VELTA_TEST(FirstStepsTest)
+
+} // namespace FirstStepsTests
+
 #include "FirstStepsTest.moc"

@@ -5,6 +5,7 @@
 #include "storage/RecoveryCopy.h"
 #include "support/ProjectBuilder.h"
 #include "support/StaticServer.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 #include "views/TrackHeaderPanel.h"
 #include "views/arranger/TrackArranger.h"
@@ -16,6 +17,8 @@
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+
+namespace ForeignTextsTests {
 
 using namespace ProjectBuilder;
 using namespace Qt::Literals::StringLiterals;
@@ -285,5 +288,8 @@ void ForeignTextsTest::toolTipsOfOrdinaryTextsStayAsTheyAre()
     QCOMPARE(plainToolTip("<b>x</b>"), "<p>&lt;b&gt;x&lt;/b&gt;</p>");
 }
 
-QTEST_MAIN(ForeignTextsTest)
+VELTA_TEST(ForeignTextsTest)
+
+} // namespace ForeignTextsTests
+
 #include "ForeignTextsTest.moc"

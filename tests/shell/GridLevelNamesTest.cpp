@@ -1,9 +1,12 @@
 #include "shell/GridLevelNames.h"
 
 #include "support/ContextTranslator.h"
+#include "support/TestProgram.h"
 
 #include <QCoreApplication>
 #include <QTest>
+
+namespace GridLevelNamesTests {
 
 class GridLevelNamesTest : public QObject {
     Q_OBJECT
@@ -65,5 +68,8 @@ void GridLevelNamesTest::textsBelongToTheGrid()
     QCOMPARE(gridLevelName(GridSubdivisionLevel::Pulse, false), "Grilla: Pulso (el pie)");
 }
 
-QTEST_GUILESS_MAIN(GridLevelNamesTest)
+VELTA_GUILESS_TEST(GridLevelNamesTest)
+
+} // namespace GridLevelNamesTests
+
 #include "GridLevelNamesTest.moc"

@@ -1,4 +1,5 @@
 #include "support/FluidSpy.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 
 #include <QDesktopServices>
@@ -9,6 +10,8 @@
 #include <QSet>
 #include <QTest>
 #include <QXmlStreamReader>
+
+namespace GuideTests {
 
 namespace {
 
@@ -212,5 +215,8 @@ void GuideTest::aboutTellsTheVersion()
     QVERIFY(stage.prompts().calls().first().contains("Velta 7.8.9"));
 }
 
-QTEST_MAIN(GuideTest)
+VELTA_TEST(GuideTest)
+
+} // namespace GuideTests
+
 #include "GuideTest.moc"

@@ -2,6 +2,7 @@
 
 #include "support/SeededRandom.h"
 #include "support/StyleChanges.h"
+#include "support/TestProgram.h"
 
 #include <QApplication>
 #include <QDataStream>
@@ -23,6 +24,8 @@
 #include <functional>
 #include <memory>
 #include <unistd.h>
+
+namespace IgualadorSimbolosTests {
 
 using ovelin::igualarSimbolos;
 
@@ -686,5 +689,8 @@ void IgualadorSimbolosTest::everyEventGoesOn()
     }
 }
 
-QTEST_MAIN(IgualadorSimbolosTest)
+VELTA_TEST(IgualadorSimbolosTest)
+
+} // namespace IgualadorSimbolosTests
+
 #include "IgualadorSimbolosTest.moc"

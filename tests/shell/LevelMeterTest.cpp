@@ -1,9 +1,13 @@
 #include "shell/LevelMeter.h"
 
+#include "support/TestProgram.h"
+
 #include <QAccessible>
 #include <QTest>
 
 #include <limits>
+
+namespace LevelMeterTests {
 
 class LevelMeterTest : public QObject {
     Q_OBJECT
@@ -83,5 +87,8 @@ void LevelMeterTest::itTellsItsLevelInWords()
     QCOMPARE(told->text(QAccessible::Value), QStringLiteral("-20 dB"));
 }
 
-QTEST_MAIN(LevelMeterTest)
+VELTA_TEST(LevelMeterTest)
+
+} // namespace LevelMeterTests
+
 #include "LevelMeterTest.moc"

@@ -4,6 +4,7 @@
 #include "content/ContentPackage.h"
 #include "shell/theme/StyleSheet.h"
 #include "support/ContextTranslator.h"
+#include "support/TestProgram.h"
 
 #include <QFormLayout>
 #include <QPointer>
@@ -11,6 +12,8 @@
 #include <QTest>
 
 #include <utility>
+
+namespace LoopBrowserTests {
 
 namespace {
 
@@ -774,6 +777,8 @@ void LoopBrowserTest::aProjectThatIsGoneIsNone()
     QVERIFY(isEnabled(stage().rhythms(), 0));
 }
 
-QTEST_MAIN(LoopBrowserTest)
+VELTA_TEST(LoopBrowserTest)
+
+} // namespace LoopBrowserTests
 
 #include "LoopBrowserTest.moc"

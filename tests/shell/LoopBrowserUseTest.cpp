@@ -2,6 +2,7 @@
 #include "shell/IgualadorSimbolos.h"
 #include "shell/LoopBrowser.h"
 #include "support/FluidSpy.h"
+#include "support/TestProgram.h"
 
 #include <QDialog>
 #include <QDrag>
@@ -13,6 +14,8 @@
 
 #include <limits>
 #include <memory>
+
+namespace LoopBrowserUseTests {
 
 namespace {
 
@@ -447,6 +450,8 @@ void LoopBrowserUseTest::oddLibrariesAreHarmless()
     QVERIFY(stage().cards().isEmpty());
 }
 
-QTEST_MAIN(LoopBrowserUseTest)
+VELTA_TEST(LoopBrowserUseTest)
+
+} // namespace LoopBrowserUseTests
 
 #include "LoopBrowserUseTest.moc"

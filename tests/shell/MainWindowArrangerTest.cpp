@@ -1,4 +1,5 @@
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/WavFile.h"
 #include "support/WindowStage.h"
 #include "views/TimelineRuler.h"
@@ -15,6 +16,8 @@
 #include <QScrollBar>
 #include <QSlider>
 #include <QTest>
+
+namespace MainWindowArrangerTests {
 
 using namespace ProjectBuilder;
 
@@ -439,5 +442,8 @@ void MainWindowArrangerTest::withTheChordsSelectedNoTrackIsRemoved()
     QCOMPARE(stage_->message(), "Elegí la velta que querés quitar.");
 }
 
-QTEST_MAIN(MainWindowArrangerTest)
+VELTA_TEST(MainWindowArrangerTest)
+
+} // namespace MainWindowArrangerTests
+
 #include "MainWindowArrangerTest.moc"

@@ -5,6 +5,7 @@
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
 #include "support/StaticServer.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 
 #include <QComboBox>
@@ -12,6 +13,8 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+
+namespace MainWindowContentTests {
 
 using namespace ProjectBuilder;
 
@@ -300,5 +303,8 @@ void MainWindowContentTest::aMissingBankIsStillToldBesideIt()
     QVERIFY(Widgets::withText<QLabel>(stage_->window(), "Falta el banco de sonidos"));
 }
 
-QTEST_MAIN(MainWindowContentTest)
+VELTA_TEST(MainWindowContentTest)
+
+} // namespace MainWindowContentTests
+
 #include "MainWindowContentTest.moc"

@@ -1,8 +1,11 @@
 #include "support/FullDisk.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 
 #include <QTest>
+
+namespace MainWindowCopiesTests {
 
 using namespace ProjectBuilder;
 
@@ -216,5 +219,8 @@ void MainWindowCopiesTest::aNewNameIsNoStepOfUndo()
     QVERIFY(!stage_->canUndo());
 }
 
-QTEST_MAIN(MainWindowCopiesTest)
+VELTA_TEST(MainWindowCopiesTest)
+
+} // namespace MainWindowCopiesTests
+
 #include "MainWindowCopiesTest.moc"

@@ -3,6 +3,7 @@
 #include "shell/MainWindow.h"
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "support/Widgets.h"
 
@@ -20,6 +21,8 @@
 #include <deque>
 #include <functional>
 #include <memory>
+
+namespace MainWindowDialogsTests {
 
 using namespace ProjectBuilder;
 
@@ -239,5 +242,8 @@ void MainWindowDialogsTest::spaceInADialogPlaysNothing()
     QVERIFY(!window_->engine()->isPlaying());
 }
 
-QTEST_MAIN(MainWindowDialogsTest)
+VELTA_TEST(MainWindowDialogsTest)
+
+} // namespace MainWindowDialogsTests
+
 #include "MainWindowDialogsTest.moc"

@@ -1,5 +1,6 @@
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 
 #include <QComboBox>
@@ -8,6 +9,8 @@
 #include <QTest>
 
 #include <algorithm>
+
+namespace MainWindowEditsTests {
 
 using namespace ProjectBuilder;
 
@@ -622,5 +625,8 @@ void MainWindowEditsTest::randomEditsAllComeBack()
     QVERIFY(!stage_->canRedo());
 }
 
-QTEST_MAIN(MainWindowEditsTest)
+VELTA_TEST(MainWindowEditsTest)
+
+} // namespace MainWindowEditsTests
+
 #include "MainWindowEditsTest.moc"

@@ -3,6 +3,7 @@
 #include "support/Mp3Frames.h"
 #include "support/ProjectBuilder.h"
 #include "support/SoundFile.h"
+#include "support/TestProgram.h"
 #include "support/Tones.h"
 #include "support/WavFile.h"
 #include "support/WindowStage.h"
@@ -18,6 +19,8 @@
 
 #include <functional>
 #include <limits>
+
+namespace MainWindowExportTests {
 
 using namespace ProjectBuilder;
 
@@ -498,5 +501,8 @@ void MainWindowExportTest::theRealDialogsWriteFiles()
     QVERIFY(isSong(bytesOf(other), kind));
 }
 
-QTEST_MAIN(MainWindowExportTest)
+VELTA_TEST(MainWindowExportTest)
+
+} // namespace MainWindowExportTests
+
 #include "MainWindowExportTest.moc"

@@ -3,6 +3,7 @@
 #include "support/Contrast.h"
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 #include "views/TrackHeaderPanel.h"
 #include "views/arranger/TrackArranger.h"
@@ -18,6 +19,8 @@
 #include <QSpinBox>
 #include <QTest>
 #include <QToolButton>
+
+namespace MainWindowFocusTests {
 
 using namespace ProjectBuilder;
 
@@ -369,5 +372,8 @@ void MainWindowFocusTest::theEditorsShowWhichOfThemHasTheKeys()
         QVERIFY(markOf(*editor, 3.0) >= 2 * editor->width());
 }
 
-QTEST_MAIN(MainWindowFocusTest)
+VELTA_TEST(MainWindowFocusTest)
+
+} // namespace MainWindowFocusTests
+
 #include "MainWindowFocusTest.moc"

@@ -1,5 +1,6 @@
 #include "content/LoopLibrary.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 #include "views/TrackHeaderPanel.h"
 #include "views/arranger/ArrangerGridView.h"
@@ -12,6 +13,8 @@
 #include <QTest>
 
 #include <functional>
+
+namespace MainWindowGesturesTests {
 
 using namespace ProjectBuilder;
 
@@ -413,5 +416,8 @@ void MainWindowGesturesTest::deletingTheLastBlockIsOneStep()
     QVERIFY(!stage_->canUndo());
 }
 
-QTEST_MAIN(MainWindowGesturesTest)
+VELTA_TEST(MainWindowGesturesTest)
+
+} // namespace MainWindowGesturesTests
+
 #include "MainWindowGesturesTest.moc"

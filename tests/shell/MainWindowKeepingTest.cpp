@@ -2,6 +2,7 @@
 #include "storage/RecoveryCopy.h"
 #include "support/FullDisk.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 
 #include <QJsonArray>
@@ -9,6 +10,8 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QTest>
+
+namespace MainWindowKeepingTests {
 
 using namespace ProjectBuilder;
 
@@ -673,5 +676,8 @@ void MainWindowKeepingTest::markupAndLongNamesAreText()
     QCOMPARE(stage_->window().minimumSizeHint().width(), before);
 }
 
-QTEST_MAIN(MainWindowKeepingTest)
+VELTA_TEST(MainWindowKeepingTest)
+
+} // namespace MainWindowKeepingTests
+
 #include "MainWindowKeepingTest.moc"

@@ -1,5 +1,6 @@
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 #include "views/arranger/ArrangerScene.h"
 #include "views/arranger/BlockEditor.h"
@@ -9,6 +10,8 @@
 #include "views/pianoroll/PianoRollScene.h"
 
 #include <QTest>
+
+namespace MainWindowKeysTests {
 
 using namespace ProjectBuilder;
 
@@ -163,5 +166,8 @@ void MainWindowKeysTest::aSongOfFourBarsByKeys()
     QVERIFY(!stage_->engine().isPlaying());
 }
 
-QTEST_MAIN(MainWindowKeysTest)
+VELTA_TEST(MainWindowKeysTest)
+
+} // namespace MainWindowKeysTests
+
 #include "MainWindowKeysTest.moc"

@@ -1,4 +1,5 @@
 #include "support/FluidSpy.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 
 #include <QScrollArea>
@@ -6,6 +7,8 @@
 #include <QSplitter>
 #include <QTest>
 #include <QVBoxLayout>
+
+namespace MainWindowLayoutTests {
 
 /// How the window is put together.
 class MainWindowLayoutTest : public QObject {
@@ -209,5 +212,8 @@ void MainWindowLayoutTest::theTabKeyGoesThroughTheRibbon()
     QCOMPARE(QApplication::focusWidget(), Widgets::over(stage_->ribbon(), "Modo"));
 }
 
-QTEST_MAIN(MainWindowLayoutTest)
+VELTA_TEST(MainWindowLayoutTest)
+
+} // namespace MainWindowLayoutTests
+
 #include "MainWindowLayoutTest.moc"

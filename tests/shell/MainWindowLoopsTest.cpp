@@ -1,11 +1,14 @@
 #include "support/ContentFixture.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 #include "views/arranger/TrackArranger.h"
 
 #include <QTest>
 
 #include <limits>
+
+namespace MainWindowLoopsTests {
 
 using namespace ProjectBuilder;
 
@@ -382,5 +385,8 @@ void MainWindowLoopsTest::aMeterWithoutBarsPlacesAtTheStart()
     QCOMPARE(stage_->message(), "Normal 1 agregada a «Bajo» en el compás 1.");
 }
 
-QTEST_MAIN(MainWindowLoopsTest)
+VELTA_TEST(MainWindowLoopsTest)
+
+} // namespace MainWindowLoopsTests
+
 #include "MainWindowLoopsTest.moc"

@@ -3,6 +3,7 @@
 #include "support/ContextTranslator.h"
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 #include "views/TrackHeaderPanel.h"
 #include "views/arranger/TrackArranger.h"
@@ -13,6 +14,8 @@
 #include <QTreeWidget>
 
 #include <optional>
+
+namespace MainWindowMenusTests {
 
 using namespace ProjectBuilder;
 
@@ -604,5 +607,8 @@ void MainWindowMenusTest::openingAWorkComesBackToTheEditor()
     QCOMPARE(stage_->pages().currentIndex(), 0);
 }
 
-QTEST_MAIN(MainWindowMenusTest)
+VELTA_TEST(MainWindowMenusTest)
+
+} // namespace MainWindowMenusTests
+
 #include "MainWindowMenusTest.moc"

@@ -1,5 +1,6 @@
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 #include "views/TrackHeaderPanel.h"
 #include "views/arranger/TrackArranger.h"
@@ -12,6 +13,8 @@
 #include <QPointer>
 #include <QSlider>
 #include <QTest>
+
+namespace MainWindowPanelsTests {
 
 using namespace ProjectBuilder;
 
@@ -217,5 +220,8 @@ void MainWindowPanelsTest::theWindowMayGoWhileANameIsTyped()
     QVERIFY(gone.isNull());
 }
 
-QTEST_MAIN(MainWindowPanelsTest)
+VELTA_TEST(MainWindowPanelsTest)
+
+} // namespace MainWindowPanelsTests
+
 #include "MainWindowPanelsTest.moc"

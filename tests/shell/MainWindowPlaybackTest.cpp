@@ -1,6 +1,7 @@
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
 #include "support/SoundFile.h"
+#include "support/TestProgram.h"
 #include "support/Tones.h"
 #include "support/WindowStage.h"
 #include "views/TrackHeaderPanel.h"
@@ -18,6 +19,8 @@
 #include <QTest>
 
 #include <algorithm>
+
+namespace MainWindowPlaybackTests {
 
 using namespace ProjectBuilder;
 
@@ -394,5 +397,8 @@ void MainWindowPlaybackTest::withoutASynthesiserTheWindowWorks()
     QVERIFY(stage_->window().close());
 }
 
-QTEST_MAIN(MainWindowPlaybackTest)
+VELTA_TEST(MainWindowPlaybackTest)
+
+} // namespace MainWindowPlaybackTests
+
 #include "MainWindowPlaybackTest.moc"

@@ -1,10 +1,13 @@
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 
 #include <QJsonArray>
 #include <QTest>
 #include <QTimer>
+
+namespace MainWindowSaveTests {
 
 using namespace ProjectBuilder;
 
@@ -536,5 +539,8 @@ void MainWindowSaveTest::closingEndsPlayback()
     QCOMPARE(stage_->engine().playheadBeat(), 0.0);
 }
 
-QTEST_MAIN(MainWindowSaveTest)
+VELTA_TEST(MainWindowSaveTest)
+
+} // namespace MainWindowSaveTests
+
 #include "MainWindowSaveTest.moc"

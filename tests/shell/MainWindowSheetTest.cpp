@@ -1,6 +1,7 @@
 #include "support/FluidSpy.h"
 #include "support/FullDisk.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 
 #include <QDialog>
@@ -8,6 +9,8 @@
 #include <QProcess>
 #include <QPushButton>
 #include <QTest>
+
+namespace MainWindowSheetTests {
 
 using namespace ProjectBuilder;
 
@@ -140,5 +143,8 @@ void MainWindowSheetTest::theSongStaysAsItIs()
     QVERIFY(!stage_->canUndo());
 }
 
-QTEST_MAIN(MainWindowSheetTest)
+VELTA_TEST(MainWindowSheetTest)
+
+} // namespace MainWindowSheetTests
+
 #include "MainWindowSheetTest.moc"

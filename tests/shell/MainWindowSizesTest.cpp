@@ -5,6 +5,7 @@
 #include "support/FluidSpy.h"
 #include "support/LayoutFaults.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 #include "views/TrackHeaderPanel.h"
 #include "views/arranger/TrackArranger.h"
@@ -15,6 +16,8 @@
 #include <QScrollBar>
 #include <QSlider>
 #include <QTest>
+
+namespace MainWindowSizesTests {
 
 using namespace ProjectBuilder;
 
@@ -261,5 +264,8 @@ void MainWindowSizesTest::aLongCaptionTellsTrackAndKey()
     QVERIFY((*caption)->grab().toImage() != before);
 }
 
-QTEST_MAIN(MainWindowSizesTest)
+VELTA_TEST(MainWindowSizesTest)
+
+} // namespace MainWindowSizesTests
+
 #include "MainWindowSizesTest.moc"

@@ -4,6 +4,7 @@
 #include "content/LoopLibrary.h"
 #include "model/Project.h"
 #include "storage/LocalStorageProvider.h"
+#include "support/TestProgram.h"
 
 #include <QApplication>
 #include <QMessageBox>
@@ -15,6 +16,8 @@
 #include <QTimer>
 
 #include <memory>
+
+namespace MainWindowTests {
 
 class MainWindowTest : public QObject {
     Q_OBJECT
@@ -125,5 +128,8 @@ void MainWindowTest::aWorkThatCannotBeOpenedLeavesThePresentOne()
     QCOMPARE(window.windowTitle(), "Velta — Obra sin título[*]");
 }
 
-QTEST_MAIN(MainWindowTest)
+VELTA_TEST(MainWindowTest)
+
+} // namespace MainWindowTests
+
 #include "MainWindowTest.moc"

@@ -1,12 +1,15 @@
 #include "shell/theme/ThemeManager.h"
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 
 #include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
+
+namespace MainWindowThemeTests {
 
 using namespace ProjectBuilder;
 
@@ -193,5 +196,8 @@ void MainWindowThemeTest::aWindowThatIsGoneFollowsNoMore()
     QCOMPARE(button()->text(), kToLight);
 }
 
-QTEST_MAIN(MainWindowThemeTest)
+VELTA_TEST(MainWindowThemeTest)
+
+} // namespace MainWindowThemeTests
+
 #include "MainWindowThemeTest.moc"

@@ -1,5 +1,6 @@
 #include "support/FullDisk.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/Tones.h"
 #include "support/WavFile.h"
 #include "support/WindowStage.h"
@@ -9,6 +10,8 @@
 
 #include <algorithm>
 #include <cstdlib>
+
+namespace MainWindowVoiceTests {
 
 using namespace ProjectBuilder;
 
@@ -391,5 +394,8 @@ void MainWindowVoiceTest::afterAFailureTheNextClickStartsAnew()
     QVERIFY(stage_->message().isEmpty());
 }
 
-QTEST_MAIN(MainWindowVoiceTest)
+VELTA_TEST(MainWindowVoiceTest)
+
+} // namespace MainWindowVoiceTests
+
 #include "MainWindowVoiceTest.moc"

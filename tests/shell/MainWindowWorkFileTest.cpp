@@ -1,5 +1,6 @@
 #include "storage/WorkArchive.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 
 #include <QAbstractScrollArea>
@@ -12,6 +13,8 @@
 #include <QTest>
 #include <QTimer>
 #include <QUrl>
+
+namespace MainWindowWorkFileTests {
 
 using namespace ProjectBuilder;
 
@@ -289,5 +292,8 @@ void MainWindowWorkFileTest::theSearchIsOneClickAway()
     QCOMPARE(shown, "Buscar más ritmos en línea");
 }
 
-QTEST_MAIN(MainWindowWorkFileTest)
+VELTA_TEST(MainWindowWorkFileTest)
+
+} // namespace MainWindowWorkFileTests
+
 #include "MainWindowWorkFileTest.moc"

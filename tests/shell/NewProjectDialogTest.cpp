@@ -1,5 +1,6 @@
 #include "shell/NewProjectDialog.h"
 
+#include "support/TestProgram.h"
 #include "support/Widgets.h"
 
 #include <QAccessible>
@@ -12,6 +13,8 @@
 #include <QTest>
 
 #include <memory>
+
+namespace NewProjectDialogTests {
 
 namespace {
 
@@ -307,5 +310,8 @@ void NewProjectDialogTest::theEscapeKeyRejects()
     QCOMPARE(dialog_->result(), int(QDialog::Rejected));
 }
 
-QTEST_MAIN(NewProjectDialogTest)
+VELTA_TEST(NewProjectDialogTest)
+
+} // namespace NewProjectDialogTests
+
 #include "NewProjectDialogTest.moc"

@@ -5,6 +5,7 @@
 #include "support/ContextTranslator.h"
 #include "support/LocalServer.h"
 #include "support/StaticServer.h"
+#include "support/TestProgram.h"
 
 #include <QDialogButtonBox>
 #include <QListView>
@@ -16,6 +17,8 @@
 
 #include <limits>
 #include <memory>
+
+namespace OnlineSearchDialogTests {
 
 namespace {
 
@@ -786,6 +789,8 @@ void OnlineSearchDialogTest::nobodyListensWhenItIsGone()
     QVERIFY(stage().downloads.uninstallRhythm("otro"));
 }
 
-QTEST_MAIN(OnlineSearchDialogTest)
+VELTA_TEST(OnlineSearchDialogTest)
+
+} // namespace OnlineSearchDialogTests
 
 #include "OnlineSearchDialogTest.moc"

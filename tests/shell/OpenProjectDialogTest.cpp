@@ -2,6 +2,7 @@
 
 #include "support/SavedWorks.h"
 #include "support/ScriptedPrompts.h"
+#include "support/TestProgram.h"
 #include "support/Widgets.h"
 
 #include <QDialogButtonBox>
@@ -13,6 +14,8 @@
 #include <QVBoxLayout>
 
 #include <memory>
+
+namespace OpenProjectDialogTests {
 
 namespace {
 
@@ -404,5 +407,8 @@ void OpenProjectDialogTest::whenAllAreGoneNoneIsCurrent()
     QVERIFY(!dialog_->currentId());
 }
 
-QTEST_MAIN(OpenProjectDialogTest)
+VELTA_TEST(OpenProjectDialogTest)
+
+} // namespace OpenProjectDialogTests
+
 #include "OpenProjectDialogTest.moc"

@@ -3,6 +3,7 @@
 #include "shell/NewProjectDialog.h"
 #include "support/SavedWorks.h"
 #include "support/ScriptedPrompts.h"
+#include "support/TestProgram.h"
 #include "support/Widgets.h"
 
 #include <QComboBox>
@@ -17,6 +18,8 @@
 #include <QVBoxLayout>
 
 #include <memory>
+
+namespace ProjectGalleryTests {
 
 namespace {
 
@@ -448,5 +451,8 @@ void ProjectGalleryTest::theGalleryOnlyTells()
     QCOMPARE(list()->count(), 3);
 }
 
-QTEST_MAIN(ProjectGalleryTest)
+VELTA_TEST(ProjectGalleryTest)
+
+} // namespace ProjectGalleryTests
+
 #include "ProjectGalleryTest.moc"

@@ -1,6 +1,7 @@
 #include "shell/Prompts.h"
 
 #include "support/Files.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "support/Widgets.h"
 
@@ -16,6 +17,11 @@
 #include <QTimer>
 
 #include <functional>
+
+Q_DECLARE_METATYPE(QMessageBox::StandardButton)
+Q_DECLARE_METATYPE(QMessageBox::StandardButtons)
+
+namespace PromptsTests {
 
 namespace {
 
@@ -69,9 +75,6 @@ constexpr auto kSaveQuestion = QMessageBox::Save | QMessageBox::Discard | QMessa
 constexpr auto kYesNo = QMessageBox::Yes | QMessageBox::No;
 
 } // namespace
-
-Q_DECLARE_METATYPE(QMessageBox::StandardButton)
-Q_DECLARE_METATYPE(QMessageBox::StandardButtons)
 
 class PromptsTest : public QObject {
     Q_OBJECT
@@ -583,5 +586,8 @@ void PromptsTest::aDialogIsAcceptedOrNot()
     QVERIFY(modal);
 }
 
-QTEST_MAIN(PromptsTest)
+VELTA_TEST(PromptsTest)
+
+} // namespace PromptsTests
+
 #include "PromptsTest.moc"

@@ -1,9 +1,13 @@
 #include "shell/QtTexts.h"
 
+#include "support/TestProgram.h"
+
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
+
+namespace QtTextsTests {
 
 /// What Qt itself says to the user.
 class QtTextsTest : public QObject {
@@ -80,5 +84,8 @@ void QtTextsTest::whatIsNotSpokenOfStaysAsItIs()
     QCOMPARE(QCoreApplication::translate("QPlatformTheme", "Cancel"), "Cancelar");
 }
 
-QTEST_MAIN(QtTextsTest)
+VELTA_TEST(QtTextsTest)
+
+} // namespace QtTextsTests
+
 #include "QtTextsTest.moc"

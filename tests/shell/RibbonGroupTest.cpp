@@ -1,6 +1,7 @@
 #include "shell/RibbonGroup.h"
 
 #include "shell/theme/ThemeManager.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "support/Widgets.h"
 
@@ -14,6 +15,8 @@
 #include <QTest>
 #include <QToolButton>
 #include <QVBoxLayout>
+
+namespace RibbonGroupTests {
 
 namespace {
 
@@ -372,5 +375,8 @@ void RibbonGroupTest::spacingMovesTheNextColumn()
     QCOMPARE(gapWith(30), 34);
 }
 
-QTEST_MAIN(RibbonGroupTest)
+VELTA_TEST(RibbonGroupTest)
+
+} // namespace RibbonGroupTests
+
 #include "RibbonGroupTest.moc"

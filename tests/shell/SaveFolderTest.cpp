@@ -1,10 +1,13 @@
 #include "shell/SaveFolder.h"
 
 #include "support/Nobody.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 
 #include <QStandardPaths>
 #include <QTest>
+
+namespace SaveFolderTests {
 
 class SaveFolderTest : public QObject {
     Q_OBJECT
@@ -73,5 +76,8 @@ void SaveFolderTest::theCurrentFolderIsProposedWhereNoneTakesFiles()
     QVERIFY(Nobody::open(place.filePath(".")));
 }
 
-QTEST_GUILESS_MAIN(SaveFolderTest)
+VELTA_GUILESS_TEST(SaveFolderTest)
+
+} // namespace SaveFolderTests
+
 #include "SaveFolderTest.moc"

@@ -4,10 +4,13 @@
 #include "content/LoopLibrary.h"
 #include "support/FluidSpy.h"
 #include "support/StaticServer.h"
+#include "support/TestProgram.h"
 #include "support/WindowStage.h"
 
 #include <QSignalSpy>
 #include <QTest>
+
+namespace ServedRhythmsTests {
 
 namespace {
 
@@ -128,5 +131,8 @@ void ServedRhythmsTest::theLastUninstallLeavesNothingBehind()
     QVERIFY(stage_->window().loopLibrary()->rhythms().isEmpty());
 }
 
-QTEST_MAIN(ServedRhythmsTest)
+VELTA_TEST(ServedRhythmsTest)
+
+} // namespace ServedRhythmsTests
+
 #include "ServedRhythmsTest.moc"

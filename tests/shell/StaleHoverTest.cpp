@@ -2,6 +2,7 @@
 
 #include "shell/theme/ThemeManager.h"
 #include "support/Contrast.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 
 #include <QAbstractItemView>
@@ -14,6 +15,8 @@
 #include <QVBoxLayout>
 
 #include <memory>
+
+namespace StaleHoverTests {
 
 /// A window with a box and a button, and the mouse that comes and goes.
 class StaleHoverTest : public QObject {
@@ -159,5 +162,8 @@ void StaleHoverTest::aButtonLosesItsFrameWithAMenu()
     QCOMPARE(pictureOf(*button_), before);
 }
 
-QTEST_MAIN(StaleHoverTest)
+VELTA_TEST(StaleHoverTest)
+
+} // namespace StaleHoverTests
+
 #include "StaleHoverTest.moc"

@@ -12,6 +12,7 @@
 #include "support/LayoutFaults.h"
 #include "support/SavedWorks.h"
 #include "support/ScriptedPrompts.h"
+#include "support/TestProgram.h"
 #include "support/Widgets.h"
 #include "support/WindowStage.h"
 
@@ -32,6 +33,8 @@
 
 #include <functional>
 #include <memory>
+
+namespace StyledDialogsTests {
 
 /// Every dialog in the program's own style sheet, which decides how large its parts are: in both
 /// looks.
@@ -285,5 +288,8 @@ void StyledDialogsTest::theDefaultButtonIsToldFromTheOthers()
     QVERIFY(Contrast::ratio(face(QMessageBox::No), face(QMessageBox::Yes)) >= 3.0);
 }
 
-QTEST_MAIN(StyledDialogsTest)
+VELTA_TEST(StyledDialogsTest)
+
+} // namespace StyledDialogsTests
+
 #include "StyledDialogsTest.moc"

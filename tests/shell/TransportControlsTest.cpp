@@ -4,6 +4,7 @@
 #include "shell/RibbonGroup.h"
 #include "shell/theme/ThemeManager.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "support/Widgets.h"
 
@@ -17,6 +18,8 @@
 #include <QVBoxLayout>
 
 #include <limits>
+
+namespace TransportControlsTests {
 
 using namespace ProjectBuilder;
 
@@ -1016,5 +1019,8 @@ void TransportControlsTest::withoutAProjectNothingBreaks()
     QVERIFY(!button(*ribbon_, "Acordes")->isChecked());
 }
 
-QTEST_MAIN(TransportControlsTest)
+VELTA_TEST(TransportControlsTest)
+
+} // namespace TransportControlsTests
+
 #include "TransportControlsTest.moc"

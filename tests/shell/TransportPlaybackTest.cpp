@@ -5,6 +5,7 @@
 #include "shell/TransportControls.h"
 #include "support/FluidSpy.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/Widgets.h"
 
 #include <QLabel>
@@ -15,6 +16,8 @@
 
 #include <algorithm>
 #include <limits>
+
+namespace TransportPlaybackTests {
 
 using namespace ProjectBuilder;
 
@@ -604,5 +607,8 @@ void TransportPlaybackTest::theRibbonMayGoFirst()
     QCOMPARE(engine.playheadBeat(), 4.0);
 }
 
-QTEST_MAIN(TransportPlaybackTest)
+VELTA_TEST(TransportPlaybackTest)
+
+} // namespace TransportPlaybackTests
+
 #include "TransportPlaybackTest.moc"

@@ -1,6 +1,7 @@
 #include "shell/VariationButton.h"
 
 #include "support/ContextTranslator.h"
+#include "support/TestProgram.h"
 #include "views/SectionWords.h"
 
 #include <QAccessible>
@@ -12,6 +13,8 @@
 #include <QTest>
 
 #include <memory>
+
+namespace VariationButtonTests {
 
 namespace {
 
@@ -360,6 +363,8 @@ void VariationButtonTest::aDragThatThePlatformRefusesIsNoClickEither()
     QCOMPARE(clicks.count(), 0);
 }
 
-QTEST_MAIN(VariationButtonTest)
+VELTA_TEST(VariationButtonTest)
+
+} // namespace VariationButtonTests
 
 #include "VariationButtonTest.moc"

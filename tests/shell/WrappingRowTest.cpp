@@ -1,5 +1,7 @@
 #include "shell/WrappingRow.h"
 
+#include "support/TestProgram.h"
+
 #include <QApplication>
 #include <QTest>
 #include <QVBoxLayout>
@@ -7,6 +9,8 @@
 
 #include <limits>
 #include <memory>
+
+namespace WrappingRowTests {
 
 namespace {
 
@@ -153,6 +157,8 @@ void WrappingRowTest::aColumnGivesItTheHeightThatItNeeds()
     QCOMPARE(row->height(), 70);
 }
 
-QTEST_MAIN(WrappingRowTest)
+VELTA_TEST(WrappingRowTest)
+
+} // namespace WrappingRowTests
 
 #include "WrappingRowTest.moc"

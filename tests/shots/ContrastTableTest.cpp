@@ -3,6 +3,7 @@
 #include "shots/Shots.h"
 #include "support/Contrast.h"
 #include "support/LayoutFaults.h"
+#include "support/TestProgram.h"
 #include "views/TimelineRuler.h"
 #include "views/arranger/ArrangerGridView.h"
 #include "views/arranger/ArrangerHeaderColumn.h"
@@ -23,6 +24,8 @@
 #include <array>
 #include <map>
 #include <memory>
+
+namespace ContrastTableTests {
 
 namespace {
 
@@ -311,5 +314,8 @@ void ContrastTableTest::cleanupTestCase()
     }
 }
 
-QTEST_MAIN(ContrastTableTest)
+VELTA_TEST(ContrastTableTest)
+
+} // namespace ContrastTableTests
+
 #include "ContrastTableTest.moc"

@@ -3,12 +3,15 @@
 #include "shell/MainWindow.h"
 #include "shots/Parts.h"
 #include "shots/Shots.h"
+#include "support/TestProgram.h"
 
 #include <QFile>
 #include <QTest>
 
 #include <map>
 #include <memory>
+
+namespace PicturesTests {
 
 namespace {
 
@@ -247,5 +250,8 @@ void PicturesTest::everyPictureHasAReference()
     }
 }
 
-QTEST_MAIN(PicturesTest)
+VELTA_TEST(PicturesTest)
+
+} // namespace PicturesTests
+
 #include "PicturesTest.moc"

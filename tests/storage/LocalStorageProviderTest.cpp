@@ -6,6 +6,7 @@
 #include "support/Files.h"
 #include "support/ForbiddenWriting.h"
 #include "support/FullDisk.h"
+#include "support/TestProgram.h"
 
 #include <QDir>
 #include <QFile>
@@ -19,6 +20,8 @@
 #include <functional>
 #include <memory>
 #include <sys/stat.h>
+
+namespace LocalStorageProviderTests {
 
 namespace {
 
@@ -674,5 +677,8 @@ void LocalStorageProviderTest::aLinkFromAListToTheWorkDoesNoHarm()
              QJsonDocument(Project().toJson()).toJson(QJsonDocument::Indented));
 }
 
-QTEST_GUILESS_MAIN(LocalStorageProviderTest)
+VELTA_GUILESS_TEST(LocalStorageProviderTest)
+
+} // namespace LocalStorageProviderTests
+
 #include "LocalStorageProviderTest.moc"

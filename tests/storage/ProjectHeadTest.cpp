@@ -2,11 +2,14 @@
 
 #include "support/Files.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <QTest>
+
+namespace ProjectHeadTests {
 
 namespace {
 
@@ -161,5 +164,8 @@ void ProjectHeadTest::endlessFilesAreNoWork()
     QVERIFY(!ProjectHead::read(file.fileName()));
 }
 
-QTEST_GUILESS_MAIN(ProjectHeadTest)
+VELTA_GUILESS_TEST(ProjectHeadTest)
+
+} // namespace ProjectHeadTests
+
 #include "ProjectHeadTest.moc"

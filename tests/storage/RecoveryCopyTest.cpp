@@ -4,12 +4,15 @@
 #include "support/Files.h"
 #include "support/FullDisk.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 
 #include <QDateTime>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
+
+namespace RecoveryCopyTests {
 
 using namespace ProjectBuilder;
 
@@ -196,5 +199,8 @@ void RecoveryCopyTest::aClockThatWasSetChangesNothing()
     QCOMPARE(found[0].project()["bpm"].toInt(), 91);
 }
 
-QTEST_GUILESS_MAIN(RecoveryCopyTest)
+VELTA_GUILESS_TEST(RecoveryCopyTest)
+
+} // namespace RecoveryCopyTests
+
 #include "RecoveryCopyTest.moc"

@@ -3,6 +3,7 @@
 #include "model/Project.h"
 #include "storage/LocalStorageProvider.h"
 #include "support/Files.h"
+#include "support/TestProgram.h"
 #include "support/ZipBytes.h"
 
 #include <QDir>
@@ -16,6 +17,8 @@
 #include <QTest>
 
 #include <memory>
+
+namespace WorkArchiveTests {
 
 namespace {
 
@@ -441,5 +444,8 @@ void WorkArchiveTest::tooManyFilesAreNotWritten()
     QVERIFY(computers.importInto("there"));
 }
 
-QTEST_GUILESS_MAIN(WorkArchiveTest)
+VELTA_GUILESS_TEST(WorkArchiveTest)
+
+} // namespace WorkArchiveTests
+
 #include "WorkArchiveTest.moc"

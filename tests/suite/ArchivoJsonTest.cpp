@@ -2,6 +2,7 @@
 
 #include "suite/SuiteFolder.h"
 #include "support/FullDisk.h"
+#include "support/TestProgram.h"
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -10,6 +11,8 @@
 #include <QTest>
 
 #include <memory>
+
+namespace ArchivoJsonTests {
 
 using namespace brusel;
 
@@ -169,5 +172,8 @@ void ArchivoJsonTest::filesAreWrittenUpToTheirBound()
     QCOMPARE(leerJson(file()), full);
 }
 
-QTEST_GUILESS_MAIN(ArchivoJsonTest)
+VELTA_GUILESS_TEST(ArchivoJsonTest)
+
+} // namespace ArchivoJsonTests
+
 #include "ArchivoJsonTest.moc"

@@ -1,6 +1,7 @@
 #include "suite/AuthMirasel.h"
 
 #include "support/LocalServer.h"
+#include "support/TestProgram.h"
 
 #include <QEventLoop>
 #include <QPointer>
@@ -13,6 +14,8 @@
 #include <atomic>
 #include <future>
 #include <memory>
+
+namespace AuthMiraselTests {
 
 using brusel::AuthMirasel;
 using namespace std::chrono_literals;
@@ -651,5 +654,8 @@ void AuthMiraselTest::aSlotMayDeleteTheObject()
     }
 }
 
-QTEST_GUILESS_MAIN(AuthMiraselTest)
+VELTA_GUILESS_TEST(AuthMiraselTest)
+
+} // namespace AuthMiraselTests
+
 #include "AuthMiraselTest.moc"

@@ -4,11 +4,14 @@
 #include "suite/SuiteFolder.h"
 #include "support/JsonEdit.h"
 #include "support/SeededRandom.h"
+#include "support/TestProgram.h"
 
 #include <QRegularExpression>
 #include <QTest>
 
 #include <memory>
+
+namespace RecientesTests {
 
 using namespace brusel;
 
@@ -589,5 +592,8 @@ void RecientesTest::absurdListsAreSurvived()
     }
 }
 
-QTEST_GUILESS_MAIN(RecientesTest)
+VELTA_GUILESS_TEST(RecientesTest)
+
+} // namespace RecientesTests
+
 #include "RecientesTest.moc"

@@ -1,9 +1,12 @@
 #include "suite/RespuestaLogin.h"
 
 #include "support/JsonEdit.h"
+#include "support/TestProgram.h"
 
 #include <QRegularExpression>
 #include <QTest>
+
+namespace RespuestaLoginTests {
 
 using brusel::RespuestaLogin;
 
@@ -108,5 +111,8 @@ void RespuestaLoginTest::absurdAnswersAreSurvived()
     QVERIFY2(accepted > 500 && accepted < 4'500, "both kinds of answers come up");
 }
 
-QTEST_GUILESS_MAIN(RespuestaLoginTest)
+VELTA_GUILESS_TEST(RespuestaLoginTest)
+
+} // namespace RespuestaLoginTests
+
 #include "RespuestaLoginTest.moc"

@@ -1,8 +1,11 @@
 #include "suite/Sesion.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
 
 #include <limits>
+
+namespace SesionRulesTests {
 
 using brusel::Sesion;
 
@@ -121,5 +124,8 @@ void SesionRulesTest::everySecondIsDecidedAsByThePlainBounds()
     }
 }
 
-QTEST_GUILESS_MAIN(SesionRulesTest)
+VELTA_GUILESS_TEST(SesionRulesTest)
+
+} // namespace SesionRulesTests
+
 #include "SesionRulesTest.moc"

@@ -2,12 +2,15 @@
 
 #include "suite/SuiteFolder.h"
 #include "support/JsonEdit.h"
+#include "support/TestProgram.h"
 
 #include <QRegularExpression>
 #include <QTest>
 
 #include <limits>
 #include <memory>
+
+namespace SesionTests {
 
 using namespace brusel;
 
@@ -518,5 +521,8 @@ void SesionTest::absurdFilesAreSurvived()
     QVERIFY2(alive > 100 && alive < 900, "both kinds of files come up");
 }
 
-QTEST_GUILESS_MAIN(SesionTest)
+VELTA_GUILESS_TEST(SesionTest)
+
+} // namespace SesionTests
+
 #include "SesionTest.moc"

@@ -1,6 +1,7 @@
 #include "views/LoopDragPayload.h"
 
 #include "support/SeededRandom.h"
+#include "support/TestProgram.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -8,6 +9,8 @@
 #include <QTest>
 
 #include <limits>
+
+namespace LoopDragPayloadTests {
 
 namespace {
 
@@ -243,6 +246,8 @@ void LoopDragPayloadTest::aDragCarriesThePayloadAlone()
     QCOMPARE(data->data("application/x-velta-loop"), payload.toJson());
 }
 
-QTEST_APPLESS_MAIN(LoopDragPayloadTest)
+VELTA_GUILESS_TEST(LoopDragPayloadTest)
+
+} // namespace LoopDragPayloadTests
 
 #include "LoopDragPayloadTest.moc"

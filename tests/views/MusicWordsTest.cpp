@@ -1,9 +1,13 @@
 #include "views/MusicWords.h"
 
+#include "support/TestProgram.h"
+
 #include <QLocale>
 #include <QTest>
 
 #include <limits>
+
+namespace MusicWordsTests {
 
 namespace {
 
@@ -189,5 +193,8 @@ void MusicWordsTest::emptyWordsLeaveNoComma()
     QCOMPARE(MusicWords::list({}), QString());
 }
 
-QTEST_MAIN(MusicWordsTest)
+VELTA_TEST(MusicWordsTest)
+
+} // namespace MusicWordsTests
+
 #include "MusicWordsTest.moc"

@@ -1,11 +1,15 @@
 #include "views/PlayheadFollower.h"
 
+#include "support/TestProgram.h"
+
 #include <QGraphicsView>
 #include <QMenu>
 #include <QScrollBar>
 #include <QTest>
 
 #include <memory>
+
+namespace PlayheadFollowerTests {
 
 /// Pages of a view 400 pixels wide, turned by the playhead of a scene of 4000.
 class PlayheadFollowerTest : public QObject {
@@ -152,5 +156,8 @@ void PlayheadFollowerTest::theStartIsShownWithoutARest()
     QCOMPARE(scroll(), 776);
 }
 
-QTEST_MAIN(PlayheadFollowerTest)
+VELTA_TEST(PlayheadFollowerTest)
+
+} // namespace PlayheadFollowerTests
+
 #include "PlayheadFollowerTest.moc"

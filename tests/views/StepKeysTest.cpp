@@ -1,5 +1,6 @@
 #include "views/StepKeys.h"
 
+#include "support/TestProgram.h"
 #include "views/ScrollIntoView.h"
 
 #include <QGraphicsScene>
@@ -9,6 +10,8 @@
 #include <QTest>
 
 #include <limits>
+
+namespace StepKeysTests {
 
 /// How editors read the arrows, and what they scroll to.
 class StepKeysTest : public QObject {
@@ -155,5 +158,8 @@ void StepKeysTest::whatIsTooLongShowsItsStart()
     QVERIFY(window.x() > 650 && window.x() <= 700);
 }
 
-QTEST_MAIN(StepKeysTest)
+VELTA_TEST(StepKeysTest)
+
+} // namespace StepKeysTests
+
 #include "StepKeysTest.moc"

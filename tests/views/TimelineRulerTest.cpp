@@ -3,6 +3,7 @@
 #include "model/Project.h"
 #include "shell/theme/ThemeManager.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/Painted.h"
 
@@ -12,6 +13,8 @@
 
 #include <limits>
 #include <memory>
+
+namespace TimelineRulerTests {
 
 using namespace ProjectBuilder;
 
@@ -614,6 +617,8 @@ void TimelineRulerTest::everyMeterIsPainted()
     ruler_->setProject(song_.get());
 }
 
-QTEST_MAIN(TimelineRulerTest)
+VELTA_TEST(TimelineRulerTest)
+
+} // namespace TimelineRulerTests
 
 #include "TimelineRulerTest.moc"

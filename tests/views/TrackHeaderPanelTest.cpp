@@ -4,6 +4,7 @@
 #include "support/ContentFixture.h"
 #include "support/ContextTranslator.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/Widgets.h"
 
 #include <QApplication>
@@ -20,28 +21,9 @@
 
 #include <functional>
 
+namespace TrackHeaderPanelTests {
+
 using namespace ProjectBuilder;
-
-namespace {
-
-using Floats = std::numeric_limits<float>;
-
-/// Two tracks of notes and two voices, the second of them without clips.
-std::unique_ptr<Project> song()
-{
-    auto result =
-        project({melodyTrack({melody({})}, "gm_violin"), melodyTrack({melody({})}, "gm_flauta")});
-    result->tracks[0].name = "Violines";
-    result->tracks[1].name = "Flautas";
-    result->tracks[1].muted = true;
-    result->tracks[1].volume = 0.25F;
-    result->audioTracks = {voiceTrack({clip("a.wav"), clip("b.wav", 8.0)}), voiceTrack({})};
-    result->audioTracks[0].name = "Coro";
-    result->audioTracks[0].solo = true;
-    result->audioTracks[0].clips[0].tune = {.enabled = true, .intensity = 0.7F};
-    result->audioTracks[1].name = "Voz nueva";
-    return result;
-}
 
 /// The controls of a panel, by what a user sees of them.
 struct Controls {
@@ -68,6 +50,27 @@ struct Controls {
     QCheckBox* tune;
     QSlider* tuning;
 };
+
+namespace {
+
+using Floats = std::numeric_limits<float>;
+
+/// Two tracks of notes and two voices, the second of them without clips.
+std::unique_ptr<Project> song()
+{
+    auto result =
+        project({melodyTrack({melody({})}, "gm_violin"), melodyTrack({melody({})}, "gm_flauta")});
+    result->tracks[0].name = "Violines";
+    result->tracks[1].name = "Flautas";
+    result->tracks[1].muted = true;
+    result->tracks[1].volume = 0.25F;
+    result->audioTracks = {voiceTrack({clip("a.wav"), clip("b.wav", 8.0)}), voiceTrack({})};
+    result->audioTracks[0].name = "Coro";
+    result->audioTracks[0].solo = true;
+    result->audioTracks[0].clips[0].tune = {.enabled = true, .intensity = 0.7F};
+    result->audioTracks[1].name = "Voz nueva";
+    return result;
+}
 
 /// The words of the rows that are to be seen, from top to bottom.
 QStringList visibleRows(const TrackHeaderPanel& panel)
@@ -1107,5 +1110,8 @@ void TrackHeaderPanelTest::longTextsDoNotWidenIt()
     qApp->setStyleSheet(QString());
 }
 
-QTEST_MAIN(TrackHeaderPanelTest)
+VELTA_TEST(TrackHeaderPanelTest)
+
+} // namespace TrackHeaderPanelTests
+
 #include "TrackHeaderPanelTest.moc"

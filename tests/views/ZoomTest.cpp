@@ -1,5 +1,6 @@
 #include "views/Zoom.h"
 
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 
 #include <QGraphicsView>
@@ -9,6 +10,8 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+
+namespace ZoomTests {
 
 namespace {
 
@@ -165,6 +168,8 @@ void ZoomTest::theHeightInTheViewStays()
     QCOMPARE(view_->verticalScrollBar()->value(), 700);
 }
 
-QTEST_MAIN(ZoomTest)
+VELTA_TEST(ZoomTest)
+
+} // namespace ZoomTests
 
 #include "ZoomTest.moc"

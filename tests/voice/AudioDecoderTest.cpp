@@ -4,6 +4,7 @@
 #include "support/Files.h"
 #include "support/FullDisk.h"
 #include "support/SoundFile.h"
+#include "support/TestProgram.h"
 #include "support/Tones.h"
 #include "support/WavFile.h"
 
@@ -20,6 +21,8 @@
 #include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
+
+namespace AudioDecoderTests {
 
 #ifdef __SANITIZE_ADDRESS__
 /// libsndfile 1.2 does not give back what libvorbis holds when the headers of a file are damaged.
@@ -846,5 +849,8 @@ void AudioDecoderTest::aDiskThatFillsUpGivesFalse()
     QVERIFY(!written);
 }
 
-QTEST_GUILESS_MAIN(AudioDecoderTest)
+VELTA_GUILESS_TEST(AudioDecoderTest)
+
+} // namespace AudioDecoderTests
+
 #include "AudioDecoderTest.moc"

@@ -1,6 +1,7 @@
 #include "voice/ClipSound.h"
 
 #include "support/SoundFile.h"
+#include "support/TestProgram.h"
 #include "support/Tones.h"
 #include "voice/VoiceTuner.h"
 
@@ -11,6 +12,8 @@
 #include <QTest>
 
 #include <memory>
+
+namespace ClipSoundTests {
 
 namespace {
 
@@ -274,5 +277,8 @@ void ClipSoundTest::whatWasStoppedIsNotKept()
     QCOMPARE(cache.sound(toma, kAll).samples, VoiceTuner::tune(voice, 44100, {}, kTuned));
 }
 
-QTEST_GUILESS_MAIN(ClipSoundTest)
+VELTA_GUILESS_TEST(ClipSoundTest)
+
+} // namespace ClipSoundTests
+
 #include "ClipSoundTest.moc"

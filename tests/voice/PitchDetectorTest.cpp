@@ -3,6 +3,7 @@
 #include "support/PlainPitchDetector.h"
 #include "support/SeededRandom.h"
 #include "support/SungVoices.h"
+#include "support/TestProgram.h"
 #include "support/Tones.h"
 #include "voice/CorrelationScreen.h"
 
@@ -10,6 +11,8 @@
 
 #include <bit>
 #include <limits>
+
+namespace PitchDetectorTests {
 
 namespace {
 
@@ -1048,5 +1051,8 @@ void PitchDetectorTest::theScreenKeepsItsPromiseWhenEveryAdditionIsLost()
     QVERIFY2(error <= CorrelationScreen::kMaxError, qPrintable(QString::number(error)));
 }
 
-QTEST_GUILESS_MAIN(PitchDetectorTest)
+VELTA_GUILESS_TEST(PitchDetectorTest)
+
+} // namespace PitchDetectorTests
+
 #include "PitchDetectorTest.moc"

@@ -2,12 +2,15 @@
 
 #include "support/HeldNote.h"
 #include "support/SeededRandom.h"
+#include "support/TestProgram.h"
 #include "support/Tones.h"
 
 #include <QTest>
 
 #include <bit>
 #include <limits>
+
+namespace PitchShifterTests {
 
 namespace {
 
@@ -614,5 +617,8 @@ void PitchShifterTest::samplesThatAreNoNumbersStayNearTheirPlace()
     QCOMPARE(shifted.last(16384 - 8300), clean.last(16384 - 8300));
 }
 
-QTEST_GUILESS_MAIN(PitchShifterTest)
+VELTA_GUILESS_TEST(PitchShifterTest)
+
+} // namespace PitchShifterTests
+
 #include "PitchShifterTest.moc"

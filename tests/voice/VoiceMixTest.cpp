@@ -4,6 +4,7 @@
 #include "support/Files.h"
 #include "support/SeededRandom.h"
 #include "support/SoundFile.h"
+#include "support/TestProgram.h"
 #include "support/Tones.h"
 #include "voice/AudioDecoder.h"
 #include "voice/Resampled.h"
@@ -18,6 +19,8 @@
 #include <bit>
 #include <limits>
 #include <sys/stat.h>
+
+namespace VoiceMixTests {
 
 namespace {
 
@@ -1230,5 +1233,8 @@ void VoiceMixTest::aStoppedMixIsEmpty()
                 .isEmpty());
 }
 
-QTEST_GUILESS_MAIN(VoiceMixTest)
+VELTA_GUILESS_TEST(VoiceMixTest)
+
+} // namespace VoiceMixTests
+
 #include "VoiceMixTest.moc"

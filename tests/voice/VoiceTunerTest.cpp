@@ -3,6 +3,7 @@
 #include "support/HeldNote.h"
 #include "support/SeededRandom.h"
 #include "support/SungVoices.h"
+#include "support/TestProgram.h"
 #include "support/Tones.h"
 #include "voice/PitchDetector.h"
 #include "voice/PitchShifter.h"
@@ -10,6 +11,8 @@
 #include <QTest>
 
 #include <limits>
+
+namespace VoiceTunerTests {
 
 namespace {
 
@@ -569,5 +572,8 @@ void VoiceTunerTest::hostileRecordingsComeBackAtTheirLength()
     }
 }
 
-QTEST_GUILESS_MAIN(VoiceTunerTest)
+VELTA_GUILESS_TEST(VoiceTunerTest)
+
+} // namespace VoiceTunerTests
+
 #include "VoiceTunerTest.moc"

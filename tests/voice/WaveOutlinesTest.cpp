@@ -1,5 +1,6 @@
 #include "voice/WaveOutlines.h"
 
+#include "support/TestProgram.h"
 #include "support/Tones.h"
 #include "support/WavFile.h"
 
@@ -7,6 +8,8 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+
+namespace WaveOutlinesTests {
 
 namespace {
 
@@ -125,5 +128,8 @@ void WaveOutlinesTest::itMayGoWhileItReads()
     }
 }
 
-QTEST_GUILESS_MAIN(WaveOutlinesTest)
+VELTA_GUILESS_TEST(WaveOutlinesTest)
+
+} // namespace WaveOutlinesTests
+
 #include "WaveOutlinesTest.moc"

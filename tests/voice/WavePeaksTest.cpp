@@ -1,5 +1,6 @@
 #include "voice/WavePeaks.h"
 
+#include "support/TestProgram.h"
 #include "support/Tones.h"
 #include "support/WavFile.h"
 
@@ -9,6 +10,8 @@
 
 #include <algorithm>
 #include <cmath>
+
+namespace WavePeaksTests {
 
 namespace {
 
@@ -160,5 +163,8 @@ void WavePeaksTest::whatIsCalledOffEnds()
     QCOMPARE(peaks.seconds(), 0.0);
 }
 
-QTEST_GUILESS_MAIN(WavePeaksTest)
+VELTA_GUILESS_TEST(WavePeaksTest)
+
+} // namespace WavePeaksTests
+
 #include "WavePeaksTest.moc"

@@ -31,16 +31,35 @@ REFUSED = 77
 QUICK_LINKER = "-fuse-ld=mold" if shutil.which("mold") else ""
 
 
-def tests_of(folder, spared):
-    """The link command of each test of the folder, by its name."""
+class Test:
+    """A test of a program, how the program is linked, and how long the test takes unchanged."""
+
+    def __init__(self, name, program, link):
+        self.name = name
+        self.program = program
+        self.arguments = [] if name == program else [name]
+        self.link = link
+        self.seconds = SECONDS / 4
+
+
+def programs_of(folder):
+    """The names of the tests of each program of a folder, after its CMakeLists.txt."""
     text = (ROOT / "tests" / folder / "CMakeLists.txt").read_text()
-    names = [name for name in re.findall(r"^velta_test\((\w+)", text, re.M) if name not in spared]
-    links = {}
-    for name in names:
-        commands = subprocess.run(["ninja", "-C", BUILD, "-t", "commands", name], check=True,
+    programs = {name: [name] for name in re.findall(r"^velta_test\((\w+)", text, re.M)}
+    for program, names in re.findall(r"^velta_tests\((\w+)[^)]*?TESTS\s([^)]*?)\sUSES", text, re.M):
+        programs[program] = names.split()
+    return programs
+
+
+def tests_of(folder, spared):
+    """The tests of a folder."""
+    tests = []
+    for program, names in programs_of(folder).items():
+        commands = subprocess.run(["ninja", "-C", BUILD, "-t", "commands", program], check=True,
                                   capture_output=True, text=True).stdout.strip().split("\n")
-        links[name] = next(line for line in commands if re.search(rf" -o \S+/{name} ", line))
-    return links
+        link = next(line for line in commands if re.search(rf" -o \S+/{program} ", line))
+        tests += [Test(name, program, link) for name in names if name not in spared]
+    return tests
 
 
 def compile_commands():
@@ -60,11 +79,11 @@ def shell(command):
     return done.stderr + done.stdout + "failed" if done.returncode else None
 
 
-def linked(name, link, objects, binary):
-    """Links a test with these objects in place of the sources that they are of."""
-    command = re.sub(rf"-o \S+/{name} ", f"{QUICK_LINKER} -o {binary} {objects} ", link)
+def linked(test, objects, binary):
+    """Links a test's program with these objects in place of the sources that they are of."""
+    command = re.sub(rf"-o \S+/{test.program} ", f"{QUICK_LINKER} -o {binary} {objects} ", test.link)
     if trouble := shell(command):
-        raise SystemExit(f"{name} could not be linked: {command}\n{trouble}")
+        raise SystemExit(f"{test.program} could not be linked: {command}\n{trouble}")
 
 
 def object_of(command, source, text, place, extra=""):
@@ -89,15 +108,15 @@ class Place:
         if not resources.is_symlink():
             resources.symlink_to(BUILD / "bin/resources")
 
-    def runs(self, binary, change, usual):
+    def runs(self, binary, test, change):
         """How a test ends, within ten times its usual seconds of the processor and four times those
         of the clock, which a busy computer may stretch; its first failure ends it."""
         environment = {**os.environ, "QT_QPA_PLATFORM": "offscreen", "HOME": str(self.home),
                        "XDG_RUNTIME_DIR": str(self.home / "run"), "VELTA_CHANGE": str(change)}
-        process = subprocess.Popen([binary], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+        process = subprocess.Popen([binary, *test.arguments], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
                                    start_new_session=True, cwd=self.path, env=environment,
-                                   preexec_fn=lambda: bounded(int(max(LEAST_SECONDS, 10 * usual))))
-        watch = threading.Timer(max(LEAST_WAIT, 4 * usual), lambda: os.killpg(process.pid, 9))
+                                   preexec_fn=lambda: bounded(int(max(LEAST_SECONDS, 10 * test.seconds))))
+        watch = threading.Timer(max(LEAST_WAIT, 4 * test.seconds), lambda: os.killpg(process.pid, 9))
         watch.start()
         try:
             if any(line.startswith(b"FAIL!") for line in process.stdout):
@@ -111,8 +130,8 @@ class Place:
 class Trial:
     """Tries changes, several at a time, and remembers which test notices what."""
 
-    def __init__(self, folder, links):
-        self.links = links
+    def __init__(self, folder, tests):
+        self.tests = tests
         self.commands = compile_commands()
         self.deadly = collections.Counter()
         self.work = WORK / folder.replace("/", "-")
@@ -121,7 +140,6 @@ class Trial:
         self.thread = threading.local()
         self.places = iter(range(10**9))
         self.numbers = {}
-        self.seconds = {}
 
     def survivors_of_last_time(self):
         return {key for key, killer in self.killers.items() if not killer}
@@ -153,14 +171,14 @@ class Trial:
         shell(f"cc -O1 -fPIC -c {HERE}/switches.c -o {place.path}/velta-change.o")
         objects = " ".join([f"{place.path}/velta-change.o"] + [
             f"{place.path}/{source.stem}.o" for source, some in zip(by_source, taken) if some])
-        for name, link in self.links.items():
-            binary = place.path / "bin" / name
-            linked(name, link, objects, binary)
+        for test in {test.program: test for test in self.tests}.values():
+            linked(test, objects, place.path / "bin" / test.program)
+        for test in self.tests:
             start = time.monotonic()
-            if place.runs(binary, 0, SECONDS / 4) != 0:
-                raise SystemExit(f"{name} fails or takes {SECONDS} s with nothing changed: "
-                                 f"--without {name}")
-            self.seconds[name] = time.monotonic() - start
+            if place.runs(place.path / "bin" / test.program, test, 0) != 0:
+                raise SystemExit(f"{test.name} fails or takes {SECONDS} s with nothing changed: "
+                                 f"--without {test.name}")
+            test.seconds = time.monotonic() - start
 
     # ---- One by one -------------------------------------------------------------------------
 
@@ -190,15 +208,17 @@ class Trial:
 
     # ---- Any --------------------------------------------------------------------------------
 
-    def end_of(self, name, mutant):
-        """How a test ends with a change in it."""
+    def end_of(self, test, mutant, fresh):
+        """How a test ends with a change in it. `fresh` are the programs that were linked with it."""
         place = self.place()
         number = self.numbers.get(mutant)
-        binary = self.work / "switched/bin" / name
+        binary = self.work / "switched/bin" / test.program
         if number is None:
-            binary = place.path / "bin" / name
-            linked(name, self.links[name], f"{place.path / mutant.source.stem}.o", binary)
-        return place.runs(binary, number or 0, self.seconds[name])
+            binary = place.path / "bin" / test.program
+            if test.program not in fresh:
+                linked(test, f"{place.path / mutant.source.stem}.o", binary)
+                fresh.add(test.program)
+        return place.runs(binary, test, number or 0)
 
     def outcome(self, mutant):
         """One of "none", "same", "dies", "survives"."""
@@ -209,12 +229,13 @@ class Trial:
             if self.is_same(mutant, code):
                 return "same"
         killer = None
-        for name in self.ranked(mutant):
-            end = self.end_of(name, mutant)
+        fresh = set()
+        for test in self.ranked(mutant):
+            end = self.end_of(test, mutant, fresh)
             if end == REFUSED:
                 return "none"
             if end != 0:
-                killer = name
+                killer = test.name
                 break
         if not killer and mutant in self.numbers:
             code = self.code(mutant, mutant.text)
@@ -229,8 +250,8 @@ class Trial:
         of its source, those that found most, and the quick ones before the slow ones."""
         former = self.killers.get(mutant.key())
         own = f"{mutant.source.stem}Test"
-        return sorted(self.links, key=lambda name: (name != former, name != own,
-                                                    -self.deadly[name], self.seconds[name]))
+        return sorted(self.tests, key=lambda test: (test.name != former, test.name != own,
+                                                    -self.deadly[test.name], test.seconds))
 
     def outcomes(self, mutants):
         """Each change with what became of it; an interruption ends with those that are under way."""

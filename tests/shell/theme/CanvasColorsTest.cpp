@@ -1,5 +1,7 @@
 #include "shell/theme/CanvasColors.h"
 
+#include "support/TestProgram.h"
+
 #include <QApplication>
 #include <QGraphicsRectItem>
 #include <QGraphicsScene>
@@ -9,6 +11,8 @@
 #include <QTest>
 
 #include <algorithm>
+
+namespace CanvasColorsTests {
 
 namespace {
 
@@ -174,5 +178,8 @@ void CanvasColorsTest::aChordKeepsItsColorAndTheLanesBehindItChange()
     QCOMPARE(lanes.painted(lane), QColor("#1b2113"));
 }
 
-QTEST_MAIN(CanvasColorsTest)
+VELTA_TEST(CanvasColorsTest)
+
+} // namespace CanvasColorsTests
+
 #include "CanvasColorsTest.moc"

@@ -1,8 +1,11 @@
 #include "shell/theme/Ink.h"
 
 #include "shell/theme/CanvasColors.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
+
+namespace InkTests {
 
 class InkTest : public QObject {
     Q_OBJECT
@@ -70,5 +73,8 @@ void InkTest::inkIsWhiteWhereThatWillDo()
     QTEST(inkOn(ground), "ink");
 }
 
-QTEST_GUILESS_MAIN(InkTest)
+VELTA_GUILESS_TEST(InkTest)
+
+} // namespace InkTests
+
 #include "InkTest.moc"

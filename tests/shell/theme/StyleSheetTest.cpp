@@ -1,6 +1,7 @@
 #include "shell/theme/StyleSheet.h"
 
 #include "shell/theme/PlainSheet.h"
+#include "support/TestProgram.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -9,6 +10,8 @@
 #include <QSpinBox>
 #include <QTest>
 #include <QTextEdit>
+
+namespace StyleSheetTests {
 
 namespace {
 
@@ -397,5 +400,8 @@ void StyleSheetTest::isMadeOnce()
     QCOMPARE(styleSheet(false).constData(), styleSheet(false).constData());
 }
 
-QTEST_MAIN(StyleSheetTest)
+VELTA_TEST(StyleSheetTest)
+
+} // namespace StyleSheetTests
+
 #include "StyleSheetTest.moc"

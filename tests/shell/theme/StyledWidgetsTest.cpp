@@ -1,6 +1,7 @@
 #include "shell/theme/StyleSheet.h"
 #include "shell/theme/ThemeManager.h"
 #include "support/Contrast.h"
+#include "support/TestProgram.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -33,6 +34,8 @@
 
 #include <cstdlib>
 #include <memory>
+
+namespace StyledWidgetsTests {
 
 namespace {
 
@@ -893,5 +896,8 @@ void StyledWidgetsTest::scrollBarsAreBareHandles()
     }
 }
 
-QTEST_MAIN(StyledWidgetsTest)
+VELTA_TEST(StyledWidgetsTest)
+
+} // namespace StyledWidgetsTests
+
 #include "StyledWidgetsTest.moc"

@@ -2,6 +2,7 @@
 
 #include "shell/theme/CanvasColors.h"
 #include "support/StyleChanges.h"
+#include "support/TestProgram.h"
 
 #include <QAbstractEventDispatcher>
 #include <QApplication>
@@ -23,6 +24,8 @@
 #include <QVBoxLayout>
 
 #include <memory>
+
+namespace ThemeManagerTests {
 
 namespace {
 
@@ -246,5 +249,8 @@ void ThemeManagerTest::aHundredChangesLeaveNothingBehind()
     QCOMPARE(objectCount(*window), before);
 }
 
-QTEST_MAIN(ThemeManagerTest)
+VELTA_TEST(ThemeManagerTest)
+
+} // namespace ThemeManagerTests
+
 #include "ThemeManagerTest.moc"

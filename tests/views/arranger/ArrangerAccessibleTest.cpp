@@ -3,11 +3,14 @@
 #include "playback/PlaybackEngine.h"
 #include "playback/SoundfontPlayer.h"
 #include "support/ScreenListener.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/TimelineRuler.h"
 #include "views/arranger/ArrangerStage.h"
 
 #include <memory>
+
+namespace ArrangerAccessibleTests {
 
 using namespace ProjectBuilder;
 
@@ -248,5 +251,8 @@ void ArrangerAccessibleTest::withoutAProjectThereIsNothing()
     QCOMPARE(partOf(&empty)->text(QAccessible::Description), QString());
 }
 
-QTEST_MAIN(ArrangerAccessibleTest)
+VELTA_TEST(ArrangerAccessibleTest)
+
+} // namespace ArrangerAccessibleTests
+
 #include "ArrangerAccessibleTest.moc"

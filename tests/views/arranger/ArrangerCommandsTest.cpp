@@ -2,8 +2,11 @@
 #include "StageBlocks.h"
 #include "playback/PlaybackEngine.h"
 #include "playback/SoundfontPlayer.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/arranger/BlockEditor.h"
+
+namespace ArrangerCommandsTests {
 
 using namespace ProjectBuilder;
 
@@ -329,6 +332,8 @@ void ArrangerCommandsTest::theNextStepIsFromTheOneTakenAlongLast()
     QCOMPARE(arranger().activeTrack(), 2);
 }
 
-QTEST_MAIN(ArrangerCommandsTest)
+VELTA_TEST(ArrangerCommandsTest)
+
+} // namespace ArrangerCommandsTests
 
 #include "ArrangerCommandsTest.moc"

@@ -4,6 +4,7 @@
 #include "shell/theme/CanvasColors.h"
 #include "shell/theme/ThemeManager.h"
 #include "support/SeededRandom.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/LoopDragPayload.h"
 #include "views/Painted.h"
@@ -16,14 +17,9 @@
 
 #include <functional>
 
+namespace ArrangerGridViewTests {
+
 using namespace ProjectBuilder;
-
-namespace {
-
-const BlockRef kFirstMelody{BlockKind::Melody, 0, 0};
-const BlockRef kSecondMelody{BlockKind::Melody, 0, 1};
-
-using Change = std::function<void(Project&)>;
 
 /// What is open to notice an edit: the signal, and the project as it was at the last one.
 class Editor {
@@ -52,6 +48,13 @@ private:
     int edits_ = 0;
     QJsonObject announced_;
 };
+
+namespace {
+
+const BlockRef kFirstMelody{BlockKind::Melody, 0, 0};
+const BlockRef kSecondMelody{BlockKind::Melody, 0, 1};
+
+using Change = std::function<void(Project&)>;
 
 /// Every block of a scene with its place.
 QList<std::pair<BlockRef, QRectF>> blocksOf(const ArrangerScene& scene)
@@ -1656,6 +1659,8 @@ void ArrangerGridViewTest::anyGesturesAreSurvived()
     QVERIFY(editor_->edits() > 0);
 }
 
-QTEST_MAIN(ArrangerGridViewTest)
+VELTA_TEST(ArrangerGridViewTest)
+
+} // namespace ArrangerGridViewTests
 
 #include "ArrangerGridViewTest.moc"

@@ -1,7 +1,10 @@
 #include "ArrangerStage.h"
 #include "StageBlocks.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/arranger/BlockEditor.h"
+
+namespace ArrangerGroupsTests {
 
 using namespace ProjectBuilder;
 
@@ -280,6 +283,8 @@ void ArrangerGroupsTest::somebodyElseTakingACopyEndsTheDrag()
     QCOMPARE(edits_, 0);
 }
 
-QTEST_MAIN(ArrangerGroupsTest)
+VELTA_TEST(ArrangerGroupsTest)
+
+} // namespace ArrangerGroupsTests
 
 #include "ArrangerGroupsTest.moc"

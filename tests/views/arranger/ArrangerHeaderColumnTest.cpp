@@ -2,6 +2,7 @@
 
 #include "ArrangerStage.h"
 #include "shell/theme/ThemeManager.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/Painted.h"
 
@@ -9,6 +10,8 @@
 #include <QPainter>
 #include <QTextDocumentFragment>
 #include <QToolTip>
+
+namespace ArrangerHeaderColumnTests {
 
 using namespace ProjectBuilder;
 
@@ -679,6 +682,8 @@ void ArrangerHeaderColumnTest::staleRowsArePainted()
     QVERIFY(stage_->song.tracks.isEmpty());
 }
 
-QTEST_MAIN(ArrangerHeaderColumnTest)
+VELTA_TEST(ArrangerHeaderColumnTest)
+
+} // namespace ArrangerHeaderColumnTests
 
 #include "ArrangerHeaderColumnTest.moc"

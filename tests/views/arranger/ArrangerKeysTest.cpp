@@ -1,9 +1,12 @@
 #include "playback/PlaybackEngine.h"
 #include "playback/SoundfontPlayer.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/arranger/ArrangerStage.h"
 
 #include <memory>
+
+namespace ArrangerKeysTests {
 
 using namespace ProjectBuilder;
 
@@ -489,5 +492,8 @@ void ArrangerKeysTest::withoutAProjectArrowsArePassedOn()
     }
 }
 
-QTEST_MAIN(ArrangerKeysTest)
+VELTA_TEST(ArrangerKeysTest)
+
+} // namespace ArrangerKeysTests
+
 #include "ArrangerKeysTest.moc"

@@ -4,6 +4,7 @@
 #include "model/Project.h"
 #include "support/ContentFixture.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
 #include <QTranslator>
@@ -11,6 +12,8 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+
+namespace ArrangerLayoutTests {
 
 using namespace ProjectBuilder;
 
@@ -726,6 +729,8 @@ void ArrangerLayoutTest::gripIsAThirdOfAShortBlock()
     QVERIFY(ArrangerLayout::isOnGrip(121.1, beat, 1.0));
 }
 
-QTEST_GUILESS_MAIN(ArrangerLayoutTest)
+VELTA_GUILESS_TEST(ArrangerLayoutTest)
+
+} // namespace ArrangerLayoutTests
 
 #include "ArrangerLayoutTest.moc"

@@ -3,6 +3,7 @@
 #include "ArrangerStage.h"
 #include "shell/theme/ThemeManager.h"
 #include "support/ContextTranslator.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 
 #include <QPainter>
@@ -10,6 +11,8 @@
 
 #include <cmath>
 #include <limits>
+
+namespace ArrangerSceneTests {
 
 using namespace ProjectBuilder;
 
@@ -582,6 +585,8 @@ void ArrangerSceneTest::loopsKnowTheirRepetitions()
     QCOMPARE(scene.itemOf({BlockKind::Loop, 0, 1})->repeat(), 0.0);
 }
 
-QTEST_MAIN(ArrangerSceneTest)
+VELTA_TEST(ArrangerSceneTest)
+
+} // namespace ArrangerSceneTests
 
 #include "ArrangerSceneTest.moc"

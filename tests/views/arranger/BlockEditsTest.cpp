@@ -3,12 +3,15 @@
 #include "model/Project.h"
 #include "support/ProjectBuilder.h"
 #include "support/SeededRandom.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
 
 #include <cmath>
 #include <limits>
 #include <memory>
+
+namespace BlockEditsTests {
 
 using namespace ProjectBuilder;
 
@@ -411,6 +414,8 @@ void BlockEditsTest::absurdNumbersStayHarmless()
     }
 }
 
-QTEST_GUILESS_MAIN(BlockEditsTest)
+VELTA_GUILESS_TEST(BlockEditsTest)
+
+} // namespace BlockEditsTests
 
 #include "BlockEditsTest.moc"

@@ -3,6 +3,7 @@
 #include "shell/theme/CanvasColors.h"
 #include "shell/theme/Ink.h"
 #include "shell/theme/ThemeManager.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/Painted.h"
 
@@ -12,6 +13,8 @@
 #include <QTest>
 
 #include <cstdlib>
+
+namespace BlockItemTests {
 
 namespace {
 
@@ -405,6 +408,8 @@ void BlockItemTest::repetitionsTooCloseToTellApartAreNotShown()
     QVERIFY(!linesOf(block, 2.0).isEmpty());
 }
 
-QTEST_MAIN(BlockItemTest)
+VELTA_TEST(BlockItemTest)
+
+} // namespace BlockItemTests
 
 #include "BlockItemTest.moc"

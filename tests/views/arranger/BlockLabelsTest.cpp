@@ -1,7 +1,11 @@
 #include "views/arranger/BlockLabels.h"
 
+#include "support/TestProgram.h"
+
 #include <QFontMetricsF>
 #include <QTest>
+
+namespace BlockLabelsTests {
 
 class BlockLabelsTest : public QObject {
     Q_OBJECT
@@ -61,5 +65,8 @@ void BlockLabelsTest::everyFontHasItsOwnShape()
     QCOMPARE(labels_.of("IV", "IV · Fa", width, QFont()).text(), "IV · Fa");
 }
 
-QTEST_MAIN(BlockLabelsTest)
+VELTA_TEST(BlockLabelsTest)
+
+} // namespace BlockLabelsTests
+
 #include "BlockLabelsTest.moc"

@@ -1,10 +1,13 @@
 #include "views/arranger/BlockOrder.h"
 
 #include "model/Project.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/arranger/ArrangerStage.h"
 
 #include <limits>
+
+namespace BlockOrderTests {
 
 using namespace ProjectBuilder;
 
@@ -159,5 +162,8 @@ void BlockOrderTest::whoseLaneIsGoneStartsAtTheFirst()
     QCOMPARE(BlockOrder::laneOf(lanes_, kPercussion)->label, "Percusión");
 }
 
-QTEST_MAIN(BlockOrderTest)
+VELTA_TEST(BlockOrderTest)
+
+} // namespace BlockOrderTests
+
 #include "BlockOrderTest.moc"

@@ -1,10 +1,13 @@
 #include "views/arranger/ClipEdits.h"
 
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
 
 #include <limits>
+
+namespace ClipEditsTests {
 
 using namespace ProjectBuilder;
 
@@ -145,5 +148,8 @@ void ClipEditsTest::aClipLastsItsBeats()
     QCOMPARE(ClipEdits::secondsOf(*song, clip("a.wav", 2.0, -6.0)), 0.0);
 }
 
-QTEST_GUILESS_MAIN(ClipEditsTest)
+VELTA_GUILESS_TEST(ClipEditsTest)
+
+} // namespace ClipEditsTests
+
 #include "ClipEditsTest.moc"

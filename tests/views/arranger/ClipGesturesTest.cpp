@@ -2,6 +2,7 @@
 #include "playback/PlaybackEngine.h"
 #include "support/Files.h"
 #include "support/ScreenListener.h"
+#include "support/TestProgram.h"
 #include "support/Tones.h"
 #include "support/UserHome.h"
 #include "support/WavFile.h"
@@ -13,6 +14,8 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QToolTip>
+
+namespace ClipGesturesTests {
 
 using namespace ProjectBuilder;
 
@@ -507,5 +510,8 @@ void ClipGesturesTest::aVoiceWithoutAFileHasItsHandles()
     arranger().setContext(&stage_->song, nullptr, nullptr);
 }
 
-QTEST_MAIN(ClipGesturesTest)
+VELTA_TEST(ClipGesturesTest)
+
+} // namespace ClipGesturesTests
+
 #include "ClipGesturesTest.moc"

@@ -1,6 +1,9 @@
 #include "ArrangerStage.h"
 #include "StageBlocks.h"
+#include "support/TestProgram.h"
 #include "views/arranger/BlockEditor.h"
+
+namespace EqualBlocksTests {
 
 using namespace ProjectBuilder;
 
@@ -289,5 +292,8 @@ void EqualBlocksTest::aKeyThatIsHeldPassesEqualBlocks()
     QCOMPARE(edits_, 1);
 }
 
-QTEST_MAIN(EqualBlocksTest)
+VELTA_TEST(EqualBlocksTest)
+
+} // namespace EqualBlocksTests
+
 #include "EqualBlocksTest.moc"

@@ -2,9 +2,12 @@
 
 #include "support/ProjectBuilder.h"
 #include "support/SeededRandom.h"
+#include "support/TestProgram.h"
 #include "views/arranger/BlockOrder.h"
 
 #include <QTest>
+
+namespace HeldBlocksTests {
 
 using namespace ProjectBuilder;
 
@@ -121,6 +124,8 @@ void HeldBlocksTest::chordsWithoutBarsStay()
     QCOMPARE(song.harmonyTrack, harmony({1, 4}));
 }
 
-QTEST_GUILESS_MAIN(HeldBlocksTest)
+VELTA_GUILESS_TEST(HeldBlocksTest)
+
+} // namespace HeldBlocksTests
 
 #include "HeldBlocksTest.moc"

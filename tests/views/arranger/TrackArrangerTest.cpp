@@ -4,6 +4,7 @@
 #include "playback/PlaybackEngine.h"
 #include "playback/SoundfontPlayer.h"
 #include "shell/theme/ThemeManager.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/Painted.h"
 #include "views/TimelineRuler.h"
@@ -14,6 +15,8 @@
 
 #include <cmath>
 #include <limits>
+
+namespace TrackArrangerTests {
 
 using namespace ProjectBuilder;
 
@@ -846,6 +849,8 @@ void TrackArrangerTest::screenIsUpToDateAfter()
     QVERIFY(isUpToDate(arranger()));
 }
 
-QTEST_MAIN(TrackArrangerTest)
+VELTA_TEST(TrackArrangerTest)
+
+} // namespace TrackArrangerTests
 
 #include "TrackArrangerTest.moc"

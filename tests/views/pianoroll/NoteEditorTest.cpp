@@ -1,10 +1,13 @@
 #include "views/pianoroll/NoteEditor.h"
 
 #include "PianoRollStage.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 
 #include <limits>
 #include <memory>
+
+namespace NoteEditorTests {
 
 using namespace ProjectBuilder;
 
@@ -464,6 +467,8 @@ void NoteEditorTest::duplicateOfNothingIsNoEdit()
     QCOMPARE(editor_->edits(), 0);
 }
 
-QTEST_MAIN(NoteEditorTest)
+VELTA_TEST(NoteEditorTest)
+
+} // namespace NoteEditorTests
 
 #include "NoteEditorTest.moc"

@@ -3,11 +3,14 @@
 #include "model/Track.h"
 #include "support/ProjectBuilder.h"
 #include "support/SeededRandom.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
 
 #include <cmath>
 #include <limits>
+
+namespace NoteEditsTests {
 
 using namespace ProjectBuilder;
 
@@ -794,6 +797,8 @@ void NoteEditsTest::hostileBlocksStayHarmless()
     }
 }
 
-QTEST_GUILESS_MAIN(NoteEditsTest)
+VELTA_GUILESS_TEST(NoteEditsTest)
+
+} // namespace NoteEditsTests
 
 #include "NoteEditsTest.moc"

@@ -1,6 +1,7 @@
 #include "views/pianoroll/NoteItem.h"
 
 #include "shell/theme/CanvasColors.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/Painted.h"
 
@@ -8,6 +9,8 @@
 #include <QPainter>
 
 #include <limits>
+
+namespace NoteItemTests {
 
 namespace {
 
@@ -272,6 +275,8 @@ void NoteItemTest::absurdNotesArePainted()
     QVERIFY(!picture(item, 6.0, 6.0).isNull());
 }
 
-QTEST_MAIN(NoteItemTest)
+VELTA_TEST(NoteItemTest)
+
+} // namespace NoteItemTests
 
 #include "NoteItemTest.moc"

@@ -2,10 +2,13 @@
 
 #include "PianoRollStage.h"
 #include "shell/theme/CanvasColors.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/Painted.h"
 
 #include <QPainter>
+
+namespace PianoKeyboardWidgetTests {
 
 using namespace ProjectBuilder;
 
@@ -471,6 +474,8 @@ void PianoKeyboardWidgetTest::wideNamesFallBackToSolfege()
         nameOn(QColor(0x30, 0x30, 0x30), area, QRectF(3, top, end - 9, 32), "Sol#", Qt::white, 14));
 }
 
-QTEST_MAIN(PianoKeyboardWidgetTest)
+VELTA_TEST(PianoKeyboardWidgetTest)
+
+} // namespace PianoKeyboardWidgetTests
 
 #include "PianoKeyboardWidgetTest.moc"

@@ -1,9 +1,12 @@
 #include "support/ScreenListener.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/TimelineRuler.h"
 #include "views/pianoroll/PianoRollStage.h"
 
 #include <memory>
+
+namespace PianoRollAccessibleTests {
 
 using namespace ProjectBuilder;
 
@@ -243,5 +246,8 @@ void PianoRollAccessibleTest::nobodyIsToldWhereNobodyListens()
     QCOMPARE(stage_->selected(), QList<int>({0}));
 }
 
-QTEST_MAIN(PianoRollAccessibleTest)
+VELTA_TEST(PianoRollAccessibleTest)
+
+} // namespace PianoRollAccessibleTests
+
 #include "PianoRollAccessibleTest.moc"

@@ -3,6 +3,7 @@
 #include "model/Project.h"
 #include "shell/theme/CanvasColors.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/Painted.h"
 
@@ -13,6 +14,8 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+
+namespace PianoRollBackdropTests {
 
 using namespace ProjectBuilder;
 
@@ -550,6 +553,8 @@ void PianoRollBackdropTest::damagedSongsArePainted()
     QVERIFY(!picture(*song_).isNull());
 }
 
-QTEST_MAIN(PianoRollBackdropTest)
+VELTA_TEST(PianoRollBackdropTest)
+
+} // namespace PianoRollBackdropTests
 
 #include "PianoRollBackdropTest.moc"

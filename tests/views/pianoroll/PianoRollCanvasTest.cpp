@@ -2,6 +2,7 @@
 
 #include "PianoRollStage.h"
 #include "shell/theme/CanvasColors.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/Painted.h"
 #include "views/TimelineRuler.h"
@@ -12,6 +13,8 @@
 
 #include <algorithm>
 #include <functional>
+
+namespace PianoRollCanvasTests {
 
 using namespace ProjectBuilder;
 
@@ -698,6 +701,8 @@ void PianoRollCanvasTest::hostileSongsAreShown()
     }
 }
 
-QTEST_MAIN(PianoRollCanvasTest)
+VELTA_TEST(PianoRollCanvasTest)
+
+} // namespace PianoRollCanvasTests
 
 #include "PianoRollCanvasTest.moc"

@@ -2,6 +2,7 @@
 
 #include "PianoRollStage.h"
 #include "support/SeededRandom.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 
 #include <QDialog>
@@ -9,6 +10,8 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+
+namespace PianoRollGridViewTests {
 
 using namespace ProjectBuilder;
 
@@ -1072,6 +1075,8 @@ void PianoRollGridViewTest::anyGesturesAreSurvived()
     QVERIFY(editor_->edits() > 0);
 }
 
-QTEST_MAIN(PianoRollGridViewTest)
+VELTA_TEST(PianoRollGridViewTest)
+
+} // namespace PianoRollGridViewTests
 
 #include "PianoRollGridViewTest.moc"

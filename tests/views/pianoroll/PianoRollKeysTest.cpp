@@ -1,7 +1,10 @@
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/pianoroll/PianoRollStage.h"
 
 #include <memory>
+
+namespace PianoRollKeysTests {
 
 using namespace ProjectBuilder;
 
@@ -524,5 +527,8 @@ void PianoRollKeysTest::fourBarsAreWrittenWithoutAMouse()
     QCOMPARE(engine().playheadBeat(), 16.0);
 }
 
-QTEST_MAIN(PianoRollKeysTest)
+VELTA_TEST(PianoRollKeysTest)
+
+} // namespace PianoRollKeysTests
+
 #include "PianoRollKeysTest.moc"

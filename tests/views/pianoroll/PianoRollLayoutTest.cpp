@@ -2,10 +2,13 @@
 
 #include "model/Project.h"
 #include "support/ProjectBuilder.h"
+#include "support/TestProgram.h"
 
 #include <QTest>
 
 #include <limits>
+
+namespace PianoRollLayoutTests {
 
 using namespace ProjectBuilder;
 
@@ -619,6 +622,8 @@ void PianoRollLayoutTest::sceneOfADamagedMeterIsBounded()
     QCOMPARE(PianoRollLayout::sceneSize(*song), QSizeF(width, 1168.0));
 }
 
-QTEST_APPLESS_MAIN(PianoRollLayoutTest)
+VELTA_GUILESS_TEST(PianoRollLayoutTest)
+
+} // namespace PianoRollLayoutTests
 
 #include "PianoRollLayoutTest.moc"

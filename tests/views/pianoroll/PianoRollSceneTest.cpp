@@ -2,6 +2,7 @@
 
 #include "PianoRollStage.h"
 #include "shell/theme/CanvasColors.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 #include "views/Painted.h"
 
@@ -9,6 +10,8 @@
 
 #include <algorithm>
 #include <limits>
+
+namespace PianoRollSceneTests {
 
 using namespace ProjectBuilder;
 
@@ -360,6 +363,8 @@ void PianoRollSceneTest::hostileSongsAreShown()
     }
 }
 
-QTEST_MAIN(PianoRollSceneTest)
+VELTA_TEST(PianoRollSceneTest)
+
+} // namespace PianoRollSceneTests
 
 #include "PianoRollSceneTest.moc"

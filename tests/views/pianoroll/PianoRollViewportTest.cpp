@@ -1,11 +1,14 @@
 #include "views/pianoroll/PianoRollViewport.h"
 
 #include "PianoRollStage.h"
+#include "support/TestProgram.h"
 #include "support/UserHome.h"
 
 #include <cmath>
 #include <limits>
 #include <memory>
+
+namespace PianoRollViewportTests {
 
 using namespace ProjectBuilder;
 
@@ -240,6 +243,8 @@ void PianoRollViewportTest::verticalZoomIsByRows()
     QCOMPARE(shown().visibleRows(), 8);
 }
 
-QTEST_MAIN(PianoRollViewportTest)
+VELTA_TEST(PianoRollViewportTest)
+
+} // namespace PianoRollViewportTests
 
 #include "PianoRollViewportTest.moc"
