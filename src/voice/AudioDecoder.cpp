@@ -53,15 +53,13 @@ constexpr sf_count_t kWriteFrames = 65536;
 void visitBlocks(SNDFILE* file, const SF_INFO& info, const AudioDecoder::BlockVisitor& visit)
 {
     QList<float> block(kReadFrames * info.channels);
-    sf_count_t framesLeft = info.frames;
-    while (framesLeft > 0) {
-        const sf_count_t wanted = std::min(framesLeft, kReadFrames);
-        const sf_count_t read = std::max<sf_count_t>(sf_readf_float(file, block.data(), wanted), 0);
-        const auto samples = static_cast<std::size_t>(read * info.channels);
-        if (samples > 0 && !visit({block.constData(), samples}, info.samplerate, info.channels))
+    sf_count_t read = kReadFrames;
+    while (read == kReadFrames) {
+        read = sf_readf_float(file, block.data(), kReadFrames);
+        if (read <= 0)
             return;
-        framesLeft -= read;
-        if (read < wanted)
+        const auto samples = static_cast<std::size_t>(read * info.channels);
+        if (!visit({block.constData(), samples}, info.samplerate, info.channels))
             return;
     }
 }

@@ -56,9 +56,8 @@ void CorrelationScreen::sumStretch(qsizetype index)
     const qsizetype start = index * kHopSize;
     const qsizetype available =
         std::clamp<qsizetype>(samples_.size() - start, 0, static_cast<qsizetype>(window_.size()));
-    const auto end = std::copy_n(samples_.constBegin() + (available > 0 ? start : 0), available,
-                                 window_.begin());
-    std::fill(end, window_.end(), 0.0F);
+    // Where the samples end, no whole frame asks for the sums of what the window keeps behind them.
+    std::copy_n(samples_.constBegin() + (available > 0 ? start : 0), available, window_.begin());
 
     Stretch& sums = stretch(index);
     for (int lag = lagMin_; lag <= lagMax_; ++lag) {

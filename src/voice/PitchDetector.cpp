@@ -118,7 +118,8 @@ public:
     }
 
 private:
-    static constexpr double kNotCovered = 2.0;
+    /// Beyond any correlation.
+    static constexpr double kNotCovered = std::numeric_limits<double>::infinity();
 
     LagRange lags_;
     std::vector<double> quick_;

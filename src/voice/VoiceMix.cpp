@@ -63,11 +63,12 @@ public:
           out_(wholeFrames(static_cast<double>(clip.fadeOutSeconds * float(kSampleRate))))
     {}
 
+    /// `frame` lies before the end of what is played.
     float applied(float sample, qint64 frame) const
     {
         if (frame < in_)
             sample *= static_cast<float>(frame) / static_cast<float>(in_);
-        if (out_ > 0 && frame > played_ - out_)
+        if (frame > played_ - out_)
             sample *= static_cast<float>(played_ - frame) / static_cast<float>(out_);
         return sample;
     }

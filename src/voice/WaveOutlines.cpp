@@ -13,7 +13,6 @@ WaveOutlines::~WaveOutlines()
 {
     stop_.request_stop();
     thread_.clear();
-    thread_.waitForDone();
 }
 
 std::shared_ptr<const WavePeaks> WaveOutlines::of(const ClipSource& file)

@@ -21,10 +21,11 @@ WaveSwing widened(const WaveSwing& swing, float sample)
 
 QList<WaveSwing> coarser(const QList<WaveSwing>& fine)
 {
-    QList<WaveSwing> level((fine.size() + WavePeaks::kCoarser - 1) / WavePeaks::kCoarser);
+    QList<WaveSwing> level;
     for (qsizetype i = 0; i < fine.size(); ++i) {
-        WaveSwing& swing = level[i / WavePeaks::kCoarser];
-        swing = united(swing, fine.at(i));
+        if (i % WavePeaks::kCoarser == 0)
+            level.append(WaveSwing());
+        level.last() = united(level.constLast(), fine.at(i));
     }
     return level;
 }
@@ -55,12 +56,12 @@ void WavePeaks::addBlock(const float* interleaved, qint64 frames, int channels)
     if (levels_.isEmpty())
         levels_.append(QList<WaveSwing>());
     QList<WaveSwing>& finest = levels_.first();
-    finest.resize((frames_ + frames + kFinestFrames - 1) / kFinestFrames);
     const float* next = interleaved;
     for (qint64 i = 0; i < frames; ++i, next += channels) {
+        if ((frames_ + i) % kFinestFrames == 0)
+            finest.append(WaveSwing());
         const float mean = std::accumulate(next, next + channels, 0.0F) / float(channels);
-        WaveSwing& swing = finest[(frames_ + i) / kFinestFrames];
-        swing = widened(swing, mean);
+        finest.last() = widened(finest.constLast(), mean);
     }
     frames_ += frames;
 }

@@ -8,6 +8,7 @@
 #include "support/Tones.h"
 #include "support/WavFile.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -53,6 +54,43 @@ QList<float> ramp(qsizetype count)
         samples[i] = static_cast<float>(static_cast<double>(i) / static_cast<double>(count) - 0.5);
     return samples;
 }
+
+/// The ways in which a file is written, all of which make the same of it.
+enum class Way { InPlace, Replacing, IntoADevice };
+
+bool writeIn(Way way, const QString& path, const QList<float>& samples, int sampleRate,
+             int channels)
+{
+    if (way == Way::InPlace)
+        return AudioDecoder::writeWav(path, samples, sampleRate, channels);
+    if (way == Way::Replacing)
+        return AudioDecoder::replaceWav(path, samples, sampleRate, channels);
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) &&
+           AudioDecoder::writeWav(file, samples, sampleRate, channels) && file.flush();
+}
+
+const QList<Way> kWays{Way::InPlace, Way::Replacing, Way::IntoADevice};
+
+/// Memory that refuses one of the calls that write to it or seek in it, by its number.
+class UnsteadyDevice : public QBuffer {
+public:
+    explicit UnsteadyDevice(int refused) : refused_(refused) {}
+
+    int calls() const { return calls_; }
+
+    bool seek(qint64 position) override { return calls_++ != refused_ && QBuffer::seek(position); }
+
+protected:
+    qint64 writeData(const char* bytes, qint64 count) override
+    {
+        return calls_++ != refused_ ? QBuffer::writeData(bytes, count) : -1;
+    }
+
+private:
+    int refused_;
+    int calls_ = 0;
+};
 
 /// What every result must satisfy, whatever was read.
 bool isCoherent(const AudioDecoder::Result& result)
@@ -123,6 +161,8 @@ private slots:
     void compressedWithLossKeepsThePitch_data();
     void compressedWithLossKeepsThePitch();
     void aFileLongerThanOneReadComesBackWhole();
+    void aVisitorSeesEveryFrameOnce_data();
+    void aVisitorSeesEveryFrameOnce();
     void stereoOfAThousandFrames();
 
     void meanOfTheChannels_data();
@@ -149,6 +189,7 @@ private slots:
     void aTruncatedFileGivesItsBeginningOrNothing();
     void aHeaderThatClaimsMoreGivesWhatIsThere_data();
     void aHeaderThatClaimsMoreGivesWhatIsThere();
+    void aFileBeyondTheLimitIsRefused_data();
     void aFileBeyondTheLimitIsRefused();
     void damagedBytesNeverBreakTheReader_data();
     void damagedBytesNeverBreakTheReader();
@@ -167,6 +208,8 @@ private slots:
     void whatCannotBeWrittenGivesFalse();
     void aDiskThatFillsUpGivesFalse_data();
     void aDiskThatFillsUpGivesFalse();
+    void whatCannotBeReplacedStaysAsItWas();
+    void aDeviceThatFailsOnceGivesFalse();
 
 private:
     /// A path in a folder of the test function's own; absolute and empty ones stay as they are.
@@ -272,6 +315,32 @@ void AudioDecoderTest::aFileLongerThanOneReadComesBackWhole()
                                  samples));
         QCOMPARE(AudioDecoder::decode(path("larga.wav")).samples, samples);
     }
+}
+
+void AudioDecoderTest::aVisitorSeesEveryFrameOnce_data()
+{
+    QTest::addColumn<int>("frames");
+    for (const int frames : {0, 1, 65535, 65536, 65537, 131072, 150000})
+        QTest::addRow("%d frames", frames) << frames;
+}
+
+void AudioDecoderTest::aVisitorSeesEveryFrameOnce()
+{
+    QFETCH(int, frames);
+    const QList<float> samples = Tones::noise(2 * frames, 65);
+    QVERIFY(SoundFile::write(path("toma"), SF_FORMAT_WAV | SF_FORMAT_FLOAT, 22050, 2, samples));
+    QList<float> seen;
+    AudioDecoder::visit(path("toma"), [&](std::span<const float> block, int rate, int channels) {
+        seen.append(QList<float>(block.begin(), block.end()));
+        return !block.empty() && rate == 22050 && channels == 2;
+    });
+    QCOMPARE(seen, samples);
+    int visits = 0;
+    AudioDecoder::visit(path("toma"), [&](std::span<const float>, int, int) {
+        ++visits;
+        return false;
+    });
+    QCOMPARE(visits, frames > 0 ? 1 : 0);
 }
 
 void AudioDecoderTest::stereoOfAThousandFrames()
@@ -582,11 +651,19 @@ void AudioDecoderTest::aHeaderThatClaimsMoreGivesWhatIsThere()
     QCOMPARE(result.samples, whole);
 }
 
+void AudioDecoderTest::aFileBeyondTheLimitIsRefused_data()
+{
+    QTest::addColumn<int>("more");
+    QTest::newRow("by one sample") << 1;
+    QTest::newRow("by more than one read") << 65537;
+}
+
 void AudioDecoderTest::aFileBeyondTheLimitIsRefused()
 {
-    // A file of 8 bits with a hole for its silence, one sample longer than may be read.
+    QFETCH(int, more);
+    // A file of 8 bits with a hole for its silence.
     QVERIFY(SoundFile::write(path("enorme.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_U8, 44100, 1, {}));
-    const auto samples = static_cast<quint64>(AudioDecoder::kMaxSamples) + 1;
+    const auto samples = static_cast<quint64>(AudioDecoder::kMaxSamples + more);
     QFile file(path("enorme.wav"));
     QVERIFY(file.open(QIODevice::ReadWrite));
     QCOMPARE(file.size(), 44);
@@ -703,8 +780,10 @@ void AudioDecoderTest::bytesOfATinyFile()
     QFETCH(int, sampleRate);
     QFETCH(int, channels);
     QFETCH(QByteArray, bytes);
-    QVERIFY(AudioDecoder::writeWav(path("toma.wav"), samples, sampleRate, channels));
-    QCOMPARE(bytesOf(path("toma.wav")).toHex(' '), bytes.toHex(' '));
+    for (const Way way : kWays) {
+        QVERIFY(writeIn(way, path("toma.wav"), samples, sampleRate, channels));
+        QCOMPARE(bytesOf(path("toma.wav")).toHex(' '), bytes.toHex(' '));
+    }
 }
 
 void AudioDecoderTest::writtenFilesReadBackWithinHalfAStep_data()
@@ -724,13 +803,15 @@ void AudioDecoderTest::writtenFilesReadBackWithinHalfAStep()
     QFETCH(int, sampleRate);
     QFETCH(int, channels);
     const QList<float> samples = Tones::noise(2400 * channels, 63, 1.0);
-    QVERIFY(AudioDecoder::writeWav(path("toma.wav"), samples, sampleRate, channels));
-    const AudioDecoder::Result result = AudioDecoder::decode(path("toma.wav"));
-    QVERIFY(result.ok);
-    QCOMPARE(result.sampleRate, sampleRate);
-    QCOMPARE(result.channels, channels);
-    // Written as multiples of 1/32767, read as multiples of 1/32768.
-    QVERIFY(Tones::largestDifference(result.samples, samples) <= 0.5 / 32767 + 1.0 / 32768);
+    for (const Way way : kWays) {
+        QVERIFY(writeIn(way, path("toma.wav"), samples, sampleRate, channels));
+        const AudioDecoder::Result result = AudioDecoder::decode(path("toma.wav"));
+        QVERIFY(result.ok);
+        QCOMPARE(result.sampleRate, sampleRate);
+        QCOMPARE(result.channels, channels);
+        // Written as multiples of 1/32767, read as multiples of 1/32768.
+        QVERIFY(Tones::largestDifference(result.samples, samples) <= 0.5 / 32767 + 1.0 / 32768);
+    }
 }
 
 void AudioDecoderTest::samplesBeyondFullScaleAreHeldThere_data()
@@ -793,9 +874,11 @@ void AudioDecoderTest::samplesBehindTheLastWholeFrameAreLeftOut()
 
 void AudioDecoderTest::aShorterFileReplacesALongerOne()
 {
-    QVERIFY(AudioDecoder::writeWav(path("toma.wav"), ramp(5000), 44100, 1));
-    QVERIFY(AudioDecoder::writeWav(path("toma.wav"), ramp(50), 44100, 1));
-    QCOMPARE(bytesOf(path("toma.wav")).size(), 44 + 100);
+    for (const Way way : kWays) {
+        QVERIFY(writeIn(way, path("toma.wav"), ramp(5000), 44100, 1));
+        QVERIFY(writeIn(way, path("toma.wav"), ramp(50), 44100, 1));
+        QCOMPARE(bytesOf(path("toma.wav")).size(), 44 + 100);
+    }
 }
 
 void AudioDecoderTest::whatCannotBeWrittenGivesFalse_data()
@@ -822,8 +905,13 @@ void AudioDecoderTest::whatCannotBeWrittenGivesFalse()
     QFETCH(int, sampleRate);
     QFETCH(int, channels);
     QVERIFY(writeBytes(path("archivo"), "x"));
-    QVERIFY(!AudioDecoder::writeWav(path(name), ramp(1000), sampleRate, channels));
-    QVERIFY(!AudioDecoder::writeWav(path(name), {}, sampleRate, channels));
+    for (const Way way : kWays) {
+        // A file could take the place of a device.
+        if (way == Way::Replacing && name.startsWith("/dev/"))
+            continue;
+        QVERIFY(!writeIn(way, path(name), ramp(1000), sampleRate, channels));
+        QVERIFY(!writeIn(way, path(name), {}, sampleRate, channels));
+    }
 }
 
 void AudioDecoderTest::aDiskThatFillsUpGivesFalse_data()
@@ -841,12 +929,42 @@ void AudioDecoderTest::aDiskThatFillsUpGivesFalse()
     QFETCH(int, room);
     const QList<float> samples = ramp(50000);
     const QString target = path("toma.wav");
-    bool written = true;
-    {
-        const FullDisk disk(static_cast<rlim_t>(room));
-        written = AudioDecoder::writeWav(target, samples, 44100, 1);
+    for (const Way way : kWays) {
+        bool written = true;
+        {
+            const FullDisk disk(static_cast<rlim_t>(room));
+            written = writeIn(way, target, samples, 44100, 1);
+        }
+        QVERIFY(!written);
     }
-    QVERIFY(!written);
+}
+
+void AudioDecoderTest::whatCannotBeReplacedStaysAsItWas()
+{
+    QVERIFY(AudioDecoder::writeWav(path("toma.wav"), ramp(5000), 44100, 1));
+    const QByteArray before = bytesOf(path("toma.wav"));
+    QVERIFY(!AudioDecoder::replaceWav(path("toma.wav"), ramp(50), 44100, 0));
+    {
+        const FullDisk disk(20000);
+        (void)AudioDecoder::replaceWav(path("toma.wav"), ramp(50000), 44100, 1);
+    }
+    QCOMPARE(bytesOf(path("toma.wav")), before);
+    QCOMPARE(QDir(folder_->path()).entryList(QDir::Files), QStringList{"toma.wav"});
+}
+
+void AudioDecoderTest::aDeviceThatFailsOnceGivesFalse()
+{
+    const auto write = [](UnsteadyDevice& device) {
+        return device.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
+               AudioDecoder::writeWav(device, ramp(100), 44100, 1);
+    };
+    UnsteadyDevice steady(-1);
+    QVERIFY(write(steady));
+    QVERIFY(steady.calls() > 3);
+    for (int call = 0; call < steady.calls(); ++call) {
+        UnsteadyDevice device(call);
+        QVERIFY2(!write(device), qPrintable(QString::number(call)));
+    }
 }
 
 VELTA_GUILESS_TEST(AudioDecoderTest)

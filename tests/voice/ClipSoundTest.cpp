@@ -60,6 +60,7 @@ private slots:
     void whatIsKeptIsWhatIsRead();
     void theOneAskedForLongestAgoIsDropped();
     void aClipThatIsTooLargeIsNotKeptAndDropsNothing();
+    void clipsThatJustFitAreKept();
     void whatWasStoppedIsNotKept();
 
 private:
@@ -264,6 +265,33 @@ void ClipSoundTest::aClipThatIsTooLargeIsNotKeptAndDropsNothing()
     QCOMPARE(soundOfLarge.samples, Tones::noise(20000, 2));
     QVERIFY(!isShared(cache.sound(large, kAll), soundOfLarge));
     QVERIFY(isShared(cache.sound(small, kAll), soundOfSmall));
+}
+
+void ClipSoundTest::clipsThatJustFitAreKept()
+{
+    const ClipSource a = written("a.wav", Tones::noise(10000, 1));
+    const ClipSource b = written("b.wav", Tones::noise(20000, 2));
+    const auto bytes = [](const ClipSound& sound) {
+        return qint64(sizeof(float)) * sound.samples.capacity();
+    };
+    const qint64 ofA = bytes(ClipSound::read(a, kAll));
+    const qint64 ofBoth = ofA + bytes(ClipSound::read(b, kAll));
+
+    ClipCache one(ofA);
+    const ClipSound alone = one.sound(a, kAll);
+    QVERIFY(isShared(one.sound(a, kAll), alone));
+
+    ClipCache both(ofBoth);
+    const ClipSound first = both.sound(a, kAll);
+    const ClipSound second = both.sound(b, kAll);
+    QVERIFY(isShared(both.sound(a, kAll), first));
+    QVERIFY(isShared(both.sound(b, kAll), second));
+
+    ClipCache almost(ofBoth - 1);
+    const ClipSound dropped = almost.sound(a, kAll);
+    const ClipSound kept = almost.sound(b, kAll);
+    QVERIFY(isShared(almost.sound(b, kAll), kept));
+    QVERIFY(!isShared(almost.sound(a, kAll), dropped));
 }
 
 void ClipSoundTest::whatWasStoppedIsNotKept()

@@ -485,6 +485,7 @@ private slots:
     void octavesOfAPitchAreLeft();
     void belowTheRangeNoFractionIsUndone_data();
     void belowTheRangeNoFractionIsUndone();
+    void aboveTheRangeNoPitchIsUndoneTo();
     void undoingFollowsThePlainRule_data();
     void undoingFollowsThePlainRule();
     void withoutFractionsNothingIsUndone();
@@ -956,6 +957,16 @@ void PitchDetectorTest::belowTheRangeNoFractionIsUndone()
              PitchDetector::detectTrack(tone, 44100));
 }
 
+void PitchDetectorTest::aboveTheRangeNoPitchIsUndoneTo()
+{
+    for (double hz = 1010.0; hz < 3000.0; hz *= 1.01) {
+        const QList<float> tone = Tones::sine(hz, 44100, 4096);
+        for (const float pitch : PitchDetector::detectTrack(tone, 44100, Fractions::Undone))
+            // The shortest lag is 44 samples.
+            QVERIFY2(pitch <= 44100.0F / 44.0F, qPrintable(QString::number(pitch)));
+    }
+}
+
 void PitchDetectorTest::undoingFollowsThePlainRule_data()
 {
     QTest::addColumn<QList<float>>("samples");
@@ -970,6 +981,12 @@ void PitchDetectorTest::undoingFollowsThePlainRule_data()
     for (const int sampleRate : {8000, 22050, 96000})
         QTest::addRow("a vowel at %d Hz", sampleRate)
             << Tones::voice({.hz = 610.0}, sampleRate, 9000) << sampleRate;
+    // Short periods, whose peaks lie far between two lags, and such as the range does not hold.
+    for (int i = 0; i < 20; ++i) {
+        const double hz = 700.0 * std::pow(2.0, i / 20.0);
+        QTest::addRow("%g Hz at 8000 Hz", hz) << Tones::sine(hz, 8000, 9000) << 8000;
+        QTest::addRow("%g Hz at 44100 Hz", hz) << Tones::sine(hz, 44100, 9000) << 44100;
+    }
     QTest::newRow("white noise") << Tones::noise(9000, 14) << 44100;
     QTest::newRow("a voice in noise")
         << Tones::sum(Tones::voice({.hz = 610.0}, 44100, 9000), Tones::noise(9000, 15, 0.2))

@@ -226,6 +226,7 @@ private slots:
     void theKeptMixEndsWithTheLastClip_data();
     void theKeptMixEndsWithTheLastClip();
     void whatIsHeardDecidesWhetherVoicesAreEqual();
+    void aPlaceThatIsNotFiniteIsNoVoice();
     void aStoppedMixIsEmpty();
 
 private:
@@ -1158,6 +1159,8 @@ void VoiceMixTest::theKeptMixEndsWithTheLastClip_data()
         << Tracks{track({longer})} << qsizetype(1000);
     QTest::newRow("a clip that begins before the song")
         << Tracks{track({clip("toma.wav", beatsOf(-400.0))})} << qsizetype(600);
+    QTest::newRow("the last frame of a clip")
+        << Tracks{track({clip("toma.wav", beatsOf(-999.0))})} << qsizetype(1);
     QTest::newRow("a clip that ends before the song")
         << Tracks{track({clip("toma.wav", -1.0)})} << qsizetype(0);
     QTest::newRow("a file that is not there, far behind")
@@ -1219,6 +1222,19 @@ void VoiceMixTest::whatIsHeardDecidesWhetherVoicesAreEqual()
     QVERIFY(changes([this] { project_->audioTracks[1].clips.clear(); }));
     QVERIFY(SoundFile::writeExact(path("toma.wav"), Tones::noise(1001, 1)));
     QVERIFY(voices() != before);
+}
+
+void VoiceMixTest::aPlaceThatIsNotFiniteIsNoVoice()
+{
+    const auto heardAt = [this](double beat) {
+        project_->audioTracks = {track({clip("toma.wav", beat)})};
+        return VoiceMix::voicesOf(*project_, folder_->path()).clips.size();
+    };
+    constexpr double kInfinite = std::numeric_limits<double>::infinity();
+    for (const double beat : {kInfinite, -kInfinite, std::nan(""), 1e305, -1e305})
+        QCOMPARE(heardAt(beat), 0);
+    for (const double beat : {0.0, -1e18, 1e18})
+        QCOMPARE(heardAt(beat), 1);
 }
 
 void VoiceMixTest::aStoppedMixIsEmpty()

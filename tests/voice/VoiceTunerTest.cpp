@@ -372,6 +372,7 @@ void VoiceTunerTest::ratioTowardTheNearestNote_data()
     QTest::newRow("a scale of D alone draws A down to D, 293.6648")
         << 400.0 << QList<int>{2} << 293.6648 / 400.0;
     QTest::newRow("below the lowest MIDI note, 7 Hz to A, 6.875") << 7.0 << kCMajor << 0.9821429;
+    QTest::newRow("below one hertz, 0.5 Hz to C, 0.510987") << 0.5 << kCMajor << 1.0219743;
     QTest::newRow("above the highest MIDI note, 20500 Hz to E, 21096.16")
         << 20500.0 << kCMajor << 21096.16 / 20500.0;
 }
@@ -392,6 +393,7 @@ void VoiceTunerTest::everyFrequencyIsDrawnToTheNearestNote_data()
     QTest::newRow("F sharp Minor, in degree order") << QList<int>{6, 8, 9, 11, 1, 2, 4};
     QTest::newRow("all semitones") << QList<int>{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
     QTest::newRow("two notes a tritone apart") << QList<int>{3, 9};
+    QTest::newRow("a single note") << QList<int>{1};
 }
 
 void VoiceTunerTest::everyFrequencyIsDrawnToTheNearestNote()

@@ -1,8 +1,10 @@
 #include "voice/WavePeaks.h"
 
+#include "support/SoundFile.h"
 #include "support/TestProgram.h"
 #include "support/Tones.h"
 #include "support/WavFile.h"
+#include "voice/AudioDecoder.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -42,6 +44,7 @@ private slots:
     void nothingSwingsOutsideOfTheFile();
     void whatCannotBeReadHasNoLength_data();
     void whatCannotBeReadHasNoLength();
+    void aFileBeyondTheLimitHasNoLength();
     void whatIsCalledOffEnds();
 
 private:
@@ -153,6 +156,23 @@ void WavePeaksTest::whatCannotBeReadHasNoLength()
     const WavePeaks peaks = WavePeaks::read(path);
     QCOMPARE(peaks.seconds(), 0.0);
     QCOMPARE(peaks.between(0.0, 1.0), WaveSwing());
+}
+
+void WavePeaksTest::aFileBeyondTheLimitHasNoLength()
+{
+    // Of three channels of 8 bits, with a hole for its silence. What follows the read that is too
+    // much would have room by itself.
+    constexpr qint64 kFrames = AudioDecoder::kMaxSamples / 3 / 65536 * 65536 + 65536 + 100;
+    const QString path = dir_.filePath("enorme.wav");
+    QVERIFY(SoundFile::write(path, SF_FORMAT_WAV | SF_FORMAT_PCM_U8, 44100, 3, {}));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    QCOMPARE(file.size(), 44);
+    QVERIFY(file.resize(44 + 3 * kFrames));
+    QVERIFY(file.seek(4) && file.write(WavFile::littleEndian(36 + 3 * kFrames, 4)) == 4);
+    QVERIFY(file.seek(40) && file.write(WavFile::littleEndian(3 * kFrames, 4)) == 4);
+    file.close();
+    QCOMPARE(WavePeaks::read(path).seconds(), 0.0);
 }
 
 void WavePeaksTest::whatIsCalledOffEnds()
