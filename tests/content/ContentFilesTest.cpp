@@ -174,6 +174,7 @@ void ContentFilesTest::aSoundFontIsKnownByItsOutline_data()
     QTest::newRow("a chunk ahead of the first list")
         << riff("sfbk" + TinyBank::chunk("JUNK", "a") + list) << true;
     QTest::newRow("a list alone") << riff("sfbk" + list) << true;
+    QTest::newRow("an empty list") << riff("sfbk" + TinyBank::chunk("LIST", "")) << true;
     QTest::newRow("a list that is cut") << riff("sfbk" + list.chopped(2)) << false;
     QTest::newRow("no list") << riff("sfbkJUNK" + QByteArray(4, '\0')) << false;
     QTest::newRow("no chunk") << riff("sfbk") << false;

@@ -128,6 +128,7 @@ private slots:
     void aDamagedFileOfTheProgramsKeepsItsPlace();
     void instrumentsOfTheProgramStayWhatTheyAre();
     void groovesOfTheProgramStayWhatTheyAre();
+    void whatLeftTheProgramsFolderTakesNoPlace();
     void nothingIsWrittenBesideTheProgram();
     void aRhythmComesAndGoesInTheUsersFolder();
     void aBankOfTheProgramIsNeitherFetchedNorDeleted();
@@ -311,6 +312,25 @@ void ContentRootsTest::groovesOfTheProgramStayWhatTheyAre()
     stage.addGroove("user", "z", grooveFrom("vidala", 0.5));
     const Services after(stage.roots, QUrl());
     QCOMPARE(*after.library.grooveForRhythm("vidala"), groove);
+}
+
+void ContentRootsTest::whatLeftTheProgramsFolderTakesNoPlace()
+{
+    const SplitStage stage;
+    stage.add("own", "vidala", packageFrom("own", "vidala", "vidala_a"));
+    stage.add("own", "folklore_zamba", packageFrom("own", "folklore_zamba", "folklore_zamba_a"));
+    stage.add("user", "gato", packageFrom("user", "gato", "folklore_zamba_a"));
+    stage.add("user", "vidala", packageFrom("user", "vidala", "vidala_a"));
+    Services services(stage.roots, QUrl());
+    QCOMPARE(rhythmNames(services.library), QStringList({"folklore_zamba own", "vidala own"}));
+    QVERIFY(QDir(stage.path("own", "")).removeRecursively());
+    services.library.reload();
+    QCOMPARE(rhythmNames(services.library), QStringList({"gato user", "vidala user"}));
+    QCOMPARE(services.library.refused(), QStringList());
+    QCOMPARE(services.library.styles().first().displayName, "user");
+    QCOMPARE(services.instruments.find("arpa_gm")->name, "user");
+    QVERIFY(!services.library.cameWithProgram("vidala"));
+    QVERIFY(!services.library.hasPackageFile("folklore_zamba"));
 }
 
 // ---- What is written -----------------------------------------------------------------------

@@ -74,6 +74,7 @@ private slots:
     void noRoomForABankFailsTheInstall();
     void noRoomForThePackageFailsTheInstall_data();
     void noRoomForThePackageFailsTheInstall();
+    void aRegistryThatIsNotWrittenListsNothing();
     void noRoomForTheGrooveIsForgiven();
     void aHostileRegistryUninstallsNothingOutside_data();
     void aHostileRegistryUninstallsNothingOutside();
@@ -409,6 +410,22 @@ void DownloadFaultsTest::noRoomForThePackageFailsTheInstall()
     QVERIFY(stage.registry.installedRhythms().isEmpty());
     QFile::remove(folder);
     QCOMPARE(stage.install("zamba"), "installed");
+}
+
+void DownloadFaultsTest::aRegistryThatIsNotWrittenListsNothing()
+{
+    ZambaHost host;
+    host.put(kContent, packageWith("zamba", {}));
+    DownloadStage stage(host.url());
+    const QString registry = stage.content.root() + "/installed_registry.json";
+    QVERIFY(QDir().mkpath(registry));
+    const auto before = stage.files();
+    QCOMPARE(stage.install("zamba"), "No pude guardar el contenido del ritmo.");
+    QCOMPARE(stage.files(), before);
+    QVERIFY(!stage.registry.isRhythmInstalled("zamba"));
+    QVERIFY(QDir().rmdir(registry));
+    QCOMPARE(stage.install("zamba"), "installed");
+    QVERIFY(stage.registry.isRhythmInstalled("zamba"));
 }
 
 void DownloadFaultsTest::noRoomForTheGrooveIsForgiven()
