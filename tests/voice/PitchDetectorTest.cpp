@@ -987,6 +987,15 @@ void PitchDetectorTest::undoingFollowsThePlainRule_data()
         QTest::addRow("%g Hz at 8000 Hz", hz) << Tones::sine(hz, 8000, 9000) << 8000;
         QTest::addRow("%g Hz at 44100 Hz", hz) << Tones::sine(hz, 44100, 9000) << 44100;
     }
+    // A third harmonic that correlates about as well as is nearly as high.
+    for (int i = 0; i < 30; ++i) {
+        const double hz = 210.0 + 3.7 * i;
+        const double fundamental = 0.05 + 0.001 * i;
+        QTest::addRow("a third harmonic of %g Hz over %g", hz, fundamental)
+            << Tones::sum(Tones::sine(hz, 8000, 5000, fundamental),
+                          Tones::sine(3.0 * hz, 8000, 5000, 0.5))
+            << 8000;
+    }
     QTest::newRow("white noise") << Tones::noise(9000, 14) << 44100;
     QTest::newRow("a voice in noise")
         << Tones::sum(Tones::voice({.hz = 610.0}, 44100, 9000), Tones::noise(9000, 15, 0.2))

@@ -31,6 +31,8 @@ private slots:
     void anOutlineArrivesAndStays();
     void aFileIsReadOnce();
     void anotherFileOfTheNameIsReadAnew();
+    void whatWasReplacedMeanwhileDoesNotArrive();
+    void itReadsUntilAllHaveArrived();
     void whatCannotBeReadIsNotReadAgain();
     void whatIsForgottenDoesNotArrive();
     void itMayGoWhileItReads();
@@ -89,6 +91,32 @@ void WaveOutlinesTest::anotherFileOfTheNameIsReadAnew()
     QVERIFY(!outlines.of(longer));
     QVERIFY(arrived.wait());
     QCOMPARE(outlines.of(longer)->seconds(), 3.0);
+}
+
+void WaveOutlinesTest::whatWasReplacedMeanwhileDoesNotArrive()
+{
+    WaveOutlines outlines;
+    QSignalSpy arrived(&outlines, &WaveOutlines::arrived);
+    outlines.of(file("voz.wav", 1.0));
+    const ClipSource longer = file("voz.wav", 3.0);
+    QVERIFY(!outlines.of(longer));
+    QVERIFY(arrived.wait());
+    QCOMPARE(outlines.of(longer)->seconds(), 3.0);
+    QVERIFY(!arrived.wait(100));
+    QCOMPARE(arrived.count(), 1);
+}
+
+void WaveOutlinesTest::itReadsUntilAllHaveArrived()
+{
+    WaveOutlines outlines;
+    const QSignalSpy arrived(&outlines, &WaveOutlines::arrived);
+    QVERIFY(!outlines.isReading());
+    outlines.of(file("una.wav", 0.1));
+    outlines.of(file("otra.wav", 3.0));
+    connect(&outlines, &WaveOutlines::arrived, this,
+            [&] { QCOMPARE(outlines.isReading(), arrived.count() < 2); });
+    QTRY_COMPARE(arrived.count(), 2);
+    QVERIFY(!outlines.isReading());
 }
 
 void WaveOutlinesTest::whatCannotBeReadIsNotReadAgain()
