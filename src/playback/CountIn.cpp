@@ -7,11 +7,7 @@
 #include "playback/SoundfontPlayer.h"
 #include "playback/Transport.h"
 
-#include <chrono>
-
 namespace {
-
-constexpr std::chrono::milliseconds kTickPeriod(8);
 
 /// The clicks of one bar, with their ends.
 QList<ScheduledEvent> clicksOf(const TimeSignature& meter)
@@ -30,7 +26,7 @@ QList<ScheduledEvent> clicksOf(const TimeSignature& meter)
 CountIn::CountIn(SoundfontPlayer* player, QObject* parent) : QObject(parent), player_(player)
 {
     timer_.setTimerType(Qt::PreciseTimer);
-    timer_.setInterval(kTickPeriod);
+    timer_.setInterval(Transport::kTickPeriod);
     connect(&timer_, &QTimer::timeout, this, &CountIn::onTick);
 }
 

@@ -18,7 +18,6 @@
 
 namespace {
 
-constexpr std::chrono::milliseconds kTickPeriod(8);
 constexpr float kMetronomeVolume = 0.9F;
 
 } // namespace
@@ -30,7 +29,7 @@ PlaybackEngine::PlaybackEngine(SoundfontPlayer* player, LoopLibrary* library,
       preview_(std::make_unique<LivePreview>(player, instruments))
 {
     tickTimer_.setTimerType(Qt::PreciseTimer);
-    tickTimer_.setInterval(kTickPeriod);
+    tickTimer_.setInterval(Transport::kTickPeriod);
     connect(&tickTimer_, &QTimer::timeout, this, &PlaybackEngine::onTick);
 }
 

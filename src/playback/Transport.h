@@ -4,6 +4,8 @@
 
 #include <QList>
 
+#include <chrono>
+
 /// The bars that are played over and over.
 struct RepeatRange {
     bool enabled = false;
@@ -28,6 +30,9 @@ struct TransportStep {
 
 /// The decisions of the transport, without clock or sound.
 namespace Transport {
+
+/// How often whoever plays looks at the clock.
+inline constexpr std::chrono::milliseconds kTickPeriod(8);
 
 /// Index of the first event at a beat or later; the number of events if there is none.
 int cursorForBeat(const QList<ScheduledEvent>& events, double beat);

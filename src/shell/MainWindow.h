@@ -257,6 +257,8 @@ private:
     /// A name for the work, or nothing when the user gave up.
     std::optional<QString> askName(const QString& title);
 
+    void tellSaved();
+
     /// Goes on with a copy of the work, or says that it cannot be saved.
     bool goOnInCopy(const QString& name);
 

@@ -8,7 +8,6 @@
 
 namespace {
 
-constexpr int kSavedMs = 2000;
 constexpr int kCopiedMs = 5000;
 
 QStringList namesOf(const QList<ProjectInfo>& works)
@@ -32,7 +31,7 @@ void MainWindow::saveAs()
     }
     const auto name = askName(tr("Guardar como"));
     if (name && goOnInCopy(*name))
-        statusBar()->showMessage(tr("Obra guardada."), kSavedMs);
+        tellSaved();
 }
 
 void MainWindow::duplicateWork()

@@ -135,8 +135,13 @@ bool MainWindow::saveCurrentProject()
         prompts_.warn(this, tr("Guardar"), tr("No pude guardar la obra."));
         return false;
     }
-    statusBar()->showMessage(tr("Obra guardada."), kSavedMs);
+    tellSaved();
     return true;
+}
+
+void MainWindow::tellSaved()
+{
+    statusBar()->showMessage(tr("Obra guardada."), kSavedMs);
 }
 
 std::optional<QString> MainWindow::askName(const QString& title)

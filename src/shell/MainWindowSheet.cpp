@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int kSavedMs = 4000;
+constexpr int kSheetSavedMs = 4000;
 
 } // namespace
 
@@ -37,6 +37,6 @@ bool MainWindow::saveSheet(const SongSheet& sheet, QWidget* over)
                       tr("No pude guardar la hoja: %1").arg(file.errorString()));
         return false;
     }
-    statusBar()->showMessage(tr("Hoja guardada en %1").arg(*path), kSavedMs);
+    statusBar()->showMessage(tr("Hoja guardada en %1").arg(*path), kSheetSavedMs);
     return true;
 }

@@ -20,7 +20,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr QSize kInitialSize(460, 360);
+constexpr QSize kSearchSize(460, 360);
 
 } // namespace
 
@@ -32,7 +32,7 @@ OnlineSearchDialog::OnlineSearchDialog(const LoopLibrary& library, ContentCatalo
       model_(new OnlineSearchModel(this)), list_(new QListView)
 {
     setWindowTitle(tr("Buscar más ritmos en línea"));
-    resize(kInitialSize);
+    resize(kSearchSize);
     // Messages come from a server and are of any length.
     status_->setWordWrap(true);
     list_->setObjectName(u"lista_ritmos"_s);

@@ -23,7 +23,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr QSize kInitialSize(460, 420);
+constexpr QSize kGallerySize(460, 420);
 
 constexpr int kIdRole = Qt::UserRole;
 /// Name and time, as a question has them.
@@ -62,7 +62,7 @@ OpenProjectDialog::OpenProjectDialog(const QList<ProjectInfo>& works,
     : QDialog(parent), storage_(storage), prompts_(prompts), list_(new QListWidget)
 {
     setWindowTitle(tr("Abrir obra"));
-    resize(kInitialSize);
+    resize(kGallerySize);
     QList<ProjectInfo> sorted = works;
     std::ranges::stable_sort(sorted, std::ranges::greater(), &ProjectInfo::modifiedAt);
     for (const ProjectInfo& work : sorted)

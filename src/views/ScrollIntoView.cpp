@@ -8,13 +8,13 @@
 namespace {
 
 /// Free pixels between what is shown and the edge of the view.
-constexpr double kMargin = 12.0;
+constexpr double kRoomBeside = 12.0;
 
 /// `first` and `last` are pixels of a viewport that is `room` long.
 void scroll(QScrollBar& bar, double first, double last, double room)
 {
-    const double toTheEnd = std::max(0.0, last + kMargin - room);
-    bar.setValue(bar.value() + qRound(std::min(toTheEnd, first - kMargin)));
+    const double toTheEnd = std::max(0.0, last + kRoomBeside - room);
+    bar.setValue(bar.value() + qRound(std::min(toTheEnd, first - kRoomBeside)));
 }
 
 } // namespace

@@ -19,7 +19,7 @@
 
 namespace {
 
-constexpr int kMargin = 8;
+constexpr int kRoomAround = 8;
 constexpr int kPercent = 100;
 
 /// Pixels above and below the words beside a tall field.
@@ -79,7 +79,7 @@ TrackHeaderPanel::TrackHeaderPanel(InstrumentLibrary* library, QWidget* parent)
       vary_(new QPushButton(tr("Probar otra variación"))), tune_(new QCheckBox(tr("Activado"))),
       tuneIntensity_(percentSlider())
 {
-    form_->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    form_->setContentsMargins(kRoomAround, kRoomAround, kRoomAround, kRoomAround);
     buildCommonRows();
     buildNoteRows();
     buildAudioRows();

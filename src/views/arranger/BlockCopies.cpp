@@ -7,13 +7,9 @@
 
 #include <algorithm>
 
-namespace {
+using BlockEdits::holds;
 
-template <typename List>
-bool holds(const List& list, int index)
-{
-    return index >= 0 && index < list.size();
-}
+namespace {
 
 /// The index of a record that covers another one, or -1.
 template <typename Record>

@@ -9,13 +9,9 @@
 #include <type_traits>
 #include <utility>
 
-namespace {
+using BlockEdits::holds;
 
-template <typename List>
-bool holds(const List& list, int index)
-{
-    return index >= 0 && index < list.size();
-}
+namespace {
 
 /// The record of a block in one of the lists of its track; null for none.
 template <typename Tracks, typename List>

@@ -32,6 +32,13 @@ struct BlockSpan {
 /// What the gestures of the arranger do to a project. A stale reference does nothing.
 namespace BlockEdits {
 
+/// Whether a list has such an index.
+template <typename List>
+bool holds(const List& list, int index)
+{
+    return index >= 0 && index < list.size();
+}
+
 /// Where a record lies.
 std::optional<BlockSpan> spanOf(const Project& project, const BlockRef& block);
 

@@ -5,18 +5,14 @@
 #include <algorithm>
 #include <cmath>
 
+using BlockEdits::holds;
+
 namespace {
 
 bool isDrawable(const BlockSpan& span)
 {
     return std::isfinite(span.start) && std::isfinite(span.length) &&
            std::abs(span.start) <= ArrangerLayout::kMostBeats;
-}
-
-template <typename List>
-bool holds(const List& list, int index)
-{
-    return index >= 0 && index < list.size();
 }
 
 QList<BlockRef> refs(BlockKind kind, int track, qsizetype count)

@@ -56,7 +56,7 @@ std::optional<BlockRef> EqualBlocks::coverOf(const Project& project, const Block
                                              const std::function<bool(const BlockRef&)>& counts)
 {
     const auto holds = [&](const auto& tracks) {
-        return block.trackIndex >= 0 && block.trackIndex < tracks.size();
+        return BlockEdits::holds(tracks, block.trackIndex);
     };
     if (block.kind == BlockKind::Audio)
         return holds(project.audioTracks)

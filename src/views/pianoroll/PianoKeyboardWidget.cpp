@@ -16,10 +16,10 @@ using namespace PianoRollLayout;
 
 namespace {
 
-constexpr int kLargestLetters = 14;
-constexpr int kSmallestLetters = 8;
+constexpr int kLargestKeyName = 14;
+constexpr int kSmallestKeyName = 8;
 constexpr double kLettersOfRow = 0.5;
-constexpr double kLeastHeightOfNames = 9.0;
+constexpr double kLeastHeightOfKeyName = 9.0;
 
 constexpr int kBlackKeyMargin = 9;
 constexpr int kWhiteKeyBeside = 30;
@@ -54,7 +54,7 @@ double whiteKeyBottom(int pitch)
 PianoKeyboardWidget::PianoKeyboardWidget(const PianoRollGridView* view, QWidget* parent)
     : QWidget(parent), view_(view)
 {
-    const QFontMetrics metrics(sized(font(), kLargestLetters));
+    const QFontMetrics metrics(sized(font(), kLargestKeyName));
     blackKeyWidth_ = metrics.horizontalAdvance(u"G# / Sol#"_s) + kBlackKeyMargin;
     setFixedWidth(blackKeyWidth_ + kWhiteKeyBeside);
     setAutoFillBackground(true);
@@ -123,8 +123,8 @@ void PianoKeyboardWidget::wheelEvent(QWheelEvent* event)
 QFont PianoKeyboardWidget::keyFont() const
 {
     const int rowHeight = static_cast<int>(view_->transform().m22() * kRowPixels);
-    return sized(font(), std::clamp(static_cast<int>(rowHeight * kLettersOfRow), kSmallestLetters,
-                                    kLargestLetters));
+    return sized(font(), std::clamp(static_cast<int>(rowHeight * kLettersOfRow), kSmallestKeyName,
+                                    kLargestKeyName));
 }
 
 void PianoKeyboardWidget::paintEvent(QPaintEvent* /*event*/)
@@ -167,7 +167,7 @@ void PianoKeyboardWidget::paintBlackKey(QPainter& painter, int pitch, const QRec
 {
     const QRectF key(0.0, row.top(), blackKeyWidth_, row.height());
     painter.fillRect(key, canvasColors().keyBlack);
-    if (row.height() <= kLeastHeightOfNames)
+    if (row.height() <= kLeastHeightOfKeyName)
         return;
     const QRectF place = key.adjusted(3, 0, -6, 0);
     const QString name = keyName(pitch);
@@ -178,7 +178,7 @@ void PianoKeyboardWidget::paintBlackKey(QPainter& painter, int pitch, const QRec
 
 void PianoKeyboardWidget::paintWhiteKey(QPainter& painter, int pitch, const QRectF& row) const
 {
-    if (row.height() <= kLeastHeightOfNames)
+    if (row.height() <= kLeastHeightOfKeyName)
         return;
     painter.setPen(canvasColors().keyText);
     painter.drawText(QRectF(4.0, row.top(), width() - 10.0, row.height()), kNameAlignment,
