@@ -6,6 +6,10 @@
 # shows the include that a file lacks.
 option(VELTA_PCH "Precompile the headers of Qt and of the standard library" ON)
 
+# Most of what a source costs to compile are headers and what is made of their templates, which sources
+# that are compiled at once share. 1 is slower for all, and quicker for who is changing a few.
+set(VELTA_AT_ONCE 12 CACHE STRING "How many sources of a library or a program are compiled at once")
+
 # velta_kind(<result> <targets>...): core, sound or widgets, after what these targets link.
 function(velta_kind result)
     set(kind core)
@@ -112,6 +116,10 @@ function(velta_module name)
     add_library(velta_${name} STATIC ${sources})
     add_library(velta::${name} ALIAS velta_${name})
     target_include_directories(velta_${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
+    if(VELTA_AT_ONCE GREATER 1)
+        set_target_properties(velta_${name} PROPERTIES
+            UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${VELTA_AT_ONCE})
+    endif()
     target_compile_definitions(velta_${name} PRIVATE ${VELTA_NO_CASTS})
     target_link_libraries(velta_${name} PUBLIC velta::flags ${ARG_USES})
     velta_kind(kind ${ARG_USES})
@@ -119,10 +127,6 @@ function(velta_module name)
     velta_renew_autogen(velta_${name} "${sources}")
     set_property(GLOBAL APPEND PROPERTY VELTA_MODULES velta::${name})
 endfunction()
-
-# Most of what a test costs to compile are Qt's headers and what is made of their templates, which
-# those that are compiled at once share. 1 is slower for all and quicker for who is writing one.
-set(VELTA_TESTS_AT_ONCE 12 CACHE STRING "How many tests of a program are compiled at once")
 
 # velta_test_program(<program> SOURCES <sources>... TESTS <NameTest>... USES <targets>...): the moc of
 # each test lies where its source includes it from. A test has its one class in its one source, so that
@@ -173,7 +177,7 @@ function(velta_tests program)
     set(sources)
     set(left ${ARG_TESTS})
     while(left)
-        list(SUBLIST left 0 ${VELTA_TESTS_AT_ONCE} some)
+        list(SUBLIST left 0 ${VELTA_AT_ONCE} some)
         list(REMOVE_ITEM left ${some})
         list(TRANSFORM some REPLACE "(.+)" "#include \"${folder}/\\1.cpp\"\n" OUTPUT_VARIABLE lines)
         list(JOIN lines "" text)

@@ -18,8 +18,9 @@ from pathlib import Path
 
 from .changes import ROOT, with_switches
 
-BUILD = ROOT / "build/dev"
-WORK = BUILD / "mutants"
+# A development build in which each source is compiled for itself.
+BUILD = ROOT / "build/mutants"
+WORK = BUILD / "tried"
 HERE = Path(__file__).resolve().parent
 
 JOBS = 2
@@ -49,6 +50,13 @@ def programs_of(folder):
     for program, names in re.findall(r"^velta_tests\((\w+)[^)]*?TESTS\s([^)]*?)\sUSES", text, re.M):
         programs[program] = names.split()
     return programs
+
+
+def configure():
+    """Makes the build, where there is none."""
+    if not (BUILD / "build.ninja").exists():
+        subprocess.run(["cmake", "--preset", "dev", "-B", BUILD, "-DVELTA_AT_ONCE=1"], cwd=ROOT, check=True,
+                       stdout=subprocess.DEVNULL)
 
 
 def tests_of(folder, spared):
