@@ -100,12 +100,12 @@ void addNotes(const QList<ScheduledEvent>& events, double beatFrames, SoundfontP
     const auto total = static_cast<qint64>(mix.size() / 2);
     perform(events, beatFrames, total, player, [&](qint64 from, qint64 count) {
         player.renderFloat(run.data(), static_cast<int>(count));
-        if (!written.reaches(from + count))
-            return false;
+        const bool isWritten = written.reaches(from + count);
         const auto into =
             mix.subspan(static_cast<std::size_t>(2 * from), static_cast<std::size_t>(2 * count));
-        std::ranges::transform(into, run, into.begin(), std::plus());
-        return true;
+        if (isWritten)
+            std::ranges::transform(into, run, into.begin(), std::plus());
+        return isWritten;
     });
 }
 

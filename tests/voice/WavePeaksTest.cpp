@@ -48,13 +48,13 @@ private slots:
     void whatIsCalledOffEnds();
 
 private:
-    QString written(const QList<float>& samples, int channels = 1)
+    QString written(const QList<float>& samples, int channels = 1, int rate = kRate)
     {
         const QString path = dir_.filePath("voz.wav");
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly))
             return {};
-        file.write(WavFile::bytes(samples, kRate, channels));
+        file.write(WavFile::bytes(samples, rate, channels));
         return path;
     }
 
@@ -120,6 +120,7 @@ void WavePeaksTest::itIsAsLongAsTheFile()
     for (const int frames : {1, 127, 128, 129, 65536, 65537})
         QCOMPARE(WavePeaks::read(written(Tones::silence(frames))).seconds(),
                  static_cast<double>(frames) / kRate);
+    QCOMPARE(WavePeaks::read(written(Tones::silence(100), 1, 1)).seconds(), 100.0);
 }
 
 void WavePeaksTest::nothingSwingsOutsideOfTheFile()
