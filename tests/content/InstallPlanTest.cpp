@@ -203,6 +203,7 @@ void InstallPlanTest::everyRecordedInstrumentIsRecorded()
     QCOMPARE(records.size(), 2);
     QCOMPARE(records[0].instrumentId, "a");
     QCOMPARE(records[0].localFilePath, "instruments/a.sf2");
+    QCOMPARE(records[0].referenceCount, 1);
     QCOMPARE(records[1].localFilePath, "x/y.sf2");
 }
 
