@@ -7,6 +7,8 @@
 #include "voice/PitchDetector.h"
 #include "voice/VoiceTuner.h"
 
+#include <cmath>
+
 namespace {
 
 constexpr int kSeconds = 60;

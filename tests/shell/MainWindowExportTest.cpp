@@ -17,6 +17,8 @@
 #include <QTimer>
 #include <QWindow>
 
+#include <algorithm>
+#include <cmath>
 #include <functional>
 #include <limits>
 

@@ -16,8 +16,10 @@
 #include <QTest>
 
 #include <algorithm>
+#include <cmath>
 #include <fcntl.h>
 #include <limits>
+#include <random>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>

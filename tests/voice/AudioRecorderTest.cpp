@@ -17,6 +17,7 @@
 #include <QTest>
 #include <QTranslator>
 
+#include <algorithm>
 #include <cmath>
 #include <dlfcn.h>
 #include <functional>

@@ -9,7 +9,9 @@
 
 #include <QTest>
 
+#include <algorithm>
 #include <bit>
+#include <cmath>
 #include <limits>
 
 namespace PitchDetectorTests {

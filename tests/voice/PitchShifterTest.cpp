@@ -8,6 +8,7 @@
 #include <QTest>
 
 #include <bit>
+#include <cmath>
 #include <limits>
 
 namespace PitchShifterTests {

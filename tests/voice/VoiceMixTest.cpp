@@ -16,7 +16,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
 #include <bit>
+#include <cmath>
 #include <limits>
 #include <sys/stat.h>
 

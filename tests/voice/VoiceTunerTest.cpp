@@ -10,6 +10,8 @@
 
 #include <QTest>
 
+#include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace VoiceTunerTests {
