@@ -59,6 +59,11 @@ void rows(const QList<Tone>& tones)
             QTest::newRow(recorded().at(i).id) << i;
 }
 
+QString gmBank()
+{
+    return QCoreApplication::applicationDirPath() + u"/resources/soundfonts/velta_bank_gm.sf2"_s;
+}
+
 /// A player without a device whose channel 0 is an instrument, as a song gives it to a track.
 class Stage {
 public:
@@ -72,8 +77,7 @@ public:
                                      .source = InstrumentSource::CustomRecordedBank,
                                      .generalMidiProgram = 0,
                                      .soundfontBankPath = id + ".sf2"_L1});
-        player_.loadGmBank(QCoreApplication::applicationDirPath() +
-                           u"/resources/soundfonts/velta_bank_gm.sf2"_s);
+        player_.loadGmBank(gmBank());
         PlaybackEngine::configureChannel(&player_, &library_, 0, id);
         loaded_ = player_.instrumentBankLoaded(id);
     }
@@ -110,8 +114,11 @@ private:
         if (!player_.renderFloat(stereo.data(), frames))
             return {};
         QList<float> left(frames);
-        for (int i = 0; i < frames; ++i)
-            left[i] = stereo.at(2 * i);
+        const float* from = stereo.constData();
+        for (float& sample : left) {
+            sample = *from;
+            from += 2;
+        }
         return left;
     }
 
@@ -140,20 +147,6 @@ QList<double> underHannWindow(const QList<float>& samples)
     return shaped;
 }
 
-/// Goertzel's recursion: the power of one frequency.
-double powerAt(const QList<double>& samples, double hz)
-{
-    const double twice = 2.0 * std::cos(2.0 * std::numbers::pi * hz / kSampleRate);
-    double last = 0.0;
-    double beforeLast = 0.0;
-    for (const double sample : samples) {
-        const double next = sample + twice * last - beforeLast;
-        beforeLast = last;
-        last = next;
-    }
-    return last * last + beforeLast * beforeLast - twice * last * beforeLast;
-}
-
 /// Centre of the power within half a semitone: where beating reeds and a vibrato are heard.
 double centsOff(const QList<float>& samples, double hz)
 {
@@ -163,7 +156,7 @@ double centsOff(const QList<float>& samples, double hz)
     double total = 0.0;
     double weighed = 0.0;
     for (double away = -reach; away <= reach; away += spacing) {
-        const double power = powerAt(shaped, hz + away);
+        const double power = Tones::powerAt(shaped, kSampleRate, hz + away);
         total += power;
         weighed += power * away;
     }
@@ -214,6 +207,7 @@ class RecordedBanksTest : public QObject {
     Q_OBJECT
 
 private slots:
+    void initTestCase();
 
     void aBankIsSmallAndPlaysItsInstrument_data()
     {
@@ -251,7 +245,16 @@ private slots:
     void aBankIsAsLoudAsItsStandIn();
     void theSkinIsLowerThanTheRim();
     void aMeasureFindsAWrongPitchAndAClick();
+
+private:
+    /// Holds the samples of the bank, which FluidSynth then reads once and not for every stage.
+    SoundfontPlayer samples_{SoundfontPlayer::Mode::Offline};
 };
+
+void RecordedBanksTest::initTestCase()
+{
+    QVERIFY(samples_.loadGmBank(gmBank()));
+}
 
 void RecordedBanksTest::aBankIsSmallAndPlaysItsInstrument()
 {
@@ -355,7 +358,7 @@ void RecordedBanksTest::theSkinIsLowerThanTheRim()
         const QList<double> all(sound.begin(), sound.end());
         double total = 0.0;
         for (double hz = lowHz; hz < highHz; hz += 2.0)
-            total += powerAt(all, hz);
+            total += Tones::powerAt(all, kSampleRate, hz);
         return total;
     };
     for (const int skin : {35, 36, 41, 43})
