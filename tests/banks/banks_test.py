@@ -3,6 +3,7 @@
 import contextlib
 import functools
 import io
+import os
 import struct
 import sys
 import tempfile
@@ -32,6 +33,9 @@ from velta_banks.shapes import (band, coloured_noise, fade_out, rise,  # noqa: E
 from velta_banks.units import cents, dice, key_hz, seconds  # noqa: E402
 
 RATE = 44100
+
+# Where another process has built the banks.
+BUILT = Path(os.environ["VELTA_BANKS"])
 
 
 def sine(hz, duration, amplitude=0.5):
@@ -459,15 +463,14 @@ class CommandLine(unittest.TestCase):
         return code, output.getvalue(), errors.getvalue()
 
     def test_two_builds_are_equal_byte_for_byte_and_small(self):
-        with tempfile.TemporaryDirectory() as first, tempfile.TemporaryDirectory() as second:
-            self.assertEqual(self.run_tool("build", first)[0], 0)
-            self.assertEqual(self.run_tool("build", second)[0], 0)
-            names = sorted(path.name for path in Path(first).iterdir())
+        with tempfile.TemporaryDirectory() as folder:
+            self.assertEqual(self.run_tool("build", folder)[0], 0)
+            names = sorted(path.name for path in Path(folder).iterdir())
             self.assertEqual(names, ["acordeon.sf2", "bandoneon.sf2", "bombo_leguero.sf2",
                                      "charango.sf2", "guitarra_criolla.sf2", "quena.sf2"])
             for name in names:
-                body = (Path(first) / name).read_bytes()
-                self.assertEqual(body, (Path(second) / name).read_bytes(), name)
+                body = (Path(folder) / name).read_bytes()
+                self.assertEqual(body, (BUILT / name).read_bytes(), name)
                 self.assertLessEqual(len(body), 4_000_000, name)
 
     def test_a_folder_that_cannot_be_made_is_reported(self):
