@@ -3,6 +3,7 @@
 #include "shell/sheet/SheetPainter.h"
 
 #include <QDialogButtonBox>
+#include <QIODevice>
 #include <QPdfWriter>
 #include <QPrintDialog>
 #include <QPrintPreviewWidget>
