@@ -54,6 +54,7 @@ void MusicWordsTest::notesAreNamedWithTheirOctave_data()
     QTest::newRow("the highest row") << 96 << "Do 7";
     QTest::newRow("the lowest row") << 24 << "Do 1";
     QTest::newRow("the lowest note") << 0 << "Do -1";
+    QTest::newRow("far below all notes") << -30 << "Fa sostenido -4";
 }
 
 void MusicWordsTest::notesAreNamedWithTheirOctave()

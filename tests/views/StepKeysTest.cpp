@@ -22,6 +22,10 @@ private slots:
     void arrowsAreReadWithTheirModifiers();
     void otherKeysAreNoArrows_data();
     void otherKeysAreNoArrows();
+    void pagesGoOnAndBack_data();
+    void pagesGoOnAndBack();
+    void eitherEnterIsOne_data();
+    void eitherEnterIsOne();
     void stepsGoFromLineToLine_data();
     void stepsGoFromLineToLine();
     void whatIsSeenStaysWhereItIs();
@@ -79,6 +83,51 @@ void StepKeysTest::otherKeysAreNoArrows()
     QFETCH(int, modifiers);
     QVERIFY(!StepKeys::arrowOf(
         QKeyEvent(QEvent::KeyPress, key, Qt::KeyboardModifiers::fromInt(modifiers))));
+}
+
+void StepKeysTest::pagesGoOnAndBack_data()
+{
+    QTest::addColumn<Qt::Key>("key");
+    QTest::addColumn<int>("modifiers");
+    QTest::addColumn<int>("pages");
+
+    QTest::newRow("a page on") << Qt::Key_PageDown << 0 << 1;
+    QTest::newRow("a page back") << Qt::Key_PageUp << 0 << -1;
+    QTest::newRow("of the number pad") << Qt::Key_PageDown << int(Qt::KeypadModifier) << 1;
+    QTest::newRow("an arrow") << Qt::Key_Down << 0 << 0;
+    QTest::newRow("Shift") << Qt::Key_PageDown << int(Qt::ShiftModifier) << 0;
+    QTest::newRow("Ctrl") << Qt::Key_PageUp << int(Qt::ControlModifier) << 0;
+}
+
+void StepKeysTest::pagesGoOnAndBack()
+{
+    QFETCH(Qt::Key, key);
+    QFETCH(int, modifiers);
+    const QKeyEvent event(QEvent::KeyPress, key, Qt::KeyboardModifiers::fromInt(modifiers));
+    QTEST(StepKeys::pageOf(event), "pages");
+}
+
+void StepKeysTest::eitherEnterIsOne_data()
+{
+    QTest::addColumn<Qt::Key>("key");
+    QTest::addColumn<int>("modifiers");
+    QTest::addColumn<bool>("enter");
+
+    QTest::newRow("Return") << Qt::Key_Return << 0 << true;
+    QTest::newRow("Enter") << Qt::Key_Enter << 0 << true;
+    QTest::newRow("of the number pad") << Qt::Key_Enter << int(Qt::KeypadModifier) << true;
+    QTest::newRow("Space") << Qt::Key_Space << 0 << false;
+    QTest::newRow("Shift") << Qt::Key_Return << int(Qt::ShiftModifier) << false;
+    QTest::newRow("Ctrl") << Qt::Key_Enter << int(Qt::ControlModifier) << false;
+    QTest::newRow("another key with Ctrl") << Qt::Key_Space << int(Qt::ControlModifier) << false;
+}
+
+void StepKeysTest::eitherEnterIsOne()
+{
+    QFETCH(Qt::Key, key);
+    QFETCH(int, modifiers);
+    const QKeyEvent event(QEvent::KeyPress, key, Qt::KeyboardModifiers::fromInt(modifiers));
+    QTEST(StepKeys::isEnter(event), "enter");
 }
 
 void StepKeysTest::stepsGoFromLineToLine_data()

@@ -33,6 +33,7 @@ private slots:
     void stepsInAndOutUndoEachOther();
 
     void theStartOfTheSongStays();
+    void whatLiesUnderTheMouseStays();
     void aPlayheadInSightStays();
     void elseTheMiddleStays_data();
     void elseTheMiddleStays();
@@ -79,6 +80,7 @@ void ZoomTest::aZoomStaysWithinItsLimits_data()
     QTest::newRow("by less than nothing") << 1.0 << -3.0 << 0.2;
     QTest::newRow("by all") << 1.0 << kInfinity << 6.0;
     QTest::newRow("by no number") << 1.5 << kNaN << 1.5;
+    QTest::newRow("nothing by all") << 0.0 << kInfinity << 0.0;
 }
 
 void ZoomTest::aZoomStaysWithinItsLimits()
@@ -96,6 +98,7 @@ void ZoomTest::aTurnOfTheWheelIsANotch_data()
     QTest::newRow("a notch up") << 120 << 1.15;
     QTest::newRow("the least turn up") << 1 << 1.15;
     QTest::newRow("a notch down") << -120 << 1.0 / 1.15;
+    QTest::newRow("sideways alone") << 0 << 1.0 / 1.15;
     QTest::newRow("two notches down") << -240 << 1.0 / 1.15;
 }
 
@@ -116,6 +119,19 @@ void ZoomTest::theStartOfTheSongStays()
 {
     QCOMPARE(Zoom::anchor(*view_, 200.0, Zoom::By::Command), 0.0);
     QCOMPARE(Zoom::anchor(*view_, 200.0, Zoom::By::Wheel), 0.0);
+}
+
+void ZoomTest::whatLiesUnderTheMouseStays()
+{
+    QWidget* viewport = view_->viewport();
+    QCursor::setPos(viewport->mapToGlobal(QPoint(130, 50)));
+    viewport->setAttribute(Qt::WA_UnderMouse);
+    QCOMPARE(Zoom::anchor(*view_, 200.0, Zoom::By::Wheel), 130.0);
+    QCOMPARE(Zoom::anchor(*view_, 200.0, Zoom::By::Command), 0.0);
+    scrollTo(1000, 0);
+    viewport->setAttribute(Qt::WA_UnderMouse);
+    QCOMPARE(Zoom::anchor(*view_, 1200.0, Zoom::By::Wheel), 130.0);
+    QCOMPARE(Zoom::anchor(*view_, 1200.0, Zoom::By::Command), 130.0);
 }
 
 void ZoomTest::aPlayheadInSightStays()

@@ -286,6 +286,7 @@ void PianoRollLayoutTest::wheelTurnsInWholeRows_data()
     QTest::newRow("one notch down") << 0 << -120 << -1 << 0;
     QTest::newRow("part of a notch is kept") << 0 << 50 << 0 << 50;
     QTest::newRow("and added to") << 50 << 80 << 1 << 10;
+    QTest::newRow("however small both are") << 1 << 1 << 0 << 2;
     QTest::newRow("downwards too") << -50 << -80 << -1 << -10;
     QTest::newRow("rows are cut toward zero") << 0 << -239 << -1 << -119;
     QTest::newRow("a turn the other way starts anew") << 100 << -50 << 0 << -50;
