@@ -65,6 +65,7 @@ private slots:
     void aLoopWithoutRoomForItsTrackIsHomeless();
     void aVoiceWithoutItsTrackGoesToTheLastOne();
     void chordsAreLaidOverWhatIsThere();
+    void chordsAreToldInOrderAndOnce();
     void chordsThatLieThereAlreadyAreToldAsPresent();
     void forgottenVoicesAreNotLaid();
 };
@@ -214,6 +215,18 @@ void BlockCopiesTest::chordsAreLaidOverWhatIsThere()
     QCOMPARE(lane.blockForBar(2)->events,
              QList<HarmonyDegreeEvent>({chord(5, 0.0, 2.0), chord(5, 2.0, 2.0)}));
     QCOMPARE(lane.blockForBar(3)->events, QList<HarmonyDegreeEvent>{chord(1, 0.0, 4.0)});
+}
+
+void BlockCopiesTest::chordsAreToldInOrderAndOnce()
+{
+    auto project = song();
+    const BlockCopies copies(*project, {chordAt(2, 0), chordAt(1, 0), chordAt(2, 0)});
+    QCOMPARE(copies.layAt(*project, 20.0, 0).blocks,
+             QList<BlockRef>({chordAt(5, 0), chordAt(6, 0)}));
+    QCOMPARE(project->harmonyTrack.blockForBar(5)->events,
+             QList<HarmonyDegreeEvent>{chord(4, 0.0, 4.0)});
+    QCOMPARE(project->harmonyTrack.blockForBar(6)->events,
+             QList<HarmonyDegreeEvent>{chord(5, 0.0, 4.0)});
 }
 
 void BlockCopiesTest::chordsThatLieThereAlreadyAreToldAsPresent()

@@ -39,6 +39,7 @@ private slots:
     void theMouseTakesWhatItIsNear_data();
     void theMouseTakesWhatItIsNear();
     void whereBothHandlesLieEachIsTakenFromItsSide();
+    void handlesThatHaveCrossedAreTakenWhereTheyLie();
     void reachIsMeasuredOnTheScreen();
 };
 
@@ -169,6 +170,13 @@ void ClipShapeTest::whereBothHandlesLieEachIsTakenFromItsSide()
     const ClipShape beside = shape({.gain = 1.0F, .fadeIn = 2.4F, .fadeOut = 2.5F});
     QCOMPARE(beside.handleAt({246.5, 54.0}, 1.0), ClipHandle::FadeIn);
     QCOMPARE(beside.handleAt({247.5, 54.0}, 1.0), ClipHandle::FadeOut);
+}
+
+void ClipShapeTest::handlesThatHaveCrossedAreTakenWhereTheyLie()
+{
+    const ClipShape crossed = shape({.gain = 1.0F, .fadeIn = 4.0F, .fadeOut = 4.0F});
+    QCOMPARE(crossed.handleAt({340.0, 54.0}, 1.0), ClipHandle::FadeIn);
+    QCOMPARE(crossed.handleAt({160.0, 54.0}, 1.0), ClipHandle::FadeOut);
 }
 
 void ClipShapeTest::reachIsMeasuredOnTheScreen()
