@@ -53,10 +53,12 @@ def programs_of(folder):
 
 
 def configure():
-    """Makes the build, where there is none."""
-    if not (BUILD / "build.ninja").exists():
-        subprocess.run(["cmake", "--preset", "dev", "-B", BUILD, "-DVELTA_AT_ONCE=1"], cwd=ROOT, check=True,
-                       stdout=subprocess.DEVNULL)
+    """Makes the build, where there is none, and else brings its rules up to date."""
+    if (BUILD / "build.ninja").exists():
+        configured = ["ninja", "-C", BUILD, "build.ninja"]
+    else:
+        configured = ["cmake", "--preset", "dev", "-B", BUILD, "-DVELTA_AT_ONCE=1"]
+    subprocess.run(configured, cwd=ROOT, check=True, stdout=subprocess.DEVNULL)
 
 
 def tests_of(folder, spared):
