@@ -348,6 +348,7 @@ private slots:
     void repeatedNotesAreAllHeard_data();
     void repeatedNotesAreAllHeard();
     void sumAboveFullScaleIsClipped();
+    void whatIsNoNumberIsSilent();
     void equalSongsGiveEqualMixes();
     void fewNotesArePlayedByOneSynthesiser();
     void manyNotesAreSharedByTwo();
@@ -819,6 +820,15 @@ void AudioExporterTest::sumAboveFullScaleIsClipped()
     const QList<float> mix = mixed(*quickSong(QList<Track>(4, notesTrack(notes))));
     QCOMPARE(*std::ranges::max_element(mix), 1.0F);
     QCOMPARE(*std::ranges::min_element(mix), -1.0F);
+}
+
+void AudioExporterTest::whatIsNoNumberIsSilent()
+{
+    const auto song = quickSong({notesTrack({note(60, 0.0), note(64, 0.5)})});
+    QList<float> expected = mixed(*song);
+    expected[0] = 0.0F;
+    FluidSpy::spoilSound();
+    QVERIFY(mixed(*song) == expected);
 }
 
 void AudioExporterTest::equalSongsGiveEqualMixes()

@@ -3,7 +3,9 @@
 #include <fluidsynth.h>
 
 #include <dlfcn.h>
+#include <limits>
 #include <mutex>
+#include <utility>
 
 namespace {
 
@@ -11,6 +13,7 @@ struct State {
     QList<FluidSpy::Call> calls;
     qint64 frames = 0;
     bool synthFails = false;
+    bool soundIsSpoilt = false;
     FluidSpy::Driver driver = FluidSpy::Driver::Fails;
     fluid_synth_t* lastSynth = nullptr;
 };
@@ -82,6 +85,11 @@ void FluidSpy::reset()
 void FluidSpy::letSynthFail()
 {
     state().synthFails = true;
+}
+
+void FluidSpy::spoilSound()
+{
+    state().soundIsSpoilt = true;
 }
 
 void FluidSpy::setDriver(Driver driver)
@@ -240,9 +248,15 @@ int fluid_synth_write_float(fluid_synth_t* synth, int frames, void* left, int le
     static auto* const pass = library<decltype(fluid_synth_write_float)>("fluid_synth_write_float");
     const Recorded call("write_float", frames, leftOffset, leftStep, rightOffset, rightStep,
                         left == right ? "together" : "apart");
+    bool isSpoilt = false;
     if (call.outermost()) {
         const std::lock_guard lock(mutex());
         state().frames += frames;
+        isSpoilt = std::exchange(state().soundIsSpoilt, false);
     }
-    return pass(synth, frames, left, leftOffset, leftStep, right, rightOffset, rightStep);
+    const int result =
+        pass(synth, frames, left, leftOffset, leftStep, right, rightOffset, rightStep);
+    if (isSpoilt)
+        static_cast<float*>(left)[leftOffset] = std::numeric_limits<float>::quiet_NaN();
+    return result;
 }

@@ -35,6 +35,9 @@ void reset();
 
 void letSynthFail();
 
+/// Has the next rendering begin with a sample that is no number.
+void spoilSound();
+
 void setDriver(Driver driver);
 
 /// Every call since reset().

@@ -587,6 +587,7 @@ void AudioDecoderTest::aPathIsNotCutAtANullCharacter()
     QVERIFY(SoundFile::writeExact(path("toma.wav"), ramp(64)));
     const QString longer = path("toma.wav") + QChar(0) + "otra.wav";
     QVERIFY(!AudioDecoder::decode(longer).ok);
+    QCOMPARE(AudioDecoder::decode(longer).error, QString("archivo vacío o ilegible"));
     QVERIFY(!AudioDecoder::writeWav(longer, ramp(32), 44100, 1));
     QCOMPARE(AudioDecoder::decode(path("toma.wav")).samples, ramp(64));
 }

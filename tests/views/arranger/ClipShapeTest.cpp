@@ -101,6 +101,9 @@ void ClipShapeTest::aClipIsHeardByItsGainAndFades()
     const ClipShape plain = shape({.gain = 1.5F, .fadeIn = 0.0F, .fadeOut = 0.0F});
     for (const double seconds : {0.0, 2.0, 5.0, 6.0})
         QCOMPARE(plain.levelAt(seconds), 1.5);
+    const ClipShape brief = shape({.gain = 1.0F, .fadeIn = 0.5F, .fadeOut = 0.5F});
+    QCOMPARE(brief.levelAt(0.25), 0.5);
+    QCOMPARE(brief.levelAt(4.75), 0.5);
     const ClipShape crossed = shape({.gain = 1.0F, .fadeIn = 5.0F, .fadeOut = 5.0F});
     QCOMPARE(crossed.levelAt(2.5), 0.25);
 }
