@@ -85,7 +85,8 @@ WaveSwing WavePeaks::between(double from, double to) const
         return {};
     qsizetype level = 0;
     double width = kFinestFrames;
-    while (level + 1 < levels_.size() && width * kCoarser * kCoarser <= last - first) {
+    // The last level has a single number, which stands for the whole file, if not for more.
+    while (width * kCoarser * kCoarser <= last - first) {
         width *= kCoarser;
         ++level;
     }
