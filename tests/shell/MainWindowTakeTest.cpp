@@ -1,6 +1,7 @@
 #include "shell/LevelMeter.h"
 #include "shell/controls/ClockText.h"
 #include "support/FullDisk.h"
+#include "support/HeardSound.h"
 #include "support/ProjectBuilder.h"
 #include "support/PulseDaemon.h"
 #include "support/Tones.h"
@@ -26,8 +27,8 @@
 
 namespace {
 
-/// The server makes its tone in stretches of up to two seconds.
-constexpr int kTakeMs = 4500;
+/// Of an ordinary take.
+constexpr double kTakeSeconds = 1.0;
 
 const QString kCountIn = QStringLiteral("Contar un compás antes de grabar");
 
@@ -93,11 +94,14 @@ private:
 
     QStringList voicesIn(const QString& id);
 
-    void beginTake(int ms);
+    AudioRecorder& recorder() { return *stage_->window().findChild<AudioRecorder*>(); }
+
+    /// Until so much sound has come, if any is to come.
+    void beginTake(double seconds);
 
     const QLabel* clock() { return stage_->card("Grabar")->parentWidget()->findChild<QLabel*>(); }
 
-    bool isRecording() { return stage_->window().findChild<AudioRecorder*>()->isRecording(); }
+    bool isRecording() { return recorder().isRecording(); }
 
     /// Whether the status bar says that a voice is recorded.
     bool showsTake();
@@ -105,8 +109,8 @@ private:
     /// Whether the playhead shows in red in both editors.
     bool playheadIsRed();
 
-    /// Records for some time and ends the take.
-    void take(int ms);
+    /// Records so much sound and ends the take.
+    void take(double seconds);
 
     PulseDaemon& daemon_;
     std::unique_ptr<WindowStage> stage_;
@@ -115,10 +119,7 @@ private:
 void MainWindowTakeTest::initTestCase()
 {
     QVERIFY2(daemon_.problem().isEmpty(), qPrintable(daemon_.problem()));
-    QCOMPARE(QProcess::execute("pactl", {"load-module", "module-sine-source", "source_name=mic",
-                                         "rate=44100", "frequency=450"}),
-             0);
-    QCOMPARE(QProcess::execute("pactl", {"set-default-source", "mic"}), 0);
+    daemon_.loadMicrophone();
     QTRY_COMPARE(QMediaDevices::defaultAudioInput().id(), QByteArray("mic"));
 }
 
@@ -137,11 +138,11 @@ void MainWindowTakeTest::cleanup()
     stage_.reset();
 }
 
-void MainWindowTakeTest::beginTake(int ms)
+void MainWindowTakeTest::beginTake(double seconds)
 {
     stage_->clickRibbon("Grabar");
     QVERIFY(showsTake());
-    QTest::qWait(ms);
+    QVERIFY(seconds == 0.0 || hearMore(recorder(), seconds));
 }
 
 bool MainWindowTakeTest::showsTake()
@@ -165,9 +166,9 @@ bool MainWindowTakeTest::playheadIsRed()
     return heads == 2;
 }
 
-void MainWindowTakeTest::take(int ms)
+void MainWindowTakeTest::take(double seconds)
 {
-    beginTake(ms);
+    beginTake(seconds);
     stage_->clickRibbon("Grabar");
 }
 
@@ -193,7 +194,7 @@ void MainWindowTakeTest::aTakeBecomesANumberedClipThatEndsAtThePlayhead()
         ProjectBuilder::melody({ProjectBuilder::note(60, 199.0)}, 0.0, 200.0));
     stage_->engine().setPlayheadBeat(100.0);
     writeBytes(stage_->home().works() + "/coplas/voz_1.wav", "a former take");
-    take(kTakeMs);
+    take(kTakeSeconds);
     QVERIFY2(stage_->song().audioTracks.size() == 1, qPrintable(stage_->message()));
     QCOMPARE(stage_->song().audioTracks[0].name, "Voz");
     const AudioClip clip = stage_->song().audioTracks[0].clips.value(0);
@@ -224,7 +225,7 @@ void MainWindowTakeTest::aTakeThatBeganBeforeTheSongStartsAtBeatZero()
 {
     // The playhead stands still at this tempo, and a second is a sixtieth of a beat.
     stage_->song().bpm = 0;
-    take(kTakeMs);
+    take(kTakeSeconds);
     QVERIFY2(stage_->song().audioTracks.size() == 1, qPrintable(stage_->message()));
     QCOMPARE(stage_->song().audioTracks[0].clips.value(0).offsetBeats, 0.0);
 }
@@ -233,7 +234,7 @@ void MainWindowTakeTest::aTakeThatFindsNoRoomIsKeptElsewhere()
 {
     const QString place = stage_->home().filePath("stick/mi voz.wav");
     QVERIFY(QDir().mkpath(stage_->home().filePath("stick")));
-    beginTake(kTakeMs);
+    beginTake(kTakeSeconds);
     stage_->prompts().answerOffer(true);
     stage_->prompts().giveUpPath();
     stage_->prompts().answerOffer(true);
@@ -268,7 +269,7 @@ void MainWindowTakeTest::aTakeThatFindsNoRoomIsKeptElsewhere()
 
 void MainWindowTakeTest::aTakeThatIsGivenUpLeavesNothing()
 {
-    beginTake(kTakeMs);
+    beginTake(kTakeSeconds);
     stage_->prompts().answerOffer(false);
     {
         const FullDisk disk(1000);
@@ -293,7 +294,7 @@ void MainWindowTakeTest::aRunningTakeIsSeen()
     QVERIFY(!playheadIsRed());
     QCOMPARE(clock->text(), "Grabar");
 
-    beginTake(0);
+    beginTake(0.0);
     QVERIFY(record->property("recording").toBool());
     QVERIFY(cancel->isVisible());
     QVERIFY(playheadIsRed());
@@ -316,7 +317,7 @@ void MainWindowTakeTest::theClockCounts()
     QCOMPARE(clockText(59), "0:59");
     QCOMPARE(clockText(60), "1:00");
     QCOMPARE(clockText(754), "12:34");
-    beginTake(0);
+    beginTake(0.0);
     const auto* clock = stage_->card("Grabar")->parentWidget()->findChild<QLabel*>();
     QTRY_COMPARE(clock->text(), "0:01");
     QTRY_COMPARE(clock->text(), "0:02");
@@ -325,7 +326,7 @@ void MainWindowTakeTest::theClockCounts()
 void MainWindowTakeTest::nothingWipesTheWordsAway()
 {
     QVERIFY(stage_->showWindow());
-    beginTake(0);
+    beginTake(0.0);
     QVERIFY(stage_->window().saveCurrentProject());
     QCOMPARE(stage_->message(), "Obra guardada.");
     QVERIFY(showsTake());
@@ -343,7 +344,7 @@ void MainWindowTakeTest::theHintComesBackAfterATake()
     const auto hint = std::ranges::find_if(
         labels, [](const QLabel* label) { return label->text().startsWith("Espacio"); });
     QVERIFY(hint != labels.end() && (*hint)->isVisible());
-    beginTake(500);
+    beginTake(0.5);
     QVERIFY(!(*hint)->isVisible());
     stage_->clickRibbon("Grabar");
     QVERIFY(!stage_->message().isEmpty());
@@ -365,7 +366,7 @@ void MainWindowTakeTest::stoppingEndsTheTakeToo()
     stage_->song().tracks[0].melodyBlocks.append(
         ProjectBuilder::melody({ProjectBuilder::note(60, 199.0)}, 0.0, 200.0));
     stage_->engine().setPlayheadBeat(100.0);
-    beginTake(kTakeMs);
+    beginTake(kTakeSeconds);
     if (byMenu)
         stage_->choose("Detener");
     else
@@ -390,7 +391,7 @@ void MainWindowTakeTest::aTakeIsDroppedAfterAQuestion()
 {
     QFETCH(bool, byKey);
     QVERIFY(stage_->showWindow());
-    beginTake(kTakeMs);
+    beginTake(kTakeSeconds);
     stage_->prompts().answer(QMessageBox::Yes);
     if (byKey)
         QTest::keyClick(stage_->window().focusWidget(), Qt::Key_Escape);
@@ -412,7 +413,7 @@ void MainWindowTakeTest::aTakeIsDroppedAfterAQuestion()
 void MainWindowTakeTest::aTakeThatIsNotDroppedGoesOn()
 {
     QVERIFY(stage_->showWindow());
-    beginTake(kTakeMs);
+    beginTake(kTakeSeconds);
     stage_->prompts().answer(QMessageBox::No);
     stage_->clickRibbon("Cancelar");
     QVERIFY(showsTake());
@@ -436,7 +437,7 @@ void MainWindowTakeTest::aTakeBeginsAtOnceUnlessABarIsToBeCounted()
     const QAction* setting = Widgets::entry(stage_->window(), kCountIn);
     QVERIFY(setting && !setting->isChecked());
     QCOMPARE(stage_->card("Grabar")->contextMenuPolicy(), Qt::CustomContextMenu);
-    beginTake(0);
+    beginTake(0.0);
     QVERIFY(stage_->engine().isPlaying());
     stage_->clickRibbon("Grabar");
 
@@ -464,7 +465,7 @@ void MainWindowTakeTest::aBarIsCountedBeforeTheTake()
     QTRY_VERIFY(stage_->engine().isPlaying());
     QCOMPARE(clock()->text(), "0:00");
     QVERIFY(showsTake());
-    QTest::qWait(kTakeMs);
+    QVERIFY(hearMore(recorder(), kTakeSeconds));
     stage_->clickRibbon("Grabar");
     QVERIFY2(stage_->song().audioTracks.size() == 1, qPrintable(stage_->message()));
     const AudioClip clip = stage_->song().audioTracks[0].clips.value(0);
@@ -508,7 +509,7 @@ void MainWindowTakeTest::aSongThatPlaysIsNotCountedIn()
 {
     stage_->choose(kCountIn);
     stage_->engine().play(0.0);
-    beginTake(0);
+    beginTake(0.0);
     QVERIFY(isRecording());
     QVERIFY(stage_->engine().isPlaying());
 }
@@ -517,7 +518,7 @@ void MainWindowTakeTest::aTakeLeavesASongThatPlaysAlone()
 {
     stage_->engine().play(6.0);
     const QSignalSpy playing(&stage_->engine(), &PlaybackEngine::playingChanged);
-    beginTake(0);
+    beginTake(0.0);
     QVERIFY(isRecording());
     QCOMPARE(playing.size(), 0);
     QVERIFY(stage_->engine().playheadBeat() >= 6.0);
@@ -528,7 +529,7 @@ void MainWindowTakeTest::theLevelOfTheMicrophoneIsSeen()
     QVERIFY(stage_->showWindow());
     const auto* meter = stage_->window().findChild<LevelMeter*>();
     QVERIFY(!meter->isVisible());
-    beginTake(0);
+    beginTake(0.0);
     QVERIFY(meter->isVisible());
     // The microphone hears a tone.
     QTRY_VERIFY(meter->decibels() > -30.0);
@@ -554,11 +555,11 @@ void MainWindowTakeTest::aTakeThatOutlastsPlaybackLiesWhereItBegan()
     stage_->song().tracks[0].melodyBlocks = {
         ProjectBuilder::melody({ProjectBuilder::note(60, 0.0, songBeats)}, 0.0, songBeats)};
     stage_->engine().setPlayheadBeat(2.5);
-    beginTake(500);
+    beginTake(0.5);
     if (!button.isEmpty())
         stage_->clickRibbon(button);
     QTRY_VERIFY(!stage_->engine().isPlaying());
-    QTest::qWait(kTakeMs);
+    QVERIFY(hearMore(recorder(), kTakeSeconds));
     stage_->clickRibbon("Grabar");
     QVERIFY2(stage_->song().audioTracks.size() == 1, qPrintable(stage_->message()));
     // Between the two lies the time that playback takes to set out.
@@ -579,7 +580,7 @@ void MainWindowTakeTest::anotherWorkEndsTheTakeFirst()
 {
     QFETCH(QString, entry);
     QVERIFY(stage_->saveWork("otra", Project()));
-    beginTake(kTakeMs);
+    beginTake(kTakeSeconds);
     bool tookPlace = false;
     stage_->prompts().inDialog([&](QDialog& dialog) {
         tookPlace = stage_->song().audioTracks.size() == 1 &&
@@ -608,7 +609,7 @@ void MainWindowTakeTest::anUnsavedWorkIsAskedForOnceItHoldsTheTake()
     QFETCH(QString, entry);
     stage_->window().startBlankProject();
     QVERIFY(stage_->showWindow());
-    beginTake(kTakeMs);
+    beginTake(kTakeSeconds);
     stage_->prompts().answer(QMessageBox::Save);
     stage_->prompts().answerText("Mi zamba");
     if (entry != "Salir")
@@ -622,7 +623,7 @@ void MainWindowTakeTest::anUnsavedWorkIsAskedForOnceItHoldsTheTake()
 
 void MainWindowTakeTest::closingEndsTheTakeFirst()
 {
-    beginTake(kTakeMs);
+    beginTake(kTakeSeconds);
     QVERIFY(stage_->window().close());
     QCOMPARE(stage_->prompts().calls(), QStringList());
     QCOMPARE(savedClip("coplas").audioFilePath, "voz_1.wav");
@@ -641,7 +642,7 @@ void MainWindowTakeTest::aTakeThatCannotBeginDisturbsNothing()
 void MainWindowTakeTest::aRecorderThatFailsKeepsWhatCame()
 {
     auto* recorder = stage_->window().findChild<AudioRecorder*>();
-    beginTake(kTakeMs);
+    beginTake(kTakeSeconds);
     bool keptBefore = false;
     stage_->prompts().whileWarning = [&] { keptBefore = stage_->song().audioTracks.size() == 1; };
     emit recorder->recordingFailed("El micrófono se fue.");
@@ -653,7 +654,7 @@ void MainWindowTakeTest::aRecorderThatFailsKeepsWhatCame()
     QVERIFY(first.durationBeats > 1.0);
     QVERIFY(WavFile::read(bytesOf(stage_->home().works() + "/coplas/voz_1.wav")).ok);
 
-    take(kTakeMs);
+    take(kTakeSeconds);
     QCOMPARE(stage_->song().audioTracks[0].clips.size(), 2);
     QCOMPARE(stage_->song().audioTracks[0].clips[1].audioFilePath, "voz_2.wav");
 }
@@ -661,7 +662,7 @@ void MainWindowTakeTest::aRecorderThatFailsKeepsWhatCame()
 void MainWindowTakeTest::aTakeOfAnUnsavedWorkIsHeardAndKept()
 {
     stage_->window().startBlankProject();
-    take(kTakeMs);
+    take(kTakeSeconds);
     const QByteArray recorded = bytesOf(stage_->home().works() + "/voz_1.wav");
     QVERIFY(WavFile::read(recorded).ok);
     QCOMPARE(QDir(stage_->engine().projectDir), QDir(stage_->home().works()));
@@ -677,10 +678,10 @@ void MainWindowTakeTest::aTakeOfAnUnsavedWorkIsHeardAndKept()
 void MainWindowTakeTest::aFirstSaveDuringATakeKeepsIt()
 {
     stage_->window().startBlankProject();
-    beginTake(1000);
+    beginTake(kTakeSeconds);
     stage_->prompts().answerText("Mi zamba");
     QVERIFY(stage_->window().saveCurrentProject());
-    QTest::qWait(kTakeMs);
+    QVERIFY(hearMore(recorder(), kTakeSeconds));
     stage_->clickRibbon("Grabar");
     QVERIFY(stage_->window().saveCurrentProject());
     QCOMPARE(savedClip("mi_zamba").audioFilePath, "voz_1.wav");

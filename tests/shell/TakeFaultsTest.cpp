@@ -1,5 +1,6 @@
 #include "support/ForbiddenWriting.h"
 #include "support/FullDisk.h"
+#include "support/HeardSound.h"
 #include "support/OwnProcess.h"
 #include "support/ProjectBuilder.h"
 #include "support/PulseDaemon.h"
@@ -55,10 +56,10 @@ public:
     void sing()
     {
         stage_.clickRibbon("Grabar");
-        QTest::qWait(2500);
+        singOn();
     }
 
-    bool sings() { return stage_.window().findChild<AudioRecorder*>()->isRecording(); }
+    bool sings() { return recorder().isRecording(); }
 
     /// Runs the window until something is said, or for quite a while.
     void listen()
@@ -78,7 +79,7 @@ public:
                 return sings();
             },
             20000));
-        QTest::qWait(2500);
+        singOn();
         stage_.prompts().takeCalls();
     }
 
@@ -126,6 +127,14 @@ public:
     }
 
 private:
+    AudioRecorder& recorder() { return *stage_.window().findChild<AudioRecorder*>(); }
+
+    void singOn()
+    {
+        if (sings() && !hearMore(recorder(), 1.0))
+            OwnProcess::say("the microphone is silent");
+    }
+
     PulseDaemon& daemon_;
     QTemporaryDir elsewhere_;
     mutable WindowStage stage_;

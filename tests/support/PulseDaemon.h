@@ -11,6 +11,7 @@
 
 #include <csignal>
 #include <cstring>
+#include <utility>
 
 /// A PulseAudio server of the test's own, which nobody hears: what is played goes to a sink
 /// without a card, and can be recorded from it.
@@ -42,8 +43,8 @@ public:
 
     ~PulseDaemon()
     {
-        silence_.kill();
-        silence_.waitForFinished();
+        stop(silence_);
+        stop(listener_);
         kill();
     }
 
@@ -64,9 +65,9 @@ public:
                           .trimmed();
         if (sinkModule_.isEmpty())
             return tell("The sound server has no sink without a card.");
+        control({"set-default-sink", "ear"});
         // A sink that plays nothing renders two seconds at a time.
-        silence_.kill();
-        silence_.waitForFinished();
+        stop(silence_);
         silence_.start("pacat",
                        {"--playback", "--raw", "--device=ear", "--latency-msec=20", "/dev/zero"});
     }
@@ -75,11 +76,7 @@ public:
     void unloadSink() { control({"unload-module", sinkModule_}); }
 
     /// As if the server crashed.
-    void kill()
-    {
-        server_.kill();
-        server_.waitForFinished();
-    }
+    void kill() { stop(server_); }
 
     /// As if the server hung: it keeps its clients and answers none of them.
     void freeze() { ::kill(static_cast<pid_t>(server_.processId()), SIGSTOP); }
@@ -91,27 +88,44 @@ public:
     {
         QFile::remove(socket());
         start();
+        microphoneModules_.clear();
         loadSink();
         loadMicrophone();
     }
 
-    /// Gives the server a microphone that hears a steady tone of 450 Hz.
+    /// Gives the server a microphone that hears a steady tone of 450 Hz: a room where it sounds.
     void loadMicrophone()
     {
-        microphoneModule_ = control({"load-module", "module-sine-source", "source_name=mic",
-                                     "rate=" + QString::number(kSampleRate), "frequency=450"})
-                                .trimmed();
+        const QString rate = "rate=" + QString::number(kSampleRate);
+        for (const QStringList& module :
+             {QStringList{"module-null-sink", "sink_name=room", rate, "channels=1"},
+              QStringList{"module-sine", "sink=room", "frequency=450"},
+              QStringList{"module-remap-source", "source_name=mic", "master=room.monitor"}})
+            microphoneModules_.prepend(control(QStringList{"load-module"} + module).trimmed());
         control({"set-default-source", "mic"});
+        // A room to which nobody listens closely renders two seconds at a time.
+        stop(listener_);
+        listener_.start("parec", {"--raw", "--device=mic", "--latency-msec=20"});
     }
 
     /// As if the microphone were pulled out.
-    void unloadMicrophone() { control({"unload-module", microphoneModule_}); }
+    void unloadMicrophone()
+    {
+        for (const QString& module : std::exchange(microphoneModules_, QStringList()))
+            control({"unload-module", module});
+    }
 
     /// Where what is played can be recorded.
     static QString monitor() { return QStringLiteral("ear.monitor"); }
 
 private:
     QString socket() const { return dir_.filePath("socket"); }
+
+    static void stop(QProcess& process)
+    {
+        process.kill();
+        process.waitForFinished();
+    }
 
     void tell(const QString& problem)
     {
@@ -123,6 +137,8 @@ private:
     {
         endWithTest(server_);
         endWithTest(silence_);
+        endWithTest(listener_);
+        listener_.setStandardOutputFile(QProcess::nullDevice());
         server_.setProcessChannelMode(QProcess::MergedChannels);
         server_.start("pulseaudio",
                       {"-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1",
@@ -153,8 +169,9 @@ private:
     QTemporaryDir dir_;
     QProcess server_;
     QProcess silence_;
+    QProcess listener_;
     QString sinkModule_;
-    QString microphoneModule_;
+    QStringList microphoneModules_;
     QString problem_;
 };
 
