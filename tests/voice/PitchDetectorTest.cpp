@@ -753,6 +753,9 @@ void PitchDetectorTest::aConstantSignalTiesAtTheShortestLag()
         QCOMPARE(PitchDetector::detectTrack(QList<float>(4096, level), 8000),
                  QList<float>(5, 1000.0F));
     }
+    // Whatever was heard before.
+    const QList<float> after = Tones::square(100, 2048) + QList<float>(4096, 1.0F);
+    QCOMPARE(PitchDetector::detectTrack(after, 44100).last(5), QList<float>(5, 44100.0F / 44.0F));
 }
 
 void PitchDetectorTest::aSampleRateThatLeavesNoLagGivesZeros_data()

@@ -44,6 +44,7 @@ private slots:
     void nothingSwingsOutsideOfTheFile();
     void whatCannotBeReadHasNoLength_data();
     void whatCannotBeReadHasNoLength();
+    void aFileBeyondTheLimitHasNoLength_data();
     void aFileBeyondTheLimitHasNoLength();
     void whatIsCalledOffEnds();
 
@@ -159,19 +160,27 @@ void WavePeaksTest::whatCannotBeReadHasNoLength()
     QCOMPARE(peaks.between(0.0, 1.0), WaveSwing());
 }
 
+void WavePeaksTest::aFileBeyondTheLimitHasNoLength_data()
+{
+    QTest::addColumn<qint64>("frames");
+    constexpr qint64 kMost = AudioDecoder::kMaxSamples / 3;
+    QTest::newRow("by one frame") << kMost + 1;
+    // What follows the read that is too much would have room by itself.
+    QTest::newRow("by more than one read") << kMost / 65536 * 65536 + 65536 + 100;
+}
+
 void WavePeaksTest::aFileBeyondTheLimitHasNoLength()
 {
-    // Of three channels of 8 bits, with a hole for its silence. What follows the read that is too
-    // much would have room by itself.
-    constexpr qint64 kFrames = AudioDecoder::kMaxSamples / 3 / 65536 * 65536 + 65536 + 100;
+    QFETCH(qint64, frames);
+    // Of three channels of 8 bits, with a hole for its silence.
     const QString path = dir_.filePath("enorme.wav");
     QVERIFY(SoundFile::write(path, SF_FORMAT_WAV | SF_FORMAT_PCM_U8, 44100, 3, {}));
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadWrite));
     QCOMPARE(file.size(), 44);
-    QVERIFY(file.resize(44 + 3 * kFrames));
-    QVERIFY(file.seek(4) && file.write(WavFile::littleEndian(36 + 3 * kFrames, 4)) == 4);
-    QVERIFY(file.seek(40) && file.write(WavFile::littleEndian(3 * kFrames, 4)) == 4);
+    QVERIFY(file.resize(44 + 3 * frames));
+    QVERIFY(file.seek(4) && file.write(WavFile::littleEndian(36 + 3 * frames, 4)) == 4);
+    QVERIFY(file.seek(40) && file.write(WavFile::littleEndian(3 * frames, 4)) == 4);
     file.close();
     QCOMPARE(WavePeaks::read(path).seconds(), 0.0);
 }
