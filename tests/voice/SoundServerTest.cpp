@@ -5,6 +5,17 @@
 #include <QLocalServer>
 #include <QTest>
 
+namespace {
+
+/// A computer that is busy may keep even a server that runs from answering in time.
+template <typename Question>
+bool eventually(const Question& question)
+{
+    return QTest::qWaitFor(question, 30000);
+}
+
+} // namespace
+
 /// What is asked of a sound server before anybody asks it for a device.
 class SoundServerTest : public QObject {
     Q_OBJECT
@@ -23,7 +34,7 @@ void SoundServerTest::whereThereIsNoServerNobodyHasToWait()
     PulseDaemon server(PulseDaemon::Sink::None);
     QVERIFY2(server.problem().isEmpty(), qPrintable(server.problem()));
     qputenv("PULSE_SERVER", QFile::encodeName("unix:" + server.filePath("nadie")));
-    QVERIFY(SoundServer::answers());
+    QVERIFY(eventually([] { return SoundServer::answers(); }));
     QCOMPARE(SoundServer::defaultMicrophone(), QByteArray());
 }
 
@@ -32,7 +43,7 @@ void SoundServerTest::aServerThatRunsAnswers()
     PulseDaemon server(PulseDaemon::Sink::None);
     QVERIFY2(server.problem().isEmpty(), qPrintable(server.problem()));
     for (int i = 0; i < 3; ++i)
-        QVERIFY(SoundServer::answers());
+        QVERIFY(eventually([] { return SoundServer::answers(); }));
 }
 
 void SoundServerTest::theMicrophoneIsTheOneThatTheDesktopChose()
@@ -40,10 +51,10 @@ void SoundServerTest::theMicrophoneIsTheOneThatTheDesktopChose()
     PulseDaemon server;
     server.loadMicrophone();
     QVERIFY2(server.problem().isEmpty(), qPrintable(server.problem()));
-    QCOMPARE(SoundServer::defaultMicrophone(), QByteArray("mic"));
+    QVERIFY(eventually([] { return SoundServer::defaultMicrophone() == "mic"; }));
     server.unloadMicrophone();
     // What a sink plays can be recorded too, and is all that is left.
-    QCOMPARE(SoundServer::defaultMicrophone(), QByteArray("ear.monitor"));
+    QVERIFY(eventually([] { return SoundServer::defaultMicrophone() == "ear.monitor"; }));
 }
 
 void SoundServerTest::aServerThatHangsDoesNotAnswerUntilItGoesOn()
@@ -51,14 +62,14 @@ void SoundServerTest::aServerThatHangsDoesNotAnswerUntilItGoesOn()
     PulseDaemon server;
     server.loadMicrophone();
     QVERIFY2(server.problem().isEmpty(), qPrintable(server.problem()));
-    QVERIFY(SoundServer::answers());
+    QVERIFY(eventually([] { return SoundServer::answers(); }));
     server.freeze();
     QVERIFY(!SoundServer::answers());
     QVERIFY(!SoundServer::answers());
     QCOMPARE(SoundServer::defaultMicrophone(), QByteArray());
     server.thaw();
-    QTRY_VERIFY(SoundServer::answers());
-    QCOMPARE(SoundServer::defaultMicrophone(), QByteArray("mic"));
+    QVERIFY(eventually([] { return SoundServer::answers(); }));
+    QVERIFY(eventually([] { return SoundServer::defaultMicrophone() == "mic"; }));
 }
 
 void SoundServerTest::aServerThatIsKilledIsNone()
@@ -68,7 +79,7 @@ void SoundServerTest::aServerThatIsKilledIsNone()
     server.freeze();
     QVERIFY(!SoundServer::answers());
     server.kill();
-    QTRY_VERIFY(SoundServer::answers());
+    QVERIFY(eventually([] { return SoundServer::answers(); }));
     QCOMPARE(SoundServer::defaultMicrophone(), QByteArray());
 }
 
