@@ -143,6 +143,8 @@ void WaveOutlinesTest::whatIsForgottenDoesNotArrive()
     QVERIFY(outlines.of(next));
     QCOMPARE(arrived.count(), 1);
     QVERIFY(!outlines.of(former));
+    QVERIFY(arrived.wait());
+    QVERIFY(outlines.of(former));
 }
 
 void WaveOutlinesTest::itMayGoWhileItReads()
