@@ -3,6 +3,8 @@
 #include "content/InstrumentLibrary.h"
 #include "content/LoopLibrary.h"
 #include "export/AudioExporter.h"
+#include "listen/Loudness.h"
+#include "listen/LoudnessMeter.h"
 #include "listen/RhythmDemo.h"
 #include "model/Project.h"
 #include "music/Beats.h"
@@ -14,7 +16,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ebur128.h>
 #include <limits>
 #include <vector>
 
@@ -33,32 +34,10 @@ constexpr double kPercentile = 0.95;
 /// Softer than this, a layer does not play in the song.
 constexpr double kSilentDb = -90.0;
 
-struct StateDeleter {
-    void operator()(ebur128_state* state) const { ebur128_destroy(&state); }
-};
-
-using State = std::unique_ptr<ebur128_state, StateDeleter>;
-
-State meterOf(int mode)
-{
-    return State(ebur128_init(2, kSampleRate, mode));
-}
-
-double integrated(const QList<float>& mix)
-{
-    double lufs = kSilence;
-    if (const State meter = meterOf(EBUR128_MODE_I)) {
-        ebur128_add_frames_float(meter.get(), mix.constData(),
-                                 static_cast<std::size_t>(mix.size() / 2));
-        ebur128_loudness_global(meter.get(), &lufs);
-    }
-    return lufs;
-}
-
 std::vector<double> windowsOf(const QList<float>& mix)
 {
     std::vector<double> windows;
-    const State meter = meterOf(EBUR128_MODE_M);
+    const LoudnessMeter meter = loudnessMeter(EBUR128_MODE_M);
     if (!meter)
         return windows;
     const auto frames = static_cast<std::size_t>(mix.size() / 2);
@@ -133,7 +112,7 @@ std::optional<Balance::Stems> Balance::readStems(const QString& path)
 
 Balance::Level Balance::levelOf(const QList<float>& mix)
 {
-    return {.loudness = integrated(mix), .strokes = strokesOf(mix)};
+    return {.loudness = Loudness::of(mix).lufs, .strokes = strokesOf(mix)};
 }
 
 std::unique_ptr<Project> Balance::song(const LoopLibrary& library, const Rhythm& rhythm)
