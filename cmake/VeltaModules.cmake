@@ -10,6 +10,14 @@ option(VELTA_PCH "Precompile the headers of Qt and of the standard library" ON)
 # that are compiled at once share. 1 is slower for all, and quicker for who is changing a few.
 set(VELTA_AT_ONCE 12 CACHE STRING "How many sources of a library or a program are compiled at once")
 
+# velta_compile_at_once(<target>): compiles the sources of a target so.
+function(velta_compile_at_once target)
+    if(VELTA_AT_ONCE GREATER 1)
+        set_target_properties(${target} PROPERTIES
+            UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${VELTA_AT_ONCE})
+    endif()
+endfunction()
+
 # velta_kind(<result> <targets>...): core, sound or widgets, after what these targets link.
 function(velta_kind result)
     set(kind core)
@@ -116,10 +124,7 @@ function(velta_module name)
     add_library(velta_${name} STATIC ${sources})
     add_library(velta::${name} ALIAS velta_${name})
     target_include_directories(velta_${name} PUBLIC "${PROJECT_SOURCE_DIR}/src")
-    if(VELTA_AT_ONCE GREATER 1)
-        set_target_properties(velta_${name} PROPERTIES
-            UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${VELTA_AT_ONCE})
-    endif()
+    velta_compile_at_once(velta_${name})
     target_compile_definitions(velta_${name} PRIVATE ${VELTA_NO_CASTS})
     target_link_libraries(velta_${name} PUBLIC velta::flags ${ARG_USES})
     velta_kind(kind ${ARG_USES})
