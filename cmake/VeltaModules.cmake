@@ -8,7 +8,7 @@ option(VELTA_PCH "Precompile the headers of Qt and of the standard library" ON)
 
 # Most of what a source costs to compile are headers and what is made of their templates, which sources
 # that are compiled at once share. 1 is slower for all, and quicker for who is changing a few.
-set(VELTA_AT_ONCE 12 CACHE STRING "How many sources of a library or a program are compiled at once")
+set(VELTA_AT_ONCE 16 CACHE STRING "How many sources of a library or a program are compiled at once")
 
 # velta_compile_at_once(<target>): compiles the sources of a target so.
 function(velta_compile_at_once target)

@@ -14,14 +14,14 @@
 
 namespace {
 
-constexpr int kChannels = 2;
-constexpr qint64 kBytesPerFrame = kChannels * sizeof(float);
+constexpr int kStereo = 2;
+constexpr qint64 kBytesPerFrame = kStereo * sizeof(float);
 
 QAudioFormat voiceFormat()
 {
     QAudioFormat format;
     format.setSampleRate(kSampleRate);
-    format.setChannelCount(kChannels);
+    format.setChannelCount(kStereo);
     format.setSampleFormat(QAudioFormat::Float);
     return format;
 }
@@ -78,7 +78,7 @@ void VoiceOutput::play(const QList<float>& mix, qint64 fromFrame)
     const QAudioDevice device = QMediaDevices::defaultAudioOutput();
     if (device.isNull() || !device.isFormatSupported(voiceFormat()))
         return;
-    const qint64 frames = mix.size() / kChannels;
+    const qint64 frames = mix.size() / kStereo;
     buffer_ = new MixBuffer(mix, std::clamp<qint64>(fromFrame, 0, frames), this);
     sink_ = new QAudioSink(device, voiceFormat(), this);
     sink_->start(buffer_);

@@ -10,7 +10,7 @@ using namespace Qt::Literals::StringLiterals;
 
 namespace {
 
-constexpr int kShades = 3;
+constexpr int kGroupShades = 3;
 
 /// A column of the row. The style sheet makes it transparent by its name.
 QVBoxLayout* addColumn(QHBoxLayout* row)
@@ -39,7 +39,7 @@ RibbonGroup::RibbonGroup(const QString& title, int index, QWidget* parent) : QFr
 {
     setObjectName(u"grupo_ribbon"_s);
     setAccessibleName(title);
-    setProperty("alt", QString::number(index % kShades));
+    setProperty("alt", QString::number(index % kGroupShades));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 4);
     layout->setSpacing(4);

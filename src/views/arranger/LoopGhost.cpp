@@ -21,7 +21,7 @@ namespace {
 
 constexpr int kBandAlpha = 48;
 constexpr qreal kOutline = 2.0;
-constexpr qreal kRadius = 3.0;
+constexpr qreal kGhostRadius = 3.0;
 constexpr qreal kTextMargin = 5.0;
 
 int topOf(const QString& layerId, const Project& project, const QList<LaneInfo>& lanes)
@@ -80,7 +80,7 @@ void LoopGhost::paint(QPainter& painter, const QRectF& seen) const
     painter.fillRect(QRectF(rect.left(), room.top(), rect.width(), room.height()), band);
     painter.setBrush(kLoopBlock);
     painter.setPen(QPen(kVeltaAccent, kOutline, Qt::DashLine));
-    painter.drawRoundedRect(rect, kRadius, kRadius);
+    painter.drawRoundedRect(rect, kGhostRadius, kGhostRadius);
 
     const qreal width = QFontMetricsF(painter.font()).horizontalAdvance(label) + 2 * kTextMargin;
     QRectF chip = rect;
