@@ -211,8 +211,8 @@ function(velta_test name)
     velta_cases(${folder}.${case} ${ARG_ONCE} ${name})
 endfunction()
 
-# velta_begin_early(<case>...): tests that take longest, waiting for most of it. They are begun before
-# the others, which run meanwhile.
+# velta_begin_early(<case>...): tests that take longest. They are begun before the others, which run
+# meanwhile, and none of them is left alone at the end.
 function(velta_begin_early)
     set_tests_properties(${ARGN} PROPERTIES COST 100)
 endfunction()
