@@ -10,7 +10,7 @@ option(VELTA_PCH "Precompile the headers of Qt and of the standard library" ON)
 # that are compiled at once share. 1 is slower for all, and quicker for who is changing a few.
 set(VELTA_AT_ONCE 16 CACHE STRING "How many sources of a library or a program are compiled at once")
 
-# velta_compile_at_once(<target>): compiles the sources of a target so.
+# velta_compile_at_once(<target>): has so many sources of a target compiled at once.
 function(velta_compile_at_once target)
     if(VELTA_AT_ONCE GREATER 1)
         set_target_properties(${target} PROPERTIES

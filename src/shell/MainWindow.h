@@ -257,6 +257,7 @@ private:
     /// A name for the work, or nothing when the user gave up.
     std::optional<QString> askName(const QString& title);
 
+    /// Says that the work is on disk.
     void tellSaved();
 
     /// Goes on with a copy of the work, or says that it cannot be saved.
